@@ -1,0 +1,224 @@
+#pragma once
+// What the library requires of the host's storyboard engine and of its media information component.
+//
+// A production is one storyboard: a row of panels, each showing a part of a source file, with the settings
+// of the picture. Times are seconds. Strings and arrays handed out are the caller's to free, objects handed
+// out carry a reference of the caller's. A null out-pointer is E_POINTER; the other out-pointers of the call
+// are set to null or 0 even when it fails.
+
+#include "platform/automation/SafeArray.h"
+#include "platform/com/Unknown.h"
+
+inline constexpr CLSID CLSID_ZXEProduction = "5f9387e1-ffca-4d9f-9bc2-c5243577bbef"_guid;
+inline constexpr CLSID CLSID_ZXMediaInformation = "3fbb89ae-c1df-41ea-bf22-aadfe3615121"_guid;
+
+/// Bits of IZXEProductionData::get_Flags.
+/// The production was edited since it was initialised or its modified state was last cleared.
+inline constexpr ULONG ZXE_PRODUCTION_MODIFIED = 1;
+
+/// The production is not initialised, or is closed.
+inline constexpr HRESULT ZXE_E_NOT_OPEN = MakeResult(0xC2000010);
+/// An undo block is open already, or an undo or redo is running.
+inline constexpr HRESULT ZXE_E_UNDO_BLOCK_OPEN = MakeResult(0xC2000011);
+/// No undo block is open.
+inline constexpr HRESULT ZXE_E_NO_UNDO_BLOCK = MakeResult(0xC2000012);
+/// There is no block to undo or redo.
+inline constexpr HRESULT ZXE_E_NOTHING_TO_UNDO = MakeResult(0xC2000013);
+/// The source cannot be opened, or holds no media that can be read.
+inline constexpr HRESULT ZXE_E_NOT_MEDIA = MakeResult(0xC2000014);
+/// The media has no stream of that kind and index.
+inline constexpr HRESULT ZXE_E_NO_STREAM = MakeResult(0xC2000015);
+
+/// A production as its owner sees it. Reading and the settings work at any time; edits of the panels and
+/// everything about undo are ZXE_E_NOT_OPEN before `Initialise` and after `Close`.
+struct IZXEProductionData : IUnknown {
+    static constexpr GUID IID = "fbadab5b-cd34-48f6-b8d1-66aa6394b34a"_guid;
+    using Base = IUnknown;
+
+    /// The object that answers for IProductionInfo.
+    virtual HRESULT GetProductionObj(IUnknown** ppProduction) = 0;
+
+    virtual HRESULT GetPanelCount(LONG* plCount) = 0;
+
+    /// Panels count from 0; E_INVALIDARG when there is none at that index. A panel answers for ISourceFile.
+    virtual HRESULT GetPanelBaseObject(LONG lIndex, IUnknown** ppPanel) = 0;
+    virtual HRESULT DeletePanel(LONG lIndex) = 0;
+
+    /// Whether sources are shown with their own aspect ratio instead of the production's; false at first.
+    virtual HRESULT get_UseSourceAspectRatio(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT put_UseSourceAspectRatio(VARIANT_BOOL newVal) = 0;
+
+    /// Makes a new production ready for use, or a closed one again, with the panels it had. S_FALSE when it
+    /// is ready already.
+    virtual HRESULT Initialise() = 0;
+
+    /// Ends the use of the production before its last release: an open undo block is dropped, and all others
+    /// with it; the panels stay. S_FALSE when it is not in use.
+    virtual HRESULT Close() = 0;
+
+    /// The source of each panel, in order: strings, lower bound 0, empty without panels. The first three
+    /// arguments are reserved; E_INVALIDARG unless they are 0.
+    virtual HRESULT GetSourceList(LONG lReserved1, LONG lReserved2, LONG lReserved3, SAFEARRAY** ppSources) = 0;
+
+    /// ZXE_PRODUCTION_ bits.
+    virtual HRESULT get_Flags(ULONG* pdwFlags) = 0;
+    virtual HRESULT ClearModified() = 0;
+
+    /// Edits from here to `CloseUndoBlock` are undone and redone together; edits outside of a block cannot
+    /// be undone. ZXE_E_UNDO_BLOCK_OPEN when one is open already: blocks do not nest.
+    virtual HRESULT OpenUndoBlock() = 0;
+
+    /// VARIANT_FALSE takes back all edits of the block. A block without edits and units leaves no trace;
+    /// any other one that is kept empties what can be redone. ZXE_E_NO_UNDO_BLOCK when none is open.
+    virtual HRESULT CloseUndoBlock(VARIANT_BOOL bCommit) = 0;
+
+    /// Puts an IOleUndoUnit into the open block, which runs its `Do` with no undo manager whenever the block
+    /// is undone or redone: the unit has to be its own inverse. E_POINTER for null, E_NOINTERFACE for an
+    /// object that is no undo unit, ZXE_E_NO_UNDO_BLOCK when no block is open.
+    virtual HRESULT AddUndoUnit(IUnknown* pUnit) = 0;
+
+    /// The description is that of the block's last unit, or null; `pbstrDescription` may be null. Without
+    /// such a block, or while one is open, the answer is VARIANT_FALSE and S_OK.
+    virtual HRESULT CanUndo(VARIANT_BOOL* pbCanUndo, BSTR* pbstrDescription) = 0;
+    virtual HRESULT CanRedo(VARIANT_BOOL* pbCanRedo, BSTR* pbstrDescription) = 0;
+
+    /// Takes back the last block, or brings back the one last undone. A unit that fails stops it: what was
+    /// run so far is run back, the block stays where it was, and the unit's result is returned.
+    /// ZXE_E_NOTHING_TO_UNDO when there is no block, ZXE_E_UNDO_BLOCK_OPEN while one is open.
+    virtual HRESULT Undo() = 0;
+    virtual HRESULT Redo() = 0;
+};
+
+/// Edits of a production's content.
+struct IEditData : IUnknown {
+    static constexpr GUID IID = "f5d2c429-25e1-44ce-b960-24870bdd17ac"_guid;
+    using Base = IUnknown;
+
+    /// Adds a panel that shows `bstrSource`, a path or a moniker, from `dInPoint` to `dOutPoint`; an out
+    /// point of 0 is the end of the source. `lPosition` counts from 0, -1 appends. `lTrack` is 0.
+    /// A source that cannot be read makes a panel without a length of its own. E_INVALIDARG for an empty
+    /// source, a point that is negative or not finite, an out point not behind the in point, or a bad
+    /// position or track. `ppPanel` may be null.
+    virtual HRESULT AddSourceFile(LONG lTrack, BSTR bstrSource, double dInPoint, double dOutPoint, LONG lPosition,
+                                  IUnknown** ppPanel) = 0;
+};
+
+/// What a production is made for. Settings do not make a production modified: its owner keeps them.
+struct IProductionInfo : IUnknown {
+    static constexpr GUID IID = "5f654704-c0ed-45c0-9158-036474fba551"_guid;
+    using Base = IUnknown;
+
+    /// Seconds that all panels play.
+    virtual HRESULT get_Duration(double* pdSeconds) = 0;
+
+    /// Frames per second of the first panel that shows video; 0 when none does.
+    virtual HRESULT get_EditingFrameRate(double* pdFrameRate) = 0;
+
+    /// Width to height of the whole picture; 4/3 at first. E_INVALIDARG unless positive and finite.
+    virtual HRESULT get_AspectRatio(double* pdAspectRatio) = 0;
+    virtual HRESULT put_AspectRatio(double dAspectRatio) = 0;
+
+    /// Whether the picture is made for two eyes; any value but 0 is true.
+    virtual HRESULT get_Stereoscopic(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT put_Stereoscopic(VARIANT_BOOL newVal) = 0;
+};
+
+/// A part of a source file, as a panel shows it.
+struct ISourceFile : IUnknown {
+    static constexpr GUID IID = "65cf5b5c-02cb-4719-b404-d0c8cebf27cf"_guid;
+    using Base = IUnknown;
+
+    virtual HRESULT get_FileName(BSTR* pbstrFileName) = 0;
+    virtual HRESULT get_InPoint(double* pdSeconds) = 0;
+
+    /// The end of the source when no out point was given; 0 when that is not known.
+    virtual HRESULT get_OutPoint(double* pdSeconds) = 0;
+
+    /// Seconds of the whole source; 0 for a still picture and for a source that cannot be read.
+    virtual HRESULT get_Length(double* pdSeconds) = 0;
+};
+
+/// What a production tells its owner, through its connection point for this interface. Calls may come on
+/// any thread, and come without a lock of the production; their results are not looked at.
+///
+/// The connection holds an ordinary reference to the sink, taken by Advise and released by Unadvise. A sink
+/// that must not be kept alive by it releases one reference of itself after connecting, and takes one back
+/// before it disconnects.
+struct IZXEProductionDataEvents : IUnknown {
+    static constexpr GUID IID = "3b30f319-6c4a-4f3a-8542-aa47dbc1badf"_guid;
+    using Base = IUnknown;
+
+    // Indices count from 0. An audio ID names a background audio of the production.
+
+    virtual HRESULT OnPanelAdded(LONG lIndex) = 0;
+    virtual HRESULT OnPanelRemoved(LONG lIndex) = 0;
+    virtual HRESULT OnPanelChanged(LONG lIndex) = 0;
+    virtual HRESULT OnAudioAdded(LONG lAudioID) = 0;
+    virtual HRESULT OnAudioRemoved(LONG lAudioID) = 0;
+    virtual HRESULT OnAudioChanged(LONG lAudioID) = 0;
+
+    /// The effect of a menu element; `lButtonID` is 0 or the button that holds the element.
+    virtual HRESULT OnEffectChanged(LONG lElementID, LONG lButtonID) = 0;
+
+    /// All effects have to be attached anew.
+    virtual HRESULT OnEffectsInvalidated() = 0;
+
+    /// All panels may have changed.
+    virtual HRESULT OnPanelsReset() = 0;
+    virtual HRESULT OnSettingsChanged() = 0;
+    virtual HRESULT OnDurationChanged() = 0;
+
+    /// 1 when the production became modified, 0 when that state was cleared.
+    virtual HRESULT OnModifiedChanged(LONG lModified) = 0;
+    virtual HRESULT OnEffectAdded(LONG lLayer, LONG lEffectID) = 0;
+    virtual HRESULT OnEffectRemoved(LONG lLayer, LONG lEffectID) = 0;
+    virtual HRESULT OnEffectMoved(LONG lEffectID, LONG lLayer) = 0;
+    virtual HRESULT OnPanelMoved(LONG lFrom, LONG lTo) = 0;
+    virtual HRESULT OnTransitionAdded(LONG lIndex, LONG lKind) = 0;
+    virtual HRESULT OnTransitionRemoved(LONG lIndex, LONG lKind) = 0;
+
+    /// Bit 0: something can be undone. Bit 1: something can be redone.
+    virtual HRESULT OnUndoStateChanged(LONG lState) = 0;
+
+    virtual HRESULT OnChapterAdded(LONG lIndex, LONG lFrame) = 0;
+    virtual HRESULT OnChapterRemoved(LONG lIndex, LONG lFrame) = 0;
+    virtual HRESULT OnRenderProgress(LONG lDone, LONG lTotal) = 0;
+    virtual HRESULT OnClosed() = 0;
+};
+
+/// The positions of the methods of IZXEProductionDataEvents after those of IUnknown.
+inline constexpr ULONG ZXE_EVENT_COUNT = 23;
+
+/// Through it the parts that render and edit a production from outside have it tell its sinks.
+struct IZXEProductionNotify : IUnknown {
+    static constexpr GUID IID = "9ebe9f06-dc43-4115-911b-909a6beb3368"_guid;
+    using Base = IUnknown;
+
+    /// Calls the method of IZXEProductionDataEvents at `ulEvent` on every sink, with as many of the
+    /// arguments as it takes. E_INVALIDARG for a position past the last.
+    virtual HRESULT Notify(ULONG ulEvent, LONG lFirst, LONG lSecond) = 0;
+};
+
+/// The kinds of streams that IZXMediaInformation tells apart.
+inline constexpr LONG ZXM_STREAM_PICTURE = 0;
+inline constexpr LONG ZXM_STREAM_VIDEO = 1;
+
+/// Looks into a media file.
+struct IZXMediaInformation : IUnknown {
+    static constexpr GUID IID = "3a47b852-5195-4fd5-b833-9b2989c1f167"_guid;
+    using Base = IUnknown;
+
+    /// Reads what kind of media a local file is; either separator is understood. What was opened before is
+    /// forgotten, also on failure. E_INVALIDARG for an empty name, ZXE_E_NOT_MEDIA for anything that is not
+    /// a readable media file.
+    virtual HRESULT Open(BSTR bstrSource) = 0;
+
+    /// Kind ZXM_STREAM_VIDEO counts the streams of moving pictures from 0, ZXM_STREAM_PICTURE still pictures,
+    /// too. Pixels, and frames per second: 0 for a still picture. ZXE_E_NOT_OPEN before a successful `Open`,
+    /// ZXE_E_NO_STREAM when there is no such stream.
+    virtual HRESULT GetVideoProperties(LONG lKind, LONG lIndex, ULONG* pulWidth, ULONG* pulHeight,
+                                       double* pdFrameRate) = 0;
+
+    /// Seconds; 0 for a still picture and where it is not known. ZXE_E_NOT_OPEN before a successful `Open`.
+    virtual HRESULT get_Duration(double* pdSeconds) = 0;
+};

@@ -1,0 +1,42 @@
+#pragma once
+// The ordered disc commands of a project, a title, a menu or a button.
+
+#include "KVProjectData/Enumerations.h"
+#include "platform/automation/Members.h"
+#include "platform/xml/Dom.h"
+
+/// One disc command. What the parameters mean is the player's business.
+struct DiscCommandParams {
+    DiscCommand cmd;
+    LONG lParam1;
+    LONG lParam2;
+    /// A "file" or "effect" element, or null.
+    IXMLDOMNode* pXMLData;
+};
+
+template <>
+struct kv::RecordTable<DiscCommandParams> {
+    static constexpr std::array fields{
+        Field<&DiscCommandParams::cmd>("cmd"), Field<&DiscCommandParams::lParam1>("lParam1"),
+        Field<&DiscCommandParams::lParam2>("lParam2"), Field<&DiscCommandParams::pXMLData>("pXMLData")};
+};
+
+struct IKVCommandList : IDispatch {
+    static constexpr GUID IID = "004498f4-b987-47c1-8c9c-26a813678d7a"_guid;
+    using Base = IDispatch;
+
+    /// The array is in task memory; the caller frees it and releases each pXMLData, which is a copy. Null for
+    /// an empty list.
+    virtual HRESULT GetCommandList(LONG* plCount, DiscCommandParams** ppCmdList) = 0;
+
+    /// Replaces the commands by `lCount` records, whose XML is copied; none for a count below 1.
+    /// E_POINTER for null with a positive count, KV_E_LOCKED when locked.
+    virtual HRESULT SetCommandList(LONG lCount, DiscCommandParams* pCmdList) = 0;
+};
+
+template <>
+struct kv::InterfaceTable<IKVCommandList> {
+    static constexpr auto members =
+        Members(Method<&IKVCommandList::GetCommandList>("GetCommandList", 0x3e8, "plCount", "ppCmdList"),
+                Method<&IKVCommandList::SetCommandList>("SetCommandList", 0x3e9, "lCount", "pCmdList"));
+};

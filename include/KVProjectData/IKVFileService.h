@@ -1,0 +1,43 @@
+#pragma once
+// Project files on disk.
+//
+// E_POINTER for an object that is not a project. A leading "file::" of a file name is dropped.
+
+#include "platform/automation/Members.h"
+#include "platform/xml/Dom.h"
+
+struct IKVFileService : IDispatch {
+    static constexpr GUID IID = "73f80e52-a369-48b5-a441-4c46f147ecf9"_guid;
+    using Base = IDispatch;
+
+    /// Writes the project file; on failure an older file stays as it was. Sets ProjectDirectory. E_INVALIDARG for
+    /// an empty name.
+    virtual HRESULT SaveProject(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
+    virtual HRESULT Archive(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
+
+    /// Replaces the project by a project file. KV_E_FILE_DOES_NOT_PARSE, KV_E_FILE_TOO_OLD, E_INVALIDARG (after a
+    /// message box) for a file that does not exist.
+    virtual HRESULT LoadProject(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
+
+    /// As IKVProjectData::SaveXML and loadXML.
+    virtual HRESULT PersistToXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) = 0;
+    virtual HRESULT PersistFromXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) = 0;
+
+    /// Puts the folder for a path variable at the start of the name.
+    virtual HRESULT ResolveFilePath(BSTR* bstrFileName) = 0;
+
+    /// Puts path variables for their folders.
+    virtual HRESULT UnresolveFilePath(BSTR* bstrFileName) = 0;
+};
+
+template <>
+struct kv::InterfaceTable<IKVFileService> {
+    static constexpr auto members =
+        Members(Method<&IKVFileService::SaveProject>("SaveProject", 0x1, "bstrFileName", "pUnkProject"),
+                Method<&IKVFileService::Archive>("Archive", 0x2, "bstrFileName", "pUnkProject"),
+                Method<&IKVFileService::LoadProject>("LoadProject", 0x3, "bstrFileName", "pUnkProject"),
+                Method<&IKVFileService::PersistToXML>("PersistToXML", 0x4, "pRoot", "pUnkProject"),
+                Method<&IKVFileService::PersistFromXML>("PersistFromXML", 0x5, "pRoot", "pUnkProject"),
+                Method<&IKVFileService::ResolveFilePath>("ResolveFilePath", 0x6, InOut("bstrFileName")),
+                Method<&IKVFileService::UnresolveFilePath>("UnresolveFilePath", 0x7, InOut("bstrFileName")));
+};

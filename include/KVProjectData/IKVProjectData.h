@@ -1,0 +1,228 @@
+#pragma once
+// The project: disc-wide settings and the ordered lists of titles, menus and data files.
+//
+// Getters return E_POINTER for a null out-pointer; strings handed out are the caller's to free. Members that
+// change something return KV_E_LOCKED for a locked project. A project also answers for IKVCommandList,
+// IKVEncodingParams, IKVLocking and IConnectionPointContainer.
+
+#include "KVProjectData/Enumerations.h"
+#include "KVProjectData/IKVDataFile.h"
+#include "KVProjectData/IKVMenu.h"
+#include "KVProjectData/IKVTitle.h"
+#include "platform/automation/Members.h"
+#include "platform/undo/OleUndo.h"
+#include "platform/xml/Dom.h"
+
+struct IKVProjectData : IDispatch {
+    static constexpr GUID IID = "f3c95789-ace1-4954-ac5d-6baed2eac902"_guid;
+    using Base = IDispatch;
+
+    /// The version that the library writes into documents: 900.
+    virtual HRESULT get_version(LONG* pVal) = 0;
+    virtual HRESULT get_Label(BSTR* pVal) = 0;
+    virtual HRESULT put_Label(BSTR newVal) = 0;
+    virtual HRESULT get_DiscFormat(DiscFormat* pVal) = 0;
+    virtual HRESULT put_DiscFormat(DiscFormat newVal) = 0;
+
+    /// Not kept in the document.
+    virtual HRESULT get_VolumeName(BSTR* pVal) = 0;
+    virtual HRESULT put_VolumeName(BSTR newVal) = 0;
+    virtual HRESULT get_ThemeSource(BSTR* pVal) = 0;
+    virtual HRESULT put_ThemeSource(BSTR newVal) = 0;
+    virtual HRESULT get_TVStandard(TVStandard* pVal) = 0;
+    virtual HRESULT put_TVStandard(TVStandard newVal) = 0;
+
+    /// Frames per second. Reads 29.97 or 25 by the TV standard while none below 0.1 was set.
+    virtual HRESULT get_FrameRate(double* pVal) = 0;
+    virtual HRESULT put_FrameRate(double newVal) = 0;
+
+    /// Not kept in the document, nor reset by Clear.
+    virtual HRESULT get_ProjectDirectory(BSTR* pVal) = 0;
+    virtual HRESULT put_ProjectDirectory(BSTR newVal) = 0;
+
+    /// TargetType flags.
+    virtual HRESULT get_TargetType(ULONG* pVal) = 0;
+    virtual HRESULT put_TargetType(ULONG newVal) = 0;
+
+    /// Not kept in the document, nor reset by Clear.
+    virtual HRESULT get_ImagePath(BSTR* pVal) = 0;
+    virtual HRESULT put_ImagePath(BSTR newVal) = 0;
+
+    /// Not kept in the document, nor reset by Clear.
+    virtual HRESULT get_TargetDrive(BSTR* pVal) = 0;
+    virtual HRESULT put_TargetDrive(BSTR newVal) = 0;
+    virtual HRESULT get_DisplayName(BSTR* pVal) = 0;
+    virtual HRESULT put_DisplayName(BSTR newVal) = 0;
+
+    /// True for exactly VARIANT_TRUE.
+    virtual HRESULT get_IsOnDisc(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT put_IsOnDisc(VARIANT_BOOL newVal) = 0;
+    virtual HRESULT get_TitleCount(LONG* pVal) = 0;
+    virtual HRESULT get_MenuCount(LONG* pVal) = 0;
+    virtual HRESULT get_DataFileCount(LONG* pVal) = 0;
+    virtual HRESULT get_FitToDisc(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT put_FitToDisc(VARIANT_BOOL newVal) = 0;
+
+    /// S_FALSE, and nothing written, while FitToDisc is false.
+    virtual HRESULT get_DoCompression(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT put_DoCompression(VARIANT_BOOL newVal) = 0;
+
+    /// ProjectOptions flags.
+    virtual HRESULT get_Options(ULONG* pVal) = 0;
+    virtual HRESULT put_Options(ULONG newVal) = 0;
+
+    /// True after a recorded edit, and when the production of a title says that it was modified.
+    virtual HRESULT get_IsDirty(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT ClearDirtyFlag() = 0;
+
+    /// Removes all titles, menus and data files and resets the properties, without events.
+    virtual HRESULT Clear() = 0;
+
+    /// Positions count from 1. KV_E_BAD_POSITION when there is none.
+    virtual HRESULT GetTitle(LONG index, IKVTitle** ppTitle) = 0;
+
+    /// At a position, or last for 0 and below. The out-pointer may be null.
+    virtual HRESULT AddTitle(LONG index, IKVTitle** ppTitle) = 0;
+
+    /// KV_E_NO_SUCH_ID. The out-pointer may be null.
+    virtual HRESULT RemoveTitle(LONG ID, IKVTitle** ppTitle) = 0;
+    virtual HRESULT MoveTitle(LONG fromPos, LONG toPos) = 0;
+
+    /// Positions count from 1. KV_E_BAD_POSITION when there is none.
+    virtual HRESULT GetMenu(LONG index, IKVMenu** ppMenu) = 0;
+    virtual HRESULT AddMenu(LONG index, IKVMenu** ppMenu) = 0;
+    virtual HRESULT RemoveMenu(LONG ID, IKVMenu** ppMenu) = 0;
+    virtual HRESULT MoveMenu(LONG fromPos, LONG toPos) = 0;
+
+    /// Inserts a menu that exists already. E_POINTER for null.
+    virtual HRESULT InsertMenuW(LONG index, IKVMenu* pMenu) = 0;
+
+    /// Positions count from 1. KV_E_BAD_POSITION when there is none.
+    virtual HRESULT GetDataFile(LONG index, IKVDataFile** ppDataFile) = 0;
+    virtual HRESULT AddDataFile(LONG index, IKVDataFile** ppDataFile) = 0;
+
+    /// By position, not by ID.
+    virtual HRESULT RemoveDataFile(LONG index, IKVDataFile** ppDataFile) = 0;
+
+    /// S_FALSE when other users of the file remain: it stays with one user less. KV_E_NO_SUCH_SOURCE.
+    virtual HRESULT RemoveDataFileBySource(BSTR bstrSrcPath, IKVDataFile** ppDataFile) = 0;
+    virtual HRESULT MoveDataFile(LONG fromPos, LONG toPos) = 0;
+
+    /// The first that matches every given criterion; null and 0 give none. KV_E_DATA_FILE_NOT_FOUND.
+    virtual HRESULT FindDataFile(BSTR bstrSrcPath, BSTR bstrDestPath, ULONG dwTag, IKVDataFile** ppDataFile) = 0;
+
+    /// KV_E_NO_SUCH_ID.
+    virtual HRESULT FindByID(LONG ID, IUnknown** ppUnkObj) = 0;
+
+    /// Replaces the project by a document, or by what stands below a node. KV_E_NO_XML_NODE for null.
+    virtual HRESULT loadXML(IXMLDOMNode* pRootNode) = 0;
+
+    /// Writes the project below an element of a document.
+    virtual HRESULT SaveXML(IXMLDOMNode* pRootNode) = 0;
+    virtual HRESULT BeginUndo(BSTR bsDesc) = 0;
+    virtual HRESULT TakeUndoSnapshot(BSTR bsDesc) = 0;
+    virtual HRESULT EndUndo(VARIANT_BOOL bCommit) = 0;
+    virtual HRESULT EndUndoEx(VARIANT_BOOL bCommit, VARIANT_BOOL bSbdHint) = 0;
+    virtual HRESULT UndoOperation() = 0;
+    virtual HRESULT RedoOperation() = 0;
+
+    /// KV_E_NO_UNDO_MANAGER.
+    virtual HRESULT GetUndoManager(IOleUndoManager** ppUndoMgr) = 0;
+
+    /// Sends MajorProjectChange for code 4, else MessageBroadcast.
+    virtual HRESULT BroadcastMessage(LONG code, LONG param1, LONG param2) = 0;
+    virtual HRESULT get_ProjectSize(LONGLONG* pVal) = 0;
+    virtual HRESULT put_ProjectSize(LONGLONG newVal) = 0;
+
+    /// Kilobytes.
+    virtual HRESULT get_OnDiscSize(ULONG* pVal) = 0;
+    virtual HRESULT put_OnDiscSize(ULONG newVal) = 0;
+    virtual HRESULT get_RemainingCaptures(LONG* pVal) = 0;
+    virtual HRESULT put_RemainingCaptures(LONG newVal) = 0;
+
+    /// Turns EmptyQueue and ProjectChangeList on or off.
+    virtual HRESULT EnableHeartBeatEvent(VARIANT_BOOL bEnable) = 0;
+
+    /// Releases what all projects of the process share.
+    virtual HRESULT ResetStaticData() = 0;
+    virtual HRESULT get_DiscSize(DiscSizeEnum* pVal) = 0;
+    virtual HRESULT put_DiscSize(DiscSizeEnum newVal) = 0;
+    virtual HRESULT BeginStoryboardUndo(IUnknown* pUnkSbd, ULONG dwKVID) = 0;
+    virtual HRESULT get_DiscVideoType(DiscVideoType* pVal) = 0;
+    virtual HRESULT put_DiscVideoType(DiscVideoType newVal) = 0;
+
+    /// Applies to all projects of the process.
+    virtual HRESULT SetSaveThemeMode(LONG mode) = 0;
+
+    /// True for exactly VARIANT_TRUE.
+    virtual HRESULT get_MenuLess(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT put_MenuLess(VARIANT_BOOL newVal) = 0;
+    virtual HRESULT get_UndoEnable(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT get_RedoEnable(VARIANT_BOOL* pVal) = 0;
+};
+
+template <>
+struct kv::InterfaceTable<IKVProjectData> {
+    static constexpr auto members = Members(
+        Get<&IKVProjectData::get_version>("version", 0x20),
+        GetPut<&IKVProjectData::get_Label, &IKVProjectData::put_Label>("Label", 0x4),
+        GetPut<&IKVProjectData::get_DiscFormat, &IKVProjectData::put_DiscFormat>("DiscFormat", 0x14),
+        GetPut<&IKVProjectData::get_VolumeName, &IKVProjectData::put_VolumeName>("VolumeName", 0x15),
+        GetPut<&IKVProjectData::get_ThemeSource, &IKVProjectData::put_ThemeSource>("ThemeSource", 0x3f),
+        GetPut<&IKVProjectData::get_TVStandard, &IKVProjectData::put_TVStandard>("TVStandard", 0x16),
+        GetPut<&IKVProjectData::get_FrameRate, &IKVProjectData::put_FrameRate>("FrameRate", 0x47),
+        GetPut<&IKVProjectData::get_ProjectDirectory, &IKVProjectData::put_ProjectDirectory>("ProjectDirectory", 0x17),
+        GetPut<&IKVProjectData::get_TargetType, &IKVProjectData::put_TargetType>("TargetType", 0x18),
+        GetPut<&IKVProjectData::get_ImagePath, &IKVProjectData::put_ImagePath>("ImagePath", 0x19),
+        GetPut<&IKVProjectData::get_TargetDrive, &IKVProjectData::put_TargetDrive>("TargetDrive", 0x1a),
+        GetPut<&IKVProjectData::get_DisplayName, &IKVProjectData::put_DisplayName>("DisplayName", 0x23),
+        GetPut<&IKVProjectData::get_IsOnDisc, &IKVProjectData::put_IsOnDisc>("IsOnDisc", 0x1b),
+        Get<&IKVProjectData::get_TitleCount>("TitleCount", 0x1d),
+        Get<&IKVProjectData::get_MenuCount>("MenuCount", 0x1e),
+        Get<&IKVProjectData::get_DataFileCount>("DataFileCount", 0x1f),
+        GetPut<&IKVProjectData::get_FitToDisc, &IKVProjectData::put_FitToDisc>("FitToDisc", 0x21),
+        GetPut<&IKVProjectData::get_DoCompression, &IKVProjectData::put_DoCompression>("DoCompression", 0x44),
+        GetPut<&IKVProjectData::get_Options, &IKVProjectData::put_Options>("Options", 0x1c),
+        Get<&IKVProjectData::get_IsDirty>("IsDirty", 0xb),
+        Method<&IKVProjectData::ClearDirtyFlag>("ClearDirtyFlag", 0x3e), Method<&IKVProjectData::Clear>("Clear", 0x9),
+        Method<&IKVProjectData::GetTitle>("GetTitle", 0x26, "index", "ppTitle"),
+        Method<&IKVProjectData::AddTitle>("AddTitle", 0x27, "index", "ppTitle"),
+        Method<&IKVProjectData::RemoveTitle>("RemoveTitle", 0x28, "ID", "ppTitle"),
+        Method<&IKVProjectData::MoveTitle>("MoveTitle", 0x29, "fromPos", "toPos"),
+        Method<&IKVProjectData::GetMenu>("GetMenu", 0x2a, "index", "ppMenu"),
+        Method<&IKVProjectData::AddMenu>("AddMenu", 0x2b, "index", "ppMenu"),
+        Method<&IKVProjectData::RemoveMenu>("RemoveMenu", 0x2c, "ID", "ppMenu"),
+        Method<&IKVProjectData::MoveMenu>("MoveMenu", 0x2d, "fromPos", "toPos"),
+        Method<&IKVProjectData::InsertMenuW>("InsertMenuW", 0x2e, "index", "pMenu"),
+        Method<&IKVProjectData::GetDataFile>("GetDataFile", 0x2f, "index", "ppDataFile"),
+        Method<&IKVProjectData::AddDataFile>("AddDataFile", 0x30, "index", "ppDataFile"),
+        Method<&IKVProjectData::RemoveDataFile>("RemoveDataFile", 0x31, "index", "ppDataFile"),
+        Method<&IKVProjectData::RemoveDataFileBySource>("RemoveDataFileBySource", 0x32, "bstrSrcPath", "ppDataFile"),
+        Method<&IKVProjectData::MoveDataFile>("MoveDataFile", 0x33, "fromPos", "toPos"),
+        Method<&IKVProjectData::FindDataFile>("FindDataFile", 0x34, "bstrSrcPath", "bstrDestPath", "dwTag",
+                                              "ppDataFile"),
+        Method<&IKVProjectData::FindByID>("FindByID", 0x35, "ID", "ppUnkObj"),
+        Method<&IKVProjectData::loadXML>("loadXML", 0x5, "pRootNode"),
+        Method<&IKVProjectData::SaveXML>("SaveXML", 0x6, "pRootNode"),
+        Method<&IKVProjectData::BeginUndo>("BeginUndo", 0x37, "bsDesc"),
+        Method<&IKVProjectData::TakeUndoSnapshot>("TakeUndoSnapshot", 0x36, "bsDesc"),
+        Method<&IKVProjectData::EndUndo>("EndUndo", 0x38, "bCommit"),
+        Method<&IKVProjectData::EndUndoEx>("EndUndoEx", 0x39, "bCommit", "bSbdHint"),
+        Method<&IKVProjectData::UndoOperation>("UndoOperation", 0x3a),
+        Method<&IKVProjectData::RedoOperation>("RedoOperation", 0x3b),
+        Method<&IKVProjectData::GetUndoManager>("GetUndoManager", 0x3c, "ppUndoMgr"),
+        Method<&IKVProjectData::BroadcastMessage>("BroadcastMessage", 0x3d, "code", "param1", "param2"),
+        GetPut<&IKVProjectData::get_ProjectSize, &IKVProjectData::put_ProjectSize>("ProjectSize", 0x22),
+        GetPut<&IKVProjectData::get_OnDiscSize, &IKVProjectData::put_OnDiscSize>("OnDiscSize", 0x24),
+        GetPut<&IKVProjectData::get_RemainingCaptures, &IKVProjectData::put_RemainingCaptures>("RemainingCaptures",
+                                                                                               0x25),
+        Method<&IKVProjectData::EnableHeartBeatEvent>("EnableHeartBeatEvent", 0x40, "bEnable"),
+        Method<&IKVProjectData::ResetStaticData>("ResetStaticData", 0x41),
+        GetPut<&IKVProjectData::get_DiscSize, &IKVProjectData::put_DiscSize>("DiscSize", 0x42),
+        Method<&IKVProjectData::BeginStoryboardUndo>("BeginStoryboardUndo", 0x43, "pUnkSbd", "dwKVID"),
+        GetPut<&IKVProjectData::get_DiscVideoType, &IKVProjectData::put_DiscVideoType>("DiscVideoType", 0x45),
+        Method<&IKVProjectData::SetSaveThemeMode>("SetSaveThemeMode", 0xc, "mode"),
+        GetPut<&IKVProjectData::get_MenuLess, &IKVProjectData::put_MenuLess>("MenuLess", 0x46),
+        Get<&IKVProjectData::get_UndoEnable>("UndoEnable", 0x48),
+        Get<&IKVProjectData::get_RedoEnable>("RedoEnable", 0x49));
+};

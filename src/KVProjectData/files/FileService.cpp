@@ -1,0 +1,180 @@
+#include "KVProjectData/files/FileService.h"
+
+#include "KVProjectData/IQ71ProjectImport.h"
+#include "KVProjectData/Identities.h"
+#include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/persistence/ProjectDocument.h"
+#include "platform/com/Activation.h"
+#include "platform/system/MessageBox.h"
+#include "platform/system/Paths.h"
+
+namespace kv {
+namespace {
+
+constexpr LONG kOldestVersion = 700;
+constexpr LONG kFirstOwnVersion = 800;
+
+/// The project behind an object. Throws Error(E_POINTER) for anything else.
+ComPtr<IKVProjectData> ProjectOf(IUnknown* object)
+{
+    auto project = Query<IKVProjectData>(object);
+    if (!project) throw Error(E_POINTER);
+    return project;
+}
+
+std::u16string_view WithoutPrefix(std::u16string_view fileName)
+{
+    constexpr std::u16string_view kPrefix = u"file::";
+    if (fileName.starts_with(kPrefix)) fileName.remove_prefix(kPrefix.size());
+    return fileName;
+}
+
+/// Writes the project, the productions and the closing comment as one document.
+HRESULT WriteProjectFile(IKVProjectData& project, std::u16string_view fileName)
+{
+    ComPtr<IXMLDOMDocument> document;
+    ComPtr<IXMLDOMNode> comment;
+    ComPtr<IXMLDOMElement> root;
+    ComPtr<IXMLDOMElement> productions;
+    ThrowIfFailed(CreateProjectDocument(document.Put()));
+    ThrowIfFailed(
+        document->createComment(Bstr(u"DVD Project xml file created using KVProject object.").Get(), comment.Put()));
+    ThrowIfFailed(document->appendChild(comment.Get(), nullptr));
+    ThrowIfFailed(document->get_documentElement(root.Put()));
+    ThrowIfFailed(project.SaveXML(root.Get()));
+    ThrowIfFailed(document->createElement(Bstr(u"Productions").Get(), productions.Put()));
+    ThrowIfFailed(root->appendChild(productions.Get(), nullptr));
+    return document->save(Variant(fileName));
+}
+
+/// Loads a file. KV_E_FILE_DOES_NOT_PARSE when it is no document.
+ComPtr<IXMLDOMDocument> ReadDocument(std::u16string_view fileName)
+{
+    ComPtr<IXMLDOMDocument> document;
+    ThrowIfFailed(CreateInstance(CLSID_DOMDocument, document));
+    ThrowIfFailed(document->put_async(VARIANT_FALSE));
+    VARIANT_BOOL parsed = VARIANT_FALSE;
+    const HRESULT loaded = document->load(Variant(fileName), &parsed);
+    if (loaded == E_OUTOFMEMORY) throw Error(loaded);
+    if (FAILED(loaded) || !parsed) throw Error(KV_E_FILE_DOES_NOT_PARSE);
+    return document;
+}
+
+HRESULT ImportOldVersion(IXMLDOMElement& root, IUnknown* project)
+{
+    ComPtr<IQ71ProjectImport> importer;
+    const HRESULT created = CreateInstance(CLSID_Q71ProjectImport, importer);
+    return FAILED(created) ? created : importer->ImportXML(&root, project);
+}
+
+using StringGetter = HRESULT (IKVProjectData::*)(BSTR*);
+using StringSetter = HRESULT (IKVProjectData::*)(BSTR);
+
+HRESULT SetIfEmpty(IKVProjectData& project, StringGetter getter, StringSetter setter, const Bstr& value)
+{
+    Bstr current;
+    const HRESULT read = (project.*getter)(current.Put());
+    return FAILED(read) || !current.Empty() ? read : (project.*setter)(value.Get());
+}
+
+std::u16string ReplaceAll(std::u16string text, std::u16string_view what, std::u16string_view with)
+{
+    for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size())) {
+        text.replace(at, what.size(), with);
+    }
+    return text;
+}
+
+/// Replaces a string that belongs to a caller.
+void ReplaceString(BSTR& string, std::u16string_view text)
+{
+    Bstr::Attach(std::exchange(string, Bstr(text).Detach()));
+}
+
+} // namespace
+
+HRESULT CKVFileService::SaveProject(BSTR bstrFileName, IUnknown* pUnkProject)
+{
+    return Guarded([&] {
+        const auto project = ProjectOf(pUnkProject);
+        if (View(bstrFileName).empty()) return E_INVALIDARG;
+        const std::u16string_view fileName = WithoutPrefix(View(bstrFileName));
+        const HRESULT placed = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());
+        return FAILED(placed) ? placed : WriteProjectFile(*project, fileName);
+    });
+}
+
+HRESULT CKVFileService::Archive(BSTR, IUnknown* pUnkProject)
+{
+    return Guarded([&] {
+        ProjectOf(pUnkProject);
+        return E_NOTIMPL;
+    });
+}
+
+HRESULT CKVFileService::LoadProject(BSTR bstrFileName, IUnknown* pUnkProject)
+{
+    return Guarded([&] {
+        const auto project = ProjectOf(pUnkProject);
+        const std::u16string_view fileName = WithoutPrefix(View(bstrFileName));
+        if (!PathFileExists(fileName)) {
+            ShowMessageBox(fileName, u"No such file");
+            return E_INVALIDARG;
+        }
+        const ComPtr<IXMLDOMDocument> document = ReadDocument(fileName);
+        ComPtr<IXMLDOMElement> root;
+        document->get_documentElement(root.Put());
+        if (!root) return E_POINTER;
+        LONG version = 0;
+        HRESULT result = ProjectVersion(document.Get(), version);
+        if (FAILED(result)) return result;
+        if (version < kOldestVersion) return KV_E_FILE_TOO_OLD;
+        result = version < kFirstOwnVersion ? ImportOldVersion(*root, pUnkProject) : project->loadXML(root.Get());
+        if (FAILED(result)) return result;
+
+        result = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());
+        if (FAILED(result)) return result;
+        const Bstr baseName(PathRemoveExtension(PathFindFileName(fileName)));
+        result = SetIfEmpty(*project, &IKVProjectData::get_Label, &IKVProjectData::put_Label, baseName);
+        if (FAILED(result)) return result;
+        return SetIfEmpty(*project, &IKVProjectData::get_DisplayName, &IKVProjectData::put_DisplayName, baseName);
+    });
+}
+
+HRESULT CKVFileService::PersistToXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject)
+{
+    return Guarded([&] { return ProjectOf(pUnkProject)->SaveXML(pRoot); });
+}
+
+HRESULT CKVFileService::PersistFromXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject)
+{
+    return Guarded([&] { return ProjectOf(pUnkProject)->loadXML(pRoot); });
+}
+
+HRESULT CKVFileService::ResolveFilePath(BSTR* bstrFileName)
+{
+    return Guarded([&] {
+        if (!bstrFileName) return E_POINTER;
+        std::u16string path(View(*bstrFileName));
+        for (const auto& [variable, folder] : m_variables) {
+            if (!path.starts_with(variable)) continue;
+            path = PathAppend(folder, ReplaceAll(std::move(path), variable, {}));
+        }
+        ReplaceString(*bstrFileName, path);
+        return S_OK;
+    });
+}
+
+HRESULT CKVFileService::UnresolveFilePath(BSTR* bstrFileName)
+{
+    return Guarded([&] {
+        if (!bstrFileName) return E_POINTER;
+        std::u16string path(View(*bstrFileName));
+        for (const auto& [variable, folder] : m_variables)
+            path = ReplaceAll(std::move(path), folder, variable);
+        ReplaceString(*bstrFileName, path);
+        return S_OK;
+    });
+}
+
+} // namespace kv

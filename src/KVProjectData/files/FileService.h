@@ -1,0 +1,31 @@
+#pragma once
+// Project files on disk.
+
+#include "KVProjectData/IKVFileService.h"
+#include "KVProjectData/IKVProjectData.h"
+#include "platform/automation/Dispatch.h"
+#include "platform/com/Object.h"
+
+#include <map>
+#include <string>
+
+namespace kv {
+
+class CKVFileService final : public Object<Dual<IKVFileService>> {
+public:
+    explicit CKVFileService(IUnknown* outer) : Object(outer) {}
+
+    HRESULT SaveProject(BSTR bstrFileName, IUnknown* pUnkProject) override;
+    HRESULT Archive(BSTR bstrFileName, IUnknown* pUnkProject) override;
+    HRESULT LoadProject(BSTR bstrFileName, IUnknown* pUnkProject) override;
+    HRESULT PersistToXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) override;
+    HRESULT PersistFromXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) override;
+    HRESULT ResolveFilePath(BSTR* bstrFileName) override;
+    HRESULT UnresolveFilePath(BSTR* bstrFileName) override;
+
+private:
+    /// Replacement folders by path variable.
+    std::map<std::u16string, std::u16string> m_variables;
+};
+
+} // namespace kv

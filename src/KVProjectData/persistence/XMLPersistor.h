@@ -1,0 +1,26 @@
+#pragma once
+// Writes a tree of nodes below an element of a document.
+
+#include "KVProjectData/tree/Visitor.h"
+#include "platform/com/ComPtr.h"
+
+namespace kv {
+
+class CXMLPersistor : public CVisitor {
+public:
+    /// `target` stands in a document.
+    explicit CXMLPersistor(IXMLDOMNode* target);
+
+    /// Writes the node and what is below it; the first failure ends the walk and is returned.
+    HRESULT Visit(CProjectNode& node, ULONG flags) override;
+
+    /// Writes the attributes into the node's new element, which becomes the current parent.
+    HRESULT VisitNode(CProjectNode& node, ULONG flags) override;
+
+private:
+    ComPtr<IXMLDOMNode> m_parent;
+    ComPtr<IXMLDOMDocument> m_document;
+    ComPtr<IXMLDOMElement> m_element;
+};
+
+} // namespace kv

@@ -1,0 +1,109 @@
+#include "KVProjectData/project/AsyncEventDispatcher.h"
+
+#include "KVProjectData/ResultCodes.h"
+#include "platform/com/Error.h"
+#include "platform/system/CriticalSection.h"
+#include "platform/system/Event.h"
+#include "platform/system/Thread.h"
+
+#include <atomic>
+#include <vector>
+
+namespace kv {
+namespace {
+
+struct EventRecord {
+    DISPID event;
+    LONGLONG a;
+    LONGLONG b;
+    LONGLONG c;
+    Bstr text;
+};
+
+enum class State { NotStarted, Running, Stopping };
+
+constexpr ULONG kDefaultPeriod = 1000;
+
+} // namespace
+
+struct CAsyncEventDispatcher::Worker {
+    void Run(CAsyncEventDispatcher& dispatcher);
+
+    CriticalSection queueSection;
+    std::vector<EventRecord> queue;
+    AutoResetEvent wake;
+    Thread thread;
+    std::atomic<State> state{State::NotStarted};
+    ULONG periodMilliseconds = kDefaultPeriod;
+};
+
+void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
+{
+    std::vector<EventRecord> batch;
+    while (state == State::Running) {
+        {
+            const SectionLock lock(queueSection);
+            std::swap(batch, queue);
+        }
+        if (batch.empty()) {
+            if (wake.Wait(periodMilliseconds) == WaitResult::TimedOut && state == State::Running) {
+                dispatcher.Dispatch(kHeartbeat, 0, 0, 0);
+            }
+            continue;
+        }
+        for (const EventRecord& record : batch) {
+            // The dispatcher may be gone once it was stopped from within a delivery.
+            if (state != State::Running) break;
+            const LONGLONG c = record.text ? reinterpret_cast<LONGLONG>(record.text.Get()) : record.c;
+            dispatcher.Dispatch(record.event, record.a, record.b, c);
+        }
+        batch.clear();
+    }
+}
+
+CAsyncEventDispatcher::CAsyncEventDispatcher() : m_worker(std::make_shared<Worker>()) {}
+
+CAsyncEventDispatcher::~CAsyncEventDispatcher() = default;
+
+HRESULT CAsyncEventDispatcher::Start(ULONG periodMilliseconds)
+{
+    m_worker->periodMilliseconds = periodMilliseconds;
+    const HRESULT created = m_worker->wake.Create();
+    if (FAILED(created)) return created;
+    m_worker->state = State::Running;
+    const HRESULT started = m_worker->thread.Start([worker = m_worker, this] { worker->Run(*this); });
+    if (FAILED(started)) {
+        m_worker->state = State::NotStarted;
+        m_worker->wake.Close();
+        return E_OUTOFMEMORY;
+    }
+    return S_OK;
+}
+
+void CAsyncEventDispatcher::Stop()
+{
+    if (m_worker->state.exchange(State::Stopping) != State::Running) return;
+    m_worker->wake.Set();
+    if (m_worker->thread.IsCurrent()) {
+        m_worker->thread.Detach();
+    } else {
+        m_worker->thread.Join();
+        m_worker->wake.Close();
+    }
+    const SectionLock lock(m_worker->queueSection);
+    m_worker->queue.clear();
+}
+
+HRESULT CAsyncEventDispatcher::Post(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c, BSTR text)
+{
+    return Guarded([&] {
+        EventRecord record{event, a, b, c, Bstr::CopyOf(text)};
+        {
+            const SectionLock lock(m_worker->queueSection);
+            m_worker->queue.push_back(std::move(record));
+        }
+        return m_worker->wake.Set() ? S_OK : KV_E_QUEUE_NOT_SIGNALLED;
+    });
+}
+
+} // namespace kv

@@ -1,0 +1,60 @@
+#include "KVProjectData/server/TypeLibrary.h"
+
+#include "KVProjectData/KVProjectData.h"
+#include "platform/automation/Dispatch.h"
+
+namespace kv {
+namespace {
+
+constexpr const EnumDescription* kEnums[]{
+    &kEnumDescription<DiscFormat>,      &kEnumDescription<TVStandard>,       &kEnumDescription<TargetType>,
+    &kEnumDescription<ProjectOptions>,  &kEnumDescription<DiscSizeEnum>,     &kEnumDescription<DiscVideoType>,
+    &kEnumDescription<TitleFlags>,      &kEnumDescription<TitleTypes>,       &kEnumDescription<VideoResolution>,
+    &kEnumDescription<AspectRatio>,     &kEnumDescription<VideoFormat>,      &kEnumDescription<AudioFormat>,
+    &kEnumDescription<WideDisplayMode>, &kEnumDescription<SubpictureFormat>, &kEnumDescription<DiscCommand>,
+};
+
+constexpr const RecordDescription* kRecords[]{&kRecordDescription<DiscCommandParams>};
+
+constexpr const InterfaceDescription* kInterfaces[]{
+    &kInterfaceDescription<IKVLocking>,
+    &kInterfaceDescription<IKVEncodingParams>,
+    &kInterfaceDescription<IKVCommandList>,
+    &kInterfaceDescription<IKVTitle>,
+    &kInterfaceDescription<IKVDataFile>,
+    &kInterfaceDescription<IKVProjectData>,
+    &kInterfaceDescription<_IKVProjectDataEvents>,
+    &kInterfaceDescription<IKVFileService>,
+};
+
+constexpr ClassDescription kClasses[]{
+    {"CKVCommandList", &CLSID_KVCommandList, "IKVCommandList", {}},
+    {"CKVEncodingParams", &CLSID_KVEncodingParams, "IKVEncodingParams", {}},
+    {"CKVProjectData", &CLSID_KVProjectData, "IKVProjectData", "_IKVProjectDataEvents"},
+    {"CKVFileService", &CLSID_KVFileService, "IKVFileService", {}},
+};
+
+constexpr LibraryDescription kLibrary{.name = "KVProjectData",
+                                      .help = "KVProjectData 1.0 Type Library",
+                                      .libid = &LIBID_KVProjectData,
+                                      .major = 1,
+                                      .minor = 0,
+                                      .locale = 1033,
+                                      .enums = kEnums,
+                                      .records = kRecords,
+                                      .interfaces = kInterfaces,
+                                      .classes = kClasses};
+
+} // namespace
+
+const LibraryDescription& ProjectTypeLibrary()
+{
+    return kLibrary;
+}
+
+const LibraryDescription* ModuleTypeLibrary()
+{
+    return &kLibrary;
+}
+
+} // namespace kv

@@ -1,0 +1,34 @@
+#pragma once
+// The ordered disc commands of a project, a title, a menu or a button.
+
+#include "KVProjectData/IKVCommandList.h"
+#include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/tree/NodeList.h"
+#include "platform/automation/Dispatch.h"
+#include "platform/com/Object.h"
+
+namespace kv {
+
+class CKVCommandList final : public ArchivedNode<CKVCommandList, CNodeList>, public Object<Dual<IKVCommandList>> {
+public:
+    explicit CKVCommandList(IUnknown* outer) : ArchivedNode(typeCmdList), Object(outer) {}
+
+    HRESULT GetCommandList(LONG* plCount, DiscCommandParams** ppCmdList) override;
+    HRESULT SetCommandList(LONG lCount, DiscCommandParams* pCmdList) override;
+
+    /// Replaces the commands without undo record and event. A record whose XML cannot be copied ends the
+    /// replacement with the commands before it.
+    HRESULT ReplaceCommands(LONG count, const DiscCommandParams* commands);
+
+    /// Appends a new command, which a document then fills.
+    CProjectNode& AppendCommand();
+
+    IUnknown* Identity() override { return Controlling(); }
+
+    template <class Archive>
+    void Attributes(Archive&)
+    {
+    }
+};
+
+} // namespace kv

@@ -1,0 +1,83 @@
+#include "KVProjectData/titles/DataFile.h"
+
+#include "KVProjectData/ProjectDataEvents.h"
+#include "KVProjectData/ResultCodes.h"
+#include "platform/system/Locale.h"
+#include "platform/system/Paths.h"
+
+namespace kv {
+
+HRESULT CKVDataFile::get_ID(LONG* pVal)
+{
+    return Get(pVal, ID());
+}
+
+HRESULT CKVDataFile::get_SourcePath(BSTR* pVal)
+{
+    return Get(pVal, m_sourcePath);
+}
+
+HRESULT CKVDataFile::put_SourcePath(BSTR newVal)
+{
+    return Edit([&](EditScope& edit) {
+        if (!newVal || !PathFileExists(View(newVal))) return KV_E_NO_SOURCE_FILE;
+        Bstr path = Bstr::CopyOf(newVal);
+        edit.Record();
+        m_sourcePath = std::move(path);
+        edit.Changed(400);
+        return S_OK;
+    });
+}
+
+HRESULT CKVDataFile::get_DestPath(BSTR* pVal)
+{
+    return Get(pVal, m_destPath);
+}
+
+HRESULT CKVDataFile::put_DestPath(BSTR newVal)
+{
+    return Put(m_destPath, newVal, Undo, Fires(401));
+}
+
+HRESULT CKVDataFile::get_Tag(ULONG* pVal)
+{
+    return Get(pVal, m_tag);
+}
+
+HRESULT CKVDataFile::put_Tag(ULONG newVal)
+{
+    return Put(m_tag, newVal, Undo, Fires(2));
+}
+
+HRESULT CKVDataFile::IncrementUseCount()
+{
+    ++m_useCount;
+    return S_OK;
+}
+
+bool CKVDataFile::Matches(BSTR sourcePath, BSTR destPath, ULONG tag)
+{
+    const SectionLock lock(Section());
+    return (!sourcePath || CompareStrings(m_sourcePath.View(), View(sourcePath)) == 0) &&
+           (!destPath || CompareStrings(m_destPath.View(), View(destPath)) == 0) && (tag == 0 || m_tag == tag);
+}
+
+bool CKVDataFile::HasSource(BSTR sourcePath)
+{
+    const SectionLock lock(Section());
+    return CompareStrings(m_sourcePath.View(), View(sourcePath)) == 0;
+}
+
+bool CKVDataFile::DropUser()
+{
+    const ULONG users = m_useCount;
+    if (users > 0) --m_useCount;
+    return users <= 1;
+}
+
+void CKVDataFile::FirePropertyChanged(DISPID propId)
+{
+    FireEvent(EVENT_DataFilePropChanged, ID(), propId, 0);
+}
+
+} // namespace kv

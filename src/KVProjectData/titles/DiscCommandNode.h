@@ -1,0 +1,40 @@
+#pragma once
+// One command of a command list.
+
+#include "KVProjectData/IKVCommandList.h"
+#include "KVProjectData/persistence/AttributeArchive.h"
+#include "platform/com/Object.h"
+
+namespace kv {
+
+class CDiscCommandNode final : public ArchivedNode<CDiscCommandNode>, public Object<IUnknown> {
+public:
+    CDiscCommandNode() : ArchivedNode(typeCommand) {}
+
+    /// Takes the code, the parameters and a copy of the XML data. On failure the node is unchanged.
+    HRESULT Assign(const DiscCommandParams& params);
+
+    /// Fills a zeroed record; the XML data is a copy that the caller releases.
+    HRESULT CopyTo(DiscCommandParams& params) const;
+
+    std::string_view GetName(ULONG flags) const override;
+    HRESULT LoadElement(IXMLDOMNode* element) override;
+    HRESULT SaveElement(IXMLDOMNode* element, ULONG flags) override;
+    IUnknown* Identity() override { return Controlling(); }
+
+    template <class Archive>
+    void Attributes(Archive& archive)
+    {
+        archive("code", m_cmd);
+        archive("param1", m_param1);
+        archive("param2", m_param2);
+    }
+
+private:
+    LONG m_cmd = PlayTitleFromChapter;
+    LONG m_param1 = 0;
+    LONG m_param2 = 0;
+    ComPtr<IXMLDOMNode> m_xmlData;
+};
+
+} // namespace kv

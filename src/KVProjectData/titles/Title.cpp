@@ -1,0 +1,352 @@
+#include "KVProjectData/titles/Title.h"
+
+#include "KVProjectData/IKVProjectData.h"
+#include "KVProjectData/ProjectDataEvents.h"
+#include "KVProjectData/ResultCodes.h"
+#include "platform/automation/SafeArray.h"
+#include "platform/com/Activation.h"
+#include "platform/system/Locale.h"
+
+namespace kv {
+namespace {
+
+double RatioOf(AspectRatio aspect)
+{
+    return aspect == AspectRatio_16x9 ? 16.0 / 9.0 : 4.0 / 3.0;
+}
+
+/// Reads a size as it was written: by US-English rules where the text can only be meant so, else by the user's.
+double ParseSize(const AttributeValue& value)
+{
+    if (const double* number = value.AsReal()) return *number;
+    const Bstr text = value.ToBstr();
+    const bool point = text.View().find(u'.') != std::u16string_view::npos;
+    const bool comma = text.View().find(u',') != std::u16string_view::npos;
+    const std::optional<double> size =
+        point && !comma ? ParseDoubleUS(text.View()) : ParseDoubleUserLocale(text.View());
+    if (!size) throw Error(DISP_E_TYPEMISMATCH);
+    return *size;
+}
+
+} // namespace
+
+CKVTitle::CKVTitle() : ArchivedNode(typeTitle)
+{
+    m_encodingParams = MakeInner<CKVEncodingParams>(Controlling(), static_cast<ProductionAspect*>(this));
+    AddChild(m_encodingParams.Get(), true);
+    m_commandList = MakeInner<CKVCommandList>(Controlling());
+    AddChild(m_commandList.Get(), true);
+    m_locking = MakeInner<CKVLocking>(Controlling(), this);
+}
+
+void CKVTitle::FinalRelease()
+{
+    m_encodingParams.Reset();
+    m_commandList.Reset();
+    m_locking.Reset();
+    if (!m_production) return;
+    DisconnectSink();
+    if (const auto data = ProductionData()) data->Close();
+    m_production.Reset();
+}
+
+HRESULT CKVTitle::FindInterface(REFIID iid, void** out)
+{
+    HRESULT result = Object::FindInterface(iid, out);
+    if (result == E_NOINTERFACE && m_encodingParams) result = m_encodingParams->Inner()->QueryInterface(iid, out);
+    if (result == E_NOINTERFACE && m_commandList) result = m_commandList->Inner()->QueryInterface(iid, out);
+    if (result == E_NOINTERFACE && m_locking) result = m_locking->Inner()->QueryInterface(iid, out);
+    return result;
+}
+
+void CKVTitle::FirePropertyChanged(DISPID propId)
+{
+    FireEvent(EVENT_TitlePropChanged, ID(), propId, 0);
+}
+
+template <class Archive>
+void CKVTitle::Attributes(Archive& archive)
+{
+    archive.ID(*this);
+    archive("discIndex", m_discIndex);
+    archive("flags", m_flags);
+    archive("label", m_label);
+    archive("stillWaitSecs", m_stillWaitSecs);
+    archive("tag", Flags(m_tag, kTitleTypeNames));
+    archive("vobDuration", m_vobDuration);
+    archive.WriteRead("vobSize", m_vobSize, [this](const AttributeValue& value) { m_vobSize = ParseSize(value); });
+}
+
+template void CKVTitle::Attributes(AttributeWriter&);
+template void CKVTitle::Attributes(AttributeReader&);
+
+HRESULT CKVTitle::get_ID(LONG* pVal)
+{
+    return Get(pVal, ID());
+}
+
+HRESULT CKVTitle::get_Tag(ULONG* pVal)
+{
+    return Get(pVal, m_tag);
+}
+
+HRESULT CKVTitle::put_Tag(ULONG newVal)
+{
+    return Put(m_tag, newVal, Undo, Fires(2));
+}
+
+HRESULT CKVTitle::get_Source(BSTR* pVal)
+{
+    return Get(pVal, m_source);
+}
+
+HRESULT CKVTitle::put_Source(BSTR newVal)
+{
+    return Put(m_source, newVal);
+}
+
+HRESULT CKVTitle::get_StillWaitTime(LONG* pVal)
+{
+    return Get(pVal, m_stillWaitSecs);
+}
+
+HRESULT CKVTitle::put_StillWaitTime(LONG newVal)
+{
+    return Edit([&](EditScope& edit) {
+        if (newVal < 0) return E_INVALIDARG;
+        edit.Record();
+        m_stillWaitSecs = newVal;
+        edit.Changed(202);
+        return S_OK;
+    });
+}
+
+HRESULT CKVTitle::get_Flags(ULONG* pVal)
+{
+    return Get(pVal, m_flags);
+}
+
+HRESULT CKVTitle::put_Flags(ULONG newVal)
+{
+    return Put(m_flags, newVal, Undo, Fires(3));
+}
+
+HRESULT CKVTitle::get_IsDirty(VARIANT_BOOL* pVal)
+{
+    return Get(pVal, m_dirty);
+}
+
+HRESULT CKVTitle::put_IsDirty(VARIANT_BOOL newVal)
+{
+    return Edit([&](EditScope& edit) {
+        m_dirty = newVal != VARIANT_FALSE;
+        edit.Changed(11);
+        if (m_dirty) SetModified(false);
+        return S_OK;
+    });
+}
+
+HRESULT CKVTitle::get_DiscIndex(LONG* pVal)
+{
+    return Get(pVal, m_discIndex);
+}
+
+HRESULT CKVTitle::put_DiscIndex(LONG newVal)
+{
+    return Edit([&](EditScope&) {
+        if (newVal < 0) return E_INVALIDARG;
+        m_discIndex = newVal;
+        return S_OK;
+    });
+}
+
+HRESULT CKVTitle::get_Label(BSTR* pVal)
+{
+    return Get(pVal, m_label);
+}
+
+HRESULT CKVTitle::put_Label(BSTR newVal)
+{
+    return Put(m_label, newVal, Undo);
+}
+
+HRESULT CKVTitle::get_VOBDuration(ULONG* pVal)
+{
+    return Get(pVal, m_vobDuration);
+}
+
+HRESULT CKVTitle::put_VOBDuration(ULONG newVal)
+{
+    return Put(m_vobDuration, newVal, Undo);
+}
+
+HRESULT CKVTitle::get_VOBSize(double* pVal)
+{
+    return Get(pVal, m_vobSize);
+}
+
+HRESULT CKVTitle::put_VOBSize(double newVal)
+{
+    return Put(m_vobSize, newVal, Undo);
+}
+
+HRESULT CKVTitle::get_IsResolved(VARIANT_BOOL* pVal)
+{
+    return Get(pVal, m_resolved);
+}
+
+HRESULT CKVTitle::put_IsResolved(VARIANT_BOOL newVal)
+{
+    return Put(m_resolved, newVal != VARIANT_FALSE);
+}
+
+HRESULT CKVTitle::GetProject(IKVProjectData** ppProject)
+{
+    return Read([&] {
+        if (!ppProject) return E_POINTER;
+        *ppProject = nullptr;
+        CProjectNode* list = Parent();
+        CProjectNode* project = list ? list->Parent() : nullptr;
+        return project ? Query<IKVProjectData>(project->Identity()).CopyTo(ppProject) : S_FALSE;
+    });
+}
+
+// Production
+
+HRESULT CKVTitle::GetProduction(IUnknown** ppProduction)
+{
+    return Read([&] {
+        if (!ppProduction) return E_POINTER;
+        *ppProduction = nullptr;
+        const HRESULT result = m_production ? S_OK : CreateProduction();
+        return FAILED(result) ? result : m_production.CopyTo(ppProduction);
+    });
+}
+
+HRESULT CKVTitle::CreateProduction()
+{
+    AspectRatio aspect = AspectRatio_None;
+    m_encodingParams->get_AspectRatio(&aspect);
+    HRESULT result = CreateInstance(CLSID_ZXEProduction, m_production);
+    if (FAILED(result)) return result;
+    const auto data = ProductionData();
+    if (!data) return E_NOINTERFACE;
+    result = data->Initialise();
+    if (FAILED(result)) return result;
+    if (const auto info = ProductionInfo()) {
+        info->put_AspectRatio(RatioOf(aspect));
+        info->put_Stereoscopic(m_stereoscopic ? VARIANT_TRUE : VARIANT_FALSE);
+    }
+    return ConnectSink();
+}
+
+HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
+{
+    return Read([&] {
+        if (!pProduction) return E_POINTER;
+        // The production being set may be the one held, which must live on.
+        const ComPtr<IUnknown> next = Query<IUnknown>(pProduction);
+        if (m_production) {
+            HRESULT result = DisconnectSink();
+            if (FAILED(result)) return result;
+            const auto data = ProductionData();
+            result = data ? data->Close() : S_OK;
+            if (FAILED(result)) return result;
+            m_production.Reset();
+        }
+        m_production = next;
+        const HRESULT connected = ConnectSink();
+        if (FAILED(connected)) return connected;
+        FirePropertyChanged(203);
+        return S_OK;
+    });
+}
+
+HRESULT CKVTitle::ConnectSink()
+{
+    const auto container = Query<IConnectionPointContainer>(m_production);
+    if (!container) return E_NOINTERFACE;
+    ComPtr<IConnectionPoint> point;
+    HRESULT result = container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put());
+    if (FAILED(result)) return result;
+    result = point->Advise(static_cast<IZXEProductionDataEvents*>(this), &m_adviseCookie);
+    // The production's hold must not keep the title alive.
+    if (SUCCEEDED(result)) Release();
+    return result;
+}
+
+HRESULT CKVTitle::DisconnectSink()
+{
+    if (m_adviseCookie == 0) return S_OK;
+    // The reference that connecting took back from the production.
+    AddRef();
+    const auto container = Query<IConnectionPointContainer>(m_production);
+    ComPtr<IConnectionPoint> point;
+    HRESULT result =
+        container ? container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()) : E_NOINTERFACE;
+    if (SUCCEEDED(result)) result = point->Unadvise(m_adviseCookie);
+    if (FAILED(result)) {
+        Release();
+        return result;
+    }
+    m_adviseCookie = 0;
+    return S_OK;
+}
+
+void CKVTitle::ProductionChanged(LONG event, LONG param)
+{
+    FireEvent(EVENT_TitleProductionEvent, ID(), event, param);
+}
+
+HRESULT CKVTitle::GetSourceFromProd(BSTR* pbstrSource)
+{
+    return Read([&] {
+        if (!pbstrSource) return E_POINTER;
+        ComPtr<IUnknown> production;
+        HRESULT result = GetProduction(production.Put());
+        if (FAILED(result)) return result;
+        const auto data = ProductionData();
+        if (!data) return S_OK;
+        SafeArray sources;
+        result = data->GetSourceList(0, 0, 0, sources.Put());
+        if (FAILED(result)) return result;
+        LONG first = 0;
+        LONG last = -1;
+        if (!sources.Get() || FAILED(SafeArrayGetLBound(sources.Get(), 1, &first)) ||
+            FAILED(SafeArrayGetUBound(sources.Get(), 1, &last)) || last < first) {
+            return S_OK;
+        }
+        return SafeArrayGetElement(sources.Get(), &first, pbstrSource);
+    });
+}
+
+ComPtr<IZXEProductionData> CKVTitle::ProductionData()
+{
+    return Query<IZXEProductionData>(m_production);
+}
+
+ComPtr<IProductionInfo> CKVTitle::ProductionInfo()
+{
+    ComPtr<IUnknown> production;
+    const auto data = ProductionData();
+    if (data) data->GetProductionObj(production.Put());
+    return Query<IProductionInfo>(production);
+}
+
+AspectRatio CKVTitle::AspectFromProduction()
+{
+    constexpr double kWide = 1.77;
+    double ratio = 0.0;
+    const auto info = ProductionInfo();
+    if (!info || FAILED(info->get_AspectRatio(&ratio))) return AspectRatio_None;
+    return ratio > kWide ? AspectRatio_16x9 : AspectRatio_4x3;
+}
+
+HRESULT CKVTitle::AspectToProduction(AspectRatio aspect)
+{
+    if (!m_production) return S_FALSE;
+    const auto info = ProductionInfo();
+    return info ? info->put_AspectRatio(RatioOf(aspect)) : E_NOINTERFACE;
+}
+
+} // namespace kv

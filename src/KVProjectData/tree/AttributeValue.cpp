@@ -1,0 +1,120 @@
+#include "KVProjectData/tree/AttributeValue.h"
+
+#include <charconv>
+#include <limits>
+
+namespace kv {
+namespace {
+
+template <class... Handlers>
+struct Match : Handlers... {
+    using Handlers::operator()...;
+};
+template <class... Handlers>
+Match(Handlers...) -> Match<Handlers...>;
+
+template <class Number>
+void AppendNumber(Number value, std::string& text)
+{
+    char digits[32];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
+    text.append(digits, end);
+}
+
+/// The plain decimal numbers that documents hold; everything else goes the way of variants.
+template <class Number>
+bool ParsePlain(std::string_view text, Number& number)
+{
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+/// Works on any character type: blanks, a sign, digits, and whatever follows.
+template <class Char>
+LONG ParseLeading(std::basic_string_view<Char> text)
+{
+    const auto isBlank = [](Char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    const bool negative = !text.empty() && text.front() == '-';
+    if (negative || (!text.empty() && text.front() == '+')) text.remove_prefix(1);
+
+    // Beyond its range a number stays at the limit.
+    constexpr LONGLONG kLimit = std::numeric_limits<LONG>::max();
+    LONGLONG value = 0;
+    for (; !text.empty() && text.front() >= '0' && text.front() <= '9'; text.remove_prefix(1)) {
+        value = std::min(value * 10 + (text.front() - '0'), kLimit + 1);
+    }
+    return static_cast<LONG>(negative ? -value : std::min(value, kLimit));
+}
+
+} // namespace
+
+Variant AttributeValue::ToVariant() const
+{
+    return std::visit(Match{[](NamedValue named) { return Variant(named.value); },
+                            [](std::string_view text) { return Variant(ToUtf16(text)); },
+                            [](const auto& value) { return Variant(value); }},
+                      m_value);
+}
+
+LONG AttributeValue::ToLong() const
+{
+    if (const LONG* value = std::get_if<LONG>(&m_value)) return *value;
+    LONG number = 0;
+    const auto* text = std::get_if<std::string_view>(&m_value);
+    return text && ParsePlain(*text, number) ? number : ToVariant().As(VT_I4).lVal;
+}
+
+ULONG AttributeValue::ToULong() const
+{
+    if (const ULONG* value = std::get_if<ULONG>(&m_value)) return *value;
+    ULONG number = 0;
+    const auto* text = std::get_if<std::string_view>(&m_value);
+    return text && ParsePlain(*text, number) ? number : ToVariant().As(VT_UI4).ulVal;
+}
+
+LONG AttributeValue::ToID() const
+{
+    if (const ULONG* value = std::get_if<ULONG>(&m_value)) return static_cast<LONG>(*value);
+    const LONGLONG id = ToVariant().As(VT_I8).llVal;
+    if (id < std::numeric_limits<LONG>::min() || id > std::numeric_limits<ULONG>::max()) throw Error(DISP_E_OVERFLOW);
+    return static_cast<LONG>(id);
+}
+
+bool AttributeValue::ToBool() const
+{
+    if (const bool* value = std::get_if<bool>(&m_value)) return *value;
+    LONG number = 0;
+    const auto* text = std::get_if<std::string_view>(&m_value);
+    return text && ParsePlain(*text, number) ? number != 0 : ToVariant().As(VT_BOOL).boolVal != VARIANT_FALSE;
+}
+
+Bstr AttributeValue::ToBstr() const
+{
+    if (const Bstr* string = AsString()) return *string;
+    if (const auto* text = std::get_if<std::string_view>(&m_value)) return Bstr(ToUtf16(*text));
+    return Bstr::Attach(ToVariant().As(VT_BSTR).Detach().bstrVal);
+}
+
+LONG AttributeValue::LeadingInteger() const
+{
+    return std::visit(Match{[](LONG value) { return value; }, [](ULONG value) { return static_cast<LONG>(value); },
+                            [](double) { return LONG{0}; },
+                            [](bool value) { return static_cast<LONG>(value ? -1 : 0); },
+                            [](NamedValue named) { return static_cast<LONG>(named.value); },
+                            [](const Bstr& text) { return ParseLeading(text.View()); },
+                            [](std::string_view text) { return ParseLeading(text); }},
+                      m_value);
+}
+
+void AttributeValue::AppendText(std::string& text) const
+{
+    std::visit(Match{[&](LONG value) { AppendNumber(value, text); }, [&](ULONG value) { AppendNumber(value, text); },
+                     [&](double value) { AppendNumber(value, text); }, [&](bool value) { text += value ? "-1" : "0"; },
+                     [&](NamedValue named) { named.names->AppendText(named.value, text); },
+                     [&](const Bstr&) { throw Error(E_UNEXPECTED); }, [&](std::string_view value) { text += value; }},
+               m_value);
+}
+
+} // namespace kv

@@ -1,0 +1,26 @@
+#include "KVProjectData/tree/NodeList.h"
+
+namespace kv {
+
+bool CNodeList::Adopt(CProjectNode& child, LONG index, bool assignID)
+{
+    ComPtr<IUnknown> reference(child.Identity());
+    if (!InsertChild(&child, index < 0 ? ChildCount() : index, assignID)) return false;
+    // From here on the list's place in the sequence stands for the reference.
+    static_cast<void>(reference.Detach());
+    return true;
+}
+
+ComPtr<IUnknown> CNodeList::TakeOut(LONG index)
+{
+    CProjectNode* child = RemoveChildAt(index);
+    return child ? ComPtr<IUnknown>::Attach(child->Identity()) : nullptr;
+}
+
+void CNodeList::DropAll()
+{
+    while (ChildCount() > 0)
+        TakeOut(ChildCount() - 1);
+}
+
+} // namespace kv

@@ -1,0 +1,25 @@
+#pragma once
+// A node that keeps its children alive: the lists of a project, a menu or a button, and command lists.
+
+#include "KVProjectData/tree/ProjectNode.h"
+#include "platform/com/ComPtr.h"
+
+namespace kv {
+
+class CNodeList : public CProjectNode {
+public:
+    /// Inserts a child and takes a reference for it; appends for an index below 0. False for a bad index.
+    bool Adopt(CProjectNode& child, LONG index, bool assignID);
+
+    /// Takes a child out and hands over the list's reference; empty for a bad index.
+    ComPtr<IUnknown> TakeOut(LONG index);
+
+    /// Drops every child, the last one first.
+    void DropAll();
+
+protected:
+    explicit CNodeList(NodeType type) : CProjectNode(type) {}
+    ~CNodeList() override { DropAll(); }
+};
+
+} // namespace kv

@@ -1,0 +1,36 @@
+#pragma once
+// Lists that gather nodes while an undo step is open.
+
+#include "KVProjectData/tree/ProjectNode.h"
+
+#include <vector>
+
+namespace kv {
+
+/// Nodes that an undo step has recorded. Not owning.
+class CLockNodeList {
+public:
+    virtual ~CLockNodeList() = default;
+
+    void Add(CProjectNode& node) { m_nodes.push_back(&node); }
+    /// A node that ends takes itself out.
+    void Forget(const CProjectNode& node) { std::erase(m_nodes, &node); }
+    /// Empties the list for a new step.
+    void Restart();
+    bool Empty() const { return m_nodes.empty(); }
+
+    /// Lets every listed node be recorded again.
+    virtual void Run();
+
+protected:
+    std::vector<CProjectNode*> m_nodes;
+};
+
+/// Nodes whose effects are bound anew after an undo of the storyboard.
+class CAttachList : public CLockNodeList {
+public:
+    /// Binds every listed node's effect and empties the list.
+    void Run() override;
+};
+
+} // namespace kv

@@ -1,0 +1,263 @@
+#include "KVProjectData/tree/ProjectNode.h"
+
+#include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/tree/TreeState.h"
+#include "platform/com/ComPtr.h"
+
+#include <algorithm>
+
+namespace kv {
+namespace {
+
+/// The DOM node behind an argument; empty when it is none. Other failures of the query are raised.
+ComPtr<IXMLDOMNode> DomNode(IUnknown* object)
+{
+    ComPtr<IXMLDOMNode> node;
+    if (!object) return node;
+    const HRESULT result = object->QueryInterface(IXMLDOMNode::IID, node.PutVoid());
+    if (result == E_NOINTERFACE) return nullptr;
+    ThrowIfFailed(result);
+    return node;
+}
+
+class AttributeCollector final : public XMLAttributeVisitor {
+public:
+    void Attribute(std::string_view name, std::string_view value) override { attributes.push_back({name, value}); }
+
+    std::vector<kv::Attribute> attributes;
+};
+
+} // namespace
+
+CProjectNode::~CProjectNode()
+{
+    if (m_parent) std::erase(m_parent->m_children, this);
+    for (CProjectNode* child : m_children)
+        child->m_parent = nullptr;
+    if (m_recorded) SharedTreeState().recordedNodes.Forget(*this);
+}
+
+HRESULT CProjectNode::LoadXML(IUnknown* node)
+{
+    const ComPtr<IXMLDOMNode> element = DomNode(node);
+    return element ? LoadElement(element.Get()) : E_NOTIMPL;
+}
+
+HRESULT CProjectNode::SaveXML(IUnknown* node, ULONG flags)
+{
+    const ComPtr<IXMLDOMNode> element = DomNode(node);
+    return element ? SaveElement(element.Get(), flags) : E_NOTIMPL;
+}
+
+HRESULT CProjectNode::FireEvent(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c)
+{
+    return m_parent ? m_parent->FireEvent(event, a, b, c) : KV_E_NO_PARENT;
+}
+
+void CProjectNode::SetModified(bool major)
+{
+    if (m_parent) m_parent->SetModified(major);
+}
+
+std::string_view CProjectNode::GetName(ULONG) const
+{
+    return {};
+}
+
+HRESULT CProjectNode::AttachEffect()
+{
+    return S_OK;
+}
+
+HRESULT CProjectNode::DetachEffect()
+{
+    return S_OK;
+}
+
+void CProjectNode::FirePropertyChanged(DISPID) {}
+
+HRESULT CProjectNode::LoadElement(IXMLDOMNode* element)
+{
+    const auto source = Query<IXMLElementAttributes>(element);
+    if (!source) return E_NOINTERFACE;
+    AttributeCollector reader;
+    const HRESULT result = source->ReadAttributes(&reader);
+    if (FAILED(result)) return result;
+    SetAttributes(AttributeMap(std::move(reader.attributes)));
+    return S_OK;
+}
+
+HRESULT CProjectNode::SaveElement(IXMLDOMNode* element, ULONG)
+{
+    const auto target = Query<IXMLElementAttributes>(element);
+    if (!target) return E_NOINTERFACE;
+    AttributeMap attributes;
+    GetAttributes(attributes);
+    std::string text;
+    for (const Attribute& attribute : attributes) {
+        HRESULT result = S_OK;
+        if (const Bstr* string = attribute.value.AsString()) {
+            VARIANT value;
+            VariantInit(&value);
+            value.vt = VT_BSTR;
+            value.bstrVal = string->Get();
+            result = target->WriteValue(attribute.name, value);
+        } else {
+            text.clear();
+            attribute.value.AppendText(text);
+            result = target->WriteAttribute(attribute.name, text);
+        }
+        if (FAILED(result)) return result;
+    }
+    return S_OK;
+}
+
+CProjectNode* CProjectNode::GetChild(LONG index) const
+{
+    return index >= 0 && index < ChildCount() ? m_children[static_cast<std::size_t>(index)] : nullptr;
+}
+
+bool CProjectNode::AddChild(CProjectNode* child, bool assignID)
+{
+    return InsertChild(child, ChildCount(), assignID);
+}
+
+bool CProjectNode::InsertChild(CProjectNode* child, LONG index, bool assignID)
+{
+    constexpr std::size_t kUsualChildren = 16;
+    if (!child || index < 0 || index > ChildCount()) return false;
+    if (m_children.capacity() == 0) m_children.reserve(kUsualChildren);
+    m_children.insert(m_children.begin() + index, child);
+    child->m_parent = this;
+    if (assignID) child->AssignID();
+    return true;
+}
+
+CProjectNode* CProjectNode::RemoveChildAt(LONG index)
+{
+    CProjectNode* child = GetChild(index);
+    if (child) {
+        m_children.erase(m_children.begin() + index);
+        child->m_parent = nullptr;
+    }
+    return child;
+}
+
+HRESULT CProjectNode::MoveChild(LONG from, LONG to, CProjectNode** moved)
+{
+    if (from != to) {
+        if (!GetChild(from) || !GetChild(to)) return KV_E_BAD_POSITION;
+        const auto first = m_children.begin();
+        if (from < to) {
+            std::rotate(first + from, first + from + 1, first + to + 1);
+        } else {
+            std::rotate(first + to, first + from, first + from + 1);
+        }
+    }
+    if (moved) *moved = GetChild(to);
+    return S_OK;
+}
+
+CProjectNode* CProjectNode::FindChildByID(LONG id, LONG* index) const
+{
+    const auto found = std::ranges::find(m_children, id, &CProjectNode::m_ID);
+    if (found == m_children.end()) return nullptr;
+    if (index) *index = static_cast<LONG>(found - m_children.begin());
+    return *found;
+}
+
+CProjectNode* CProjectNode::FindChildByTypeAndName(NodeType type, std::string_view name) const
+{
+    for (CProjectNode* child : m_children) {
+        if (child->m_type != type) continue;
+        const std::string_view childName = child->GetName(0);
+        if (name.empty() || childName.empty() || name == childName) return child;
+    }
+    return nullptr;
+}
+
+LONG CProjectNode::IndexInParent() const
+{
+    LONG index = -1;
+    if (m_parent) m_parent->FindChildByID(m_ID, &index);
+    return index;
+}
+
+bool CProjectNode::RemoveFromParent()
+{
+    return m_parent && m_parent->RemoveChildAt(IndexInParent()) != nullptr;
+}
+
+void CProjectNode::SetID(LONG id)
+{
+    m_ID = id;
+    if (id < 0) return;
+    std::atomic<ULONG>& next = SharedTreeState().nextID;
+    const ULONG wanted = static_cast<ULONG>(id) + 1;
+    ULONG current = next.load(std::memory_order_relaxed);
+    while (current < wanted && !next.compare_exchange_weak(current, wanted, std::memory_order_relaxed)) {
+    }
+}
+
+void CProjectNode::AssignID()
+{
+    if (m_ID == 0) m_ID = TakeNextID();
+}
+
+void CProjectNode::Lock(bool recursive)
+{
+    const SectionLock lock(m_section);
+    if (recursive) {
+        for (CProjectNode* child : m_children)
+            child->Lock(true);
+    }
+    ++m_lockCount;
+}
+
+LONG CProjectNode::Unlock(bool recursive)
+{
+    const SectionLock lock(m_section);
+    if (m_lockCount > 0) --m_lockCount;
+    if (recursive) {
+        for (CProjectNode* child : m_children)
+            child->Unlock(true);
+    }
+    return m_lockCount;
+}
+
+HRESULT CProjectNode::CheckLocked() const
+{
+    return m_lockCount > 0 ? KV_E_LOCKED : S_OK;
+}
+
+template <class Keep>
+bool CProjectNode::Record(bool major, Keep&& keep)
+{
+    SetModified(major);
+    TreeState& state = SharedTreeState();
+    if (m_recorded || !state.openStep || !state.recordingEnabled) return false;
+
+    std::string description(NodeTypeName(m_type));
+    description += '[' + std::to_string(m_ID) + ']';
+    const bool kept = keep(*state.openStep, description);
+    m_recorded = true;
+    state.recordedNodes.Add(*this);
+    if (major) state.majorChange = true;
+    return kept;
+}
+
+bool CProjectNode::RecordState(bool major)
+{
+    return Record(major, [this](StateRecorder& step, std::string_view description) {
+        return step.KeepState(*this, description);
+    });
+}
+
+bool CProjectNode::RecordCommandListState(CProjectNode& commandList)
+{
+    return Record(false, [&](StateRecorder& step, std::string_view description) {
+        return step.KeepCommandList(commandList, description);
+    });
+}
+
+} // namespace kv

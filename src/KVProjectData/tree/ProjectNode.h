@@ -1,0 +1,195 @@
+#pragma once
+// The base of every object of a project: identity, parent and children, lock, and the way up for events.
+
+#include "KVProjectData/tree/AttributeMap.h"
+#include "KVProjectData/tree/NodeType.h"
+#include "platform/com/Error.h"
+#include "platform/system/CriticalSection.h"
+#include "platform/xml/Dom.h"
+
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace kv {
+
+/// Marks a property whose change is recorded for undo.
+struct UndoOption {};
+inline constexpr UndoOption Undo{};
+
+/// Marks a property whose change is told, with the property ID of the event.
+struct Fires {
+    explicit constexpr Fires(DISPID id) : propId(id) {}
+    DISPID propId;
+};
+
+/// A node does not own its children: whoever adds one keeps it alive (CNodeList does so by reference).
+/// Every public operation of a node's interface runs inside the node's section; operations that reach into
+/// children take the parent's section first.
+class CProjectNode {
+public:
+    CProjectNode(const CProjectNode&) = delete;
+    CProjectNode& operator=(const CProjectNode&) = delete;
+    /// Leaves its parent's children; its own children lose their parent.
+    virtual ~CProjectNode();
+
+    /// Takes the node's properties from the attributes of an element. E_NOTIMPL unless `node` is a DOM node.
+    virtual HRESULT LoadXML(IUnknown* node);
+    /// Writes the node's attributes to an element. E_NOTIMPL unless `node` is a DOM node.
+    virtual HRESULT SaveXML(IUnknown* node, ULONG flags);
+    /// Hands an event to the parent, at last to the project, which queues it. KV_E_NO_PARENT without one.
+    virtual HRESULT FireEvent(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c);
+    /// Tells the project that it was changed.
+    virtual void SetModified(bool major);
+    /// The element name of this very node; empty where the name follows from the type.
+    virtual std::string_view GetName(ULONG flags) const;
+    /// Binds the node to its effect, or takes it off; only menu elements have one.
+    virtual HRESULT AttachEffect();
+    virtual HRESULT DetachEffect();
+    /// Replaces the map's content by the node's attributes.
+    virtual void GetAttributes(AttributeMap& attributes) = 0;
+    /// Takes over the attributes that are there. Throws Error for a value that cannot be read.
+    virtual void SetAttributes(const AttributeMap& attributes) = 0;
+    virtual HRESULT LoadElement(IXMLDOMNode* element);
+    virtual HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
+    /// The object that the node is part of; not counted.
+    virtual IUnknown* Identity() = 0;
+
+    LONG ID() const { return m_ID; }
+    NodeType Type() const { return m_type; }
+    CProjectNode* Parent() const { return m_parent; }
+    CriticalSection& Section() { return m_section; }
+
+    /// Null for an index outside the children. Indices count from 0.
+    CProjectNode* GetChild(LONG index) const;
+    LONG ChildCount() const { return static_cast<LONG>(m_children.size()); }
+    /// Appends. A child without ID gets one if `assignID` says so.
+    bool AddChild(CProjectNode* child, bool assignID);
+    /// False for no child, and for an index outside 0 … count.
+    bool InsertChild(CProjectNode* child, LONG index, bool assignID);
+    /// Hands the child to the caller, with the reference that was held for it; null for a bad index.
+    CProjectNode* RemoveChildAt(LONG index);
+    /// Afterwards the child stands at `to`. KV_E_BAD_POSITION for a bad index, except when `from` equals `to`.
+    HRESULT MoveChild(LONG from, LONG to, CProjectNode** moved = nullptr);
+    /// Direct children only. `index` may be null.
+    CProjectNode* FindChildByID(LONG id, LONG* index = nullptr) const;
+    /// An empty name on either side matches.
+    CProjectNode* FindChildByTypeAndName(NodeType type, std::string_view name) const;
+    /// -1 without a parent.
+    LONG IndexInParent() const;
+    bool RemoveFromParent();
+
+    /// Later new IDs are greater than `id`.
+    void SetID(LONG id);
+    /// Gives a node that has none the next ID.
+    void AssignID();
+
+    void Lock(bool recursive);
+    /// Returns the count that is left.
+    LONG Unlock(bool recursive);
+    HRESULT CheckLocked() const;
+
+    /// Makes the project dirty and keeps the node's state for undo, once in an open step. True when kept.
+    bool RecordState(bool major);
+    /// The same with the commands of a list as the state.
+    bool RecordCommandListState(CProjectNode& commandList);
+    void ClearRecorded() { m_recorded = false; }
+
+protected:
+    explicit CProjectNode(NodeType type) : m_type(type) {}
+
+    /// Fires the event that tells of a changed property of this node.
+    virtual void FirePropertyChanged(DISPID propId);
+
+    /// A change under way: inside the node's section, the node not locked.
+    class EditScope {
+    public:
+        explicit EditScope(CProjectNode& node) : m_node(node) {}
+
+        void Record() { m_node.RecordState(false); }
+        void Changed(DISPID propId) { m_node.FirePropertyChanged(propId); }
+
+    private:
+        CProjectNode& m_node;
+    };
+
+    /// Runs a change; the body validates, records, stores, tells, and returns the result.
+    template <class Body>
+    HRESULT Edit(Body&& body)
+    {
+        return Guarded([&]() -> HRESULT {
+            const SectionLock lock(m_section);
+            if (const HRESULT locked = CheckLocked(); FAILED(locked)) return locked;
+            EditScope edit(*this);
+            return body(edit);
+        });
+    }
+
+    /// The setter of a property that takes any value. A string is copied.
+    template <class Field, class Value, class... Options>
+    HRESULT Put(Field& field, Value value, Options... options)
+    {
+        return Edit([&](EditScope& edit) {
+            if constexpr (std::is_same_v<Field, Bstr>) {
+                if (value == field.Get() && value) {
+                    (Before(edit, options), ...);
+                } else {
+                    Bstr copy = Bstr::CopyOf(value);
+                    (Before(edit, options), ...);
+                    field = std::move(copy);
+                }
+            } else {
+                (Before(edit, options), ...);
+                field = static_cast<Field>(value);
+            }
+            (After(edit, options), ...);
+            return S_OK;
+        });
+    }
+
+    /// Runs a read access.
+    template <class Body>
+    HRESULT Read(Body&& body)
+    {
+        return Guarded([&]() -> HRESULT {
+            const SectionLock lock(m_section);
+            return body();
+        });
+    }
+
+    /// The getter of a property: strings are copied, booleans become -1 or 0.
+    template <class Out, class Field>
+    HRESULT Get(Out* out, const Field& field)
+    {
+        return Read([&] {
+            if (!out) return E_POINTER;
+            if constexpr (std::is_same_v<Field, Bstr>) {
+                *out = Bstr::Copy(field.Get());
+            } else if constexpr (std::is_same_v<Field, bool>) {
+                *out = field ? VARIANT_TRUE : VARIANT_FALSE;
+            } else {
+                *out = static_cast<Out>(field);
+            }
+            return S_OK;
+        });
+    }
+
+private:
+    static void Before(EditScope& edit, UndoOption) { edit.Record(); }
+    static void Before(EditScope&, Fires) {}
+    static void After(EditScope&, UndoOption) {}
+    static void After(EditScope& edit, Fires fires) { edit.Changed(fires.propId); }
+
+    template <class Keep>
+    bool Record(bool major, Keep&& keep);
+
+    CriticalSection m_section;
+    LONG m_ID = 0;
+    const NodeType m_type;
+    std::vector<CProjectNode*> m_children;
+    CProjectNode* m_parent = nullptr;
+    bool m_recorded = false;
+    LONG m_lockCount = 0;
+};
+
+} // namespace kv

@@ -1,0 +1,15 @@
+#include "KVProjectData/tree/Visitor.h"
+
+namespace kv {
+
+HRESULT CVisitor::Visit(CProjectNode& node, ULONG flags)
+{
+    ++m_depth;
+    VisitNode(node, flags);
+    for (LONG i = 0; i < node.ChildCount(); ++i)
+        Visit(*node.GetChild(i), flags);
+    --m_depth;
+    return S_OK;
+}
+
+} // namespace kv

@@ -1,0 +1,136 @@
+#include "platform/automation/Dispatch.h"
+
+#include "platform/com/Error.h"
+
+#include <algorithm>
+
+namespace kv {
+namespace {
+
+constexpr WORD kKnownFlags = DISPATCH_METHOD | DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
+
+char16_t Fold(char16_t c)
+{
+    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
+}
+
+/// Names of members are ASCII; case does not matter.
+bool SameName(std::string_view name, std::u16string_view text)
+{
+    return std::equal(name.begin(), name.end(), text.begin(), text.end(), [](char left, char16_t right) {
+        return Fold(static_cast<char16_t>(static_cast<unsigned char>(left))) == Fold(right);
+    });
+}
+
+const MemberDescription* FindMember(const InterfaceDescription& description, DISPID id, WORD flags)
+{
+    const auto byId = [&](std::uint16_t position, DISPID wanted) { return description.members[position].id < wanted; };
+    auto at = std::lower_bound(description.byId.begin(), description.byId.end(), id, byId);
+    for (; at != description.byId.end() && description.members[*at].id == id; ++at) {
+        const MemberDescription& member = description.members[*at];
+        if (member.thunk && (member.kind & flags)) return &member;
+    }
+    return nullptr;
+}
+
+/// A caller marks an argument that it leaves out by this error value.
+bool IsOmitted(const VARIANT& value)
+{
+    return value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND;
+}
+
+/// Sorts the caller's arguments by parameter.
+HRESULT Arrange(const MemberDescription& member, DISPPARAMS& params, ArgumentList& list, ULONG* badArgument)
+{
+    const bool put = member.kind == DISPATCH_PROPERTYPUT;
+    for (ULONG i = 0; i < params.cArgs; ++i) {
+        std::size_t position = params.cArgs - 1 - i;
+        if (i < params.cNamedArgs) {
+            const DISPID named = params.rgdispidNamedArgs[i];
+            if (put && named == DISPID_PROPERTYPUT) {
+                position = member.parameterCount - 1u;
+            } else if (named >= 0 && named < member.parameterCount) {
+                position = static_cast<std::size_t>(named);
+            } else {
+                if (badArgument) *badArgument = i;
+                return DISP_E_PARAMNOTFOUND;
+            }
+        }
+        VARIANT*& slot = list.values[position];
+        if (slot) {
+            if (badArgument) *badArgument = i;
+            return DISP_E_PARAMNOTFOUND;
+        }
+        if (!IsOmitted(params.rgvarg[i])) slot = &params.rgvarg[i];
+    }
+    return S_OK;
+}
+
+} // namespace
+
+HRESULT InvokeMember(const InterfaceDescription& description, void* self, DISPID member, REFIID reserved, WORD flags,
+                     DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, ULONG* badArgument)
+{
+    return Guarded([&] {
+        if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+        if (!params || (params->cArgs && !params->rgvarg) || (params->cNamedArgs && !params->rgdispidNamedArgs)) {
+            return E_POINTER;
+        }
+        if (!(flags & kKnownFlags)) return E_INVALIDARG;
+        if (exception) *exception = {};
+        const MemberDescription* found = FindMember(description, member, flags);
+        if (!found) return DISP_E_MEMBERNOTFOUND;
+        if (params->cArgs > found->parameterCount || params->cNamedArgs > params->cArgs) return DISP_E_BADPARAMCOUNT;
+
+        ArgumentList list;
+        list.optional = found->optional;
+        list.inOut = found->inOut;
+        list.retval = found->retval;
+        HRESULT outcome = Arrange(*found, *params, list, badArgument);
+        if (FAILED(outcome)) return outcome;
+
+        if (result) VariantInit(result);
+        outcome = found->thunk(self, list, result);
+        if (list.bad != ArgumentList::kNone) {
+            if (outcome == DISP_E_PARAMNOTOPTIONAL && params->cNamedArgs == 0) return DISP_E_BADPARAMCOUNT;
+            if (badArgument && list.values[list.bad]) {
+                *badArgument = static_cast<ULONG>(list.values[list.bad] - params->rgvarg);
+            }
+            return outcome;
+        }
+        if (FAILED(outcome) && exception) {
+            exception->scode = outcome;
+            return DISP_E_EXCEPTION;
+        }
+        return outcome;
+    });
+}
+
+HRESULT FindMemberNames(const InterfaceDescription& description, OLECHAR** names, ULONG count, DISPID* ids)
+{
+    if (!names || !ids) return E_POINTER;
+    if (count == 0) return E_INVALIDARG;
+    std::fill_n(ids, count, DISPID_UNKNOWN);
+    if (!names[0]) return E_POINTER;
+
+    const auto member = std::find_if(description.members.begin(), description.members.end(),
+                                     [&](const MemberDescription& row) { return SameName(row.name, names[0]); });
+    if (member == description.members.end()) return DISP_E_UNKNOWNNAME;
+    ids[0] = member->id;
+
+    HRESULT outcome = S_OK;
+    for (ULONG i = 1; i < count; ++i) {
+        const auto parameters = member->Parameters();
+        const auto named = std::find_if(parameters.begin(), parameters.end(), [&](const ParameterDescription& row) {
+            return names[i] && SameName(row.name, names[i]);
+        });
+        if (named == parameters.end()) {
+            outcome = DISP_E_UNKNOWNNAME;
+        } else {
+            ids[i] = static_cast<DISPID>(named - parameters.begin());
+        }
+    }
+    return outcome;
+}
+
+} // namespace kv

@@ -1,0 +1,171 @@
+#include "platform/automation/SafeArray.h"
+
+#include "platform/automation/IDispatch.h"
+#include "platform/automation/ValueType.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using kv::ComPtr;
+
+ULONG Count(const SAFEARRAY& array)
+{
+    return array.rgsabound[0].cElements;
+}
+
+BYTE* Element(const SAFEARRAY& array, ULONG position)
+{
+    return static_cast<BYTE*>(array.pvData) + std::size_t{position} * array.cbElements;
+}
+
+template <class T>
+T& As(void* place)
+{
+    return *static_cast<T*>(place);
+}
+
+/// Fills a place that owns nothing yet with a copy of its own; on failure the place owns nothing still.
+HRESULT CopyElement(VARTYPE type, ULONG size, void* target, const void* source)
+{
+    std::memset(target, 0, size);
+    switch (type) {
+    case VT_BSTR: {
+        const BSTR string = *static_cast<const BSTR*>(source);
+        if (!string) return S_OK;
+        As<BSTR>(target) = SysAllocStringLen(string, SysStringLen(string));
+        return As<BSTR>(target) ? S_OK : E_OUTOFMEMORY;
+    }
+    case VT_UNKNOWN:
+    case VT_DISPATCH:
+        // Both kinds are counted through the IUnknown they begin with.
+        return ComPtr<IUnknown>(*static_cast<IUnknown* const*>(source)).CopyTo(&As<IUnknown*>(target));
+    case VT_VARIANT:
+        return VariantCopy(&As<VARIANT>(target), static_cast<const VARIANT*>(source));
+    default:
+        std::memcpy(target, source, size);
+        return S_OK;
+    }
+}
+
+/// Frees what an element owns; its bytes stay as they are.
+void FreeElement(VARTYPE type, void* element)
+{
+    switch (type) {
+    case VT_BSTR:
+        SysFreeString(As<BSTR>(element));
+        break;
+    case VT_UNKNOWN:
+    case VT_DISPATCH:
+        ComPtr<IUnknown>::Attach(As<IUnknown*>(element)).Reset();
+        break;
+    case VT_VARIANT:
+        VariantClear(&As<VARIANT>(element));
+        break;
+    default:
+        break;
+    }
+}
+
+/// Null where the index is out of bounds.
+BYTE* ElementAt(const SAFEARRAY& array, LONG index)
+{
+    const LONGLONG position = LONGLONG{index} - array.rgsabound[0].lLbound;
+    if (position < 0 || position >= LONGLONG{Count(array)}) return nullptr;
+    return Element(array, static_cast<ULONG>(position));
+}
+
+} // namespace
+
+SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count)
+{
+    const ULONG size = kv::ValueSize(type);
+    // The upper bound, one below the lower one for an empty array, has to be a LONG as well.
+    const LONGLONG upperBound = LONGLONG{lowerBound} + count - 1;
+    if (size == 0 || !std::in_range<LONG>(upperBound)) return nullptr;
+    auto* array = static_cast<SAFEARRAY*>(std::calloc(1, sizeof(SAFEARRAY)));
+    if (!array) return nullptr;
+    array->cDims = 1;
+    array->vt = type;
+    array->cbElements = size;
+    array->rgsabound[0] = {count, lowerBound};
+    array->pvData = std::calloc(count ? count : 1, size);
+    if (!array->pvData) {
+        std::free(array);
+        return nullptr;
+    }
+    return array;
+}
+
+HRESULT SafeArrayDestroy(SAFEARRAY* array)
+{
+    if (!array) return S_OK;
+    for (ULONG i = 0; i < Count(*array); ++i)
+        FreeElement(array->vt, Element(*array, i));
+    std::free(array->pvData);
+    std::free(array);
+    return S_OK;
+}
+
+HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy)
+{
+    if (!copy) return E_POINTER;
+    *copy = nullptr;
+    if (!array) return E_INVALIDARG;
+    kv::SafeArray made(SafeArrayCreateVector(array->vt, array->rgsabound[0].lLbound, Count(*array)));
+    if (!made.Get()) return E_OUTOFMEMORY;
+    for (ULONG i = 0; i < Count(*array); ++i) {
+        const HRESULT copied = CopyElement(array->vt, array->cbElements, Element(*made.Get(), i), Element(*array, i));
+        if (FAILED(copied)) return copied;
+    }
+    *copy = made.Detach();
+    return S_OK;
+}
+
+HRESULT SafeArrayGetLBound(SAFEARRAY* array, ULONG dimension, LONG* bound)
+{
+    if (!bound) return E_POINTER;
+    *bound = 0;
+    if (!array) return E_INVALIDARG;
+    if (dimension != 1) return DISP_E_BADINDEX;
+    *bound = array->rgsabound[0].lLbound;
+    return S_OK;
+}
+
+HRESULT SafeArrayGetUBound(SAFEARRAY* array, ULONG dimension, LONG* bound)
+{
+    const HRESULT result = SafeArrayGetLBound(array, dimension, bound);
+    if (SUCCEEDED(result)) *bound = static_cast<LONG>(LONGLONG{*bound} + Count(*array) - 1);
+    return result;
+}
+
+HRESULT SafeArrayGetElement(SAFEARRAY* array, const LONG* index, void* out)
+{
+    if (!out) return E_POINTER;
+    if (!array || !index) return E_INVALIDARG;
+    const BYTE* element = ElementAt(*array, *index);
+    if (element) return CopyElement(array->vt, array->cbElements, out, element);
+    std::memset(out, 0, array->cbElements);
+    return DISP_E_BADINDEX;
+}
+
+HRESULT SafeArrayPutElement(SAFEARRAY* array, const LONG* index, void* value)
+{
+    if (!array || !index) return E_INVALIDARG;
+    const bool passedItself = array->vt == VT_BSTR || array->vt == VT_UNKNOWN || array->vt == VT_DISPATCH;
+    if (!value && !passedItself) return E_INVALIDARG;
+    BYTE* element = ElementAt(*array, *index);
+    if (!element) return DISP_E_BADINDEX;
+
+    // The new value is copied before the old one goes: they may be the same.
+    alignas(VARIANT) BYTE copy[sizeof(VARIANT)];
+    const HRESULT copied = CopyElement(array->vt, array->cbElements, copy, passedItself ? &value : value);
+    if (FAILED(copied)) return copied;
+    alignas(VARIANT) BYTE old[sizeof(VARIANT)];
+    std::memcpy(old, element, array->cbElements);
+    std::memcpy(element, copy, array->cbElements);
+    FreeElement(array->vt, old);
+    return S_OK;
+}

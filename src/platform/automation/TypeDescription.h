@@ -1,0 +1,407 @@
+#pragma once
+// What an interface, an enumeration or a record tells of itself, known while compiling.
+//
+// Late-bound calls, names and type libraries all read these descriptions; nobody else repeats them.
+
+#include "platform/automation/IDispatch.h"
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <type_traits>
+
+namespace kv {
+
+/// How a parameter passes; the values are the platform's PARAMFLAG bits.
+inline constexpr WORD kParameterIn = 0x1;
+inline constexpr WORD kParameterOut = 0x2;
+inline constexpr WORD kParameterRetval = 0x8;
+inline constexpr WORD kParameterOptional = 0x10;
+
+/// The type of a parameter or of a field.
+struct TypeDescription {
+    /// VT_USERDEFINED for enumerations, records and interfaces other than IUnknown and IDispatch.
+    VARTYPE vt = VT_EMPTY;
+    /// Levels of indirection around `vt`.
+    BYTE pointers = 0;
+    /// The name of a user-defined type.
+    std::string_view name;
+};
+
+struct ParameterDescription {
+    std::string_view name;
+    TypeDescription type;
+    WORD flags = 0;
+};
+
+inline constexpr std::size_t kMaxParameters = 8;
+
+/// The arguments of a late-bound call, in the order of the parameters; null where one was left out.
+struct ArgumentList {
+    static constexpr BYTE kNone = 0xff;
+
+    std::array<VARIANT*, kMaxParameters> values{};
+    /// Bits of the parameters that may be left out, and of those that the callee reads and writes.
+    BYTE optional = 0;
+    BYTE inOut = 0;
+    /// The parameter that becomes the result of the call.
+    BYTE retval = kNone;
+    /// Set by the callee to the parameter that it could not take.
+    BYTE bad = kNone;
+};
+
+/// Calls one member of the interface that `self` points at. Null for members that are only described.
+using Thunk = HRESULT (*)(void* self, ArgumentList& arguments, VARIANT* result);
+
+struct MemberDescription {
+    std::string_view name;
+    DISPID id = DISPID_UNKNOWN;
+    /// DISPATCH_METHOD, DISPATCH_PROPERTYGET or DISPATCH_PROPERTYPUT.
+    WORD kind = DISPATCH_METHOD;
+    BYTE parameterCount = 0;
+    /// As in ArgumentList.
+    BYTE optional = 0;
+    BYTE inOut = 0;
+    BYTE retval = ArgumentList::kNone;
+    std::array<ParameterDescription, kMaxParameters> parameters{};
+    Thunk thunk = nullptr;
+
+    constexpr std::span<const ParameterDescription> Parameters() const { return {parameters.data(), parameterCount}; }
+};
+
+enum class InterfaceKind : BYTE {
+    Custom,
+    Dual,
+    /// Late-bound calls only: an event interface.
+    Dispatch,
+};
+
+struct InterfaceDescription {
+    std::string_view name;
+    std::string_view base;
+    const GUID* iid = nullptr;
+    InterfaceKind kind = InterfaceKind::Custom;
+    /// In slot order.
+    std::span<const MemberDescription> members;
+    /// Positions in `members`, ordered by DISPID.
+    std::span<const std::uint16_t> byId;
+};
+
+struct EnumeratorDescription {
+    std::string_view name;
+    LONG value = 0;
+};
+
+struct EnumDescription {
+    std::string_view name;
+    std::span<const EnumeratorDescription> values;
+};
+
+struct FieldDescription {
+    std::string_view name;
+    TypeDescription type;
+};
+
+struct RecordDescription {
+    std::string_view name;
+    std::span<const FieldDescription> fields;
+};
+
+struct ClassDescription {
+    std::string_view name;
+    const CLSID* clsid = nullptr;
+    std::string_view defaultInterface;
+    /// The event interface, empty where there is none.
+    std::string_view sourceInterface;
+};
+
+/// Everything that one type library declares.
+struct LibraryDescription {
+    std::string_view name;
+    std::string_view help;
+    const GUID* libid = nullptr;
+    WORD major = 1;
+    WORD minor = 0;
+    LCID locale = 1033;
+    std::span<const EnumDescription* const> enums;
+    std::span<const RecordDescription* const> records;
+    std::span<const InterfaceDescription* const> interfaces;
+    std::span<const ClassDescription> classes;
+};
+
+/// Specialised beside each interface: `static constexpr auto members = Members(…)`.
+template <class Interface>
+struct InterfaceTable;
+
+/// Specialised beside each record: `static constexpr std::array fields{Field<&Record::member>("member"), …}`.
+template <class Record>
+struct RecordTable;
+
+/// Specialised by KV_ENUM: `name` and `text`, the declaration as it was written.
+template <class Enum>
+struct EnumTable;
+
+namespace detail {
+
+/// The name of a type as the source writes it; works for types that are only declared, too.
+template <class T>
+consteval std::string_view TypeName()
+{
+    constexpr std::string_view self = __PRETTY_FUNCTION__;
+    constexpr std::size_t start = self.find("T = ") + 4;
+    constexpr std::size_t end = self.find_first_of(";]", start);
+    return self.substr(start, end - start);
+}
+
+template <class T>
+concept Record = requires
+{
+    RecordTable<T>::fields;
+};
+
+/// The automation type of a plain value, VT_EMPTY when `T` is none.
+template <class T>
+consteval VARTYPE ValueType()
+{
+    if (std::is_same_v<T, VARIANT_BOOL>) return VT_BOOL;
+    if (std::is_same_v<T, USHORT>) return VT_UI2;
+    if (std::is_same_v<T, BYTE>) return VT_UI1;
+    if (std::is_same_v<T, LONG>) return VT_I4;
+    if (std::is_same_v<T, ULONG>) return VT_UI4;
+    if (std::is_same_v<T, LONGLONG>) return VT_I8;
+    if (std::is_same_v<T, ULONGLONG>) return VT_UI8;
+    if (std::is_same_v<T, float>) return VT_R4;
+    if (std::is_same_v<T, double>) return VT_R8;
+    if (std::is_same_v<T, BSTR>) return VT_BSTR;
+    if (std::is_same_v<T, VARIANT>) return VT_VARIANT;
+    if (std::is_same_v<T, IUnknown*>) return VT_UNKNOWN;
+    if (std::is_same_v<T, IDispatch*>) return VT_DISPATCH;
+    return VT_EMPTY;
+}
+
+template <class T>
+consteval TypeDescription Describe()
+{
+    if constexpr (ValueType<T>() != VT_EMPTY) {
+        return {ValueType<T>(), 0, {}};
+    } else if constexpr (std::is_pointer_v<T>) {
+        TypeDescription type = Describe<std::remove_const_t<std::remove_pointer_t<T>>>();
+        ++type.pointers;
+        return type;
+    } else {
+        return {VT_USERDEFINED, 0, TypeName<T>()};
+    }
+}
+
+/// What a parameter type means to a caller.
+template <class T>
+struct ParameterTraits {
+    static constexpr bool kOut = false;
+};
+
+template <class T>
+requires(std::is_pointer_v<T> && !std::is_same_v<T, BSTR> && !std::is_same_v<T, IUnknown*> &&
+         !std::is_same_v<T, IDispatch*>) struct ParameterTraits<T> {
+    using Target = std::remove_pointer_t<T>;
+    /// A pointer to a value or to another pointer is written through; a pointer to an object is the object.
+    static constexpr bool kOut = ValueType<Target>() != VT_EMPTY || std::is_enum_v<Target> || std::is_pointer_v<Target>;
+};
+
+} // namespace detail
+
+/// The name of a parameter, with what its type cannot tell.
+struct ParameterName {
+    const char* name;
+    WORD flags = 0;
+
+    constexpr ParameterName(const char* text, WORD more = 0) : name(text), flags(more) {}
+};
+
+/// A parameter that the callee reads and writes.
+constexpr ParameterName InOut(const char* name)
+{
+    return {name, kParameterIn};
+}
+
+/// A parameter that a late-bound caller may leave out: its zero value is passed.
+constexpr ParameterName Optional(const char* name)
+{
+    return {name, kParameterOptional};
+}
+
+namespace detail {
+
+template <class... Arguments, std::size_t Count>
+consteval void FillParameters(MemberDescription& member, const std::array<ParameterName, Count>& names)
+{
+    static_assert(sizeof...(Arguments) == Count, "every parameter has a name");
+    static_assert(Count <= kMaxParameters);
+    constexpr std::array<bool, Count> out{ParameterTraits<Arguments>::kOut...};
+    const std::array<TypeDescription, Count> types{Describe<Arguments>()...};
+    std::size_t outs = 0;
+    for (std::size_t i = 0; i < Count; ++i) {
+        const WORD direction = out[i] ? kParameterOut : kParameterIn;
+        const WORD flags = static_cast<WORD>(direction | names[i].flags);
+        member.parameters[i] = {names[i].name, types[i], flags};
+        if (flags & kParameterOptional) member.optional = static_cast<BYTE>(member.optional | 1 << i);
+        if ((flags & kParameterIn) && out[i]) member.inOut = static_cast<BYTE>(member.inOut | 1 << i);
+        outs += out[i];
+    }
+    member.parameterCount = Count;
+    // The only out parameter, standing last, is what a late-bound call results in.
+    if constexpr (Count > 0) {
+        if (outs == 1 && member.parameters[Count - 1].flags == kParameterOut) {
+            member.parameters[Count - 1].flags |= kParameterRetval;
+            member.retval = Count - 1;
+        }
+    }
+}
+
+} // namespace detail
+
+/// Joins the rows of a member table, each one an array of one or two members.
+template <std::size_t... Counts>
+consteval auto Members(const std::array<MemberDescription, Counts>&... rows)
+{
+    std::array<MemberDescription, (Counts + ... + 0)> all{};
+    std::size_t next = 0;
+    auto append = [&](const auto& row) {
+        for (const MemberDescription& member : row)
+            all[next++] = member;
+    };
+    (append(rows), ...);
+    return all;
+}
+
+namespace detail {
+
+template <std::size_t Count>
+consteval std::array<std::uint16_t, Count> OrderById(const std::array<MemberDescription, Count>& members)
+{
+    std::array<std::uint16_t, Count> order{};
+    for (std::size_t i = 0; i < Count; ++i) {
+        std::size_t at = i;
+        for (; at > 0 && members[order[at - 1]].id > members[i].id; --at)
+            order[at] = order[at - 1];
+        order[at] = static_cast<std::uint16_t>(i);
+    }
+    return order;
+}
+
+template <class Interface>
+inline constexpr auto kOrderById = OrderById(InterfaceTable<Interface>::members);
+
+template <class Interface>
+consteval InterfaceKind KindOf()
+{
+    if constexpr (requires { InterfaceTable<Interface>::kind; }) {
+        return InterfaceTable<Interface>::kind;
+    } else if constexpr (std::is_base_of_v<IDispatch, Interface>) {
+        return InterfaceKind::Dual;
+    } else {
+        return InterfaceKind::Custom;
+    }
+}
+
+} // namespace detail
+
+/// The description of an interface that has a member table.
+template <class Interface>
+inline constexpr InterfaceDescription kInterfaceDescription{
+    detail::TypeName<Interface>(), detail::TypeName<typename Interface::Base>(), &Interface::IID,
+    detail::KindOf<Interface>(),   InterfaceTable<Interface>::members,           detail::kOrderById<Interface>};
+
+/// One field of a record table.
+template <auto Member>
+struct FieldOf;
+
+template <class Owner, class Type, Type Owner::*Member>
+struct FieldOf<Member> {
+    static consteval FieldDescription Named(std::string_view name) { return {name, detail::Describe<Type>()}; }
+};
+
+template <auto Member>
+consteval FieldDescription Field(std::string_view name)
+{
+    return FieldOf<Member>::Named(name);
+}
+
+template <class Record>
+inline constexpr RecordDescription kRecordDescription{detail::TypeName<Record>(), RecordTable<Record>::fields};
+
+namespace detail {
+
+constexpr bool IsBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+constexpr std::string_view Trim(std::string_view text)
+{
+    while (!text.empty() && IsBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && IsBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+constexpr LONG EnumeratorValue(std::string_view text)
+{
+    const bool hexadecimal = text.starts_with("0x");
+    LONG value = 0;
+    for (char c : hexadecimal ? text.substr(2) : text) {
+        if (c >= '0' && c <= '9') {
+            value = value * (hexadecimal ? 16 : 10) + (c - '0');
+        } else if (hexadecimal && c >= 'a' && c <= 'f') {
+            value = value * 16 + (c - 'a' + 10);
+        } else {
+            throw "an enumerator's value reads as a decimal or a lower-case hexadecimal number";
+        }
+    }
+    return value;
+}
+
+constexpr std::size_t EnumeratorCount(std::string_view text)
+{
+    std::size_t count = Trim(text).empty() ? 0 : 1;
+    for (char c : text)
+        count += c == ',';
+    return count;
+}
+
+/// Takes "A = 1, B = 2" apart.
+template <class Enum>
+consteval auto ParseEnumerators()
+{
+    std::array<EnumeratorDescription, EnumeratorCount(EnumTable<Enum>::text)> values{};
+    std::string_view rest = EnumTable<Enum>::text;
+    for (EnumeratorDescription& enumerator : values) {
+        const std::string_view item = rest.substr(0, rest.find(','));
+        const std::size_t equals = item.find('=');
+        enumerator.name = Trim(item.substr(0, equals));
+        enumerator.value = EnumeratorValue(Trim(item.substr(equals + 1)));
+        rest.remove_prefix(item.size() == rest.size() ? item.size() : item.size() + 1);
+    }
+    return values;
+}
+
+template <class Enum>
+inline constexpr auto kEnumerators = ParseEnumerators<Enum>();
+
+} // namespace detail
+
+template <class Enum>
+inline constexpr EnumDescription kEnumDescription{EnumTable<Enum>::name, detail::kEnumerators<Enum>};
+
+} // namespace kv
+
+/// Declares an enumeration of a type library, values written out: KV_ENUM(Colour, Red = 1, Green = 2).
+/// Stands in the global namespace. The declaration is the only place that names the enumerators.
+#define KV_ENUM(Name, ...)                                                                                             \
+    enum Name : LONG { __VA_ARGS__ };                                                                                  \
+    template <>                                                                                                        \
+    struct kv::EnumTable<Name> {                                                                                       \
+        static constexpr std::string_view name = #Name;                                                                \
+        static constexpr std::string_view text = #__VA_ARGS__;                                                         \
+    }

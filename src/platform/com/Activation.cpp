@@ -1,0 +1,276 @@
+#include "platform/com/Activation.h"
+
+#include "platform/com/BuiltInClasses.h"
+#include "platform/com/Error.h"
+#include "platform/com/TaskMemory.h"
+#include "platform/system/CriticalSection.h"
+#include "platform/system/Paths.h"
+#include "platform/system/Registry.h"
+
+#include <cstring>
+#include <dlfcn.h>
+#include <map>
+#include <memory>
+
+namespace kv {
+namespace {
+
+using GetClassObjectEntry = HRESULT (*)(REFCLSID, REFIID, void**);
+using PlainEntry = HRESULT (*)();
+
+/// A server library; unloaded with this object.
+class ServerLibrary {
+public:
+    explicit ServerLibrary(const std::string& path) : m_handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
+    {
+        if (!m_handle) throw Error(CO_E_DLLNOTFOUND);
+    }
+    ServerLibrary(const ServerLibrary&) = delete;
+    ServerLibrary& operator=(const ServerLibrary&) = delete;
+    ~ServerLibrary() { dlclose(m_handle); }
+
+    /// Throws Error(CO_E_ERRORINDLL) when the library does not have it.
+    template <class Entry>
+    Entry EntryPoint(const char* name) const
+    {
+        void* entry = dlsym(m_handle, name);
+        if (!entry) throw Error(CO_E_ERRORINDLL);
+        return reinterpret_cast<Entry>(entry);
+    }
+
+    bool CanUnloadNow() const
+    {
+        void* entry = dlsym(m_handle, "DllCanUnloadNow");
+        return entry && reinterpret_cast<PlainEntry>(entry)() == S_OK;
+    }
+
+private:
+    void* m_handle;
+};
+
+struct RegisteredClass {
+    CLSID clsid;
+    ComPtr<IUnknown> object;
+};
+
+struct Servers {
+    CriticalSection section;
+    std::map<std::string, std::unique_ptr<ServerLibrary>> libraries;
+    std::map<DWORD, RegisteredClass> classObjects;
+    DWORD nextCookie = 1;
+};
+
+Servers& Shared()
+{
+    // Objects may outlive the end of the program's statics, and so must the libraries that they live in.
+    static Servers* const servers = new Servers;
+    return *servers;
+}
+
+ComPtr<IUnknown> RegisteredObject(REFCLSID clsid)
+{
+    Servers& servers = Shared();
+    const SectionLock lock(servers.section);
+    for (const auto& [cookie, registered] : servers.classObjects) {
+        if (registered.clsid == clsid) return registered.object;
+    }
+    return nullptr;
+}
+
+/// Loads a library once; `section` is held.
+ServerLibrary& Load(Servers& servers, const std::string& path)
+{
+    auto& library = servers.libraries[path];
+    if (!library) {
+        try {
+            library = std::make_unique<ServerLibrary>(path);
+        } catch (...) {
+            servers.libraries.erase(path);
+            throw;
+        }
+    }
+    return *library;
+}
+
+HRESULT ClassObjectFromServer(REFCLSID clsid, REFIID iid, void** out)
+{
+    const std::u16string path =
+        Registry::QueryText(Hive::ClassesRoot, u"CLSID\\" + GuidText(clsid) + u"\\InprocServer32", {});
+    if (path.empty()) return REGDB_E_CLASSNOTREG;
+    Servers& servers = Shared();
+    // Held while the class object is fetched, so that the library is not unloaded under it.
+    const SectionLock lock(servers.section);
+    const auto getClassObject = Load(servers, ToHostPath(path)).EntryPoint<GetClassObjectEntry>("DllGetClassObject");
+    return getClassObject(clsid, iid, out);
+}
+
+/// The value of a hexadecimal digit; 16 for anything else.
+unsigned DigitValue(char16_t c)
+{
+    if (c >= u'0' && c <= u'9') return c - u'0';
+    if (c >= u'a' && c <= u'f') return c - u'a' + 10u;
+    if (c >= u'A' && c <= u'F') return c - u'A' + 10u;
+    return 16;
+}
+
+bool ParseGuid(std::u16string_view text, GUID& guid)
+{
+    static constexpr std::u16string_view kForm = u"{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}";
+    if (text.size() != kForm.size()) return false;
+    BYTE bytes[16]{};
+    std::size_t digits = 0;
+    for (std::size_t i = 0; i < kForm.size(); ++i) {
+        if (kForm[i] != u'x') {
+            if (text[i] != kForm[i]) return false;
+            continue;
+        }
+        const unsigned digit = DigitValue(text[i]);
+        if (digit > 15) return false;
+        BYTE& byte = bytes[digits++ / 2];
+        byte = static_cast<BYTE>(byte << 4 | digit);
+    }
+    guid.Data1 = static_cast<ULONG>(bytes[0]) << 24 | static_cast<ULONG>(bytes[1]) << 16 |
+                 static_cast<ULONG>(bytes[2]) << 8 | bytes[3];
+    guid.Data2 = static_cast<USHORT>(bytes[4] << 8 | bytes[5]);
+    guid.Data3 = static_cast<USHORT>(bytes[6] << 8 | bytes[7]);
+    std::memcpy(guid.Data4, bytes + 8, sizeof guid.Data4);
+    return true;
+}
+
+HRESULT CallServer(std::u16string_view path, const char* entry)
+{
+    return Guarded([&] {
+        Servers& servers = Shared();
+        const SectionLock lock(servers.section);
+        return Load(servers, ToHostPath(path)).EntryPoint<PlainEntry>(entry)();
+    });
+}
+
+} // namespace
+
+std::u16string GuidText(REFGUID guid)
+{
+    static constexpr char16_t kDigits[] = u"0123456789ABCDEF";
+    std::u16string text = u"{";
+    const auto append = [&](ULONG value, int digits) {
+        for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+            text += kDigits[value >> shift & 0xf];
+    };
+    append(guid.Data1, 8);
+    text += u'-';
+    append(guid.Data2, 4);
+    text += u'-';
+    append(guid.Data3, 4);
+    for (std::size_t i = 0; i < 8; ++i) {
+        if (i == 0 || i == 2) text += u'-';
+        append(guid.Data4[i], 2);
+    }
+    return text += u'}';
+}
+
+HRESULT RegisterServer(std::u16string_view libraryPath)
+{
+    return CallServer(libraryPath, "DllRegisterServer");
+}
+
+HRESULT UnregisterServer(std::u16string_view libraryPath)
+{
+    return CallServer(libraryPath, "DllUnregisterServer");
+}
+
+} // namespace kv
+
+HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void*, REFIID iid, void** out)
+{
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    if (!(context & CLSCTX_INPROC_SERVER)) return REGDB_E_CLASSNOTREG;
+    return kv::Guarded([&] {
+        if (const auto registered = kv::RegisteredObject(clsid)) return registered->QueryInterface(iid, out);
+        const HRESULT builtIn = kv::GetBuiltInClassObject(clsid, iid, out);
+        return builtIn == REGDB_E_CLASSNOTREG ? kv::ClassObjectFromServer(clsid, iid, out) : builtIn;
+    });
+}
+
+HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID iid, void** out)
+{
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    kv::ComPtr<IClassFactory> factory;
+    const HRESULT result = CoGetClassObject(clsid, context, nullptr, IClassFactory::IID, factory.PutVoid());
+    return FAILED(result) ? result : factory->CreateInstance(outer, iid, out);
+}
+
+HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* classObject, DWORD, DWORD, DWORD* cookie)
+{
+    if (!classObject) return E_INVALIDARG;
+    if (!cookie) return E_POINTER;
+    *cookie = 0;
+    return kv::Guarded([&] {
+        kv::Servers& servers = kv::Shared();
+        const kv::SectionLock lock(servers.section);
+        servers.classObjects.emplace(servers.nextCookie, kv::RegisteredClass{clsid, classObject});
+        *cookie = servers.nextCookie++;
+        return S_OK;
+    });
+}
+
+HRESULT CoRevokeClassObject(DWORD cookie)
+{
+    kv::ComPtr<IUnknown> revoked;
+    kv::Servers& servers = kv::Shared();
+    const kv::SectionLock lock(servers.section);
+    const auto found = servers.classObjects.find(cookie);
+    if (found == servers.classObjects.end()) return CO_E_OBJNOTREG;
+    revoked = std::move(found->second.object);
+    servers.classObjects.erase(found);
+    return S_OK;
+}
+
+void CoFreeUnusedLibraries()
+{
+    kv::Servers& servers = kv::Shared();
+    const kv::SectionLock lock(servers.section);
+    std::erase_if(servers.libraries, [](const auto& entry) { return entry.second->CanUnloadNow(); });
+}
+
+HRESULT CLSIDFromString(const OLECHAR* text, CLSID* clsid)
+{
+    if (!clsid) return E_POINTER;
+    *clsid = GUID_NULL;
+    if (!text) return S_OK;
+    return kv::ParseGuid(text, *clsid) ? S_OK : CO_E_CLASSSTRING;
+}
+
+HRESULT CLSIDFromProgID(const OLECHAR* progId, CLSID* clsid)
+{
+    if (!clsid) return E_POINTER;
+    *clsid = GUID_NULL;
+    if (!progId || !*progId) return CO_E_CLASSSTRING;
+    return kv::Guarded([&] {
+        const auto clsidOf = [](std::u16string_view name) {
+            return kv::Registry::QueryText(kv::Hive::ClassesRoot, std::u16string(name) + u"\\CLSID", {});
+        };
+        std::u16string text = clsidOf(progId);
+        if (text.empty()) {
+            const std::u16string current =
+                kv::Registry::QueryText(kv::Hive::ClassesRoot, std::u16string(progId) + u"\\CurVer", {});
+            if (!current.empty()) text = clsidOf(current);
+        }
+        return text.empty() ? CO_E_CLASSSTRING : CLSIDFromString(text.c_str(), clsid);
+    });
+}
+
+HRESULT StringFromCLSID(REFCLSID clsid, OLECHAR** text)
+{
+    if (!text) return E_POINTER;
+    *text = nullptr;
+    return kv::Guarded([&] {
+        const std::u16string formatted = kv::GuidText(clsid);
+        const std::size_t size = (formatted.size() + 1) * sizeof(OLECHAR);
+        *text = static_cast<OLECHAR*>(CoTaskMemAlloc(size));
+        if (!*text) return E_OUTOFMEMORY;
+        std::memcpy(*text, formatted.c_str(), size);
+        return S_OK;
+    });
+}

@@ -1,0 +1,149 @@
+#pragma once
+// The base of every component object: counting, interface lookup, aggregation.
+
+#include "platform/com/ComPtr.h"
+#include "platform/com/Error.h"
+
+#include <atomic>
+#include <concepts>
+#include <type_traits>
+
+namespace kv {
+
+/// Live objects and server locks of the library that this is compiled into: one counter a library.
+inline std::atomic<LONG> g_moduleLocks{0};
+
+/// A component object that answers for `Interfaces` and the interfaces they extend.
+///
+/// Its count starts at 1, owned by whoever made it. Given an outer object it is an inner object of
+/// an aggregate: interface calls count on and query the outer one, while `Inner()` still speaks for
+/// this object alone.
+template <class... Interfaces>
+class Object : public Interfaces... {
+public:
+    explicit Object(IUnknown* outer = nullptr) : m_inner(*this), m_controlling(outer ? outer : &m_inner)
+    {
+        ++g_moduleLocks;
+    }
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+    virtual ~Object() { --g_moduleLocks; }
+
+    HRESULT QueryInterface(REFIID iid, void** out) override { return m_controlling->QueryInterface(iid, out); }
+    ULONG AddRef() override { return m_controlling->AddRef(); }
+    ULONG Release() override { return m_controlling->Release(); }
+
+    /// The object's own IUnknown, which never delegates to an outer object. Not counted.
+    IUnknown* Inner() { return &m_inner; }
+
+    /// The IUnknown that is the identity of the whole aggregate. Not counted.
+    IUnknown* Controlling() { return m_controlling; }
+
+protected:
+    /// Finds an interface of this object. A class that aggregates others asks them here too.
+    /// `out` is never null and already holds null.
+    virtual HRESULT FindInterface(REFIID iid, void** out)
+    {
+        return (Offer<Interfaces>(static_cast<Interfaces*>(this), iid, out) || ...) ? S_OK : E_NOINTERFACE;
+    }
+
+    /// Runs when the last reference is gone, while the object is still whole.
+    virtual void FinalRelease() {}
+
+private:
+    class InnerUnknown final : public IUnknown {
+    public:
+        explicit InnerUnknown(Object& owner) : m_owner(owner) {}
+
+        HRESULT QueryInterface(REFIID iid, void** out) override
+        {
+            if (!out) return E_POINTER;
+            *out = nullptr;
+            if (iid != IUnknown::IID) return m_owner.FindInterface(iid, out);
+            AddRef();
+            *out = static_cast<IUnknown*>(this);
+            return S_OK;
+        }
+
+        ULONG AddRef() override { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
+
+        ULONG Release() override
+        {
+            const ULONG left = m_count.fetch_sub(1, std::memory_order_acq_rel) - 1;
+            if (left == 0) {
+                // References taken and dropped while the object winds down must not end it twice.
+                m_count.store(kWindingDown, std::memory_order_relaxed);
+                m_owner.FinalRelease();
+                delete &m_owner;
+            }
+            return left;
+        }
+
+    private:
+        static constexpr ULONG kWindingDown = 0x40000000;
+
+        Object& m_owner;
+        std::atomic<ULONG> m_count{1};
+    };
+
+    template <class Interface, class Start>
+    static bool Offer(Start* start, REFIID iid, void** out)
+    {
+        if constexpr (!std::same_as<Interface, IUnknown>) {
+            if (iid == Interface::IID) {
+                auto* found = static_cast<Interface*>(start);
+                found->AddRef();
+                *out = found;
+                return true;
+            }
+            return Offer<typename Interface::Base>(start, iid, out);
+        }
+        return false;
+    }
+
+    InnerUnknown m_inner;
+    IUnknown* m_controlling;
+};
+
+/// Owner of an inner object of an aggregate.
+template <class T>
+class Aggregated {
+public:
+    Aggregated() = default;
+    explicit Aggregated(T* object) : m_object(object) {}
+    Aggregated(Aggregated&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
+    Aggregated& operator=(Aggregated&& other) noexcept
+    {
+        std::swap(m_object, other.m_object);
+        return *this;
+    }
+    ~Aggregated() { Reset(); }
+
+    void Reset()
+    {
+        if (T* object = std::exchange(m_object, nullptr)) object->Inner()->Release();
+    }
+
+    T* Get() const { return m_object; }
+    T* operator->() const { return m_object; }
+    explicit operator bool() const { return m_object != nullptr; }
+
+private:
+    T* m_object = nullptr;
+};
+
+/// Makes an object and owns its first reference. Throws on lack of memory.
+template <class T, class... Arguments>
+ComPtr<T> Make(Arguments&&... arguments)
+{
+    return ComPtr<T>::Attach(new T(std::forward<Arguments>(arguments)...));
+}
+
+/// Makes an inner object of `outer`. Throws on lack of memory.
+template <class T, class... Arguments>
+Aggregated<T> MakeInner(IUnknown* outer, Arguments&&... arguments)
+{
+    return Aggregated<T>(new T(outer, std::forward<Arguments>(arguments)...));
+}
+
+} // namespace kv

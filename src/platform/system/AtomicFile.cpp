@@ -1,0 +1,120 @@
+#include "platform/system/AtomicFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace kv {
+namespace {
+
+/// The permissions that a new file gets from the process.
+mode_t NewFileMode()
+{
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+} // namespace
+
+HRESULT ResultFromErrno(int error)
+{
+    switch (error) {
+    case ENOENT:
+        return MakeResult(0x80070002); // file not found
+    case ENOTDIR:
+        return MakeResult(0x80070003); // path not found
+    case EMFILE:
+    case ENFILE:
+        return MakeResult(0x80070004); // too many open files
+    case EACCES:
+    case EPERM:
+    case EISDIR:
+        return E_ACCESSDENIED;
+    case ENOMEM:
+        return E_OUTOFMEMORY;
+    case EROFS:
+        return MakeResult(0x80070013); // write protected
+    case ENOSPC:
+    case EDQUOT:
+        return MakeResult(0x80070070); // disk full
+    case EEXIST:
+        return MakeResult(0x800700B7); // already exists
+    case ENAMETOOLONG:
+        return MakeResult(0x800700CE); // name too long
+    case EFBIG:
+        return MakeResult(0x800700DF); // file too large
+    case EIO:
+        return MakeResult(0x8007045D); // device error
+    default:
+        return E_FAIL;
+    }
+}
+
+AtomicFile::~AtomicFile()
+{
+    Discard();
+}
+
+void AtomicFile::Discard()
+{
+    if (m_file >= 0) close(std::exchange(m_file, -1));
+    if (!m_temporary.empty()) unlink(std::exchange(m_temporary, {}).c_str());
+}
+
+HRESULT AtomicFile::Create(const std::string& target)
+{
+    Discard();
+    // A link is followed, so that the file behind it is the one that is replaced.
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::weakly_canonical(target, error);
+    m_target = error ? target : real.string();
+    std::string pattern = m_target + ".XXXXXX";
+    m_file = mkostemp(pattern.data(), O_CLOEXEC);
+    if (m_file < 0) return ResultFromErrno(errno);
+    m_temporary = std::move(pattern);
+
+    struct stat existing {};
+    const mode_t mode = stat(m_target.c_str(), &existing) == 0 ? existing.st_mode & 07777 : NewFileMode();
+    if (fchmod(m_file, mode) != 0) return ResultFromErrno(errno);
+    return S_OK;
+}
+
+HRESULT AtomicFile::Write(const void* data, std::size_t size)
+{
+    if (m_file < 0) return E_UNEXPECTED;
+    const char* next = static_cast<const char*>(data);
+    while (size > 0) {
+        const ssize_t written = write(m_file, next, size);
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            return ResultFromErrno(errno);
+        }
+        next += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return S_OK;
+}
+
+HRESULT AtomicFile::Commit()
+{
+    if (m_file < 0) return E_UNEXPECTED;
+    if (fsync(m_file) != 0 || close(std::exchange(m_file, -1)) != 0) return ResultFromErrno(errno);
+    if (rename(m_temporary.c_str(), m_target.c_str()) != 0) return ResultFromErrno(errno);
+    m_temporary.clear();
+    const std::string folder = std::filesystem::path(m_target).parent_path().string();
+    const int folderFile = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folderFile >= 0) {
+        // The file is in place whether or not the folder can be synced.
+        fsync(folderFile);
+        close(folderFile);
+    }
+    return S_OK;
+}
+
+} // namespace kv

@@ -1,0 +1,82 @@
+#include "platform/system/ErrorReporter.h"
+
+#include "platform/system/CriticalSection.h"
+
+#include <cstdio>
+#include <deque>
+
+namespace kv {
+namespace {
+
+constexpr std::size_t kStackSize = 256;
+
+struct Reporter {
+    CriticalSection section;
+    std::deque<std::string> lines;
+    std::function<void(std::string_view)> report;
+};
+
+Reporter& Shared()
+{
+    static Reporter reporter;
+    return reporter;
+}
+
+std::string Line(ErrorPlace place, std::string_view text)
+{
+    std::string line(place.source);
+    line += '(' + std::to_string(place.line) + "): *** Error ";
+    line += text;
+    return line += '\n';
+}
+
+} // namespace
+
+void ZXUClearErrorStack()
+{
+    const SectionLock lock(Shared().section);
+    Shared().lines.clear();
+}
+
+std::string ZXUErrStr(ErrorPlace place, std::string_view message)
+{
+    return Line(place, message);
+}
+
+std::string ZXUErrNullStr(ErrorPlace place, std::string_view parameter)
+{
+    return Line(place, "NULL = " + std::string(parameter));
+}
+
+std::string ZXUErrResultStr(ErrorPlace place, std::string_view expression, HRESULT result)
+{
+    char code[16];
+    std::snprintf(code, sizeof code, "0x%08X", static_cast<ULONG>(result));
+    return Line(place, std::string(expression) + " = " + code);
+}
+
+void ZXUReportError(std::string line)
+{
+    std::function<void(std::string_view)> report;
+    {
+        const SectionLock lock(Shared().section);
+        Shared().lines.push_back(line);
+        if (Shared().lines.size() > kStackSize) Shared().lines.pop_front();
+        report = Shared().report;
+    }
+    if (report) report(line);
+}
+
+std::vector<std::string> ZXUErrorStack()
+{
+    const SectionLock lock(Shared().section);
+    return {Shared().lines.begin(), Shared().lines.end()};
+}
+
+void SetErrorReporter(std::function<void(std::string_view)> report)
+{
+    const SectionLock lock(Shared().section);
+    Shared().report = std::move(report);
+}
+
+} // namespace kv

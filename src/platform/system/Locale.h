@@ -1,0 +1,37 @@
+#pragma once
+// What depends on the user's language.
+
+#include "platform/com/BaseTypes.h"
+#include "platform/com/Export.h"
+
+#include <optional>
+#include <string_view>
+
+/// The language that the thread speaks; at first the user's default.
+KV_EXPORT LCID GetThreadLocale();
+KV_EXPORT void SetThreadLocale(LCID locale);
+
+namespace kv {
+
+/// Sets the thread's locale for a scope.
+class ThreadLocaleScope {
+public:
+    explicit ThreadLocaleScope(LCID locale) : m_before(GetThreadLocale()) { SetThreadLocale(locale); }
+    ThreadLocaleScope(const ThreadLocaleScope&) = delete;
+    ThreadLocaleScope& operator=(const ThreadLocaleScope&) = delete;
+    ~ThreadLocaleScope() { SetThreadLocale(m_before); }
+
+private:
+    LCID m_before;
+};
+
+/// Compares by the rules of the user's language, with regard to case; below, at or above 0. Equal texts are 0.
+KV_EXPORT int CompareStrings(std::u16string_view left, std::u16string_view right);
+
+/// A decimal number with "." as its point, with blanks around it; empty for anything else.
+KV_EXPORT std::optional<double> ParseDoubleUS(std::u16string_view text);
+
+/// The same with the decimal point and the group separators of the user's language.
+KV_EXPORT std::optional<double> ParseDoubleUserLocale(std::u16string_view text);
+
+} // namespace kv

@@ -1,0 +1,118 @@
+#include "platform/system/Paths.h"
+
+#include "platform/automation/Bstr.h"
+#include "platform/system/AtomicFile.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace kv {
+namespace {
+
+constexpr std::u16string_view kSeparators = u"\\/";
+
+bool Exists(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::exists(path, error);
+}
+
+bool FolderExists(const std::string& path)
+{
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    return !folder.empty() && Exists(folder);
+}
+
+HRESULT ResultFrom(const std::error_code& error)
+{
+    return error ? ResultFromErrno(error.value()) : S_OK;
+}
+
+/// Where the last component starts.
+std::size_t FileNameStart(std::u16string_view path)
+{
+    const std::size_t separator = path.find_last_of(kSeparators);
+    return separator == path.npos ? 0 : separator + 1;
+}
+
+} // namespace
+
+std::string ToHostPath(std::u16string_view path)
+{
+    std::string given = ToUtf8(path);
+    if (given.find('\\') == given.npos || Exists(given)) return given;
+    std::string slashed = given;
+    std::ranges::replace(slashed, '\\', '/');
+    return Exists(slashed) || !FolderExists(given) ? slashed : given;
+}
+
+bool PathFileExists(std::u16string_view path)
+{
+    return !path.empty() && path.find(u'\0') == path.npos && Exists(ToHostPath(path));
+}
+
+bool PathIsDirectory(std::u16string_view path)
+{
+    std::error_code error;
+    return PathFileExists(path) && std::filesystem::is_directory(ToHostPath(path), error);
+}
+
+std::u16string PathAppend(std::u16string_view path, std::u16string_view more)
+{
+    std::u16string joined(path);
+    while (!more.empty() && !path.empty() && kSeparators.find(more.front()) != more.npos)
+        more.remove_prefix(1);
+    if (!joined.empty() && kSeparators.find(joined.back()) == kSeparators.npos) {
+        joined += joined.find(u'/') != joined.npos ? u'/' : u'\\';
+    }
+    return joined.append(more);
+}
+
+std::u16string PathRemoveFileSpec(std::u16string_view path)
+{
+    const std::size_t start = FileNameStart(path);
+    // The separator of a root belongs to the root.
+    return std::u16string(path.substr(0, start > 1 ? start - 1 : start));
+}
+
+std::u16string PathRemoveExtension(std::u16string_view path)
+{
+    const std::size_t dot = path.rfind(u'.');
+    return std::u16string(dot == path.npos || dot < FileNameStart(path) ? path : path.substr(0, dot));
+}
+
+std::u16string PathFindFileName(std::u16string_view path)
+{
+    return std::u16string(path.substr(FileNameStart(path)));
+}
+
+HRESULT CreateDirectoryTree(std::u16string_view path)
+{
+    std::error_code error;
+    const std::string folder = ToHostPath(path);
+    if (std::filesystem::create_directories(folder, error) || error) return ResultFrom(error);
+    return ResultFromErrno(EEXIST);
+}
+
+HRESULT CopyNewFile(std::u16string_view source, std::u16string_view target)
+{
+    std::error_code error;
+    std::filesystem::copy_file(ToHostPath(source), ToHostPath(target), error);
+    return ResultFrom(error);
+}
+
+std::u16string TemporaryFolder()
+{
+    std::error_code error;
+    std::u16string folder = std::filesystem::temp_directory_path(error).u16string();
+    if (!folder.empty() && folder.back() != u'/') folder += u'/';
+    return folder;
+}
+
+std::u16string HostFolder()
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path().u16string();
+}
+
+} // namespace kv

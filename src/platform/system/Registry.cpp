@@ -1,0 +1,354 @@
+#include "platform/system/Registry.h"
+
+#include "platform/automation/Bstr.h"
+#include "platform/com/Error.h"
+#include "platform/system/AtomicFile.h"
+#include "platform/system/CriticalSection.h"
+#include "platform/system/RegistryTree.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace kv::Registry {
+namespace {
+
+constexpr std::u16string_view kMachineClasses = u"HKEY_LOCAL_MACHINE\\Software\\Classes";
+constexpr std::u16string_view kUserClasses = u"HKEY_CURRENT_USER\\Software\\Classes";
+constexpr std::uintmax_t kMaxFileSize = 64u << 20;
+
+using Change = std::function<HRESULT(RegistryKey& root)>;
+
+/// What the process knows of its registry.
+struct State {
+    CriticalSection section;
+    RegistryKey root;
+    bool inMemory = false;
+    /// Empty until the default is taken.
+    std::string path;
+    /// Of the file that `root` was read from.
+    std::filesystem::file_time_type readTime{};
+    bool read = false;
+    bool perUser = false;
+};
+
+State& Shared()
+{
+    static State state;
+    return state;
+}
+
+/// The changes that this thread gathers; null outside a batch.
+thread_local std::vector<Change>* t_batch = nullptr;
+
+std::string DefaultPath()
+{
+    if (const char* named = std::getenv("KV_REGISTRY")) return named;
+    std::filesystem::path folder;
+    if (const char* configuration = std::getenv("XDG_CONFIG_HOME")) {
+        folder = configuration;
+    } else if (const char* home = std::getenv("HOME")) {
+        folder = std::filesystem::path(home) / ".config";
+    }
+    return (folder / "KVProjectData" / "registry.txt").string();
+}
+
+const std::string& PathOf(State& state)
+{
+    if (state.path.empty()) state.path = DefaultPath();
+    return state.path;
+}
+
+/// Reads the file where it is newer than what is known of it. Throws Error.
+void Refresh(State& state)
+{
+    if (state.inMemory) return;
+    std::error_code error;
+    const auto time = std::filesystem::last_write_time(PathOf(state), error);
+    if (error) {
+        if (error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory) {
+            throw Error(ResultFromErrno(error.value()));
+        }
+        state.root = {};
+        state.read = false;
+        return;
+    }
+    if (state.read && time == state.readTime) return;
+    if (std::filesystem::file_size(state.path, error) > kMaxFileSize || error) throw Error(REGISTRY_E_CORRUPT);
+    std::ifstream file(state.path, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    if (!file) throw Error(REGISTRY_E_CORRUPT);
+    state.root = ParseRegistryText(text);
+    state.readTime = time;
+    state.read = true;
+}
+
+/// Keeps other processes from writing the same file.
+class FileLock {
+public:
+    explicit FileLock(const std::string& path)
+    {
+        std::error_code ignored;
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+        m_file = open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        if (m_file < 0 || flock(m_file, LOCK_EX) != 0) {
+            const int error = errno;
+            if (m_file >= 0) close(m_file);
+            throw Error(ResultFromErrno(error));
+        }
+    }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+    ~FileLock() { close(m_file); }
+
+private:
+    int m_file;
+};
+
+HRESULT ApplyAll(RegistryKey& root, const std::vector<Change>& changes)
+{
+    for (const Change& change : changes) {
+        const HRESULT result = change(root);
+        if (FAILED(result)) return result;
+    }
+    return S_OK;
+}
+
+/// Changes a copy and puts it in force when everything succeeded.
+HRESULT Write(const std::vector<Change>& changes)
+{
+    return Guarded([&] {
+        State& state = Shared();
+        const SectionLock lock(state.section);
+        if (state.inMemory) {
+            RegistryKey changed = state.root;
+            const HRESULT result = ApplyAll(changed, changes);
+            if (SUCCEEDED(result)) state.root = std::move(changed);
+            return result;
+        }
+        const FileLock fileLock(PathOf(state));
+        Refresh(state);
+        RegistryKey changed = state.root;
+        HRESULT result = ApplyAll(changed, changes);
+        if (FAILED(result)) return result;
+        AtomicFile file;
+        const std::string text = WriteRegistryText(changed);
+        result = file.Create(state.path);
+        if (SUCCEEDED(result)) result = file.Write(text.data(), text.size());
+        if (SUCCEEDED(result)) result = file.Commit();
+        if (FAILED(result)) return result;
+        state.root = std::move(changed);
+        std::error_code error;
+        state.readTime = std::filesystem::last_write_time(state.path, error);
+        state.read = !error;
+        return S_OK;
+    });
+}
+
+HRESULT Submit(Change change)
+{
+    return Guarded([&] {
+        if (!t_batch) return Write({std::move(change)});
+        t_batch->push_back(std::move(change));
+        return S_OK;
+    });
+}
+
+template <class Body>
+HRESULT Read(Body&& body)
+{
+    return Guarded([&] {
+        State& state = Shared();
+        const SectionLock lock(state.section);
+        Refresh(state);
+        if (!t_batch || t_batch->empty()) return body(std::as_const(state.root));
+        // A batch sees what it is about to write.
+        RegistryKey changed = state.root;
+        const HRESULT result = ApplyAll(changed, *t_batch);
+        return FAILED(result) ? result : body(std::as_const(changed));
+    });
+}
+
+std::u16string Join(std::u16string_view folder, std::u16string_view key)
+{
+    std::u16string path(folder);
+    if (!key.empty()) path.append(1, u'\\').append(key);
+    return path;
+}
+
+/// The full paths that a key is looked for under, the first one first.
+std::vector<std::u16string> ReadPaths(Hive hive, std::u16string_view key)
+{
+    switch (hive) {
+    case Hive::ClassesRoot:
+        return {Join(kUserClasses, key), Join(kMachineClasses, key)};
+    case Hive::CurrentUser:
+        return {Join(u"HKEY_CURRENT_USER", key)};
+    case Hive::LocalMachine:
+        return {Join(u"HKEY_LOCAL_MACHINE", key)};
+    case Hive::Users:
+        return {Join(u"HKEY_USERS", key)};
+    case Hive::CurrentConfig:
+        return {Join(u"HKEY_CURRENT_CONFIG", key)};
+    }
+    throw Error(E_INVALIDARG);
+}
+
+std::u16string WritePath(Hive hive, std::u16string_view key)
+{
+    if (hive == Hive::ClassesRoot) return Join(PerUser() ? kUserClasses : kMachineClasses, key);
+    return ReadPaths(hive, key).front();
+}
+
+template <class Member>
+HRESULT Names(Hive hive, std::u16string_view key, Member member, std::vector<std::u16string>& names)
+{
+    names.clear();
+    return Read([&](const RegistryKey& root) {
+        bool found = false;
+        std::map<std::u16string, bool, RegistryNameLess> merged;
+        for (const std::u16string& path : ReadPaths(hive, key)) {
+            const RegistryKey* at = root.Find(path);
+            found = found || at;
+            if (!at) continue;
+            for (const auto& entry : at->*member)
+                merged.emplace(entry.first, true);
+        }
+        for (const auto& entry : merged)
+            names.push_back(entry.first);
+        return found ? S_OK : REGISTRY_E_NOT_FOUND;
+    });
+}
+
+} // namespace
+
+void UseMemory()
+{
+    State& state = Shared();
+    const SectionLock lock(state.section);
+    state.inMemory = true;
+    state.root = {};
+}
+
+void UseFile(std::string path)
+{
+    State& state = Shared();
+    const SectionLock lock(state.section);
+    state.inMemory = false;
+    state.path = std::move(path);
+    state.root = {};
+    state.read = false;
+}
+
+void SetPerUser(bool perUser)
+{
+    State& state = Shared();
+    const SectionLock lock(state.section);
+    state.perUser = perUser;
+}
+
+bool PerUser()
+{
+    State& state = Shared();
+    const SectionLock lock(state.section);
+    return state.perUser;
+}
+
+HRESULT Query(Hive hive, std::u16string_view key, std::u16string_view name, RegistryValue& value)
+{
+    return Read([&](const RegistryKey& root) {
+        for (const std::u16string& path : ReadPaths(hive, key)) {
+            const RegistryKey* at = root.Find(path);
+            const auto found = at ? at->values.find(name) : decltype(at->values.end())();
+            if (!at || found == at->values.end()) continue;
+            value = found->second;
+            return S_OK;
+        }
+        return REGISTRY_E_NOT_FOUND;
+    });
+}
+
+std::u16string QueryText(Hive hive, std::u16string_view key, std::u16string_view name)
+{
+    RegistryValue value;
+    const HRESULT result = Query(hive, key, name, value);
+    const auto* text = std::get_if<std::u16string>(&value);
+    return SUCCEEDED(result) && text ? *text : std::u16string();
+}
+
+bool KeyExists(Hive hive, std::u16string_view key)
+{
+    return SUCCEEDED(Read([&](const RegistryKey& root) {
+        for (const std::u16string& path : ReadPaths(hive, key)) {
+            if (root.Find(path)) return S_OK;
+        }
+        return REGISTRY_E_NOT_FOUND;
+    }));
+}
+
+HRESULT SubKeys(Hive hive, std::u16string_view key, std::vector<std::u16string>& names)
+{
+    return Names(hive, key, &RegistryKey::keys, names);
+}
+
+HRESULT Values(Hive hive, std::u16string_view key, std::vector<std::u16string>& names)
+{
+    return Names(hive, key, &RegistryKey::values, names);
+}
+
+HRESULT CreateKey(Hive hive, std::u16string_view key)
+{
+    return Submit([path = WritePath(hive, key)](RegistryKey& root) {
+        root.Create(path);
+        return S_OK;
+    });
+}
+
+HRESULT Set(Hive hive, std::u16string_view key, std::u16string_view name, RegistryValue value)
+{
+    return Submit(
+        [path = WritePath(hive, key), name = std::u16string(name), value = std::move(value)](RegistryKey& root) {
+            root.Create(path).values.insert_or_assign(name, value);
+            return S_OK;
+        });
+}
+
+HRESULT DeleteValue(Hive hive, std::u16string_view key, std::u16string_view name)
+{
+    return Submit([path = WritePath(hive, key), name = std::u16string(name)](RegistryKey& root) {
+        RegistryKey* at = root.Find(path);
+        const auto found = at ? at->values.find(name) : decltype(at->values.end())();
+        if (!at || found == at->values.end()) return REGISTRY_E_NOT_FOUND;
+        at->values.erase(found);
+        return S_OK;
+    });
+}
+
+HRESULT DeleteTree(Hive hive, std::u16string_view key)
+{
+    return Submit(
+        [path = WritePath(hive, key)](RegistryKey& root) { return root.Erase(path) ? S_OK : REGISTRY_E_NOT_FOUND; });
+}
+
+Batch::Batch() : m_outer(t_batch == nullptr)
+{
+    if (m_outer) t_batch = new std::vector<Change>;
+}
+
+Batch::~Batch()
+{
+    if (m_outer) delete std::exchange(t_batch, nullptr);
+}
+
+HRESULT Batch::Commit()
+{
+    if (!m_outer || t_batch->empty()) return S_OK;
+    return Write(std::exchange(*t_batch, {}));
+}
+
+} // namespace kv::Registry

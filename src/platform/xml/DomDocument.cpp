@@ -1,0 +1,419 @@
+#include "platform/xml/DomDocument.h"
+
+#include "platform/system/AtomicFile.h"
+#include "platform/system/Paths.h"
+#include "platform/xml/DomDocumentObject.h"
+#include "platform/xml/XmlWriter.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/stat.h>
+#include <vector>
+
+namespace kv {
+namespace {
+
+constexpr LONG kSyntaxError = static_cast<LONG>(0xC00CE500);
+
+struct ParseErrorFacts {
+    LONG code = 0;
+    std::u16string url;
+    std::u16string reason;
+    std::u16string source;
+    LONG line = 0;
+    LONG position = 0;
+    LONG offset = 0;
+};
+
+class DomParseError final : public Object<IXMLDOMParseError> {
+public:
+    explicit DomParseError(ParseErrorFacts facts) : m_facts(std::move(facts)) {}
+
+    HRESULT get_errorCode(LONG* code) override { return Copy(code, m_facts.code); }
+    HRESULT get_url(BSTR* url) override { return Copy(url, m_facts.url); }
+    HRESULT get_reason(BSTR* reason) override { return Copy(reason, m_facts.reason); }
+    HRESULT get_srcText(BSTR* text) override { return Copy(text, m_facts.source); }
+    HRESULT get_line(LONG* line) override { return Copy(line, m_facts.line); }
+    HRESULT get_linepos(LONG* position) override { return Copy(position, m_facts.position); }
+    HRESULT get_filepos(LONG* position) override { return Copy(position, m_facts.offset); }
+
+private:
+    HRESULT Copy(LONG* out, LONG value) const
+    {
+        if (!out) return E_POINTER;
+        *out = value;
+        return m_facts.code ? S_OK : S_FALSE;
+    }
+
+    HRESULT Copy(BSTR* out, const std::u16string& text) const
+    {
+        return Guarded([&] {
+            if (!out) return E_POINTER;
+            *out = nullptr;
+            *out = Bstr(text).Detach();
+            return m_facts.code ? S_OK : S_FALSE;
+        });
+    }
+
+    ParseErrorFacts m_facts;
+};
+
+ParseErrorFacts FactsOf(const XmlError& error, std::string_view text)
+{
+    constexpr std::size_t kLongestSource = 256;
+    const std::string_view before = text.substr(0, error.offset);
+    const std::size_t lineStart = before.rfind('\n') == before.npos ? 0 : before.rfind('\n') + 1;
+    const std::string_view line =
+        text.substr(lineStart, std::min(text.find('\n', lineStart) - lineStart, 4 * kLongestSource));
+    const auto characters = [](std::string_view part) {
+        return static_cast<LONG>(std::ranges::count_if(part, [](char c) { return (c & 0xc0) != 0x80; }));
+    };
+    ParseErrorFacts facts;
+    facts.code = kSyntaxError;
+    facts.reason = ToUtf16(error.reason);
+    facts.source = ToUtf16(line).substr(0, kLongestSource);
+    facts.line = static_cast<LONG>(std::ranges::count(before, '\n')) + 1;
+    facts.position = characters(before.substr(lineStart)) + 1;
+    facts.offset = characters(before);
+    return facts;
+}
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+/// Throws Error with the system's code, or XmlError for a file that is too large.
+std::string ReadFile(const std::string& path)
+{
+    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rbe"));
+    struct stat facts {};
+    if (!file || fstat(fileno(file.get()), &facts) != 0) throw Error(ResultFromErrno(errno));
+    if (!S_ISREG(facts.st_mode)) throw Error(E_ACCESSDENIED);
+    if (static_cast<std::size_t>(facts.st_size) > kMaxXmlSize) throw XmlError{"the document is too large", 0};
+    std::string bytes(static_cast<std::size_t>(facts.st_size), '\0');
+    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
+    if (std::ferror(file.get())) throw Error(ResultFromErrno(errno));
+    return bytes;
+}
+
+/// Builds the tree of a checked text.
+std::shared_ptr<DomTree> BuildTree(std::string_view text)
+{
+    auto tree = std::make_shared<DomTree>();
+    const pugi::xml_parse_result result = tree->Parse(text);
+    if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
+    if (!result) throw XmlError{"the document is not well-formed", static_cast<std::size_t>(result.offset)};
+    return tree;
+}
+
+/// The text that a processing instruction or a declaration for XML itself holds.
+bool SaysUtf16(pugi::xml_node document)
+{
+    for (pugi::xml_node child : document.children()) {
+        std::string data;
+        if (child.type() == pugi::node_declaration) data = child.attribute("encoding").value();
+        if (child.type() == pugi::node_pi && std::string_view(child.name()) == "xml") data = child.value();
+        std::ranges::transform(data, data.begin(),
+                               [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+        if (data.find("UTF-16") != data.npos) return true;
+    }
+    return false;
+}
+
+/// Appends UTF-8 as UTF-16, little-endian.
+void AppendUtf16(std::string_view utf8, std::vector<char>& bytes)
+{
+    const auto append = [&](char32_t unit) {
+        bytes.push_back(static_cast<char>(unit & 0xff));
+        bytes.push_back(static_cast<char>(unit >> 8));
+    };
+    for (std::size_t i = 0; i < utf8.size();) {
+        const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(utf8[i + k]); };
+        const unsigned first = byte(0);
+        if (first < 0x80) {
+            append(first);
+            i += 1;
+        } else if (first < 0xe0) {
+            append((first & 0x1fu) << 6 | (byte(1) & 0x3fu));
+            i += 2;
+        } else if (first < 0xf0) {
+            append((first & 0x0fu) << 12 | (byte(1) & 0x3fu) << 6 | (byte(2) & 0x3fu));
+            i += 3;
+        } else {
+            const char32_t c =
+                ((first & 0x07u) << 18 | (byte(1) & 0x3fu) << 12 | (byte(2) & 0x3fu) << 6 | (byte(3) & 0x3fu)) -
+                0x10000;
+            append(0xd800 + (c >> 10));
+            append(0xdc00 + (c & 0x3ff));
+            i += 4;
+        }
+    }
+}
+
+pugi::xml_node_type NodeTypeOf(const VARIANT& type)
+{
+    if (type.vt == VT_BSTR) {
+        const std::u16string_view name = View(type.bstrVal);
+        if (name == u"element") return pugi::node_element;
+        if (name == u"text") return pugi::node_pcdata;
+        if (name == u"cdatasection") return pugi::node_cdata;
+        if (name == u"comment") return pugi::node_comment;
+        if (name == u"processinginstruction") return pugi::node_pi;
+        throw Error(E_INVALIDARG);
+    }
+    Variant number;
+    ThrowIfFailed(VariantChangeType(&number, &type, 0, VT_I4));
+    switch (number.lVal) {
+    case NODE_ELEMENT:
+        return pugi::node_element;
+    case NODE_TEXT:
+        return pugi::node_pcdata;
+    case NODE_CDATA_SECTION:
+        return pugi::node_cdata;
+    case NODE_COMMENT:
+        return pugi::node_comment;
+    case NODE_PROCESSING_INSTRUCTION:
+        return pugi::node_pi;
+    default:
+        throw Error(E_INVALIDARG);
+    }
+}
+
+} // namespace
+
+HRESULT CreateDomDocument(IUnknown* outer, REFIID iid, void** out)
+{
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    if (outer) return CLASS_E_NOAGGREGATION;
+    return Guarded([&] { return Make<DomDocument>()->QueryInterface(iid, out); });
+}
+
+DomDocument::DomDocument() : DomNodeOf(std::make_shared<DomTree>(), DomPlace{}, nullptr)
+{
+    SetTree(m_tree);
+    m_parseError = Make<DomParseError>(ParseErrorFacts{});
+}
+
+pugi::xml_node DomDocument::Root() const
+{
+    for (pugi::xml_node child : m_place.node.children()) {
+        if (child.type() == pugi::node_element && !m_tree->IsHidden(child)) return child;
+    }
+    return {};
+}
+
+HRESULT DomDocument::HandNew(pugi::xml_node node, IXMLDOMNode** out)
+{
+    return ObjectFor({node, {}}).CopyTo(out);
+}
+
+HRESULT DomDocument::get_documentElement(IXMLDOMElement** element)
+{
+    return Guarded([&] {
+        if (!element) return E_POINTER;
+        *element = Query<IXMLDOMElement>(ObjectFor({Root(), {}})).Detach();
+        return *element ? S_OK : S_FALSE;
+    });
+}
+
+HRESULT DomDocument::putref_documentElement(IXMLDOMElement* element)
+{
+    if (!element) return E_POINTER;
+    ComPtr<IXMLDOMElement> old;
+    const HRESULT found = get_documentElement(old.Put());
+    if (FAILED(found)) return found;
+    return old ? ReplaceChild(element, old.Get(), nullptr) : Insert(element, nullptr, nullptr);
+}
+
+HRESULT DomDocument::createElement(BSTR name, IXMLDOMElement** element)
+{
+    return Guarded([&] {
+        if (!element) return E_POINTER;
+        *element = nullptr;
+        const std::string checked = XmlNameOf(name);
+        pugi::xml_node node = m_tree->NewNode(pugi::node_element);
+        if (!node.set_name(checked.c_str())) throw std::bad_alloc();
+        return ComPtr<IXMLDOMElement>(Make<DomElement>(m_tree, DomPlace{node, {}}, this)).CopyTo(element);
+    });
+}
+
+HRESULT DomDocument::CreateText(pugi::xml_node_type type, BSTR text, std::string_view forbidden, IXMLDOMNode** out)
+{
+    return Guarded([&] {
+        if (!out) return E_POINTER;
+        *out = nullptr;
+        const std::string checked = XmlTextOf(text);
+        if (!forbidden.empty() && (checked.find(forbidden) != checked.npos || checked.ends_with('-')))
+            return E_INVALIDARG;
+        pugi::xml_node node = m_tree->NewNode(type);
+        if (!node.set_value(checked.c_str())) throw std::bad_alloc();
+        return HandNew(node, out);
+    });
+}
+
+HRESULT DomDocument::createTextNode(BSTR text, IXMLDOMNode** node)
+{
+    return CreateText(pugi::node_pcdata, text, {}, node);
+}
+
+HRESULT DomDocument::createComment(BSTR text, IXMLDOMNode** node)
+{
+    return CreateText(pugi::node_comment, text, "--", node);
+}
+
+HRESULT DomDocument::createCDATASection(BSTR text, IXMLDOMNode** node)
+{
+    return CreateText(pugi::node_cdata, text, {}, node);
+}
+
+HRESULT DomDocument::createProcessingInstruction(BSTR target, BSTR data, IXMLDOMNode** out)
+{
+    return Guarded([&] {
+        if (!out) return E_POINTER;
+        *out = nullptr;
+        const std::string name = XmlNameOf(target);
+        const std::string text = XmlTextOf(data);
+        if (text.find("?>") != text.npos) return E_INVALIDARG;
+        pugi::xml_node node = m_tree->NewNode(pugi::node_pi);
+        if (!node.set_name(name.c_str()) || !node.set_value(text.c_str())) throw std::bad_alloc();
+        return HandNew(node, out);
+    });
+}
+
+HRESULT DomDocument::createAttribute(BSTR name, IXMLDOMNode** out)
+{
+    return Guarded([&] {
+        if (!out) return E_POINTER;
+        *out = nullptr;
+        const std::string checked = XmlNameOf(name);
+        pugi::xml_node holder = m_tree->NewNode(pugi::node_element);
+        const pugi::xml_attribute attribute = holder.append_attribute(checked.c_str());
+        if (!attribute) throw std::bad_alloc();
+        return ObjectFor({holder, attribute}).CopyTo(out);
+    });
+}
+
+HRESULT DomDocument::createNode(VARIANT type, BSTR name, BSTR namespaceURI, IXMLDOMNode** node)
+{
+    return Guarded([&] {
+        if (!node) return E_POINTER;
+        *node = nullptr;
+        if (SysStringLen(namespaceURI) != 0) return E_INVALIDARG;
+        const pugi::xml_node_type kind = NodeTypeOf(type);
+        if (kind == pugi::node_element) {
+            ComPtr<IXMLDOMElement> element;
+            const HRESULT result = createElement(name, element.Put());
+            *node = element.Detach();
+            return result;
+        }
+        if (kind == pugi::node_pi) return createProcessingInstruction(name, nullptr, node);
+        return CreateText(kind, nullptr, {}, node);
+    });
+}
+
+HRESULT DomDocument::importNode(IXMLDOMNode* node, VARIANT_BOOL deep, IXMLDOMNode** copy)
+{
+    return Guarded([&] {
+        if (!copy) return E_POINTER;
+        *copy = nullptr;
+        const DomObject* object = ObjectOf(node);
+        if (!object) return E_INVALIDARG;
+        const DomPlace& place = object->Place();
+        if (!place.attribute && place.node.type() == pugi::node_document) return E_INVALIDARG;
+        return ObjectFor(CopyOf(place, deep != VARIANT_FALSE)).CopyTo(copy);
+    });
+}
+
+HRESULT DomDocument::Parse(std::u16string_view url, const std::function<std::string()>& read, VARIANT_BOOL* success)
+{
+    return Guarded([&] {
+        if (success) *success = VARIANT_FALSE;
+        ParseErrorFacts facts;
+        std::shared_ptr<DomTree> tree;
+        std::string text;
+        try {
+            text = read();
+            CheckXml(text);
+            tree = BuildTree(text);
+        } catch (const XmlError& error) {
+            facts = FactsOf(error, text);
+        } catch (const Error& error) {
+            facts.code = error.Result();
+            facts.reason = u"the file cannot be read";
+        }
+        facts.url = url;
+        const bool parsed = tree != nullptr;
+        SetTree(parsed ? std::move(tree) : std::make_shared<DomTree>());
+        m_parseError = Make<DomParseError>(std::move(facts));
+        if (success && parsed) *success = VARIANT_TRUE;
+        return parsed ? S_OK : S_FALSE;
+    });
+}
+
+HRESULT DomDocument::load(VARIANT source, VARIANT_BOOL* success)
+{
+    if (success) *success = VARIANT_FALSE;
+    if (source.vt != VT_BSTR) return E_INVALIDARG;
+    const std::u16string_view path = View(source.bstrVal);
+    return Parse(
+        path, [&] { return DecodeXml(ReadFile(ToHostPath(path))); }, success);
+}
+
+HRESULT DomDocument::loadXML(BSTR xml, VARIANT_BOOL* success)
+{
+    return Parse(
+        {},
+        [&] {
+            std::string text;
+            if (SysStringLen(xml) > kMaxXmlSize) throw XmlError{"the document is too large", 0};
+            if (!ToXmlUtf8(View(xml), text))
+                throw XmlError{"the document holds a character that XML does not allow", 0};
+            return text;
+        },
+        success);
+}
+
+HRESULT DomDocument::save(VARIANT target)
+{
+    return Guarded([&] {
+        if (target.vt != VT_BSTR || SysStringLen(target.bstrVal) == 0) return E_INVALIDARG;
+        AtomicFile file;
+        ThrowIfFailed(file.Create(ToHostPath(View(target.bstrVal))));
+        const bool utf16 = SaysUtf16(m_place.node);
+        std::vector<char> bytes;
+        if (utf16) bytes = {'\xff', '\xfe'};
+        WriteXml(m_place.node, m_tree->Nursery(), [&](std::string_view piece) {
+            if (utf16) {
+                AppendUtf16(piece, bytes);
+                ThrowIfFailed(file.Write(bytes.data(), bytes.size()));
+                bytes.clear();
+            } else {
+                ThrowIfFailed(file.Write(piece.data(), piece.size()));
+            }
+        });
+        return file.Commit();
+    });
+}
+
+HRESULT DomDocument::get_parseError(IXMLDOMParseError** error)
+{
+    return m_parseError.CopyTo(error);
+}
+
+HRESULT DomDocument::get_async(VARIANT_BOOL* async)
+{
+    if (!async) return E_POINTER;
+    *async = m_async;
+    return S_OK;
+}
+
+HRESULT DomDocument::put_async(VARIANT_BOOL async)
+{
+    m_async = async ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+}
+
+} // namespace kv

@@ -1,0 +1,46 @@
+#pragma once
+// The document object.
+
+#include "platform/xml/DomNodes.h"
+#include "platform/xml/XmlText.h"
+
+#include <functional>
+
+namespace kv {
+
+class DomDocument final : public DomNodeOf<IXMLDOMDocument> {
+public:
+    DomDocument();
+
+    HRESULT get_documentElement(IXMLDOMElement** element) override;
+    HRESULT putref_documentElement(IXMLDOMElement* element) override;
+    HRESULT createElement(BSTR name, IXMLDOMElement** element) override;
+    HRESULT createTextNode(BSTR text, IXMLDOMNode** node) override;
+    HRESULT createComment(BSTR text, IXMLDOMNode** node) override;
+    HRESULT createCDATASection(BSTR text, IXMLDOMNode** node) override;
+    HRESULT createProcessingInstruction(BSTR target, BSTR data, IXMLDOMNode** node) override;
+    HRESULT createAttribute(BSTR name, IXMLDOMNode** node) override;
+    HRESULT createNode(VARIANT type, BSTR name, BSTR namespaceURI, IXMLDOMNode** node) override;
+    HRESULT importNode(IXMLDOMNode* node, VARIANT_BOOL deep, IXMLDOMNode** copy) override;
+    HRESULT load(VARIANT source, VARIANT_BOOL* success) override;
+    HRESULT loadXML(BSTR xml, VARIANT_BOOL* success) override;
+    HRESULT save(VARIANT target) override;
+    HRESULT get_parseError(IXMLDOMParseError** error) override;
+    HRESULT get_async(VARIANT_BOOL* async) override;
+    HRESULT put_async(VARIANT_BOOL async) override;
+
+protected:
+    DomDocument* Document() const override { return const_cast<DomDocument*>(this); }
+
+private:
+    pugi::xml_node Root() const;
+    HRESULT HandNew(pugi::xml_node node, IXMLDOMNode** out);
+    HRESULT CreateText(pugi::xml_node_type type, BSTR text, std::string_view forbidden, IXMLDOMNode** node);
+    /// Puts a new tree in force, or on failure an empty one with the error noted.
+    HRESULT Parse(std::u16string_view url, const std::function<std::string()>& read, VARIANT_BOOL* success);
+
+    ComPtr<IXMLDOMParseError> m_parseError;
+    VARIANT_BOOL m_async = VARIANT_FALSE;
+};
+
+} // namespace kv

@@ -1,0 +1,135 @@
+#include "platform/xml/DomNodes.h"
+
+#include "platform/xml/DomLists.h"
+#include "platform/xml/XmlText.h"
+
+namespace kv {
+namespace {
+
+/// A zero-terminated copy of a short text, on the stack where it fits.
+class Terminated {
+public:
+    explicit Terminated(std::string_view text)
+    {
+        if (text.size() < sizeof m_short) {
+            text.copy(m_short, text.size());
+            m_short[text.size()] = '\0';
+        } else {
+            m_long = text;
+        }
+    }
+
+    const char* Get() const { return m_long.empty() ? m_short : m_long.c_str(); }
+
+private:
+    char m_short[48];
+    std::string m_long;
+};
+
+void Write(pugi::xml_node element, const char* name, std::string_view value)
+{
+    pugi::xml_attribute attribute = element.attribute(name);
+    if (!attribute) attribute = element.append_attribute(name);
+    if (!attribute || !attribute.set_value(value.data(), value.size())) throw std::bad_alloc();
+}
+
+void CollectByName(pugi::xml_node node, std::string_view name, std::vector<DomPlace>& found)
+{
+    for (pugi::xml_node child : node.children()) {
+        if (child.type() != pugi::node_element) continue;
+        if (name == "*" || name == child.name()) found.push_back({child, {}});
+        CollectByName(child, name, found);
+    }
+}
+
+} // namespace
+
+void RemoveAttribute(DomTree& tree, pugi::xml_node element, pugi::xml_attribute attribute)
+{
+    if (DomObject* object = tree.Find({element, attribute})) {
+        pugi::xml_node holder = tree.NewNode(pugi::node_element);
+        object->MoveTo({holder, holder.append_copy(attribute)});
+    }
+    element.remove_attribute(attribute);
+}
+
+HRESULT DomElement::getAttribute(BSTR name, VARIANT* value)
+{
+    return Guarded([&] {
+        if (!value) return E_POINTER;
+        VariantInit(value);
+        value->vt = VT_NULL;
+        const pugi::xml_attribute attribute = m_place.node.attribute(ToUtf8(View(name)).c_str());
+        if (!attribute) return S_FALSE;
+        *value = Variant(ToUtf16(attribute.value())).Detach();
+        return S_OK;
+    });
+}
+
+HRESULT DomElement::setAttribute(BSTR name, VARIANT value)
+{
+    return Guarded([&] {
+        const std::string checked = XmlNameOf(name);
+        Write(m_place.node, checked.c_str(), XmlTextOf(value));
+        return S_OK;
+    });
+}
+
+HRESULT DomElement::removeAttribute(BSTR name)
+{
+    return Guarded([&] {
+        const pugi::xml_attribute attribute = m_place.node.attribute(ToUtf8(View(name)).c_str());
+        if (!attribute) return S_FALSE;
+        RemoveAttribute(*m_tree, m_place.node, attribute);
+        return S_OK;
+    });
+}
+
+HRESULT DomElement::getElementsByTagName(BSTR name, IXMLDOMNodeList** nodes)
+{
+    return Guarded([&] {
+        if (!nodes) return E_POINTER;
+        *nodes = nullptr;
+        std::vector<DomPlace> found;
+        CollectByName(m_place.node, ToUtf8(View(name)), found);
+        return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, std::move(found))).CopyTo(nodes);
+    });
+}
+
+HRESULT DomElement::ElementName(std::string_view* name)
+{
+    if (!name) return E_POINTER;
+    *name = m_place.node.name();
+    return S_OK;
+}
+
+HRESULT DomElement::ReadAttributes(XMLAttributeVisitor* visitor)
+{
+    if (!visitor) return E_POINTER;
+    return Guarded([&] {
+        for (pugi::xml_attribute attribute : m_place.node.attributes()) {
+            visitor->Attribute(attribute.name(), attribute.value());
+        }
+        return S_OK;
+    });
+}
+
+HRESULT DomElement::WriteAttribute(std::string_view name, std::string_view value)
+{
+    return Guarded([&] {
+        if (!IsXmlName(name) || !IsXmlUtf8(value)) return E_INVALIDARG;
+        Write(m_place.node, Terminated(name).Get(), value);
+        return S_OK;
+    });
+}
+
+HRESULT DomElement::WriteValue(std::string_view name, const VARIANT& value)
+{
+    return Guarded([&] {
+        if (!IsXmlName(name)) return E_INVALIDARG;
+        Write(m_place.node, Terminated(name).Get(), XmlTextOf(value));
+        return S_OK;
+    });
+}
+
+} // namespace kv

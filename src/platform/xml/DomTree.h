@@ -1,0 +1,71 @@
+#pragma once
+// The tree behind a document, and the interface objects that stand for its nodes.
+
+#include <pugixml.hpp>
+#include <string_view>
+#include <unordered_map>
+
+namespace kv {
+
+class DomObject;
+
+/// A node of a tree, or an attribute of an element.
+struct DomPlace {
+    pugi::xml_node node;
+    pugi::xml_attribute attribute;
+
+    /// Stays the same while the node moves within its tree.
+    const void* Key() const
+    {
+        return attribute ? static_cast<const void*>(attribute.internal_object())
+                         : static_cast<const void*>(node.internal_object());
+    }
+};
+
+/// New and removed nodes live in the nursery, an element that nobody sees, so that a node stays in one tree all its
+/// life. A detached part of the tree goes when no interface object stands for any of it.
+class DomTree {
+public:
+    DomTree();
+    DomTree(const DomTree&) = delete;
+    DomTree& operator=(const DomTree&) = delete;
+
+    /// Fills a new tree from UTF-8.
+    pugi::xml_parse_result Parse(std::string_view text);
+
+    pugi::xml_document& Document() { return m_document; }
+    pugi::xml_node Nursery() const { return m_nursery; }
+    /// The nursery stands behind everything else.
+    void PlaceNursery();
+
+    /// The parent as others see it; empty in the nursery.
+    pugi::xml_node Parent(pugi::xml_node node) const;
+    bool IsDetached(pugi::xml_node node) const;
+    bool IsHidden(pugi::xml_node node) const { return node == m_nursery; }
+    pugi::xml_node Visible(pugi::xml_node node) const { return IsHidden(node) ? pugi::xml_node() : node; }
+
+    /// A new node in the nursery.
+    pugi::xml_node NewNode(pugi::xml_node_type type);
+    /// Takes a node out of its parent; it goes at once when nobody holds it or anything below it.
+    void Detach(pugi::xml_node node);
+
+    DomObject* Find(const DomPlace& place) const;
+    void Add(const DomPlace& place, DomObject& object);
+    void Replace(const DomPlace& from, const DomPlace& to, DomObject& object);
+    /// The last holder of a node is gone.
+    void Forget(const DomPlace& place);
+
+private:
+    bool IsHeld(pugi::xml_node node) const;
+    void FreeIfUnheld(pugi::xml_node detached);
+
+    pugi::xml_document m_document;
+    pugi::xml_node m_nursery;
+    std::unordered_map<const void*, DomObject*> m_objects;
+};
+
+/// Levels of elements above and with a node, and below and with it.
+int DepthOf(pugi::xml_node node);
+int HeightOf(pugi::xml_node node);
+
+} // namespace kv

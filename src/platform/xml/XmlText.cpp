@@ -1,0 +1,441 @@
+#include "platform/xml/XmlText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <vector>
+
+namespace kv {
+namespace {
+
+bool IsXmlChar(char32_t c)
+{
+    return c >= 0x20 ? (c < 0xd800 || (c > 0xdfff && c < 0xfffe) || (c > 0xffff && c <= 0x10ffff))
+                     : c == '\t' || c == '\n' || c == '\r';
+}
+
+void AppendUtf8(char32_t c, std::string& text)
+{
+    if (c < 0x80) {
+        text += static_cast<char>(c);
+    } else if (c < 0x800) {
+        text += static_cast<char>(0xc0 | c >> 6);
+        text += static_cast<char>(0x80 | (c & 0x3f));
+    } else if (c < 0x10000) {
+        text += static_cast<char>(0xe0 | c >> 12);
+        text += static_cast<char>(0x80 | (c >> 6 & 0x3f));
+        text += static_cast<char>(0x80 | (c & 0x3f));
+    } else {
+        text += static_cast<char>(0xf0 | c >> 18);
+        text += static_cast<char>(0x80 | (c >> 12 & 0x3f));
+        text += static_cast<char>(0x80 | (c >> 6 & 0x3f));
+        text += static_cast<char>(0x80 | (c & 0x3f));
+    }
+}
+
+constexpr char32_t kMalformed = 0xffffffff;
+
+/// Decodes the character at the start of well-formed or malformed UTF-8 and tells its length.
+char32_t DecodeUtf8(std::string_view text, std::size_t& length)
+{
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned first = byte(0);
+    length = first < 0x80 ? 1 : first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
+    if (length == 1) return first;
+    if (first < 0xc2 || first > 0xf4 || text.size() < length) return kMalformed;
+    char32_t c = first & (0xffu >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xc0) != 0x80) return kMalformed;
+        c = c << 6 | (byte(i) & 0x3f);
+    }
+    constexpr char32_t kLeast[]{0, 0, 0x80, 0x800, 0x10000};
+    return c < kLeast[length] ? kMalformed : c;
+}
+
+bool IsNameStart(char32_t c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
+           (c >= 0xc0 && c != 0xd7 && c != 0xf7 && c != 0x37e && !(c >= 0x300 && c <= 0x36f) &&
+            !(c >= 0x2000 && c <= 0x206f && c != 0x200c && c != 0x200d) && !(c >= 0x2190 && c <= 0x2bff) &&
+            !(c >= 0x2ff0 && c <= 0x3000) && !(c >= 0xd800 && c <= 0xf8ff) && c <= 0xeffff);
+}
+
+bool IsNameChar(char32_t c)
+{
+    return IsNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == 0xb7 ||
+           (c >= 0x300 && c <= 0x36f) || c == 0x203f || c == 0x2040;
+}
+
+/// UTF-16 of either byte order to UTF-8.
+template <bool kSwap>
+std::string DecodeUtf16(std::string_view bytes)
+{
+    if (bytes.size() % 2) throw XmlError{"the UTF-16 text ends within a character", bytes.size()};
+    const auto unit = [&](std::size_t i) {
+        const auto low = static_cast<unsigned char>(bytes[kSwap ? i + 1 : i]);
+        const auto high = static_cast<unsigned char>(bytes[kSwap ? i : i + 1]);
+        return static_cast<char32_t>(high << 8 | low);
+    };
+    std::string text;
+    text.reserve(bytes.size() / 2 + bytes.size() / 16);
+    for (std::size_t i = 0; i < bytes.size(); i += 2) {
+        char32_t c = unit(i);
+        if (c < 0x80) {
+            text += static_cast<char>(c);
+            continue;
+        }
+        if ((c & 0xfc00) == 0xd800 && i + 2 < bytes.size() && (unit(i + 2) & 0xfc00) == 0xdc00) {
+            c = 0x10000 + ((c - 0xd800) << 10) + (unit(i + 2) - 0xdc00);
+            i += 2;
+        } else if (c >= 0xd800 && c <= 0xdfff) {
+            throw XmlError{"the UTF-16 text holds half of a surrogate pair", text.size()};
+        }
+        AppendUtf8(c, text);
+    }
+    return text;
+}
+
+bool SameAsciiWord(std::string_view left, std::string_view right)
+{
+    return std::ranges::equal(left, right, [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
+}
+
+/// The encoding that a declaration at the start of the text names; empty when it names none.
+std::string_view DeclaredEncoding(std::string_view text)
+{
+    if (!text.starts_with("<?xml")) return {};
+    const std::string_view declaration = text.substr(0, text.find("?>"));
+    const std::size_t at = declaration.find("encoding");
+    const std::size_t open = at == declaration.npos ? at : declaration.find_first_of("\"'", at);
+    const std::size_t close = open == declaration.npos ? open : declaration.find(declaration[open], open + 1);
+    return close == declaration.npos ? std::string_view() : declaration.substr(open + 1, close - open - 1);
+}
+
+/// Walks over a document once.
+class Checker {
+public:
+    explicit Checker(std::string_view text) : m_text(text) {}
+
+    void Run()
+    {
+        if (Rest().starts_with("<?xml") && Rest().size() > 5 && IsBlank(Rest()[5]))
+            Skip("?>", "the declaration does not end");
+        while (!AtEnd()) {
+            if (Current() == '<') {
+                Markup();
+            } else {
+                Text();
+            }
+        }
+        if (m_depth > 0) Fail("the document ends within an element");
+        if (!m_rootSeen) Fail("the document has no element");
+    }
+
+private:
+    [[noreturn]] void Fail(const char* reason) const { throw XmlError{reason, m_at}; }
+
+    static bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+    bool AtEnd() const { return m_at >= m_text.size(); }
+    char Current() const { return AtEnd() ? '\0' : m_text[m_at]; }
+    std::string_view Rest() const { return m_text.substr(m_at); }
+
+    void SkipBlanks()
+    {
+        while (!AtEnd() && IsBlank(m_text[m_at]))
+            ++m_at;
+    }
+
+    /// One character that XML can hold.
+    char32_t TakeChar()
+    {
+        std::size_t length = 1;
+        const char32_t c = DecodeUtf8(Rest(), length);
+        if (c == kMalformed) Fail("the text is not UTF-8");
+        if (!IsXmlChar(c)) Fail("the document holds a character that XML does not allow");
+        m_at += length;
+        return c;
+    }
+
+    /// To behind an ending, with every character checked.
+    void Skip(std::string_view ending, const char* reason)
+    {
+        const std::size_t found = m_text.find(ending, m_at);
+        if (found == m_text.npos) Fail(reason);
+        while (m_at < found)
+            TakeChar();
+        m_at = found + ending.size();
+    }
+
+    void Markup()
+    {
+        const std::string_view rest = Rest();
+        if (rest.starts_with("<!--")) {
+            m_at += 4;
+            Skip("-->", "the comment does not end");
+        } else if (rest.starts_with("<![CDATA[")) {
+            if (m_depth == 0) Fail("text stands outside of the root element");
+            m_at += 9;
+            Skip("]]>", "the CDATA section does not end");
+        } else if (rest.starts_with("<!")) {
+            Fail("document types are not supported");
+        } else if (rest.starts_with("<?")) {
+            Instruction();
+        } else if (rest.starts_with("</")) {
+            EndTag();
+        } else {
+            StartTag();
+        }
+    }
+
+    void Instruction()
+    {
+        m_at += 2;
+        const std::string_view target = TakeName();
+        if (SameAsciiWord(target, "xml")) Fail("the declaration does not stand at the start");
+        if (!IsBlank(Current()) && !Rest().starts_with("?>")) Fail("the name of the instruction is malformed");
+        Skip("?>", "the instruction does not end");
+    }
+
+    void Text()
+    {
+        while (!AtEnd() && m_text[m_at] != '<') {
+            const char c = m_text[m_at];
+            if (m_depth == 0 && !IsBlank(c)) Fail("text stands outside of the root element");
+            if (c == '&') {
+                Reference();
+            } else if (kPlain[static_cast<unsigned char>(c)]) {
+                ++m_at;
+            } else {
+                TakeChar();
+            }
+        }
+    }
+
+    std::string_view TakeName()
+    {
+        const std::size_t start = m_at;
+        while (!AtEnd()) {
+            const auto c = static_cast<unsigned char>(m_text[m_at]);
+            if (kNameByte[c]) {
+                ++m_at;
+                continue;
+            }
+            if (c < 0x80) break;
+            std::size_t length = 1;
+            if (!IsNameChar(DecodeUtf8(Rest(), length))) break;
+            m_at += length;
+        }
+        const std::string_view name = m_text.substr(start, m_at - start);
+        std::size_t length = 0;
+        if (name.empty() || !IsNameStart(DecodeUtf8(name, length))) {
+            m_at = start;
+            Fail("a name is malformed");
+        }
+        return name;
+    }
+
+    void StartTag()
+    {
+        ++m_at;
+        if (m_depth == 0 && m_rootSeen) Fail("the document has more than one root element");
+        m_rootSeen = true;
+        const std::string_view name = TakeName();
+        m_attributes.clear();
+        while (true) {
+            const bool blank = IsBlank(Current());
+            SkipBlanks();
+            if (Current() == '>') {
+                ++m_at;
+                if (++m_depth > kMaxXmlDepth) Fail("the elements are nested too deep");
+                m_open[static_cast<std::size_t>(m_depth - 1)] = name;
+                break;
+            }
+            if (Rest().starts_with("/>")) {
+                if (m_depth + 1 > kMaxXmlDepth) Fail("the elements are nested too deep");
+                m_at += 2;
+                break;
+            }
+            if (!blank) Fail("the tag is malformed");
+            Attribute();
+        }
+        CheckAttributes();
+    }
+
+    void Attribute()
+    {
+        m_attributes.push_back(TakeName());
+        SkipBlanks();
+        if (Current() != '=') Fail("an attribute has no value");
+        ++m_at;
+        SkipBlanks();
+        const char quote = Current();
+        if (quote != '"' && quote != '\'') Fail("the value of an attribute is not quoted");
+        ++m_at;
+        while (Current() != quote || AtEnd()) {
+            const char c = Current();
+            if (AtEnd()) Fail("the value of an attribute does not end");
+            if (c == '<') Fail("the value of an attribute holds '<'");
+            if (c == '&') {
+                Reference();
+            } else if (kPlain[static_cast<unsigned char>(c)]) {
+                ++m_at;
+            } else {
+                TakeChar();
+            }
+        }
+        ++m_at;
+    }
+
+    void CheckAttributes()
+    {
+        constexpr std::size_t kFew = 16;
+        const auto begin = m_attributes.begin();
+        if (m_attributes.size() <= kFew) {
+            for (auto at = begin; at != m_attributes.end(); ++at) {
+                if (std::find(begin, at, *at) != at) Fail("an attribute is told twice");
+            }
+            return;
+        }
+        std::sort(begin, m_attributes.end());
+        if (std::adjacent_find(begin, m_attributes.end()) != m_attributes.end()) Fail("an attribute is told twice");
+    }
+
+    void EndTag()
+    {
+        m_at += 2;
+        const std::string_view name = TakeName();
+        SkipBlanks();
+        if (m_depth == 0 || Current() != '>' || m_open[static_cast<std::size_t>(m_depth - 1)] != name) {
+            Fail("the end tag does not match the start tag");
+        }
+        ++m_at;
+        --m_depth;
+    }
+
+    /// A reference to one of the five entities, or to a character that XML can hold.
+    void Reference()
+    {
+        constexpr std::size_t kLongest = 12;
+        const std::size_t end = Rest().substr(0, kLongest).find(';');
+        if (end == std::string_view::npos) Fail("'&' starts no reference");
+        const std::string_view name = m_text.substr(m_at + 1, end - 1);
+        static constexpr std::array<std::string_view, 5> kEntities{"amp", "lt", "gt", "quot", "apos"};
+        if (!name.starts_with('#')) {
+            if (std::ranges::find(kEntities, name) == kEntities.end()) Fail("the document refers to an unknown entity");
+        } else if (!IsXmlChar(CharacterNumber(name.substr(1)))) {
+            Fail("the document refers to a character that XML does not allow");
+        }
+        m_at += end + 1;
+    }
+
+    static char32_t CharacterNumber(std::string_view digits)
+    {
+        const bool hexadecimal = digits.starts_with('x');
+        if (hexadecimal) digits.remove_prefix(1);
+        char32_t number = 0;
+        for (char c : digits) {
+            char32_t digit = 99;
+            if (c >= '0' && c <= '9')
+                digit = static_cast<char32_t>(c - '0');
+            else if (c >= 'a' && c <= 'f')
+                digit = static_cast<char32_t>(c - 'a' + 10);
+            else if (c >= 'A' && c <= 'F')
+                digit = static_cast<char32_t>(c - 'A' + 10);
+            if (digit >= (hexadecimal ? 16u : 10u) || number > 0x10ffff) return kMalformed;
+            number = number * (hexadecimal ? 16 : 10) + digit;
+        }
+        return digits.empty() ? kMalformed : number;
+    }
+
+    /// ASCII characters that need no further look in text and in values.
+    static constexpr std::array<bool, 256> kPlain = [] {
+        std::array<bool, 256> plain{};
+        for (std::size_t c = 0x20; c < 0x80; ++c)
+            plain[c] = c != '<' && c != '&' && c != '"' && c != '\'';
+        plain['\t'] = plain['\n'] = plain['\r'] = plain['"'] = plain['\''] = true;
+        return plain;
+    }();
+
+    static constexpr std::array<bool, 256> kNameByte = [] {
+        std::array<bool, 256> name{};
+        for (char c = 'a'; c <= 'z'; ++c)
+            name[static_cast<unsigned char>(c)] = true;
+        for (char c = 'A'; c <= 'Z'; ++c)
+            name[static_cast<unsigned char>(c)] = true;
+        for (char c = '0'; c <= '9'; ++c)
+            name[static_cast<unsigned char>(c)] = true;
+        for (char c : {'_', ':', '-', '.'})
+            name[static_cast<unsigned char>(c)] = true;
+        return name;
+    }();
+
+    std::string_view m_text;
+    std::size_t m_at = 0;
+    int m_depth = 0;
+    bool m_rootSeen = false;
+    std::array<std::string_view, kMaxXmlDepth> m_open;
+    std::vector<std::string_view> m_attributes;
+};
+
+} // namespace
+
+bool ToXmlUtf8(std::u16string_view text, std::string& utf8)
+{
+    utf8.clear();
+    utf8.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char32_t c = text[i];
+        if ((c & 0xfc00) == 0xd800 && i + 1 < text.size() && (text[i + 1] & 0xfc00) == 0xdc00) {
+            c = 0x10000 + ((c - 0xd800) << 10) + (text[++i] - 0xdc00u);
+        }
+        if (!IsXmlChar(c)) return false;
+        AppendUtf8(c, utf8);
+    }
+    return true;
+}
+
+bool IsXmlUtf8(std::string_view text)
+{
+    while (!text.empty()) {
+        std::size_t length = 1;
+        if (!IsXmlChar(DecodeUtf8(text, length))) return false;
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
+bool IsXmlName(std::string_view name)
+{
+    bool first = true;
+    for (std::size_t length = 0; !name.empty(); name.remove_prefix(length)) {
+        const char32_t c = DecodeUtf8(name, length);
+        if (c == kMalformed || !(first ? IsNameStart(c) : IsNameChar(c))) return false;
+        first = false;
+    }
+    return !first;
+}
+
+std::string DecodeXml(std::string_view bytes)
+{
+    if (bytes.size() > kMaxXmlSize) throw XmlError{"the document is too large", 0};
+    if (bytes.starts_with("\xff\xfe")) return DecodeUtf16<false>(bytes.substr(2));
+    if (bytes.starts_with("\xfe\xff")) return DecodeUtf16<true>(bytes.substr(2));
+    if (bytes.starts_with(std::string_view("<\0", 2))) return DecodeUtf16<false>(bytes);
+    if (bytes.starts_with(std::string_view("\0<", 2))) return DecodeUtf16<true>(bytes);
+    if (bytes.starts_with("\xef\xbb\xbf")) bytes.remove_prefix(3);
+    const std::string_view encoding = DeclaredEncoding(bytes);
+    if (!encoding.empty() && !SameAsciiWord(encoding, "utf-8") && !SameAsciiWord(encoding, "us-ascii")) {
+        throw XmlError{SameAsciiWord(encoding, "utf-16") ? "the document says UTF-16 but is not"
+                                                         : "the encoding is not supported",
+                       0};
+    }
+    return std::string(bytes);
+}
+
+void CheckXml(std::string_view text)
+{
+    Checker(text).Run();
+}
+
+} // namespace kv

@@ -1,0 +1,18 @@
+#pragma once
+// Writes nodes as markup.
+
+#include <functional>
+#include <pugixml.hpp>
+#include <string>
+#include <string_view>
+
+namespace kv {
+
+/// Receives UTF-8 in pieces that end between characters.
+using XmlOutput = std::function<void(std::string_view)>;
+
+/// Every text that a tree can hold reads back as it was. Elements that hold no text are laid out with an element a
+/// line, two blanks a level; others stand as they are. `hidden` is a child that is not written.
+void WriteXml(pugi::xml_node node, pugi::xml_node hidden, const XmlOutput& output);
+
+} // namespace kv

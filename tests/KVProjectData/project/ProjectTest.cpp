@@ -1,0 +1,314 @@
+#include "support/Host.h"
+
+#include <algorithm>
+
+namespace kv::test {
+namespace {
+
+class ProjectTest : public testing::Test {
+protected:
+    ComPtr<IKVTitle> AddTitle(LONG position = 0)
+    {
+        ComPtr<IKVTitle> title;
+        EXPECT_EQ(S_OK, project->AddTitle(position, title.Put()));
+        return title;
+    }
+
+    ComPtr<IKVDataFile> AddDataFile(const Bstr& source, ULONG tag = 0)
+    {
+        ComPtr<IKVDataFile> file;
+        EXPECT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+        EXPECT_EQ(S_OK, file->put_SourcePath(source.Get()));
+        EXPECT_EQ(S_OK, file->put_Tag(tag));
+        return file;
+    }
+
+    /// The IDs of the titles in order.
+    std::vector<LONG> Titles()
+    {
+        std::vector<LONG> ids;
+        ComPtr<IKVTitle> title;
+        for (LONG i = 1; SUCCEEDED(project->GetTitle(i, title.Put())); ++i)
+            ids.push_back(ValueOf(*title.Get(), &IKVTitle::get_ID));
+        return ids;
+    }
+
+    ComPtr<IKVProjectData> project = NewProject();
+};
+
+LONG IdOf(const ComPtr<IKVTitle>& title)
+{
+    return ValueOf(*title.Get(), &IKVTitle::get_ID);
+}
+
+TEST_F(ProjectTest, StartsWithItsDefaultsAndClearBringsThemBack)
+{
+    const auto expectDefaults = [this] {
+        EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_Label));
+        EXPECT_EQ(DVD_Video, ValueOf(*project.Get(), &IKVProjectData::get_DiscFormat));
+        EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_VolumeName));
+        EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_ThemeSource));
+        EXPECT_EQ(NTSC, ValueOf(*project.Get(), &IKVProjectData::get_TVStandard));
+        EXPECT_EQ(29.97, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
+        EXPECT_EQ(1u, ValueOf(*project.Get(), &IKVProjectData::get_TargetType));
+        EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_DisplayName));
+        EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsOnDisc));
+        EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_FitToDisc));
+        EXPECT_EQ(0u, ValueOf(*project.Get(), &IKVProjectData::get_Options));
+        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_ProjectSize));
+        EXPECT_EQ(0u, ValueOf(*project.Get(), &IKVProjectData::get_OnDiscSize));
+        EXPECT_EQ(-1, ValueOf(*project.Get(), &IKVProjectData::get_RemainingCaptures));
+        EXPECT_EQ(SZ_DVD47, ValueOf(*project.Get(), &IKVProjectData::get_DiscSize));
+        EXPECT_EQ(Normal_2D, ValueOf(*project.Get(), &IKVProjectData::get_DiscVideoType));
+        EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_MenuLess));
+        EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
+        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_MenuCount));
+        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_DataFileCount));
+    };
+    EXPECT_EQ(900, ValueOf(*project.Get(), &IKVProjectData::get_version));
+    expectDefaults();
+    for (auto getter :
+         {&IKVProjectData::get_ProjectDirectory, &IKVProjectData::get_ImagePath, &IKVProjectData::get_TargetDrive}) {
+        EXPECT_EQ(u"<null>", Text(*project.Get(), getter));
+    }
+
+    project->put_Label(Str(u"Trip").Get());
+    project->put_DiscFormat(AVCHD);
+    project->put_VolumeName(Str(u"V").Get());
+    project->put_ThemeSource(Str(u"T").Get());
+    project->put_TVStandard(PAL);
+    project->put_FrameRate(50.0);
+    project->put_TargetType(ISOTarget);
+    project->put_DisplayName(Str(u"D").Get());
+    project->put_IsOnDisc(VARIANT_TRUE);
+    project->put_FitToDisc(VARIANT_TRUE);
+    project->put_DoCompression(VARIANT_FALSE);
+    project->put_Options(3);
+    project->put_ProjectSize(1LL << 40);
+    project->put_OnDiscSize(7);
+    project->put_RemainingCaptures(2);
+    project->put_DiscSize(SZ_BD25);
+    project->put_DiscVideoType(RealD_3D);
+    project->put_MenuLess(VARIANT_TRUE);
+    project->put_ImagePath(Str(u"I").Get());
+    AddTitle();
+    project->AddDataFile(0, nullptr);
+    EXPECT_EQ(S_OK, project->Clear());
+    expectDefaults();
+    EXPECT_EQ(u"I", Text(*project.Get(), &IKVProjectData::get_ImagePath)) << "kept by Clear";
+    VARIANT_BOOL compression = 7;
+    project->put_FitToDisc(VARIANT_TRUE);
+    EXPECT_EQ(S_OK, project->get_DoCompression(&compression));
+    EXPECT_EQ(VARIANT_TRUE, compression);
+}
+
+TEST_F(ProjectTest, GettersRefuseNullPointers)
+{
+    EXPECT_EQ(E_POINTER, project->get_version(nullptr));
+    EXPECT_EQ(E_POINTER, project->get_Label(nullptr));
+    EXPECT_EQ(E_POINTER, project->get_FrameRate(nullptr));
+    EXPECT_EQ(E_POINTER, project->get_DoCompression(nullptr));
+    EXPECT_EQ(E_POINTER, project->get_IsDirty(nullptr));
+    EXPECT_EQ(E_POINTER, project->get_TitleCount(nullptr));
+    EXPECT_EQ(E_POINTER, project->GetTitle(1, nullptr));
+    EXPECT_EQ(E_POINTER, project->GetMenu(1, nullptr));
+    EXPECT_EQ(E_POINTER, project->GetDataFile(1, nullptr));
+    EXPECT_EQ(E_POINTER, project->FindDataFile(nullptr, nullptr, 0, nullptr));
+    EXPECT_EQ(E_POINTER, project->FindByID(1, nullptr));
+    EXPECT_EQ(E_POINTER, project->SaveXML(nullptr));
+    EXPECT_EQ(KV_E_NO_XML_NODE, project->loadXML(nullptr));
+}
+
+TEST_F(ProjectTest, ReadsSomePropertiesByRulesOfTheirOwn)
+{
+    project->put_TVStandard(PAL);
+    EXPECT_EQ(25.0, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
+    project->put_FrameRate(0.05);
+    EXPECT_EQ(25.0, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
+    project->put_FrameRate(30.0);
+    EXPECT_EQ(30.0, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
+
+    VARIANT_BOOL compression = 7;
+    EXPECT_EQ(S_FALSE, project->get_DoCompression(&compression));
+    EXPECT_EQ(7, compression);
+
+    project->put_IsOnDisc(1);
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsOnDisc)) << "only -1 is true";
+    project->put_MenuLess(1);
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_MenuLess)) << "only -1 is true";
+    project->put_FitToDisc(1);
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_FitToDisc)) << "any value but 0 is true";
+
+    project->put_Label(nullptr);
+    EXPECT_EQ(u"<null>", Text(*project.Get(), &IKVProjectData::get_Label));
+}
+
+TEST_F(ProjectTest, AddsTitlesAtOneBasedPositions)
+{
+    const LONG first = IdOf(AddTitle(0));
+    const LONG last = IdOf(AddTitle(-1));
+    const LONG front = IdOf(AddTitle(1));
+    const LONG second = IdOf(AddTitle(2));
+    const LONG end = IdOf(AddTitle(5));
+    EXPECT_EQ((std::vector{front, second, first, last, end}), Titles());
+
+    IKVTitle* none = AddTitle().Get();
+    const LONG count = ValueOf(*project.Get(), &IKVProjectData::get_TitleCount);
+    EXPECT_EQ(KV_E_BAD_POSITION, project->AddTitle(count + 2, &none));
+    EXPECT_EQ(nullptr, none);
+    EXPECT_EQ(count, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
+    for (LONG position : {0, -1, count + 1})
+        EXPECT_EQ(KV_E_BAD_POSITION, project->GetTitle(position, &none)) << position;
+    EXPECT_EQ(S_OK, project->AddTitle(0, nullptr));
+}
+
+TEST_F(ProjectTest, MovesAndRemovesTitles)
+{
+    const LONG a = IdOf(AddTitle());
+    const LONG b = IdOf(AddTitle());
+    const LONG c = IdOf(AddTitle());
+    EXPECT_EQ(S_OK, project->MoveTitle(3, 1));
+    EXPECT_EQ((std::vector{c, a, b}), Titles());
+    EXPECT_EQ(S_OK, project->MoveTitle(1, 3));
+    EXPECT_EQ(S_OK, project->MoveTitle(2, 2));
+    EXPECT_EQ((std::vector{a, b, c}), Titles());
+    for (auto [from, to] : {std::pair{0, 1}, {1, 0}, {4, 1}, {1, 4}, {-1, -1}, {9, 9}}) {
+        EXPECT_EQ(KV_E_BAD_POSITION, project->MoveTitle(from, to)) << from << " to " << to;
+    }
+
+    ComPtr<IKVTitle> removed;
+    EXPECT_EQ(S_OK, project->RemoveTitle(b, removed.Put()));
+    EXPECT_EQ(b, IdOf(removed));
+    EXPECT_EQ(KV_E_NO_SUCH_ID, project->RemoveTitle(b, removed.Put()));
+    EXPECT_FALSE(removed);
+    EXPECT_EQ((std::vector{a, c}), Titles());
+}
+
+TEST_F(ProjectTest, FindsObjectsByIdInTheListsAlone)
+{
+    const auto title = AddTitle();
+    ComPtr<IKVDataFile> file;
+    ASSERT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+    ComPtr<IUnknown> found;
+    EXPECT_EQ(S_OK, project->FindByID(IdOf(title), found.Put()));
+    EXPECT_EQ(Query<IUnknown>(title), found);
+    EXPECT_EQ(S_OK, project->FindByID(ValueOf(*file.Get(), &IKVDataFile::get_ID), found.Put()));
+    EXPECT_EQ(Query<IUnknown>(file), found);
+    for (LONG absent : {0, -1, 1, 0x7fffffff}) {
+        EXPECT_EQ(KV_E_NO_SUCH_ID, project->FindByID(absent, found.Put())) << absent;
+        EXPECT_FALSE(found);
+    }
+}
+
+TEST_F(ProjectTest, GivesIdsThatAreUniqueInTheProcess)
+{
+    const auto other = NewProject();
+    std::vector<LONG> ids;
+    for (int i = 0; i < 3; ++i) {
+        ids.push_back(IdOf(AddTitle()));
+        ComPtr<IKVTitle> title;
+        ASSERT_EQ(S_OK, other->AddTitle(0, title.Put()));
+        ids.push_back(IdOf(title));
+    }
+    EXPECT_TRUE(std::ranges::is_sorted(ids, std::less_equal{}));
+    project->Clear();
+    EXPECT_GT(IdOf(AddTitle()), ids.back());
+}
+
+TEST_F(ProjectTest, FindsAndRemovesDataFilesByTheirSource)
+{
+    TemporaryFolder folder;
+    for (const char* name : {"a.txt", "b.txt"})
+        folder.Write(name, "x");
+    IKVDataFile* none = nullptr;
+    EXPECT_EQ(KV_E_DATA_FILE_NOT_FOUND, project->FindDataFile(nullptr, nullptr, 0, &none));
+    EXPECT_EQ(KV_E_NO_SUCH_SOURCE, project->RemoveDataFileBySource(folder.File("a.txt").Get(), nullptr));
+
+    const auto shared = AddDataFile(folder.File("a.txt"), 1);
+    const auto same = AddDataFile(folder.File("a.txt"), 2);
+    const auto other = AddDataFile(folder.File("b.txt"), 3);
+    other->put_DestPath(Str(u"docs/b.txt").Get());
+
+    const auto find = [&](BSTR source, BSTR destination, ULONG tag) {
+        ComPtr<IKVDataFile> found;
+        EXPECT_EQ(S_OK, project->FindDataFile(source, destination, tag, found.Put()));
+        return found;
+    };
+    EXPECT_EQ(shared, find(nullptr, nullptr, 0)) << "no criterion: the first";
+    EXPECT_EQ(same, find(folder.File("a.txt").Get(), nullptr, 2));
+    EXPECT_EQ(other, find(nullptr, Str(u"docs/b.txt").Get(), 0));
+    EXPECT_EQ(KV_E_DATA_FILE_NOT_FOUND, project->FindDataFile(folder.File("A.TXT").Get(), nullptr, 0, &none))
+        << "case matters";
+    EXPECT_EQ(KV_E_DATA_FILE_NOT_FOUND, project->FindDataFile(folder.File("b.txt").Get(), nullptr, 1, &none));
+
+    for (int i = 0; i < 3; ++i)
+        shared->IncrementUseCount();
+    ComPtr<IKVDataFile> removed;
+    for (int users : {2, 1}) {
+        EXPECT_EQ(S_FALSE, project->RemoveDataFileBySource(folder.File("a.txt").Get(), removed.Put())) << users;
+        EXPECT_FALSE(removed);
+        EXPECT_EQ(3, ValueOf(*project.Get(), &IKVProjectData::get_DataFileCount));
+    }
+    EXPECT_EQ(S_OK, project->RemoveDataFileBySource(folder.File("a.txt").Get(), removed.Put()));
+    EXPECT_EQ(shared, removed);
+    EXPECT_EQ(S_OK, project->RemoveDataFileBySource(folder.File("a.txt").Get(), nullptr)) << "never shared";
+    EXPECT_EQ(KV_E_NO_SUCH_SOURCE, project->RemoveDataFileBySource(folder.File("a.txt").Get(), nullptr));
+
+    for (LONG position : {0, 2, -1})
+        EXPECT_EQ(KV_E_BAD_POSITION, project->RemoveDataFile(position, nullptr)) << position;
+    EXPECT_EQ(S_OK, project->RemoveDataFile(1, removed.Put()));
+    EXPECT_EQ(other, removed);
+}
+
+TEST_F(ProjectTest, BecomesDirtyByRecordedChangesAlone)
+{
+    project->put_ThemeSource(Str(u"theme").Get());
+    project->put_DiscSize(SZ_BD25);
+    project->put_IsOnDisc(VARIANT_TRUE);
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    const auto title = AddTitle();
+    project->ClearDirtyFlag();
+    title->put_Source(Str(u"a.mpg").Get());
+    title->put_DiscIndex(2);
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    title->put_VOBSize(1.5);
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    project->ClearDirtyFlag();
+    title->put_IsDirty(VARIANT_TRUE);
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+}
+
+TEST_F(ProjectTest, AnswersForWhatIsAbsent)
+{
+    IKVMenu* menu = nullptr;
+    EXPECT_EQ(KV_E_BAD_POSITION, project->GetMenu(1, &menu));
+    EXPECT_EQ(KV_E_NO_SUCH_ID, project->RemoveMenu(1, &menu));
+    EXPECT_EQ(KV_E_BAD_POSITION, project->MoveMenu(1, 1));
+    EXPECT_EQ(E_POINTER, project->InsertMenuW(0, nullptr));
+}
+
+TEST_F(ProjectTest, IsOneObjectWithItsAggregatedParts)
+{
+    const auto identity = Query<IUnknown>(project);
+    for (const auto& part :
+         {Query<IUnknown>(Query<IKVCommandList>(project)), Query<IUnknown>(Query<IKVEncodingParams>(project)),
+          Query<IUnknown>(Query<IKVLocking>(project)), Query<IUnknown>(Query<IConnectionPointContainer>(project))}) {
+        EXPECT_EQ(identity, part);
+    }
+    EXPECT_EQ(project, Query<IKVProjectData>(Query<IKVLocking>(project)));
+}
+
+TEST_F(ProjectTest, OutlivesNeitherItsTitlesNorTheOtherWayRound)
+{
+    const auto title = AddTitle();
+    project.Reset();
+    IKVProjectData* none = nullptr;
+    EXPECT_EQ(S_FALSE, title->GetProject(&none));
+    EXPECT_EQ(nullptr, none);
+    EXPECT_EQ(S_OK, title->put_Label(Str(u"still here").Get()));
+    EXPECT_EQ(u"still here", Text(*title.Get(), &IKVTitle::get_Label));
+}
+
+} // namespace
+} // namespace kv::test

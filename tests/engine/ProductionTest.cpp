@@ -1,0 +1,282 @@
+#include "engine/EngineSupport.h"
+
+#include <cmath>
+#include <limits>
+#include <thread>
+
+namespace kv::test {
+namespace {
+
+class ProductionTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(S_OK, production->Initialise()); }
+
+    ComPtr<IProductionInfo> Info()
+    {
+        ComPtr<IUnknown> object;
+        EXPECT_EQ(S_OK, production->GetProductionObj(object.Put()));
+        return Query<IProductionInfo>(object);
+    }
+
+    bool Modified()
+    {
+        ULONG flags = 0;
+        EXPECT_EQ(S_OK, production->get_Flags(&flags));
+        return (flags & ZXE_PRODUCTION_MODIFIED) != 0;
+    }
+
+    /// Connects the sink and forgets what it heard.
+    DWORD Connect(RecordingProductionSink& sink)
+    {
+        DWORD cookie = 0;
+        EXPECT_EQ(S_OK, EventsOf(production.Get())->Advise(&sink, &cookie));
+        sink.heard.clear();
+        return cookie;
+    }
+
+    ComPtr<IZXEProductionData> production = CreateEngine<IZXEProductionData>(CLSID_ZXEProduction);
+};
+
+TEST_F(ProductionTest, IsEditedOnlyBetweenInitialiseAndClose)
+{
+    const auto fresh = CreateEngine<IZXEProductionData>(CLSID_ZXEProduction);
+    const Bstr source(u"moniker:clip");
+    EXPECT_EQ(ZXE_E_NOT_OPEN, AddSource(fresh.Get(), source));
+    EXPECT_EQ(ZXE_E_NOT_OPEN, fresh->OpenUndoBlock());
+    EXPECT_EQ(S_FALSE, fresh->Close());
+
+    EXPECT_EQ(S_FALSE, production->Initialise());
+    EXPECT_EQ(S_OK, AddSource(production.Get(), source));
+    EXPECT_EQ(S_OK, production->Close());
+    EXPECT_EQ(S_FALSE, production->Close());
+    EXPECT_EQ(ZXE_E_NOT_OPEN, AddSource(production.Get(), source));
+    EXPECT_EQ(ZXE_E_NOT_OPEN, production->DeletePanel(0));
+    EXPECT_EQ(std::vector<std::u16string>{u"moniker:clip"}, SourcesOf(production.Get()));
+
+    EXPECT_EQ(S_OK, production->Initialise());
+    EXPECT_EQ(S_OK, production->DeletePanel(0));
+}
+
+TEST_F(ProductionTest, KeepsItsSourcesInOrder)
+{
+    const auto edit = Query<IEditData>(production);
+    const auto add = [&](const char16_t* name, LONG position) {
+        return edit->AddSourceFile(0, Bstr(name).Get(), 0.0, 0.0, position, nullptr);
+    };
+    EXPECT_TRUE(SourcesOf(production.Get()).empty());
+    EXPECT_EQ(S_OK, add(u"b", -1));
+    EXPECT_EQ(S_OK, add(u"d", 1));
+    EXPECT_EQ(S_OK, add(u"a", 0));
+    EXPECT_EQ(S_OK, add(u"c", 2));
+    EXPECT_EQ((std::vector<std::u16string>{u"a", u"b", u"c", u"d"}), SourcesOf(production.Get()));
+    EXPECT_EQ(S_OK, production->DeletePanel(1));
+    EXPECT_EQ((std::vector<std::u16string>{u"a", u"c", u"d"}), SourcesOf(production.Get()));
+
+    LONG count = 0;
+    EXPECT_EQ(S_OK, production->GetPanelCount(&count));
+    EXPECT_EQ(3, count);
+    for (const LONG index : {-1, 3}) {
+        ComPtr<IUnknown> panel;
+        EXPECT_EQ(E_INVALIDARG, production->DeletePanel(index));
+        EXPECT_EQ(E_INVALIDARG, production->GetPanelBaseObject(index, panel.Put()));
+    }
+    SafeArray sources;
+    EXPECT_EQ(E_INVALIDARG, production->GetSourceList(0, 1, 0, sources.Put()));
+    EXPECT_EQ(E_POINTER, production->GetSourceList(0, 0, 0, nullptr));
+}
+
+TEST_F(ProductionTest, RefusesBadSources)
+{
+    struct Case {
+        LONG track;
+        const char16_t* source;
+        double in;
+        double out;
+        LONG position;
+    };
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinite = std::numeric_limits<double>::infinity();
+    const Case cases[] = {
+        {1, u"a", 0, 0, -1},        {0, u"", 0, 0, -1},         {0, nullptr, 0, 0, -1}, {0, u"a", -1, 0, -1},
+        {0, u"a", 2, 2, -1},        {0, u"a", 2, 1, -1},        {0, u"a", nan, 0, -1},  {0, u"a", 0, nan, -1},
+        {0, u"a", 0, infinite, -1}, {0, u"a", infinite, 0, -1}, {0, u"a", 0, 0, -2},    {0, u"a", 0, 0, 1},
+    };
+    const auto edit = Query<IEditData>(production);
+    for (const Case& item : cases) {
+        const Bstr source = item.source ? Bstr(item.source) : Bstr();
+        ComPtr<IUnknown> panel;
+        EXPECT_EQ(E_INVALIDARG,
+                  edit->AddSourceFile(item.track, source.Get(), item.in, item.out, item.position, panel.Put()));
+        EXPECT_FALSE(panel);
+    }
+    EXPECT_FALSE(Modified());
+}
+
+TEST_F(ProductionTest, PlaysAsLongAsItsPanels)
+{
+    const auto edit = Query<IEditData>(production);
+    const auto info = Info();
+    const auto expect = [&](double duration, double frameRate) {
+        double value = -1.0;
+        EXPECT_EQ(S_OK, info->get_Duration(&value));
+        EXPECT_NEAR(duration, value, 0.1);
+        EXPECT_EQ(S_OK, info->get_EditingFrameRate(&value));
+        EXPECT_NEAR(frameRate, value, 0.001);
+    };
+    expect(0.0, 0.0);
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().NameOf("still.png").Get(), 0.0, 5.0, -1, nullptr));
+    expect(5.0, 0.0);
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().NameOf("ntsc.mp4").Get(), 0.0, 0.0, -1, nullptr));
+    expect(6.0, 29.97);
+    ComPtr<IUnknown> panel;
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().NameOf("sound.wav").Get(), 0.5, 0.0, 0, panel.Put()));
+    expect(7.5, 29.97);
+    // The in point lies behind the end of a source of unknown length.
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Bstr(u"/no/such/file").Get(), 3.0, 0.0, 0, nullptr));
+    expect(7.5, 29.97);
+
+    const auto source = Query<ISourceFile>(panel);
+    ASSERT_TRUE(source);
+    Bstr name;
+    double in = 0.0;
+    double out = 0.0;
+    double length = 0.0;
+    EXPECT_EQ(S_OK, source->get_FileName(name.Put()));
+    EXPECT_EQ(S_OK, source->get_InPoint(&in));
+    EXPECT_EQ(S_OK, source->get_OutPoint(&out));
+    EXPECT_EQ(S_OK, source->get_Length(&length));
+    EXPECT_EQ(Clips().NameOf("sound.wav").View(), name.View());
+    EXPECT_EQ(0.5, in);
+    EXPECT_NEAR(2.0, out, 0.1);
+    EXPECT_EQ(out, length);
+}
+
+TEST_F(ProductionTest, HoldsItsSettings)
+{
+    const auto info = Info();
+    double aspect = 0.0;
+    EXPECT_EQ(S_OK, info->get_AspectRatio(&aspect));
+    EXPECT_EQ(4.0 / 3.0, aspect);
+    for (const double bad : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
+        EXPECT_EQ(E_INVALIDARG, info->put_AspectRatio(bad));
+    }
+    EXPECT_EQ(S_OK, info->put_AspectRatio(16.0 / 9.0));
+    EXPECT_EQ(S_OK, info->put_Stereoscopic(1));
+    EXPECT_EQ(S_OK, production->put_UseSourceAspectRatio(VARIANT_TRUE));
+    VARIANT_BOOL stereoscopic = VARIANT_FALSE;
+    VARIANT_BOOL sourceAspect = VARIANT_FALSE;
+    EXPECT_EQ(S_OK, info->get_AspectRatio(&aspect));
+    EXPECT_EQ(S_OK, info->get_Stereoscopic(&stereoscopic));
+    EXPECT_EQ(S_OK, production->get_UseSourceAspectRatio(&sourceAspect));
+    EXPECT_EQ(16.0 / 9.0, aspect);
+    EXPECT_EQ(VARIANT_TRUE, stereoscopic);
+    EXPECT_EQ(VARIANT_TRUE, sourceAspect);
+    EXPECT_FALSE(Modified());
+}
+
+TEST_F(ProductionTest, TellsItsSinksOfEdits)
+{
+    const auto sink = Make<RecordingProductionSink>();
+    Connect(*sink);
+    const auto expect = [&](std::vector<Heard> heard) {
+        EXPECT_EQ(heard, sink->heard);
+        sink->heard.clear();
+    };
+    ASSERT_EQ(S_OK, AddSource(production.Get(), Bstr(u"moniker:clip")));
+    EXPECT_TRUE(Modified());
+    expect({{0, {0}}, {11, {1}}});
+    ASSERT_EQ(S_OK, AddSource(production.Get(), Clips().NameOf("sound.wav")));
+    expect({{0, {1}}, {10, {}}});
+    ASSERT_EQ(S_OK, production->DeletePanel(1));
+    expect({{1, {1}}, {10, {}}});
+    ASSERT_EQ(S_OK, Info()->put_AspectRatio(2.0));
+    ASSERT_EQ(S_OK, Info()->put_AspectRatio(2.0));
+    expect({{9, {}}});
+    ASSERT_EQ(S_OK, production->ClearModified());
+    ASSERT_EQ(S_OK, production->ClearModified());
+    EXPECT_FALSE(Modified());
+    expect({{11, {0}}});
+    ASSERT_EQ(S_OK, production->Close());
+    expect({{22, {}}});
+}
+
+TEST_F(ProductionTest, PassesEveryNotificationToItsMethod)
+{
+    const auto failing = Make<RecordingProductionSink>();
+    const auto sink = Make<RecordingProductionSink>();
+    failing->answer = E_FAIL;
+    Connect(*failing);
+    Connect(*sink);
+    const auto notify = Query<IZXEProductionNotify>(production);
+    std::vector<Heard> expected;
+    for (ULONG position = 0; position < ZXE_EVENT_COUNT; ++position) {
+        const LONG first = static_cast<LONG>(position) + 100;
+        EXPECT_EQ(S_OK, notify->Notify(position, first, -first));
+        const bool bare = (position >= 7 && position <= 10) || position == 22;
+        const bool single = position <= 5 || position == 11 || position == 18;
+        expected.push_back({position, bare     ? std::vector<LONG>{}
+                                      : single ? std::vector<LONG>{first}
+                                               : std::vector<LONG>{first, -first}});
+    }
+    EXPECT_EQ(expected, sink->heard);
+    EXPECT_EQ(expected, failing->heard);
+    EXPECT_EQ(E_INVALIDARG, notify->Notify(ZXE_EVENT_COUNT, 0, 0));
+    EXPECT_EQ(E_INVALIDARG, notify->Notify(0xffffffffU, 0, 0));
+}
+
+TEST_F(ProductionTest, LetsASinkGiveUpTheReferenceOfItsConnection)
+{
+    auto sink = Make<RecordingProductionSink>();
+    const DWORD cookie = Connect(*sink);
+    sink->Release();
+    ASSERT_EQ(S_OK, AddSource(production.Get(), Bstr(u"a")));
+    EXPECT_FALSE(sink->heard.empty());
+
+    // Only the test's own reference is left, and it is enough to leave by.
+    sink->AddRef();
+    EXPECT_EQ(S_OK, EventsOf(production.Get())->Unadvise(cookie));
+    sink->AddRef();
+    EXPECT_EQ(1U, sink->Release());
+    sink->heard.clear();
+    ASSERT_EQ(S_OK, AddSource(production.Get(), Bstr(u"b")));
+    EXPECT_TRUE(sink->heard.empty());
+    EXPECT_EQ(CONNECT_E_NOCONNECTION, EventsOf(production.Get())->Unadvise(cookie));
+    DWORD other = 0;
+    EXPECT_EQ(CONNECT_E_CANNOTCONNECT, EventsOf(production.Get())->Advise(production.Get(), &other));
+}
+
+TEST_F(ProductionTest, HoldsNoLockWhileItTellsASink)
+{
+    const auto sink = Make<RecordingProductionSink>();
+    Connect(*sink);
+    LONG seen = -1;
+    sink->hook = [&] { std::thread([&] { production->GetPanelCount(&seen); }).join(); };
+    ASSERT_EQ(S_OK, AddSource(production.Get(), Bstr(u"a")));
+    EXPECT_EQ(1, seen);
+}
+
+TEST_F(ProductionTest, IsEditedByManyThreadsAtOnce)
+{
+    constexpr int kThreads = 4;
+    constexpr int kEdits = 200;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([&] {
+            for (int edit = 0; edit < kEdits; ++edit) {
+                EXPECT_EQ(S_OK, AddSource(production.Get(), Bstr(u"moniker:clip")));
+                production->OpenUndoBlock();
+                if (edit % 2) {
+                    EXPECT_EQ(S_OK, production->DeletePanel(0));
+                }
+                production->CloseUndoBlock(VARIANT_TRUE);
+                SourcesOf(production.Get());
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(std::size_t{kThreads * kEdits / 2}, SourcesOf(production.Get()).size());
+}
+
+} // namespace
+} // namespace kv::test

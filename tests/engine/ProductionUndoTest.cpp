@@ -1,0 +1,313 @@
+#include "engine/EngineSupport.h"
+
+#include <random>
+
+namespace kv::test {
+namespace {
+
+/// Writes down when it runs; may fail, or do something else.
+class RecordingUnit final : public Object<IOleUndoUnit> {
+public:
+    RecordingUnit(std::u16string name, std::u16string& log) : m_name(std::move(name)), m_log(log) {}
+
+    HRESULT result = S_OK;
+    std::function<void()> hook;
+
+    HRESULT Do(IOleUndoManager* manager) override
+    {
+        EXPECT_EQ(nullptr, manager);
+        m_log += m_name;
+        if (hook) hook();
+        return result;
+    }
+
+    HRESULT GetDescription(BSTR* description) override
+    {
+        *description = Bstr(m_name).Detach();
+        return S_OK;
+    }
+
+    HRESULT GetUnitType(CLSID*, LONG*) override { return E_NOTIMPL; }
+    HRESULT OnNextAdd() override { return S_OK; }
+
+private:
+    const std::u16string m_name;
+    std::u16string& m_log;
+};
+
+class ProductionUndoTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(S_OK, production->Initialise()); }
+
+    void Add(const char16_t* source) { ASSERT_EQ(S_OK, AddSource(production.Get(), Bstr(source))); }
+
+    ComPtr<RecordingUnit> AddUnit(const char16_t* name)
+    {
+        auto unit = Make<RecordingUnit>(name, log);
+        EXPECT_EQ(S_OK, production->AddUndoUnit(unit.Get()));
+        return unit;
+    }
+
+    std::u16string Sources()
+    {
+        std::u16string all;
+        for (const auto& source : SourcesOf(production.Get()))
+            all += source;
+        return all;
+    }
+
+    double Aspect()
+    {
+        double aspect = 0.0;
+        EXPECT_EQ(S_OK, info->get_AspectRatio(&aspect));
+        return aspect;
+    }
+
+    bool CanUndo()
+    {
+        VARIANT_BOOL can = 1;
+        EXPECT_EQ(S_OK, production->CanUndo(&can, nullptr));
+        return can == VARIANT_TRUE;
+    }
+
+    bool CanRedo()
+    {
+        VARIANT_BOOL can = 1;
+        EXPECT_EQ(S_OK, production->CanRedo(&can, nullptr));
+        return can == VARIANT_TRUE;
+    }
+
+    ComPtr<IZXEProductionData> production = CreateEngine<IZXEProductionData>(CLSID_ZXEProduction);
+    ComPtr<IProductionInfo> info = Query<IProductionInfo>(production);
+    std::u16string log;
+};
+
+TEST_F(ProductionUndoTest, TakesBackAndBringsBackWholeBlocks)
+{
+    Add(u"a");
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    Add(u"b");
+    ASSERT_EQ(S_OK, info->put_AspectRatio(2.0));
+    AddUnit(u"1");
+    ASSERT_EQ(S_OK, production->DeletePanel(0));
+    AddUnit(u"2");
+    EXPECT_FALSE(CanUndo());
+    EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, production->Undo());
+    ASSERT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    EXPECT_EQ(u"", log);
+
+    VARIANT_BOOL can = VARIANT_FALSE;
+    Bstr description;
+    EXPECT_EQ(S_OK, production->CanUndo(&can, description.Put()));
+    EXPECT_EQ(VARIANT_TRUE, can);
+    EXPECT_EQ(u"2", description.View());
+    EXPECT_EQ(S_OK, production->CanRedo(&can, description.Put()));
+    EXPECT_EQ(VARIANT_FALSE, can);
+    EXPECT_FALSE(description);
+
+    for (int round = 0; round < 2; ++round) {
+        log.clear();
+        ASSERT_EQ(S_OK, production->Undo());
+        EXPECT_EQ(u"a", Sources());
+        EXPECT_EQ(4.0 / 3.0, Aspect());
+        EXPECT_EQ(u"21", log);
+        EXPECT_FALSE(CanUndo());
+        EXPECT_EQ(ZXE_E_NOTHING_TO_UNDO, production->Undo());
+
+        log.clear();
+        ASSERT_EQ(S_OK, production->Redo());
+        EXPECT_EQ(u"b", Sources());
+        EXPECT_EQ(2.0, Aspect());
+        EXPECT_EQ(u"12", log);
+        EXPECT_FALSE(CanRedo());
+        EXPECT_EQ(ZXE_E_NOTHING_TO_UNDO, production->Redo());
+    }
+}
+
+TEST_F(ProductionUndoTest, RunsABlockBackThatIsNotKept)
+{
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    Add(u"a");
+    AddUnit(u"1");
+    ASSERT_EQ(S_OK, info->put_AspectRatio(2.0));
+    AddUnit(u"2")->result = E_FAIL;
+    EXPECT_EQ(E_FAIL, production->CloseUndoBlock(VARIANT_FALSE));
+    EXPECT_EQ(u"", Sources());
+    EXPECT_EQ(4.0 / 3.0, Aspect());
+    EXPECT_EQ(u"21", log);
+    EXPECT_FALSE(CanUndo());
+    EXPECT_FALSE(CanRedo());
+    EXPECT_EQ(S_OK, production->OpenUndoBlock());
+}
+
+TEST_F(ProductionUndoTest, BlocksDoNotNestAndEmptyOnesLeaveNoTrace)
+{
+    EXPECT_EQ(ZXE_E_NO_UNDO_BLOCK, production->CloseUndoBlock(VARIANT_TRUE));
+    EXPECT_EQ(ZXE_E_NO_UNDO_BLOCK, production->AddUndoUnit(Make<RecordingUnit>(u"1", log).Get()));
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, production->OpenUndoBlock());
+    EXPECT_EQ(E_POINTER, production->AddUndoUnit(nullptr));
+    EXPECT_EQ(E_NOINTERFACE, production->AddUndoUnit(production.Get()));
+    Add(u"a");
+    EXPECT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    ASSERT_EQ(S_OK, production->Undo());
+
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    EXPECT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    EXPECT_FALSE(CanUndo());
+    EXPECT_TRUE(CanRedo());
+
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    AddUnit(u"1");
+    EXPECT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    EXPECT_TRUE(CanUndo());
+    EXPECT_FALSE(CanRedo());
+}
+
+TEST_F(ProductionUndoTest, AFailedUnitLeavesEverythingInItsPlace)
+{
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    const auto first = AddUnit(u"1");
+    Add(u"a");
+    AddUnit(u"2");
+    ASSERT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+
+    first->result = E_ACCESSDENIED;
+    EXPECT_EQ(E_ACCESSDENIED, production->Undo());
+    EXPECT_EQ(u"212", log);
+    EXPECT_EQ(u"a", Sources());
+    EXPECT_TRUE(CanUndo());
+    EXPECT_FALSE(CanRedo());
+
+    first->result = S_OK;
+    EXPECT_EQ(S_OK, production->Undo());
+    EXPECT_EQ(u"", Sources());
+}
+
+TEST_F(ProductionUndoTest, EditsOutsideOfBlocksStand)
+{
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    Add(u"b");
+    ASSERT_EQ(S_OK, info->put_AspectRatio(2.0));
+    ASSERT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    ASSERT_EQ(S_OK, Query<IEditData>(production)->AddSourceFile(0, Bstr(u"a").Get(), 0.0, 0.0, 0, nullptr));
+    ASSERT_EQ(S_OK, info->put_Stereoscopic(VARIANT_TRUE));
+    EXPECT_EQ(u"ab", Sources());
+    ASSERT_EQ(S_OK, production->Undo());
+    EXPECT_EQ(u"a", Sources());
+    ASSERT_EQ(S_OK, info->put_AspectRatio(3.0));
+    ASSERT_EQ(S_OK, production->Redo());
+    EXPECT_EQ(u"ab", Sources());
+    EXPECT_EQ(2.0, Aspect());
+    VARIANT_BOOL stereoscopic = VARIANT_FALSE;
+    EXPECT_EQ(S_OK, info->get_Stereoscopic(&stereoscopic));
+    EXPECT_EQ(VARIANT_TRUE, stereoscopic);
+
+    // What was to go is gone already.
+    ASSERT_EQ(S_OK, production->DeletePanel(1));
+    EXPECT_EQ(E_UNEXPECTED, production->Undo());
+    EXPECT_TRUE(CanUndo());
+}
+
+TEST_F(ProductionUndoTest, AUnitMayUseTheProduction)
+{
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    const auto unit = AddUnit(u"1");
+    ASSERT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    unit->hook = [&] {
+        EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, production->OpenUndoBlock());
+        EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, production->Undo());
+        Add(u"a");
+    };
+    ASSERT_EQ(S_OK, production->Undo());
+    EXPECT_EQ(u"a", Sources());
+
+    unit->hook = [&] { EXPECT_EQ(S_OK, production->Close()); };
+    EXPECT_EQ(S_OK, production->Redo());
+    EXPECT_FALSE(CanUndo());
+    EXPECT_FALSE(CanRedo());
+}
+
+TEST_F(ProductionUndoTest, CloseDropsTheHistoryAndItsUnits)
+{
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    const auto kept = AddUnit(u"1");
+    ASSERT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    Add(u"a");
+    const auto open = AddUnit(u"2");
+    ASSERT_EQ(S_OK, production->Close());
+    for (const auto& unit : {kept, open}) {
+        unit->AddRef();
+        // The reference of the loop, and that of the variable.
+        EXPECT_EQ(2U, unit->Release());
+    }
+    EXPECT_EQ(u"", log);
+    EXPECT_EQ(u"a", Sources());
+    ASSERT_EQ(S_OK, production->Initialise());
+    EXPECT_FALSE(CanUndo());
+    EXPECT_EQ(S_OK, production->OpenUndoBlock());
+}
+
+TEST_F(ProductionUndoTest, TellsWhatCanBeUndone)
+{
+    const auto sink = Make<RecordingProductionSink>();
+    DWORD cookie = 0;
+    ASSERT_EQ(S_OK, EventsOf(production.Get())->Advise(sink.Get(), &cookie));
+    ASSERT_EQ(S_OK, production->OpenUndoBlock());
+    Add(u"a");
+    ASSERT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    ASSERT_EQ(S_OK, production->ClearModified());
+    sink->heard.clear();
+    ASSERT_EQ(S_OK, production->Undo());
+    EXPECT_EQ((std::vector<Heard>{{1, {0}}, {11, {1}}, {18, {2}}}), sink->heard);
+    sink->heard.clear();
+    ASSERT_EQ(S_OK, production->Redo());
+    EXPECT_EQ((std::vector<Heard>{{0, {0}}, {18, {1}}}), sink->heard);
+}
+
+TEST_F(ProductionUndoTest, RandomEditsGoBackToTheFirstStateAndForthToTheLast)
+{
+    std::mt19937 random(20240517);
+    const auto pick = [&](LONG limit) { return static_cast<LONG>(random() % static_cast<unsigned>(limit)); };
+    const auto edit = Query<IEditData>(production);
+    std::vector<std::pair<std::u16string, double>> states{{Sources(), Aspect()}};
+    LONG panels = 0;
+    for (int block = 0; block < 40; ++block) {
+        ASSERT_EQ(S_OK, production->OpenUndoBlock());
+        const auto edits = 1 + pick(5);
+        const auto panelsBefore = panels;
+        for (LONG i = 0; i < edits; ++i) {
+            if (panels > 0 && pick(3) == 0) {
+                ASSERT_EQ(S_OK, production->DeletePanel(pick(panels)));
+                --panels;
+            } else {
+                const char16_t name[] = {static_cast<char16_t>(u'a' + pick(26)), 0};
+                ASSERT_EQ(S_OK, edit->AddSourceFile(0, Bstr(name).Get(), 0.0, 0.0, pick(panels + 2) - 1, nullptr));
+                ++panels;
+            }
+            ASSERT_EQ(S_OK, info->put_AspectRatio(1.0 + pick(4)));
+        }
+        const bool kept = pick(4) != 0;
+        ASSERT_EQ(S_OK, production->CloseUndoBlock(kept ? VARIANT_TRUE : VARIANT_FALSE));
+        if (kept) {
+            states.emplace_back(Sources(), Aspect());
+        } else {
+            panels = panelsBefore;
+            ASSERT_EQ(states.back(), std::pair(Sources(), Aspect()));
+        }
+    }
+    for (auto state = states.rbegin() + 1; state != states.rend(); ++state) {
+        ASSERT_EQ(S_OK, production->Undo());
+        ASSERT_EQ(*state, std::pair(Sources(), Aspect()));
+    }
+    EXPECT_FALSE(CanUndo());
+    for (auto state = states.begin() + 1; state != states.end(); ++state) {
+        ASSERT_EQ(S_OK, production->Redo());
+        ASSERT_EQ(*state, std::pair(Sources(), Aspect()));
+    }
+    EXPECT_FALSE(CanRedo());
+}
+
+} // namespace
+} // namespace kv::test

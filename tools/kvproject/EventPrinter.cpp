@@ -1,0 +1,133 @@
+#include "EventPrinter.h"
+
+#include "Failure.h"
+#include "platform/com/Object.h"
+
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+
+namespace kvproject {
+namespace {
+
+/// Sent to oneself, to know that everything before it has arrived.
+constexpr LONG kFence = 0x6b76;
+
+const kv::MemberDescription* FindEvent(DISPID id)
+{
+    const auto& members = kv::kInterfaceDescription<_IKVProjectDataEvents>.members;
+    const auto found = std::ranges::find(members, id, &kv::MemberDescription::id);
+    return found == members.end() ? nullptr : &*found;
+}
+
+std::string Line(const kv::MemberDescription& event, const DISPPARAMS& params)
+{
+    std::ostringstream line;
+    line << "event " << event.name << '(';
+    LONG count = 0;
+    for (ULONG i = 0; i < params.cArgs && i < event.parameterCount; ++i) {
+        const VARIANT& argument = params.rgvarg[params.cArgs - 1 - i];
+        line << (i ? ", " : "") << event.parameters[i].name << '=';
+        if (argument.vt == VT_BSTR) {
+            line << '"' << kv::ToUtf8(kv::View(argument.bstrVal)) << '"';
+        } else if (argument.vt == (VT_I4 | VT_BYREF)) {
+            line << '[';
+            for (LONG k = 0; k < count; ++k)
+                line << (k ? " " : "") << argument.plVal[k];
+            line << ']';
+        } else {
+            count = argument.lVal;
+            line << argument.lVal;
+        }
+    }
+    line << ')';
+    return line.str();
+}
+
+} // namespace
+
+class EventSink final : public kv::Object<_IKVProjectDataEvents> {
+public:
+    explicit EventSink(bool print) : m_print(print) {}
+
+    HRESULT GetTypeInfoCount(ULONG* count) override
+    {
+        if (!count) return E_POINTER;
+        *count = 0;
+        return S_OK;
+    }
+
+    HRESULT GetTypeInfo(ULONG, LCID, ITypeInfo** info) override
+    {
+        if (!info) return E_POINTER;
+        *info = nullptr;
+        return DISP_E_BADINDEX;
+    }
+
+    HRESULT GetIDsOfNames(REFIID, OLECHAR**, ULONG, LCID, DISPID*) override { return DISP_E_UNKNOWNNAME; }
+
+    HRESULT Invoke(DISPID member, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, ULONG*) override
+    {
+        // Whoever adds a title holds the gate until the title has its source.
+        if (member == EVENT_TitleAdded) {
+            const std::lock_guard gate(m_gate);
+        }
+        if (member == EVENT_MessageBroadcast && params->cArgs == 3 && params->rgvarg[2].lVal == kFence) {
+            const std::lock_guard lock(m_mutex);
+            ++m_fences;
+            m_fenceArrived.notify_all();
+            return S_OK;
+        }
+        const kv::MemberDescription* event = FindEvent(member);
+        if (m_print && event) std::cout << Line(*event, *params) << std::endl;
+        return S_OK;
+    }
+
+    std::mutex& Gate() { return m_gate; }
+
+    void PassFence(IKVProjectData& project)
+    {
+        std::unique_lock lock(m_mutex);
+        const int expected = m_fences + 1;
+        Require(project.BroadcastMessage(kFence, 0, 0), "cannot wait for the events");
+        m_fenceArrived.wait(lock, [&] { return m_fences >= expected; });
+    }
+
+private:
+    const bool m_print;
+    std::mutex m_gate;
+    std::mutex m_mutex;
+    std::condition_variable m_fenceArrived;
+    int m_fences = 0;
+};
+
+EventPrinter::EventPrinter(IKVProjectData& project, bool print) : m_project(project), m_sink(kv::Make<EventSink>(print))
+{
+    const auto container = kv::Query<IConnectionPointContainer>(&project);
+    if (!container) throw Failure("the project tells no events");
+    Require(container->FindConnectionPoint(_IKVProjectDataEvents::IID, m_point.Put()), "the project tells no events");
+    Require(m_point->Advise(m_sink->Controlling(), &m_cookie), "cannot connect to the events");
+}
+
+EventPrinter::~EventPrinter()
+{
+    m_point->Unadvise(m_cookie);
+}
+
+kv::ComPtr<IKVTitle> EventPrinter::AddTitle(BSTR source)
+{
+    const std::lock_guard gate(m_sink->Gate());
+    kv::ComPtr<IKVTitle> title;
+    Require(m_project.AddTitle(0, title.Put()), "cannot add a title");
+    Require(title->put_Source(source), "cannot set the title's source");
+    return title;
+}
+
+void EventPrinter::WaitForAll()
+{
+    m_sink->PassFence(m_project);
+    // What the first events caused was posted behind the first fence.
+    m_sink->PassFence(m_project);
+}
+
+} // namespace kvproject

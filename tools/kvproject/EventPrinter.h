@@ -1,0 +1,38 @@
+#pragma once
+// Prints the events of a project as they arrive, one line each.
+
+#include "KVProjectData/IKVProjectData.h"
+#include "KVProjectData/ProjectDataEvents.h"
+#include "platform/com/ComPtr.h"
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+namespace kvproject {
+
+class EventSink;
+
+/// Connected to a project from construction to destruction.
+class EventPrinter {
+public:
+    /// With `print` off it only keeps the order of things. Throws Failure when it cannot connect.
+    EventPrinter(IKVProjectData& project, bool print);
+    ~EventPrinter();
+    EventPrinter(const EventPrinter&) = delete;
+    EventPrinter& operator=(const EventPrinter&) = delete;
+
+    /// Adds a title with its source before anyone hears of the title, so that the library can measure the clip.
+    kv::ComPtr<IKVTitle> AddTitle(BSTR source);
+
+    /// Waits until everything that happened so far, and what it caused, was told.
+    void WaitForAll();
+
+private:
+    IKVProjectData& m_project;
+    kv::ComPtr<EventSink> m_sink;
+    kv::ComPtr<IConnectionPoint> m_point;
+    DWORD m_cookie = 0;
+};
+
+} // namespace kvproject

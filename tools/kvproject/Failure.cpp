@@ -1,0 +1,68 @@
+#include "Failure.h"
+
+#include "KVProjectData/ResultCodes.h"
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace kvproject {
+namespace {
+
+constexpr std::array kMeanings = std::to_array<std::pair<HRESULT, std::string_view>>({
+    {E_NOTIMPL, "this operation is not available"},
+    {E_NOINTERFACE, "the object does not offer what was asked of it"},
+    {E_POINTER, "a value is missing"},
+    {E_FAIL, "the operation failed"},
+    {E_UNEXPECTED, "the operation failed unexpectedly"},
+    {E_ACCESSDENIED, "access is denied"},
+    {E_OUTOFMEMORY, "there is not enough memory"},
+    {E_INVALIDARG, "the value is not allowed"},
+    {DISP_E_UNKNOWNNAME, "there is no member of that name"},
+    {DISP_E_MEMBERNOTFOUND, "the member cannot be used that way"},
+    {DISP_E_TYPEMISMATCH, "the value is of the wrong type"},
+    {DISP_E_OVERFLOW, "the value is out of range"},
+    {DISP_E_BADPARAMCOUNT, "the number of arguments is wrong"},
+    {CLASS_E_CLASSNOTAVAILABLE, "the library does not make such objects"},
+    {REGDB_E_CLASSNOTREG, "the class is not registered"},
+    {CO_E_CLASSSTRING, "the class name is not registered"},
+    {CO_E_DLLNOTFOUND, "the server library cannot be loaded"},
+    {CO_E_ERRORINDLL, "the server library lacks an entry point"},
+    {MakeResult(0x80070002), "the file does not exist"},
+    {MakeResult(0x80070003), "the folder does not exist"},
+    {MakeResult(0x80070013), "the disk is write protected"},
+    {MakeResult(0x80070070), "the disk is full"},
+    {MakeResult(0x800703F1), "the registry file is damaged"},
+    {KV_E_NO_SUCH_SOURCE, "no data file has that source"},
+    {KV_E_DATA_FILE_NOT_FOUND, "no data file matches"},
+    {KV_E_NO_UNDO_MANAGER, "there is no undo manager"},
+    {KV_E_NO_SUCH_ID, "there is no object with that ID"},
+    {KV_E_BAD_POSITION, "there is nothing at that position"},
+    {KV_E_LOCKED, "the object is locked"},
+    {KV_E_FOLLOWS_PROJECT, "the encoding parameters follow the project: set SyncToProject=false first"},
+    {KV_E_CANNOT_FOLLOW_PROJECT, "these encoding parameters cannot follow a project"},
+    {KV_E_NO_SOURCE_FILE, "the source file does not exist"},
+    {KV_E_NO_EVENT_WINDOW, "the event window could not be created"},
+    {KV_E_FILE_DOES_NOT_PARSE, "the file is not a well-formed project document"},
+    {KV_E_FILE_TOO_OLD, "the file is of a version that is too old, or is no project"},
+});
+
+} // namespace
+
+std::string Describe(HRESULT result)
+{
+    std::string_view meaning = "unknown result";
+    for (const auto& [code, text] : kMeanings) {
+        if (code == result) meaning = text;
+    }
+    char number[16];
+    std::snprintf(number, sizeof number, "0x%08X", static_cast<ULONG>(result));
+    return std::string(meaning) + " (" + number + ")";
+}
+
+void Require(HRESULT result, std::string_view what)
+{
+    if (FAILED(result)) throw Failure(std::string(what) + ": " + Describe(result));
+}
+
+} // namespace kvproject

@@ -1,0 +1,108 @@
+#include "Session.h"
+
+#include "Failure.h"
+#include "KVProjectData/Identities.h"
+#include "KVProjectData/ResultCodes.h"
+#include "platform/com/Activation.h"
+#include "platform/system/MessageBox.h"
+#include "platform/system/Paths.h"
+#include "platform/system/Registry.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace kvproject {
+namespace {
+
+std::string Library(const char* name)
+{
+    const char* named = std::getenv("KVPROJECT_LIBRARY_DIR");
+    const std::filesystem::path folder =
+        named ? std::filesystem::path(named) : std::filesystem::path(kv::HostFolder()) / KVPROJECT_LIBRARY_DIR;
+    std::error_code error;
+    for (const auto& candidate : {folder / name, std::filesystem::path(kv::HostFolder()) / "../lib" / name}) {
+        if (std::filesystem::exists(candidate, error)) return std::filesystem::canonical(candidate, error).string();
+    }
+    return (folder / name).string();
+}
+
+template <class T>
+kv::ComPtr<T> CreateByName(const OLECHAR* progId)
+{
+    CLSID clsid{};
+    kv::ComPtr<T> object;
+    HRESULT result = CLSIDFromProgID(progId, &clsid);
+    if (SUCCEEDED(result)) result = kv::CreateInstance(clsid, object);
+    Require(result, "cannot create " + kv::ToUtf8(progId));
+    return object;
+}
+
+} // namespace
+
+std::string ProjectLibrary()
+{
+    return Library("libKVProjectData.so");
+}
+
+std::string EngineLibrary()
+{
+    return Library("libKVEngine.so");
+}
+
+void RegisterForThisProcess()
+{
+    kv::Registry::UseMemory();
+    for (const std::string& library : {ProjectLibrary(), EngineLibrary()}) {
+        Require(kv::RegisterServer(kv::ToUtf16(library)), "cannot use " + library);
+    }
+    // The failures that a message box would tell are told by the commands themselves.
+    kv::SetMessageBoxHook([](std::u16string_view, std::u16string_view) {});
+}
+
+Session::Session()
+{
+    RegisterForThisProcess();
+    m_project = CreateByName<IKVProjectData>(PROGID_KVProjectData);
+    m_files = CreateByName<IKVFileService>(PROGID_KVFileService);
+}
+
+Session::~Session() = default;
+
+void Session::Load(const std::string& file)
+{
+    std::error_code error;
+    if (!std::filesystem::exists(file, error)) throw Failure("cannot load " + file + ": the file does not exist");
+    const HRESULT result = m_files->LoadProject(kv::Bstr(kv::ToUtf16(file)).Get(), m_project.Get());
+    if (result == KV_E_FILE_DOES_NOT_PARSE)
+        throw Failure("cannot load " + file + ": " + ParseFailure(file) + " " + Describe(result));
+    Require(result, "cannot load " + file);
+}
+
+void Session::Save(const std::string& file)
+{
+    Require(m_files->SaveProject(kv::Bstr(kv::ToUtf16(file)).Get(), m_project.Get()), "cannot save " + file);
+}
+
+std::string ParseFailure(const std::string& file)
+{
+    kv::ComPtr<IXMLDOMDocument> document;
+    Require(kv::CreateInstance(CLSID_DOMDocument, document), "cannot create a document");
+    VARIANT_BOOL parsed = VARIANT_FALSE;
+    const HRESULT loaded = document->load(kv::Variant(kv::ToUtf16(file)), &parsed);
+    if (SUCCEEDED(loaded) && parsed) return {};
+    kv::ComPtr<IXMLDOMParseError> error;
+    document->get_parseError(error.Put());
+    LONG line = 0;
+    LONG position = 0;
+    kv::Bstr reason;
+    if (error) {
+        error->get_line(&line);
+        error->get_linepos(&position);
+        error->get_reason(reason.Put());
+    }
+    std::string text = reason.Empty() ? Describe(loaded) : kv::ToUtf8(reason.View());
+    if (line > 0) text = "line " + std::to_string(line) + ", position " + std::to_string(position) + ": " + text;
+    return text;
+}
+
+} // namespace kvproject

@@ -1,0 +1,41 @@
+#pragma once
+// A host's connection to the library: the server libraries, and a project made by its class name.
+
+#include "KVProjectData/IKVFileService.h"
+#include "KVProjectData/IKVProjectData.h"
+#include "platform/com/ComPtr.h"
+
+#include <string>
+
+namespace kvproject {
+
+/// The full paths of the server libraries that belong to this program.
+std::string ProjectLibrary();
+std::string EngineLibrary();
+
+/// Registers the libraries for this process alone, in memory.
+void RegisterForThisProcess();
+
+class Session {
+public:
+    /// Creates an empty project and a file service. Throws Failure.
+    Session();
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    IKVProjectData& Project() const { return *m_project; }
+
+    /// Throws Failure with the place and the reason for a file that does not parse.
+    void Load(const std::string& file);
+    void Save(const std::string& file);
+
+private:
+    kv::ComPtr<IKVProjectData> m_project;
+    kv::ComPtr<IKVFileService> m_files;
+};
+
+/// Tells where a file is no well-formed document: "line 3, position 7: reason". Empty for one that is.
+std::string ParseFailure(const std::string& file);
+
+} // namespace kvproject

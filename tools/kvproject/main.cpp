@@ -1,0 +1,232 @@
+// kvproject: makes, shows, edits and checks project files, as a host of the library.
+
+#include "Check.h"
+#include "EventPrinter.h"
+#include "Failure.h"
+#include "Idl.h"
+#include "ObjectPath.h"
+#include "Session.h"
+#include "Tree.h"
+
+#include "platform/com/Activation.h"
+
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <memory>
+
+namespace kvproject {
+namespace {
+
+constexpr int kFault = 1;
+constexpr int kUsage = 2;
+
+/// The options that every command on a file has.
+struct FileOptions {
+    std::string file;
+    bool events = false;
+};
+
+void AddFileOptions(CLI::App& command, FileOptions& options, bool events)
+{
+    command.add_option("FILE", options.file, "The project file")->required();
+    if (events) command.add_flag("--events", options.events, "Print the events of the project as they arrive");
+}
+
+struct NewOptions : FileOptions {
+    std::string format;
+    std::string standard;
+    std::string label;
+    std::vector<std::string> titles;
+    std::vector<std::string> dataFiles;
+};
+
+void AddDataFile(IKVProjectData& project, const std::string& text)
+{
+    const std::size_t equals = text.find('=');
+    const std::string source = text.substr(0, equals);
+    const std::string destination =
+        equals == text.npos ? std::filesystem::path(source).filename().string() : text.substr(equals + 1);
+    kv::ComPtr<IKVDataFile> file;
+    Require(project.AddDataFile(0, file.Put()), "cannot add a data file");
+    Require(file->put_SourcePath(kv::Bstr(kv::ToUtf16(source)).Get()), source);
+    Require(file->put_DestPath(kv::Bstr(kv::ToUtf16(destination)).Get()), destination);
+}
+
+void AddClip(EventPrinter& events, const std::string& clip)
+{
+    std::error_code error;
+    if (!std::filesystem::exists(clip, error)) throw Failure(clip + ": the clip does not exist");
+    const auto title = events.AddTitle(kv::Bstr(kv::ToUtf16(clip)).Get());
+    const std::string name = std::filesystem::path(clip).stem().string();
+    Require(title->put_Label(kv::Bstr(kv::ToUtf16(name)).Get()), "cannot name the title");
+}
+
+int RunNew(const NewOptions& options)
+{
+    Session session;
+    IKVProjectData& project = session.Project();
+    EventPrinter events(project, options.events);
+    if (!options.format.empty()) SetMember(project, "DiscFormat", options.format);
+    const std::string label =
+        options.label.empty() ? std::filesystem::path(options.file).stem().string() : options.label;
+    SetMember(project, "Label", label);
+    SetMember(project, "DisplayName", label);
+    for (const std::string& clip : options.titles)
+        AddClip(events, clip);
+    for (const std::string& file : options.dataFiles)
+        AddDataFile(project, file);
+    // The first clip has been measured by now; what the person says goes before it.
+    events.WaitForAll();
+    if (!options.standard.empty()) SetMember(project, "TVStandard", options.standard);
+    session.Save(options.file);
+    events.WaitForAll();
+    return 0;
+}
+
+int RunShow(const FileOptions& options, bool json)
+{
+    Session session;
+    EventPrinter events(session.Project(), options.events);
+    session.Load(options.file);
+    events.WaitForAll();
+    const Json tree = ReadTree(session.Project());
+    if (json) {
+        std::cout << tree.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    } else {
+        PrintTree(tree, std::cout);
+    }
+    return 0;
+}
+
+int RunGet(const FileOptions& options, const std::string& path)
+{
+    Session session;
+    session.Load(options.file);
+    std::cout << ValueText(GetMember(session.Project(), path)) << '\n';
+    return 0;
+}
+
+int RunSet(const FileOptions& options, const std::vector<std::string>& assignments)
+{
+    Session session;
+    session.Load(options.file);
+    EventPrinter events(session.Project(), options.events);
+    for (const std::string& assignment : assignments) {
+        const std::size_t equals = assignment.find('=');
+        if (equals == assignment.npos) throw Failure("'" + assignment + "' is not of the form PATH=VALUE");
+        SetMember(session.Project(), std::string_view(assignment).substr(0, equals),
+                  std::string_view(assignment).substr(equals + 1));
+    }
+    session.Save(options.file);
+    events.WaitForAll();
+    return 0;
+}
+
+int RunCheck(const FileOptions& options)
+{
+    const std::vector<std::string> faults = CheckFile(options.file);
+    for (const std::string& fault : faults)
+        std::cout << fault << '\n';
+    if (faults.empty()) std::cout << options.file << ": nothing wrong\n";
+    return faults.empty() ? 0 : kFault;
+}
+
+int RunRegistration(bool add)
+{
+    for (const std::string& library : {ProjectLibrary(), EngineLibrary()}) {
+        const std::u16string path = kv::ToUtf16(library);
+        Require(add ? kv::RegisterServer(path) : kv::UnregisterServer(path),
+                (add ? "cannot register " : "cannot unregister ") + library);
+        std::cout << (add ? "registered " : "unregistered ") << library << '\n';
+    }
+    return 0;
+}
+
+int Run(int argc, char** argv)
+{
+    CLI::App app("Makes, shows, edits and checks disc project files.", "kvproject");
+    app.require_subcommand(1);
+    app.footer("PATH names a member: Label, titles[1].Label, dataFiles[1].DestPath, encoding.VideoBitrate,\n"
+               "titles[2].encoding.SyncToProject. Lists count from 1. A VALUE is a text, a number, true or\n"
+               "false, or the name of an enumerator such as PAL; flags are joined by |.\n"
+               "Exit codes: 0 done, 1 something is wrong (a message tells what), 2 wrong usage.");
+    std::function<int()> run;
+
+    auto made = std::make_shared<NewOptions>();
+    CLI::App* make = app.add_subcommand("new", "Make a project file");
+    AddFileOptions(*make, *made, true);
+    make->add_option("--format", made->format, "Disc format, such as DVD_Video or AVCHD");
+    make->add_option("--standard", made->standard, "NTSC or PAL; without it the first clip decides");
+    make->add_option("--label", made->label, "Label and name of the project; without it the name of the file");
+    make->add_option("--title", made->titles, "A clip to add as a title (repeatable)")->allow_extra_args(false);
+    make->add_option("--data-file", made->dataFiles, "SOURCE or SOURCE=DESTINATION (repeatable)")
+        ->allow_extra_args(false);
+    make->callback([&run, made] { run = [made] { return RunNew(*made); }; });
+
+    auto shown = std::make_shared<FileOptions>();
+    auto json = std::make_shared<bool>(false);
+    CLI::App* show = app.add_subcommand("show", "Show a project as a tree");
+    AddFileOptions(*show, *shown, true);
+    show->add_flag("--json", *json, "As JSON");
+    show->callback([&run, shown, json] { run = [shown, json] { return RunShow(*shown, *json); }; });
+
+    auto read = std::make_shared<FileOptions>();
+    auto path = std::make_shared<std::string>();
+    CLI::App* get = app.add_subcommand("get", "Print one value");
+    AddFileOptions(*get, *read, false);
+    get->add_option("PATH", *path, "The member")->required();
+    get->callback([&run, read, path] { run = [read, path] { return RunGet(*read, *path); }; });
+
+    auto changed = std::make_shared<FileOptions>();
+    auto assignments = std::make_shared<std::vector<std::string>>();
+    CLI::App* set = app.add_subcommand("set", "Change values and save; nothing is saved when one of them is refused");
+    AddFileOptions(*set, *changed, true);
+    set->add_option("PATH=VALUE", *assignments, "The changes, made in order")->required();
+    set->callback(
+        [&run, changed, assignments] { run = [changed, assignments] { return RunSet(*changed, *assignments); }; });
+
+    auto checked = std::make_shared<FileOptions>();
+    CLI::App* check =
+        app.add_subcommand("check", "Tell what is wrong with a project file; exit code 1 when anything is");
+    AddFileOptions(*check, *checked, false);
+    check->callback([&run, checked] { run = [checked] { return RunCheck(*checked); }; });
+
+    app.add_subcommand("idl", "Print the type library as IDL text")->callback([&run] {
+        run = [] {
+            PrintIdl(ProjectLibrary(), std::cout);
+            return 0;
+        };
+    });
+    app.add_subcommand("register", "Register the libraries for all hosts of this user or machine")->callback([&run] {
+        run = [] { return RunRegistration(true); };
+    });
+    app.add_subcommand("unregister", "Take the registration back")->callback([&run] {
+        run = [] { return RunRegistration(false); };
+    });
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kUsage;
+    }
+    return run();
+}
+
+} // namespace
+} // namespace kvproject
+
+int main(int argc, char** argv)
+{
+    try {
+        const int result = kvproject::Run(argc, argv);
+        std::cout.flush();
+        if (!std::cout) throw kvproject::Failure("cannot write the output");
+        return result;
+    } catch (const std::exception& error) {
+        std::cerr << "kvproject: " << error.what() << '\n';
+        return kvproject::kFault;
+    }
+}
