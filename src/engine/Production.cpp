@@ -116,13 +116,8 @@ HRESULT CProduction::GetPanelBaseObject(LONG lIndex, IUnknown** ppPanel)
 HRESULT CProduction::DeletePanel(LONG lIndex)
 {
     return Guarded([&]() -> HRESULT {
+        if (!IsOpen()) return ZXE_E_NOT_OPEN;
         PanelEdit edit{nullptr, lIndex, false};
-        {
-            const SectionLock lock(m_section);
-            if (!m_open) return ZXE_E_NOT_OPEN;
-            if (lIndex < 0 || static_cast<std::size_t>(lIndex) >= m_panels.size()) return E_INVALIDARG;
-            edit.panel = m_panels[static_cast<std::size_t>(lIndex)];
-        }
         return Apply(edit);
     });
 }
@@ -156,6 +151,10 @@ HRESULT CProduction::Apply(PanelEdit& edit)
             index = edit.index < 0 ? end : std::min(edit.index, end);
             m_panels.insert(m_panels.begin() + index, edit.panel);
         } else {
+            if (!edit.panel) {
+                if (edit.index < 0 || static_cast<std::size_t>(edit.index) >= m_panels.size()) return E_INVALIDARG;
+                edit.panel = m_panels[static_cast<std::size_t>(edit.index)];
+            }
             const auto found = std::ranges::find(m_panels, edit.panel);
             if (found == m_panels.end()) return E_UNEXPECTED;
             index = static_cast<LONG>(found - m_panels.begin());

@@ -56,7 +56,7 @@ private:
         bool stereoscopic = false;
     };
 
-    /// A panel that is to come to a place, or is to leave it.
+    /// A panel that is to come to a place, or is to leave it; without a panel, the one in that place leaves.
     struct PanelEdit {
         ComPtr<CPanel> panel;
         LONG index;
@@ -69,8 +69,8 @@ private:
     template <class T>
     HRESULT PutSetting(T Settings::*setting, T value);
 
-    /// Makes the edit and turns it into the one that takes it back. E_UNEXPECTED when the panel to remove
-    /// is not there any more.
+    /// Makes the edit and turns it into the one that takes it back. E_INVALIDARG for a place without a panel,
+    /// E_UNEXPECTED when the panel to remove is not there any more.
     HRESULT Apply(PanelEdit& edit);
 
     /// Tells the sinks what can be undone from now on, and gives the result on.

@@ -84,6 +84,12 @@ bool RecordingSink::WaitFor(DISPID id, std::chrono::milliseconds time)
     });
 }
 
+bool RecordingSink::WaitFor(const ReceivedEvent& awaited, std::chrono::milliseconds time)
+{
+    std::unique_lock lock(m_mutex);
+    return m_arrived.wait_for(lock, time, [&] { return std::ranges::find(m_events, awaited) != m_events.end(); });
+}
+
 Connection::Connection(IKVProjectData& project, RecordingSink& sink)
 {
     const auto container = Query<IConnectionPointContainer>(&project);
@@ -99,11 +105,11 @@ Connection::~Connection()
 
 std::vector<ReceivedEvent> Delivered(IKVProjectData& project, RecordingSink& sink)
 {
-    constexpr LONG kFence = 0x7e5c;
-    EXPECT_EQ(S_OK, project.BroadcastMessage(kFence, 0, 0));
-    EXPECT_TRUE(sink.WaitFor(EVENT_MessageBroadcast));
+    const ReceivedEvent fence = Event(EVENT_MessageBroadcast, {0x7e5c, 0, 0});
+    EXPECT_EQ(S_OK, project.BroadcastMessage(fence.arguments[0], fence.arguments[1], fence.arguments[2]));
+    EXPECT_TRUE(sink.WaitFor(fence));
     std::vector<ReceivedEvent> events = sink.Take();
-    std::erase(events, Event(EVENT_MessageBroadcast, {kFence, 0, 0}));
+    std::erase(events, fence);
     std::erase_if(events, [](const ReceivedEvent& event) {
         return event.id == EVENT_EmptyQueue || event.id == EVENT_ProjectChangeList;
     });

@@ -70,6 +70,8 @@ public:
 
     /// Waits until an event with this ID arrived; false after the time.
     bool WaitFor(DISPID id, std::chrono::milliseconds time = std::chrono::seconds(20));
+    /// Waits until this very event arrived.
+    bool WaitFor(const ReceivedEvent& awaited, std::chrono::milliseconds time = std::chrono::seconds(20));
 
 private:
     Hook m_hook;

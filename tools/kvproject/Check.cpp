@@ -66,7 +66,7 @@ ComPtr<IXMLDOMDocument> NewDocument()
 
 ComPtr<IXMLDOMDocument> Parse(const std::string& file)
 {
-    const auto document = NewDocument();
+    auto document = NewDocument();
     VARIANT_BOOL parsed = VARIANT_FALSE;
     document->load(kv::Variant(kv::ToUtf16(file)), &parsed);
     if (!parsed) throw Failure("cannot load " + file + ": " + ParseFailure(file));
@@ -76,7 +76,7 @@ ComPtr<IXMLDOMDocument> Parse(const std::string& file)
 /// The project as the library writes it again.
 ComPtr<IXMLDOMDocument> WriteAgain(IKVProjectData& project)
 {
-    const auto document = NewDocument();
+    auto document = NewDocument();
     ComPtr<IXMLDOMElement> root;
     Require(document->createElement(kv::Bstr(u"Root").Get(), root.Put()), "cannot create a document");
     Require(document->putref_documentElement(root.Get()), "cannot create a document");

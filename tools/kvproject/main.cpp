@@ -62,6 +62,8 @@ void AddClip(EventPrinter& events, const std::string& clip)
     const auto title = events.AddTitle(kv::Bstr(kv::ToUtf16(clip)).Get());
     const std::string name = std::filesystem::path(clip).stem().string();
     Require(title->put_Label(kv::Bstr(kv::ToUtf16(name)).Get()), "cannot name the title");
+    // The first clip is measured while it is the only one.
+    events.WaitForAll();
 }
 
 int RunNew(const NewOptions& options)
@@ -78,8 +80,7 @@ int RunNew(const NewOptions& options)
         AddClip(events, clip);
     for (const std::string& file : options.dataFiles)
         AddDataFile(project, file);
-    // The first clip has been measured by now; what the person says goes before it.
-    events.WaitForAll();
+    // What the person says goes before what the first clip measures.
     if (!options.standard.empty()) SetMember(project, "TVStandard", options.standard);
     session.Save(options.file);
     events.WaitForAll();

@@ -144,7 +144,9 @@ class ArchivedNode : public Base {
 public:
     void GetAttributes(AttributeMap& attributes) final
     {
+        constexpr std::size_t kUsualCount = 16;
         attributes.Clear();
+        attributes.Reserve(kUsualCount);
         AttributeWriter writer(attributes);
         static_cast<Derived&>(*this).Attributes(writer);
     }

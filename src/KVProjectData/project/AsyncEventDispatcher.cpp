@@ -1,7 +1,7 @@
 #include "KVProjectData/project/AsyncEventDispatcher.h"
 
 #include "KVProjectData/ResultCodes.h"
-#include "platform/com/Error.h"
+#include "platform/com/Object.h"
 #include "platform/system/CriticalSection.h"
 #include "platform/system/Event.h"
 #include "platform/system/Thread.h"
@@ -39,6 +39,7 @@ struct CAsyncEventDispatcher::Worker {
 
 void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
 {
+    const ModuleLock loaded;
     std::vector<EventRecord> batch;
     while (state == State::Running) {
         {

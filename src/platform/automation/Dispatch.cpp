@@ -1,5 +1,6 @@
 #include "platform/automation/Dispatch.h"
 
+#include "platform/automation/Names.h"
 #include "platform/com/Error.h"
 
 #include <algorithm>
@@ -8,19 +9,6 @@ namespace kv {
 namespace {
 
 constexpr WORD kKnownFlags = DISPATCH_METHOD | DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
-
-char16_t Fold(char16_t c)
-{
-    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
-}
-
-/// Names of members are ASCII; case does not matter.
-bool SameName(std::string_view name, std::u16string_view text)
-{
-    return std::equal(name.begin(), name.end(), text.begin(), text.end(), [](char left, char16_t right) {
-        return Fold(static_cast<char16_t>(static_cast<unsigned char>(left))) == Fold(right);
-    });
-}
 
 const MemberDescription* FindMember(const InterfaceDescription& description, DISPID id, WORD flags)
 {
@@ -72,12 +60,13 @@ HRESULT InvokeMember(const InterfaceDescription& description, void* self, DISPID
                      DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, ULONG* badArgument)
 {
     return Guarded([&] {
+        if (result) VariantInit(result);
+        if (exception) *exception = {};
         if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
         if (!params || (params->cArgs && !params->rgvarg) || (params->cNamedArgs && !params->rgdispidNamedArgs)) {
             return E_POINTER;
         }
         if (!(flags & kKnownFlags)) return E_INVALIDARG;
-        if (exception) *exception = {};
         const MemberDescription* found = FindMember(description, member, flags);
         if (!found) return DISP_E_MEMBERNOTFOUND;
         if (params->cArgs > found->parameterCount || params->cNamedArgs > params->cArgs) return DISP_E_BADPARAMCOUNT;
@@ -89,10 +78,12 @@ HRESULT InvokeMember(const InterfaceDescription& description, void* self, DISPID
         HRESULT outcome = Arrange(*found, *params, list, badArgument);
         if (FAILED(outcome)) return outcome;
 
-        if (result) VariantInit(result);
         outcome = found->thunk(self, list, result);
         if (list.bad != ArgumentList::kNone) {
-            if (outcome == DISP_E_PARAMNOTOPTIONAL && params->cNamedArgs == 0) return DISP_E_BADPARAMCOUNT;
+            // Too few arguments, as opposed to one that was left out on purpose.
+            if (outcome == DISP_E_PARAMNOTOPTIONAL && params->cNamedArgs == 0 && list.bad >= params->cArgs) {
+                return DISP_E_BADPARAMCOUNT;
+            }
             if (badArgument && list.values[list.bad]) {
                 *badArgument = static_cast<ULONG>(list.values[list.bad] - params->rgvarg);
             }

@@ -45,7 +45,10 @@ public:
     {
         if (!value) return optional ? S_OK : DISP_E_PARAMNOTOPTIONAL;
         if constexpr (std::is_same_v<T, VARIANT>) {
-            m_value = *value;
+            // Scripts pass their variables by reference.
+            const bool variable = value->vt == (VT_VARIANT | VT_BYREF);
+            if (variable && !value->pvarVal) return E_INVALIDARG;
+            m_value = variable ? *value->pvarVal : *value;
             return S_OK;
         } else if constexpr (std::is_enum_v<T>) {
             LONG number = 0;
@@ -167,10 +170,11 @@ public:
     HRESULT Load(VARIANT* value, bool optional, bool isResult)
     {
         if (!value) return optional || isResult ? S_OK : DISP_E_PARAMNOTOPTIONAL;
-        if (value->vt == (ResultType<T>() | VT_BYREF)) {
-            m_target = static_cast<T*>(value->byref);
-        } else if (value->vt == (VT_VARIANT | VT_BYREF) && ResultType<T>() != VT_RECORD) {
+        // A variable gives up its old value, and only when the call succeeds.
+        if (value->vt == (VT_VARIANT | VT_BYREF) && ResultType<T>() != VT_RECORD) {
             m_variant = value->pvarVal;
+        } else if (value->vt == (ResultType<T>() | VT_BYREF)) {
+            m_target = static_cast<T*>(value->byref);
         } else {
             return DISP_E_TYPEMISMATCH;
         }
@@ -186,6 +190,8 @@ public:
             const HRESULT result = VariantChangeType(&text, m_variant, 0, VT_BSTR);
             if (SUCCEEDED(result)) std::swap(m_value, text.bstrVal);
             return result;
+        } else if constexpr (std::is_same_v<T, VARIANT>) {
+            return VariantCopyInd(&m_value, m_variant);
         } else {
             return DISP_E_TYPEMISMATCH;
         }
@@ -258,7 +264,7 @@ private:
         // Stops at the first argument that does not fit.
         if (!(load.template operator()<Arguments>(std::get<I>(holders), I) && ...)) return loaded;
         const HRESULT called = (static_cast<Owner*>(self)->*Function)(std::get<I>(holders).Pass()...);
-        (Finish<Arguments>(std::get<I>(holders), called, I + 1 == sizeof...(I) ? result : nullptr), ...);
+        (Finish<Arguments>(std::get<I>(holders), called, list.retval == I ? result : nullptr), ...);
         return called;
     }
 

@@ -16,6 +16,13 @@ enum TYPEKIND : LONG {
     TKIND_COCLASS = 5,
 };
 
+/// The values are those of the DISPATCH_ flags.
+enum INVOKEKIND : LONG {
+    INVOKE_FUNC = 1,
+    INVOKE_PROPERTYGET = 2,
+    INVOKE_PROPERTYPUT = 4,
+};
+
 inline constexpr WORD PARAMFLAG_FIN = 0x1;
 inline constexpr WORD PARAMFLAG_FOUT = 0x2;
 inline constexpr WORD PARAMFLAG_FRETVAL = 0x8;
@@ -45,8 +52,7 @@ struct ELEMDESC {
 
 struct FUNCDESC {
     DISPID memid;
-    /// DISPATCH_METHOD, DISPATCH_PROPERTYGET or DISPATCH_PROPERTYPUT.
-    WORD invkind;
+    INVOKEKIND invkind;
     SHORT cParams;
     SHORT cParamsOpt;
     /// Bytes from the start of the interface's table.
@@ -119,12 +125,16 @@ struct ITypeLib : IUnknown {
     virtual HRESULT GetLibAttr(TLIBATTR** attributes) = 0;
     /// Of a type, or of the library for -1. Both out-pointers may be null.
     virtual HRESULT GetDocumentation(LONG index, BSTR* name, BSTR* help) = 0;
-    /// Whether a type or a member is called so, without regard to case.
+    /// Whether a type, a member, an enumerator or a field is called so, without regard to case.
     virtual HRESULT IsName(const OLECHAR* name, BOOL* is) = 0;
+    /// The types that are called so (their member is then DISPID_UNKNOWN) or that have a member of that name. `count`
+    /// is the room in both arrays, then how many were found. The hash is not needed.
+    virtual HRESULT FindName(const OLECHAR* name, ULONG hash, ITypeInfo** infos, DISPID* members, USHORT* count) = 0;
     virtual void ReleaseTLibAttr(TLIBATTR* attributes) = 0;
 };
 
-/// Reads the type library of a server library, which stays loaded. TYPE_E_CANTLOADLIBRARY when there is none.
+/// Reads the type library of a server library, which stays loaded while the type library or a type of it is in use.
+/// TYPE_E_CANTLOADLIBRARY when there is none.
 KV_EXPORT HRESULT LoadTypeLib(const OLECHAR* path, ITypeLib** library);
 
 /// Finds a registered type library. TYPE_E_LIBNOTREGISTERED when there is none of that version.

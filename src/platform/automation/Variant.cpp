@@ -45,7 +45,7 @@ HRESULT Follow(const VARIANT& source, VARIANT& view)
     if (!place) return E_INVALIDARG;
     view.vt = static_cast<VARTYPE>(view.vt & ~VT_BYREF);
     view.ullVal = 0;
-    std::memcpy(&view.ullVal, place, view.vt & VT_ARRAY ? sizeof(SAFEARRAY*) : kv::ValueSize(view.vt));
+    std::memcpy(&view.ullVal, place, view.vt & VT_ARRAY ? sizeof(void*) : kv::ValueSize(view.vt));
     return S_OK;
 }
 

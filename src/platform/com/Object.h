@@ -13,6 +13,15 @@ namespace kv {
 /// Live objects and server locks of the library that this is compiled into: one counter a library.
 inline std::atomic<LONG> g_moduleLocks{0};
 
+/// Keeps the library loaded for a scope.
+class ModuleLock {
+public:
+    ModuleLock() { ++g_moduleLocks; }
+    ModuleLock(const ModuleLock&) = delete;
+    ModuleLock& operator=(const ModuleLock&) = delete;
+    ~ModuleLock() { --g_moduleLocks; }
+};
+
 /// A component object that answers for `Interfaces` and the interfaces they extend.
 ///
 /// Its count starts at 1, owned by whoever made it. Given an outer object it is an inner object of

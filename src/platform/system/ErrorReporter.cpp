@@ -55,12 +55,12 @@ std::string ZXUErrResultStr(ErrorPlace place, std::string_view expression, HRESU
     return Line(place, std::string(expression) + " = " + code);
 }
 
-void ZXUReportError(std::string line)
+void ZXUReportError(std::string_view line)
 {
     std::function<void(std::string_view)> report;
     {
         const SectionLock lock(Shared().section);
-        Shared().lines.push_back(line);
+        Shared().lines.emplace_back(line);
         if (Shared().lines.size() > kStackSize) Shared().lines.pop_front();
         report = Shared().report;
     }

@@ -28,7 +28,7 @@ KV_EXPORT std::string ZXUErrNullStr(ErrorPlace place, std::string_view parameter
 KV_EXPORT std::string ZXUErrResultStr(ErrorPlace place, std::string_view expression, HRESULT result);
 
 /// Keeps a line on the error stack, which holds the newest ones, and hands it to the host's hook.
-KV_EXPORT void ZXUReportError(std::string line);
+KV_EXPORT void ZXUReportError(std::string_view line);
 
 /// The lines since the last clearing, oldest first.
 KV_EXPORT std::vector<std::string> ZXUErrorStack();

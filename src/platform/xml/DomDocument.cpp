@@ -84,25 +84,26 @@ struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-/// Throws Error with the system's code, or XmlError for a file that is too large.
-std::string ReadFile(const std::string& path)
+/// The text of a file. Throws Error with the system's code, or XmlError for a file that is none.
+std::string ReadXmlFile(const std::string& path)
 {
     const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rbe"));
     struct stat facts {};
     if (!file || fstat(fileno(file.get()), &facts) != 0) throw Error(ResultFromErrno(errno));
     if (!S_ISREG(facts.st_mode)) throw Error(E_ACCESSDENIED);
     if (static_cast<std::size_t>(facts.st_size) > kMaxXmlSize) throw XmlError{"the document is too large", 0};
-    std::string bytes(static_cast<std::size_t>(facts.st_size), '\0');
-    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
+    const auto size = static_cast<std::size_t>(facts.st_size);
+    const auto bytes = std::make_unique_for_overwrite<char[]>(size);
+    const std::size_t read = std::fread(bytes.get(), 1, size, file.get());
     if (std::ferror(file.get())) throw Error(ResultFromErrno(errno));
-    return bytes;
+    return DecodeXml({bytes.get(), read});
 }
 
 /// Builds the tree of a checked text.
-std::shared_ptr<DomTree> BuildTree(std::string_view text)
+std::shared_ptr<DomTree> BuildTree(std::string text)
 {
     auto tree = std::make_shared<DomTree>();
-    const pugi::xml_parse_result result = tree->Parse(text);
+    const pugi::xml_parse_result result = tree->Parse(std::move(text));
     if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
     if (!result) throw XmlError{"the document is not well-formed", static_cast<std::size_t>(result.offset)};
     return tree;
@@ -122,34 +123,37 @@ bool SaysUtf16(pugi::xml_node document)
     return false;
 }
 
-/// Appends UTF-8 as UTF-16, little-endian.
+/// Appends well-formed UTF-8 as UTF-16, little-endian.
 void AppendUtf16(std::string_view utf8, std::vector<char>& bytes)
 {
-    const auto append = [&](char32_t unit) {
-        bytes.push_back(static_cast<char>(unit & 0xff));
-        bytes.push_back(static_cast<char>(unit >> 8));
+    const std::size_t start = bytes.size();
+    // No character takes more units than it takes bytes.
+    bytes.resize(start + 2 * utf8.size());
+    char* out = bytes.data() + start;
+    const auto put = [&out](char32_t unit) {
+        *out++ = static_cast<char>(unit & 0xff);
+        *out++ = static_cast<char>(unit >> 8);
     };
     for (std::size_t i = 0; i < utf8.size();) {
         const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(utf8[i + k]); };
         const unsigned first = byte(0);
         if (first < 0x80) {
-            append(first);
+            put(first);
             i += 1;
         } else if (first < 0xe0) {
-            append((first & 0x1fu) << 6 | (byte(1) & 0x3fu));
+            put((first & 0x1fu) << 6 | (byte(1) & 0x3fu));
             i += 2;
         } else if (first < 0xf0) {
-            append((first & 0x0fu) << 12 | (byte(1) & 0x3fu) << 6 | (byte(2) & 0x3fu));
+            put((first & 0x0fu) << 12 | (byte(1) & 0x3fu) << 6 | (byte(2) & 0x3fu));
             i += 3;
         } else {
-            const char32_t c =
-                ((first & 0x07u) << 18 | (byte(1) & 0x3fu) << 12 | (byte(2) & 0x3fu) << 6 | (byte(3) & 0x3fu)) -
-                0x10000;
-            append(0xd800 + (c >> 10));
-            append(0xdc00 + (c & 0x3ff));
+            const char32_t c = ((first & 0x07u) << 18 | (byte(1) & 0x3fu) << 12 | (byte(2) & 0x3fu) << 6 | (byte(3) & 0x3fu)) - 0x10000;
+            put(0xd800 + (c >> 10));
+            put(0xdc00 + (c & 0x3ff));
             i += 4;
         }
     }
+    bytes.resize(static_cast<std::size_t>(out - bytes.data()));
 }
 
 pugi::xml_node_type NodeTypeOf(const VARIANT& type)
@@ -337,7 +341,7 @@ HRESULT DomDocument::Parse(std::u16string_view url, const std::function<std::str
         try {
             text = read();
             CheckXml(text);
-            tree = BuildTree(text);
+            tree = BuildTree(std::move(text));
         } catch (const XmlError& error) {
             facts = FactsOf(error, text);
         } catch (const Error& error) {
@@ -359,7 +363,7 @@ HRESULT DomDocument::load(VARIANT source, VARIANT_BOOL* success)
     if (source.vt != VT_BSTR) return E_INVALIDARG;
     const std::u16string_view path = View(source.bstrVal);
     return Parse(
-        path, [&] { return DecodeXml(ReadFile(ToHostPath(path))); }, success);
+        path, [&] { return ReadXmlFile(ToHostPath(path)); }, success);
 }
 
 HRESULT DomDocument::loadXML(BSTR xml, VARIANT_BOOL* success)

@@ -6,7 +6,7 @@
 
 namespace kv {
 
-DomNodeList::DomNodeList(DomObject& owner, std::vector<DomPlace> places)
+DomNodeList::DomNodeList(DomObject& owner, const std::vector<DomPlace>& places)
 {
     m_nodes.reserve(places.size());
     for (const DomPlace& place : places)

@@ -11,7 +11,7 @@ namespace kv {
 class DomNodeList final : public Object<IXMLDOMNodeList> {
 public:
     /// `owner` is a node of the tree, and kept alive.
-    DomNodeList(DomObject& owner, std::vector<DomPlace> places);
+    DomNodeList(DomObject& owner, const std::vector<DomPlace>& places);
 
     HRESULT get_item(LONG index, IXMLDOMNode** node) override;
     HRESULT get_length(LONG* length) override;

@@ -3,6 +3,8 @@
 #include "platform/xml/DomLists.h"
 #include "platform/xml/XmlText.h"
 
+#include <cstring>
+
 namespace kv {
 namespace {
 
@@ -26,13 +28,6 @@ private:
     std::string m_long;
 };
 
-void Write(pugi::xml_node element, const char* name, std::string_view value)
-{
-    pugi::xml_attribute attribute = element.attribute(name);
-    if (!attribute) attribute = element.append_attribute(name);
-    if (!attribute || !attribute.set_value(value.data(), value.size())) throw std::bad_alloc();
-}
-
 void CollectByName(pugi::xml_node node, std::string_view name, std::vector<DomPlace>& found)
 {
     for (pugi::xml_node child : node.children()) {
@@ -51,6 +46,20 @@ void RemoveAttribute(DomTree& tree, pugi::xml_node element, pugi::xml_attribute 
         object->MoveTo({holder, holder.append_copy(attribute)});
     }
     element.remove_attribute(attribute);
+    if (DomObject* object = tree.Find({element, {}})) object->AttributeRemoved();
+}
+
+void DomElement::Write(const char* name, std::string_view value)
+{
+    // A writer that names its attributes in order needs no search for one that is there already.
+    const bool inOrder = m_newest && m_newest == m_place.node.last_attribute() && std::strcmp(m_newest.name(), name) < 0;
+    pugi::xml_attribute attribute = inOrder ? pugi::xml_attribute() : m_place.node.attribute(name);
+    if (!attribute) {
+        const bool first = !m_place.node.first_attribute();
+        attribute = m_place.node.append_attribute(name);
+        m_newest = inOrder || first ? attribute : pugi::xml_attribute();
+    }
+    if (!attribute || !attribute.set_value(value.data(), value.size())) throw std::bad_alloc();
 }
 
 HRESULT DomElement::getAttribute(BSTR name, VARIANT* value)
@@ -70,7 +79,7 @@ HRESULT DomElement::setAttribute(BSTR name, VARIANT value)
 {
     return Guarded([&] {
         const std::string checked = XmlNameOf(name);
-        Write(m_place.node, checked.c_str(), XmlTextOf(value));
+        Write(checked.c_str(), XmlTextOf(value));
         return S_OK;
     });
 }
@@ -92,7 +101,7 @@ HRESULT DomElement::getElementsByTagName(BSTR name, IXMLDOMNodeList** nodes)
         *nodes = nullptr;
         std::vector<DomPlace> found;
         CollectByName(m_place.node, ToUtf8(View(name)), found);
-        return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, std::move(found))).CopyTo(nodes);
+        return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, found)).CopyTo(nodes);
     });
 }
 
@@ -118,7 +127,7 @@ HRESULT DomElement::WriteAttribute(std::string_view name, std::string_view value
 {
     return Guarded([&] {
         if (!IsXmlName(name) || !IsXmlUtf8(value)) return E_INVALIDARG;
-        Write(m_place.node, Terminated(name).Get(), value);
+        Write(Terminated(name).Get(), value);
         return S_OK;
     });
 }
@@ -127,7 +136,7 @@ HRESULT DomElement::WriteValue(std::string_view name, const VARIANT& value)
 {
     return Guarded([&] {
         if (!IsXmlName(name)) return E_INVALIDARG;
-        Write(m_place.node, Terminated(name).Get(), XmlTextOf(value));
+        Write(Terminated(name).Get(), XmlTextOf(value));
         return S_OK;
     });
 }

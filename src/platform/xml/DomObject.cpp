@@ -216,7 +216,7 @@ HRESULT DomObject::Children(IXMLDOMNodeList** children)
                 if (!m_tree->IsHidden(child)) places.push_back({child, {}});
             }
         }
-        return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, std::move(places))).CopyTo(children);
+        return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, places)).CopyTo(children);
     });
 }
 
@@ -237,7 +237,9 @@ HRESULT DomObject::CheckInsertion(const DomObject& child) const
     if (IsAttribute() || child.IsAttribute() || &child.Tree() != m_tree.get()) return E_INVALIDARG;
     if (parentType != pugi::node_element && parentType != pugi::node_document) return E_INVALIDARG;
     if (node.type() == pugi::node_document) return E_INVALIDARG;
-    for (pugi::xml_node above = m_place.node; above; above = above.parent()) {
+    if (node == m_place.node) return E_INVALIDARG;
+    // A node without children stands above nothing.
+    for (pugi::xml_node above = m_place.node; above && node.first_child(); above = above.parent()) {
         if (above == node) return E_INVALIDARG;
     }
     if (parentType == pugi::node_document) {
@@ -498,7 +500,7 @@ HRESULT DomObject::SelectNodes(BSTR expression, IXMLDOMNodeList** nodes)
             if (m_tree->IsHidden(node) || (!detached && m_tree->IsDetached(node))) continue;
             places.push_back({node, found.attribute()});
         }
-        return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, std::move(places))).CopyTo(nodes);
+        return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, places)).CopyTo(nodes);
     });
 }
 

@@ -10,11 +10,12 @@ DomTree::DomTree()
     PlaceNursery();
 }
 
-pugi::xml_parse_result DomTree::Parse(std::string_view text)
+pugi::xml_parse_result DomTree::Parse(std::string text)
 {
+    m_text = std::move(text);
     constexpr unsigned kOptions = pugi::parse_default | pugi::parse_pi | pugi::parse_comments | pugi::parse_declaration;
     const pugi::xml_parse_result result =
-        m_document.load_buffer(text.data(), text.size(), kOptions, pugi::encoding_utf8);
+        m_document.load_buffer_inplace(m_text.data(), m_text.size(), kOptions, pugi::encoding_utf8);
     m_nursery = {};
     PlaceNursery();
     return result;
@@ -75,6 +76,7 @@ void DomTree::Replace(const DomPlace& from, const DomPlace& to, DomObject& objec
 void DomTree::Forget(const DomPlace& place)
 {
     m_objects.erase(place.Key());
+    if (!m_nursery.first_child()) return;
     pugi::xml_node top = place.node;
     while (top && top.parent() != m_nursery)
         top = top.parent();

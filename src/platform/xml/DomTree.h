@@ -2,7 +2,7 @@
 // The tree behind a document, and the interface objects that stand for its nodes.
 
 #include <pugixml.hpp>
-#include <string_view>
+#include <string>
 #include <unordered_map>
 
 namespace kv {
@@ -30,8 +30,8 @@ public:
     DomTree(const DomTree&) = delete;
     DomTree& operator=(const DomTree&) = delete;
 
-    /// Fills a new tree from UTF-8.
-    pugi::xml_parse_result Parse(std::string_view text);
+    /// Fills a new tree from UTF-8, whose names and values stay where they are.
+    pugi::xml_parse_result Parse(std::string text);
 
     pugi::xml_document& Document() { return m_document; }
     pugi::xml_node Nursery() const { return m_nursery; }
@@ -59,6 +59,7 @@ private:
     bool IsHeld(pugi::xml_node node) const;
     void FreeIfUnheld(pugi::xml_node detached);
 
+    std::string m_text;
     pugi::xml_document m_document;
     pugi::xml_node m_nursery;
     std::unordered_map<const void*, DomObject*> m_objects;

@@ -397,6 +397,8 @@ bool ToXmlUtf8(std::u16string_view text, std::string& utf8)
 
 bool IsXmlUtf8(std::string_view text)
 {
+    // Nearly all text is plain.
+    while (!text.empty() && text.front() >= 0x20) text.remove_prefix(1);
     while (!text.empty()) {
         std::size_t length = 1;
         if (!IsXmlChar(DecodeUtf8(text, length))) return false;
@@ -407,6 +409,8 @@ bool IsXmlUtf8(std::string_view text)
 
 bool IsXmlName(std::string_view name)
 {
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    if (!name.empty() && std::ranges::all_of(name, isLetter)) return true;
     bool first = true;
     for (std::size_t length = 0; !name.empty(); name.remove_prefix(length)) {
         const char32_t c = DecodeUtf8(name, length);

@@ -1,9 +1,23 @@
 #include "platform/xml/XmlWriter.h"
 
+#include <array>
+
 namespace kv {
 namespace {
 
-constexpr std::size_t kPiece = 64 * 1024;
+constexpr std::size_t kPiece = std::size_t{64} * 1024;
+
+using CharacterSet = std::array<bool, 256>;
+
+constexpr CharacterSet SetOf(std::string_view characters)
+{
+    CharacterSet set{};
+    for (char c : characters) set[static_cast<unsigned char>(c)] = true;
+    return set;
+}
+
+constexpr CharacterSet kSpecialInText = SetOf("&<>\r");
+constexpr CharacterSet kSpecialInAttribute = SetOf("&<>\"\t\n\r");
 
 class Writer {
 public:
@@ -108,7 +122,7 @@ private:
 
     void Escape(std::string_view text, bool attribute)
     {
-        const std::string_view special = attribute ? "&<>\"\t\n\r" : "&<>\r";
+        const auto& special = attribute ? kSpecialInAttribute : kSpecialInText;
         // White space alone would be taken for layout when it is read.
         const bool keepFirst = !attribute && text.find_first_not_of(" \t\n\r") == text.npos && !text.empty();
         if (keepFirst) {
@@ -116,9 +130,10 @@ private:
             text.remove_prefix(1);
         }
         while (true) {
-            const std::size_t at = text.find_first_of(special);
+            std::size_t at = 0;
+            while (at < text.size() && !special[static_cast<unsigned char>(text[at])]) ++at;
             m_text += text.substr(0, at);
-            if (at == text.npos) return;
+            if (at == text.size()) return;
             Reference(text[at]);
             text.remove_prefix(at + 1);
         }

@@ -16,7 +16,8 @@ thread_local bool g_outOfMemory = false;
 
 } // namespace
 
-void* operator new(std::size_t size)
+// Not inlined, so that the compiler sees pairs of new and delete rather than of new and free.
+[[gnu::noinline]] void* operator new(std::size_t size)
 {
     if (!g_outOfMemory) {
         if (void* memory = std::malloc(size ? size : 1)) return memory;
@@ -24,12 +25,12 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept
+[[gnu::noinline]] void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }

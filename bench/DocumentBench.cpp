@@ -1,0 +1,105 @@
+// Loading and saving.
+
+#include "Bench.h"
+
+#include <filesystem>
+#include <pugixml.hpp>
+
+namespace kv::bench {
+namespace {
+
+class Folder {
+public:
+    Folder()
+        : path(std::filesystem::temp_directory_path() /
+               ("kv_bench." + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count())))
+    {
+        std::filesystem::create_directory(path);
+    }
+    ~Folder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+
+    const std::filesystem::path path;
+};
+
+ComPtr<IKVFileService> Files()
+{
+    ComPtr<IKVFileService> files;
+    Must(CreateInstance(CLSID_KVFileService, files));
+    return files;
+}
+
+ComPtr<IKVProjectData> ProjectOf(int titles)
+{
+    const auto project = NewProject();
+    for (int i = 0; i < titles; ++i) {
+        ComPtr<IKVTitle> title;
+        Must(project->AddTitle(0, title.Put()));
+        Must(title->put_Label(Bstr(u"Title " + ToUtf16(std::to_string(i))).Get()));
+        DiscCommandParams command{PlayTitleFromChapter, i, 1, nullptr};
+        Must(Query<IKVCommandList>(title)->SetCommandList(1, &command));
+    }
+    return project;
+}
+
+double LoadSeconds(IKVFileService& files, const Bstr& file)
+{
+    const auto project = NewProject();
+    return Time([&] { Must(files.LoadProject(file.Get(), project.Get())); });
+}
+
+double SaveSeconds(IKVFileService& files, IKVProjectData& project, const Bstr& file)
+{
+    return Time([&] { Must(files.SaveProject(file.Get(), &project)); });
+}
+
+} // namespace
+
+void MeasureDocuments(std::vector<Row>& rows)
+{
+    constexpr int kTitles = 20'000;
+    constexpr int kFew = 1'000;
+    constexpr int kMany = 100'000;
+    const Folder folder;
+    const auto files = Files();
+    const std::string path = (folder.path / "Measured.xml").string();
+    const Bstr file(ToUtf16(path));
+
+    const auto project = ProjectOf(kTitles);
+    Must(files->SaveProject(file.Get(), project.Get()));
+    pugi::xml_document bare;
+    const Medians load = InTurn(
+        7, [&] { return 1e3 * LoadSeconds(*files, file); },
+        [&] { return 1e3 * Time([&] { Must(bare.load_file(path.c_str()) ? S_OK : E_FAIL); }); });
+    rows.push_back({"load of 20,000 titles | bare parse of the file", "ms", load.ours, load.yardstick, 6});
+
+    const std::string barePath = (folder.path / "Bare.xml").string();
+    const Medians save = InTurn(
+        7, [&] { return 1e3 * SaveSeconds(*files, *project, file); },
+        [&] {
+            return 1e3 * Time([&] {
+                       Must(bare.save_file(barePath.c_str(), "  ", pugi::format_default, pugi::encoding_utf16_le)
+                                ? S_OK
+                                : E_FAIL);
+                   });
+        });
+    rows.push_back({"save of 20,000 titles | bare save of the tree", "ms", save.ours, save.yardstick, 3});
+
+    const Bstr fewFile((folder.path / "Few.xml").u16string());
+    const Bstr manyFile((folder.path / "Many.xml").u16string());
+    const auto few = ProjectOf(kFew);
+    const auto many = ProjectOf(kMany);
+    const Medians saves = InTurn(
+        5, [&] { return 1e6 / kMany * SaveSeconds(*files, *many, manyFile); },
+        [&] { return Median(21, [&] { return 1e6 / kFew * SaveSeconds(*files, *few, fewFile); }); });
+    rows.push_back({"save, a title of 100,000 | a title of 1,000", "us", saves.ours, saves.yardstick, 1.3});
+    const Medians loads = InTurn(
+        5, [&] { return 1e6 / kMany * LoadSeconds(*files, manyFile); },
+        [&] { return Median(21, [&] { return 1e6 / kFew * LoadSeconds(*files, fewFile); }); });
+    rows.push_back({"load, a title of 100,000 | a title of 1,000", "us", loads.ours, loads.yardstick, 1.3});
+}
+
+} // namespace kv::bench

@@ -1,0 +1,325 @@
+#include "platform/automation/ErrorInfo.h"
+#include "platform/system/Window.h"
+#include "support/Host.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <map>
+#include <thread>
+
+namespace kv::test {
+namespace {
+
+class EventsTest : public testing::Test {
+protected:
+    std::vector<ReceivedEvent> Events() { return Delivered(*project, *sink); }
+
+    ComPtr<IKVProjectData> project = NewProject();
+    ComPtr<RecordingSink> sink = Make<RecordingSink>();
+    Connection connection{*project, *sink};
+};
+
+TEST_F(EventsTest, SettersTellTheirPropertyOnceAndInOrder)
+{
+    using Put = std::function<HRESULT(IKVProjectData&)>;
+    const std::vector<std::pair<Put, std::vector<ReceivedEvent>>> setters{
+        {[](auto& p) { return p.put_IsOnDisc(VARIANT_TRUE); }, {Event(EVENT_VolumePropChanged, {27})}},
+        {[](auto& p) { return p.put_ProjectSize(5); }, {Event(EVENT_VolumePropChanged, {34})}},
+        {[](auto& p) { return p.put_OnDiscSize(5); }, {Event(EVENT_VolumePropChanged, {36})}},
+        {[](auto& p) { return p.put_RemainingCaptures(5); }, {Event(EVENT_VolumePropChanged, {37})}},
+        {[](auto& p) { return p.put_DiscSize(SZ_BD25); }, {Event(EVENT_VolumePropChanged, {66})}},
+        {[](auto& p) { return p.put_FrameRate(24.0); }, {}},
+        {[](auto& p) { return p.put_ThemeSource(Str(u"t").Get()); }, {}},
+        {[](auto& p) { return p.put_MenuLess(VARIANT_TRUE); }, {}},
+        // The first recorded change makes the project dirty.
+        {[](auto& p) { return p.put_Label(Str(u"l").Get()); }, {Event(EVENT_VolumePropChanged, {11}), Event(EVENT_VolumePropChanged, {4})}},
+        {[](auto& p) { return p.put_DiscFormat(AVCHD); }, {Event(EVENT_VolumePropChanged, {20})}},
+        {[](auto& p) { return p.put_VolumeName(Str(u"v").Get()); }, {Event(EVENT_VolumePropChanged, {21})}},
+        {[](auto& p) { return p.put_TargetType(2); }, {Event(EVENT_VolumePropChanged, {24})}},
+        {[](auto& p) { return p.put_ImagePath(nullptr); }, {Event(EVENT_VolumePropChanged, {25})}},
+        {[](auto& p) { return p.put_TargetDrive(nullptr); }, {Event(EVENT_VolumePropChanged, {26})}},
+        {[](auto& p) { return p.put_Options(2); }, {Event(EVENT_VolumePropChanged, {28})}},
+        {[](auto& p) { return p.put_FitToDisc(VARIANT_TRUE); }, {Event(EVENT_VolumePropChanged, {33})}},
+        {[](auto& p) { return p.put_DisplayName(nullptr); }, {Event(EVENT_VolumePropChanged, {35})}},
+        {[](auto& p) { return p.put_DoCompression(VARIANT_FALSE); }, {Event(EVENT_VolumePropChanged, {68})}},
+        {[](auto& p) { return p.put_DiscVideoType(RealD_3D); }, {Event(EVENT_VolumePropChanged, {69})}},
+        {[](auto& p) { return p.put_TVStandard(PAL); }, {Event(EVENT_TVStandardChanged, {2})}},
+        {[](auto& p) { return p.put_ProjectDirectory(Str(u"/d").Get()); }, {Event(EVENT_ProjectDirectoryChanged, {}, u"/d")}},
+        {[](auto& p) { return p.ClearDirtyFlag(); }, {Event(EVENT_VolumePropChanged, {11})}},
+        {[](auto& p) { return p.ClearDirtyFlag(); }, {}},
+        {[](auto& p) { return p.BroadcastMessage(4, 1, 2); }, {Event(EVENT_MajorProjectChange)}},
+        {[](auto& p) { return p.BroadcastMessage(5, -1, 2); }, {Event(EVENT_MessageBroadcast, {5, -1, 2})}},
+        {[](auto& p) { return p.Clear(); }, {}},
+    };
+    std::vector<ReceivedEvent> expected;
+    for (const auto& [put, events] : setters) {
+        EXPECT_EQ(S_OK, put(*project));
+        expected.insert(expected.end(), events.begin(), events.end());
+    }
+    EXPECT_EQ(expected, Events());
+}
+
+TEST_F(EventsTest, ListsTellPositionsAsTheyWerePassed)
+{
+    ComPtr<IKVTitle> first;
+    ComPtr<IKVTitle> second;
+    ASSERT_EQ(S_OK, project->AddTitle(-1, first.Put()));
+    ASSERT_EQ(S_OK, project->AddTitle(1, second.Put()));
+    const LONG a = ValueOf(*first.Get(), &IKVTitle::get_ID);
+    const LONG b = ValueOf(*second.Get(), &IKVTitle::get_ID);
+    ASSERT_EQ(S_OK, project->MoveTitle(1, 1));
+    ASSERT_EQ(S_OK, project->MoveTitle(1, 2));
+    ASSERT_EQ(S_OK, project->RemoveTitle(a, nullptr));
+    ComPtr<IKVDataFile> file;
+    ASSERT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+    const LONG c = ValueOf(*file.Get(), &IKVDataFile::get_ID);
+    ASSERT_EQ(S_OK, project->MoveDataFile(1, 1));
+    ASSERT_EQ(S_OK, project->RemoveDataFile(1, nullptr));
+    EXPECT_EQ(KV_E_BAD_POSITION, project->MoveDataFile(1, 1));
+
+    std::vector<ReceivedEvent> events = Events();
+    std::erase_if(events, [](const ReceivedEvent& event) { return event.id == EVENT_TitleEncodingParamChanged || event.id == EVENT_VolumePropChanged; });
+    EXPECT_EQ((std::vector{Event(EVENT_TitleAdded, {a, -1}), Event(EVENT_TitleAdded, {b, 1}), Event(EVENT_TitleMoved, {b, 1, 1}),
+                           Event(EVENT_TitleMoved, {b, 1, 2}), Event(EVENT_TitleRemoved, {a}), Event(EVENT_DataFileAdded, {c, 0}),
+                           Event(EVENT_DataFileMoved, {c, 1, 1}), Event(EVENT_DataFileRemoved, {c})}),
+              events);
+}
+
+TEST_F(EventsTest, ConnectionsHaveCookiesByTheirPlace)
+{
+    EXPECT_EQ(1u, connection.Cookie());
+    IConnectionPoint& point = connection.Point();
+    DWORD cookie = 0;
+    EXPECT_EQ(E_POINTER, point.Advise(nullptr, &cookie));
+    EXPECT_EQ(E_POINTER, point.Advise(sink->Controlling(), nullptr));
+    EXPECT_EQ(CONNECT_E_CANNOTCONNECT, point.Advise(project.Get(), &cookie)) << "no event sink";
+    DWORD second = 0;
+    DWORD third = 0;
+    ASSERT_EQ(S_OK, point.Advise(sink->Controlling(), &second));
+    ASSERT_EQ(S_OK, point.Advise(sink->Controlling(), &third));
+    EXPECT_EQ(S_OK, point.Unadvise(second));
+    EXPECT_EQ(CONNECT_E_NOCONNECTION, point.Unadvise(second));
+    EXPECT_EQ(CONNECT_E_NOCONNECTION, point.Unadvise(0));
+    DWORD reused = 0;
+    ASSERT_EQ(S_OK, point.Advise(sink->Controlling(), &reused));
+    EXPECT_EQ(second, reused);
+    point.Unadvise(reused);
+    point.Unadvise(third);
+    ComPtr<IConnectionPoint> none;
+    EXPECT_EQ(CONNECT_E_NOCONNECTION, Query<IConnectionPointContainer>(project)->FindConnectionPoint(IKVTitle::IID, none.Put()));
+}
+
+TEST_F(EventsTest, AFailingSinkKeepsOneEventFromLaterSinks)
+{
+    HRESULT taken = E_FAIL;
+    EXCEPINFO info{};
+    const auto failing = Make<RecordingSink>([&](const ReceivedEvent& event) {
+        if (event.id == EVENT_TVStandardChanged) return E_ABORT;
+        // On the worker thread, after the failure.
+        if (event.id == EVENT_MajorProjectChange) taken = TakeThreadErrorInfo(&info);
+        return S_OK;
+    });
+    const Connection failingConnection(*project, *failing);
+    const auto later = Make<RecordingSink>();
+    const Connection laterConnection(*project, *later);
+    project->put_TVStandard(PAL);
+    project->BroadcastMessage(4, 0, 0);
+    Delivered(*project, *later);
+    EXPECT_EQ(S_OK, taken);
+    EXPECT_EQ(E_ABORT, info.scode);
+    const auto heard = Events();
+    EXPECT_NE(heard.end(), std::ranges::find(heard, Event(EVENT_TVStandardChanged, {2}))) << "the sink before the failing one";
+    EXPECT_FALSE(later->WaitFor(EVENT_TVStandardChanged, std::chrono::milliseconds(10)));
+}
+
+TEST_F(EventsTest, SinksMayEditTheProject)
+{
+    const auto editing = Make<RecordingSink>([&](const ReceivedEvent& event) {
+        if (event == Event(EVENT_MessageBroadcast, {1, 0, 0})) project->put_Label(Str(u"from the sink").Get());
+        return S_OK;
+    });
+    const Connection editingConnection(*project, *editing);
+    project->BroadcastMessage(1, 0, 0);
+    Delivered(*project, *editing);
+    EXPECT_EQ(u"from the sink", Text(*project.Get(), &IKVProjectData::get_Label));
+}
+
+TEST_F(EventsTest, ThreadsMayPostTogether)
+{
+    constexpr LONG kMessages = 2000;
+    const auto post = [&](LONG sender) {
+        for (LONG i = 0; i < kMessages; ++i) project->BroadcastMessage(100, sender, i);
+    };
+    std::thread first(post, 1);
+    std::thread second(post, 2);
+    first.join();
+    second.join();
+    std::map<LONG, LONG> next;
+    for (const ReceivedEvent& event : Events()) EXPECT_EQ(next[event.arguments.at(1)]++, event.arguments.at(2));
+    EXPECT_EQ((std::map<LONG, LONG>{{1, kMessages}, {2, kMessages}}), next);
+}
+
+TEST_F(EventsTest, TheHeartbeatReportsChangedObjectsInFifties)
+{
+    constexpr LONG kObjects = 120;
+    project->EnableHeartBeatEvent(VARIANT_FALSE);
+    std::vector<LONG> ids;
+    for (LONG i = 0; i < kObjects; ++i) {
+        ComPtr<IKVDataFile> file;
+        ASSERT_EQ(S_OK, project->AddDataFile(1, file.Put()));
+        ids.push_back(ValueOf(*file.Get(), &IKVDataFile::get_ID));
+        file->put_Tag(1);
+    }
+    project->BroadcastMessage(100000, 0, 0);
+    project->put_OnDiscSize(1);
+    Events();
+    std::this_thread::sleep_for(std::chrono::milliseconds(3300));
+    EXPECT_FALSE(sink->WaitFor(EVENT_EmptyQueue, std::chrono::milliseconds(1))) << "the heartbeat is off";
+
+    project->EnableHeartBeatEvent(VARIANT_TRUE);
+    std::vector<std::vector<LONG>> reports;
+    for (int tick = 0; tick < 4; ++tick) {
+        ASSERT_TRUE(sink->WaitFor(EVENT_EmptyQueue));
+        if (tick < 3) {
+            ASSERT_TRUE(sink->WaitFor(EVENT_ProjectChangeList));
+        }
+        for (const ReceivedEvent& event : sink->Take()) {
+            if (event.id == EVENT_ProjectChangeList) reports.push_back(event.arguments);
+        }
+    }
+    ASSERT_EQ(3u, reports.size()) << "an empty set is not reported";
+    EXPECT_EQ(std::vector(ids.begin(), ids.begin() + 50), reports[0]);
+    EXPECT_EQ(std::vector(ids.begin() + 50, ids.begin() + 100), reports[1]);
+    EXPECT_EQ(std::vector(ids.begin() + 100, ids.end()), reports[2]);
+}
+
+TEST(EventLifetimeTest, ReleasingAProjectDeliversNothingMore)
+{
+    auto project = NewProject();
+    std::promise<void> inside;
+    std::promise<void> go;
+    const auto sink = Make<RecordingSink>([&, first = true](const ReceivedEvent&) mutable {
+        if (std::exchange(first, false)) {
+            inside.set_value();
+            go.get_future().wait();
+        }
+        return S_OK;
+    });
+    auto connection = std::make_unique<Connection>(*project, *sink);
+    for (LONG i = 0; i < 10; ++i) project->BroadcastMessage(1, i, 0);
+    inside.get_future().wait();
+    // The worker is held in its first delivery while the last reference goes.
+    std::thread release([&] {
+        connection.reset();
+        project.Reset();
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    go.set_value();
+    release.join();
+    EXPECT_EQ(1u, sink->Take().size());
+    EXPECT_EQ(0u, FindWindow(u"KoKVProjectDataWndClass", u"KVProjectDataWnd")) << "its window is gone";
+}
+
+TEST(EventLifetimeTest, ASinkMayHoldTheLastReference)
+{
+    auto project = NewProject();
+    std::promise<void> released;
+    std::atomic<IKVProjectData*> last{nullptr};
+    const auto sink = Make<RecordingSink>([&](const ReceivedEvent&) {
+        if (IKVProjectData* held = last.exchange(nullptr)) {
+            held->Release();
+            released.set_value();
+        }
+        return S_OK;
+    });
+    ComPtr<IConnectionPoint> point;
+    DWORD cookie = 0;
+    Query<IConnectionPointContainer>(project)->FindConnectionPoint(_IKVProjectDataEvents::IID, point.Put());
+    point->Advise(sink->Controlling(), &cookie);
+    point.Reset();
+    IKVProjectData* raw = project.Detach();
+    last = raw;
+    raw->BroadcastMessage(1, 0, 0);
+    released.get_future().wait();
+}
+
+TEST(EventLifetimeTest, AProjectWithoutItsWindowIsNotCreated)
+{
+    RegisterServers();
+    SetWindowCreationHook([](const WindowClass& windowClass) {
+        EXPECT_EQ(u"KoKVProjectDataWndClass", windowClass.name);
+        return false;
+    });
+    ComPtr<IKVProjectData> project;
+    EXPECT_EQ(KV_E_NO_EVENT_WINDOW, CreateInstance(CLSID_KVProjectData, project));
+    EXPECT_FALSE(project);
+    SetWindowCreationHook(nullptr);
+}
+
+/// Measuring the clip of the first title.
+class FirstTitleTest : public EventsTest {
+protected:
+    std::string Clip(const std::string& name, const std::string& size, const std::string& rate)
+    {
+        const std::string path = (folder.Path() / name).string();
+        const std::string command = "ffmpeg -v error -y -f lavfi -i testsrc=size=" + size + ":rate=" + rate + " -t 0.4 -c:v mpeg4 " + path;
+        EXPECT_EQ(0, std::system(command.c_str()));
+        return path;
+    }
+
+    /// Adds a title that has its source before anyone is told of it.
+    void AddTitle(const std::string& source)
+    {
+        std::promise<void> ready;
+        const auto gate = Make<RecordingSink>([&, waited = false](const ReceivedEvent& event) mutable {
+            if (event.id == EVENT_TitleAdded && !std::exchange(waited, true)) ready.get_future().wait();
+            return S_OK;
+        });
+        const Connection gateConnection(*project, *gate);
+        ComPtr<IKVTitle> title;
+        ASSERT_EQ(S_OK, project->AddTitle(0, title.Put()));
+        EXPECT_EQ(S_OK, title->put_Source(Bstr(ToUtf16(source)).Get()));
+        ready.set_value();
+        Delivered(*project, *gate);
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(FirstTitleTest, ItsSizeOrRateGivesTheStandard)
+{
+    struct Case {
+        const char* size;
+        const char* rate;
+        TVStandard before;
+        TVStandard after;
+        double frameRate;
+    };
+    for (const Case& clip : {Case{"720x576", "25", NTSC, PAL, 25.0}, Case{"720x480", "30000/1001", PAL, NTSC, 30000.0 / 1001},
+                             Case{"320x240", "50", NTSC, PAL, 50.0}, Case{"320x240", "24", PAL, NTSC, 24.0}, Case{"720x480", "25", PAL, NTSC, 25.0}}) {
+        project->Clear();
+        project->put_TVStandard(clip.before);
+        Events();
+        AddTitle(Clip("clip.avi", clip.size, clip.rate));
+        const auto events = Events();
+        EXPECT_EQ(clip.after, ValueOf(*project.Get(), &IKVProjectData::get_TVStandard)) << clip.size << '@' << clip.rate;
+        EXPECT_NEAR(clip.frameRate, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate), 0.01);
+        const auto added = std::ranges::find(events, EVENT_TitleAdded, &ReceivedEvent::id);
+        EXPECT_NE(events.end(), std::find(added, events.end(), Event(EVENT_TVStandardChanged, {clip.after})));
+    }
+}
+
+TEST_F(FirstTitleTest, OtherTitlesAndUnreadableSourcesChangeNothing)
+{
+    AddTitle((folder.Path() / "missing.avi").string());
+    EXPECT_EQ(NTSC, ValueOf(*project.Get(), &IKVProjectData::get_TVStandard));
+    AddTitle(Clip("second.avi", "720x576", "25"));
+    EXPECT_EQ(NTSC, ValueOf(*project.Get(), &IKVProjectData::get_TVStandard)) << "not the first title";
+    EXPECT_EQ(29.97, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
+}
+
+} // namespace
+} // namespace kv::test

@@ -1,0 +1,109 @@
+#include "platform/com/TaskMemory.h"
+#include "support/Host.h"
+
+namespace kv::test {
+namespace {
+
+/// The commands of a list, with their fragments as text.
+std::vector<std::u16string> Commands(IUnknown* owner)
+{
+    LONG count = -1;
+    DiscCommandParams* records = nullptr;
+    EXPECT_EQ(S_OK, Query<IKVCommandList>(owner)->GetCommandList(&count, &records));
+    const UniqueTaskMem<DiscCommandParams> owned(records);
+    std::vector<std::u16string> texts;
+    for (LONG i = 0; i < count; ++i) {
+        const auto xml = ComPtr<IXMLDOMNode>::Attach(records[i].pXMLData);
+        const std::string numbers = std::to_string(records[i].cmd) + ' ' + std::to_string(records[i].lParam1) + ' ' + std::to_string(records[i].lParam2);
+        texts.push_back(ToUtf16(numbers) + (xml ? u' ' + XmlOf(*xml) : u""));
+    }
+    return texts;
+}
+
+ComPtr<IXMLDOMNode> Fragment(std::u16string_view xml)
+{
+    ComPtr<IXMLDOMElement> element;
+    EXPECT_EQ(S_OK, ParseXml(xml)->get_documentElement(element.Put()));
+    return element;
+}
+
+class CommandListTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(S_OK, project->AddTitle(0, title.Put())); }
+
+    ComPtr<IKVProjectData> project = NewProject();
+    ComPtr<IKVTitle> title;
+};
+
+TEST_F(CommandListTest, KeepsCommandsAndCopiesOfTheirXml)
+{
+    const auto fragment = Fragment(u"<file name='a.mpg'/>");
+    std::array records{DiscCommandParams{PlayClip, 1, 2, fragment.Get()}, DiscCommandParams{PlayNextTitle, -3, 0, nullptr}};
+    const auto commands = Query<IKVCommandList>(title);
+    ASSERT_EQ(S_OK, commands->SetCommandList(2, records.data()));
+    Query<IXMLDOMElement>(fragment)->setAttribute(Str(u"name").Get(), Variant(u"changed"));
+    const std::vector<std::u16string> kept{u"6 1 2 <file name=\"a.mpg\"/>", u"9 -3 0"};
+    EXPECT_EQ(kept, Commands(title.Get()));
+
+    LONG count = 0;
+    DiscCommandParams* handed = nullptr;
+    ASSERT_EQ(S_OK, commands->GetCommandList(&count, &handed));
+    const UniqueTaskMem<DiscCommandParams> owned(handed);
+    const auto copy = ComPtr<IXMLDOMNode>::Attach(handed[0].pXMLData);
+    Query<IXMLDOMElement>(copy)->setAttribute(Str(u"name").Get(), Variant(u"changed"));
+    EXPECT_EQ(kept, Commands(title.Get()));
+}
+
+TEST_F(CommandListTest, RefusesWhatIsMissingAndTellsItsOwner)
+{
+    const auto sink = Make<RecordingSink>();
+    const Connection connection(*project, *sink);
+    const auto commands = Query<IKVCommandList>(title);
+    LONG count = 7;
+    DiscCommandParams* records = nullptr;
+    EXPECT_EQ(E_POINTER, commands->GetCommandList(nullptr, &records));
+    EXPECT_EQ(E_POINTER, commands->GetCommandList(&count, nullptr));
+    EXPECT_EQ(S_OK, commands->GetCommandList(&count, &records));
+    EXPECT_EQ(0, count);
+    EXPECT_EQ(nullptr, records);
+    EXPECT_EQ(E_POINTER, commands->SetCommandList(1, nullptr));
+    Delivered(*project, *sink);
+
+    DiscCommandParams record{StopPlayback, 0, 0, nullptr};
+    EXPECT_EQ(S_OK, commands->SetCommandList(1, &record));
+    EXPECT_EQ(S_OK, commands->SetCommandList(-1, nullptr));
+    EXPECT_EQ(S_OK, commands->SetCommandList(0, nullptr));
+    EXPECT_TRUE(Commands(title.Get()).empty());
+    const LONG id = ValueOf(*title.Get(), &IKVTitle::get_ID);
+    EXPECT_EQ(std::vector(3, Event(EVENT_CommandListChanged, {id})), Delivered(*project, *sink));
+
+    Query<IKVLocking>(title)->LockObject(VARIANT_TRUE);
+    EXPECT_EQ(KV_E_LOCKED, commands->SetCommandList(0, nullptr));
+    EXPECT_EQ(S_OK, commands->GetCommandList(&count, &records)) << "reading needs no lock check";
+}
+
+TEST_F(CommandListTest, SurvivesADocument)
+{
+    const auto file = Fragment(u"<file><name>a.mpg</name></file>");
+    const auto other = Fragment(u"<File/>");
+    std::vector<DiscCommandParams> records;
+    for (LONG code = 0; code <= 9; ++code) records.push_back({static_cast<DiscCommand>(code), code, -code, nullptr});
+    records.push_back({static_cast<DiscCommand>(42), 1, 2, nullptr});
+    records.push_back({PlayClip, 0, 0, file.Get()});
+    records.push_back({PlayClip, 0, 0, other.Get()});
+    ASSERT_EQ(S_OK, Query<IKVCommandList>(title)->SetCommandList(static_cast<LONG>(records.size()), records.data()));
+    ASSERT_EQ(S_OK, Query<IKVCommandList>(project)->SetCommandList(1, &records[3]));
+    std::vector<std::u16string> kept = Commands(title.Get());
+    const auto document = SaveToDocument(*project);
+
+    for (int load = 0; load < 2; ++load) {
+        ASSERT_EQ(S_OK, project->loadXML(document.Get()));
+        ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
+        kept.back() = u"6 0 0";
+        EXPECT_EQ(kept, Commands(title.Get())) << "only file and effect elements are kept";
+        EXPECT_EQ(1u, Commands(project.Get()).size()) << "loading again doubles nothing";
+    }
+}
+
+} // namespace
+} // namespace kv::test

@@ -1,0 +1,107 @@
+#include "support/Host.h"
+
+namespace kv::test {
+namespace {
+
+class EncodingParamsTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(S_OK, project->AddTitle(0, title.Put())); }
+
+    std::vector<ReceivedEvent> Events() { return Delivered(*project, *sink); }
+
+    ComPtr<IKVProjectData> project = NewProject();
+    ComPtr<IKVTitle> title;
+    ComPtr<IKVEncodingParams> ofProject = Query<IKVEncodingParams>(project);
+    ComPtr<RecordingSink> sink = Make<RecordingSink>();
+    Connection connection{*project, *sink};
+};
+
+TEST(EncodingParamsObjectTest, StartsWithItsDefaultsOnItsOwn)
+{
+    const auto own = Create<IKVEncodingParams>(CLSID_KVEncodingParams);
+    EXPECT_EQ(VideoResolution_Full_D1, ValueOf(*own.Get(), &IKVEncodingParams::get_VideoResolution));
+    EXPECT_EQ(AspectRatio_4x3, ValueOf(*own.Get(), &IKVEncodingParams::get_AspectRatio));
+    EXPECT_EQ(VideoFormat_MPEG2, ValueOf(*own.Get(), &IKVEncodingParams::get_VideoFormat));
+    EXPECT_EQ(8'000'000, ValueOf(*own.Get(), &IKVEncodingParams::get_VideoBitrate));
+    EXPECT_EQ(AudioFormat_AC3, ValueOf(*own.Get(), &IKVEncodingParams::get_AudioFormat));
+    EXPECT_EQ(224'000, ValueOf(*own.Get(), &IKVEncodingParams::get_AudioBitrate));
+    EXPECT_EQ(WideDisplayMode_Letterbox, ValueOf(*own.Get(), &IKVEncodingParams::get_WideDisplayMode));
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*own.Get(), &IKVEncodingParams::get_VBREncoding));
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*own.Get(), &IKVEncodingParams::get_TwoPassEncoding));
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*own.Get(), &IKVEncodingParams::get_SyncToProject));
+    EXPECT_EQ(SubpictureFormat_RLE, ValueOf(*own.Get(), &IKVEncodingParams::get_SubpictureFormat));
+    EXPECT_EQ(2, ValueOf(*own.Get(), &IKVEncodingParams::get_AudioChannels));
+    EXPECT_EQ(KV_E_CANNOT_FOLLOW_PROJECT, own->put_SyncToProject(VARIANT_TRUE));
+    EXPECT_EQ(S_OK, own->put_VideoBitrate(-1));
+    EXPECT_EQ(-1, ValueOf(*own.Get(), &IKVEncodingParams::get_VideoBitrate)) << "any value is stored";
+    EXPECT_EQ(E_POINTER, own->get_AspectRatio(nullptr));
+    EXPECT_EQ(E_POINTER, own->get_VBREncoding(nullptr));
+}
+
+TEST_F(EncodingParamsTest, ChangesAreToldWithTheirProperty)
+{
+    Events();
+    ofProject->put_VideoResolution(VideoResolution_720p);
+    ofProject->put_VideoResolution(VideoResolution_720p);
+    ofProject->put_AspectRatio(AspectRatio_16x9);
+    ofProject->put_VideoBitrate(1);
+    ofProject->put_AudioFormat(AudioFormat_DTS);
+    ofProject->put_AudioBitrate(1);
+    ofProject->put_WideDisplayMode(WideDisplayMode_Both);
+    ofProject->put_VideoFormat(VideoFormat_AVC);
+    ofProject->put_VideoFormat(VideoFormat_AVC);
+    ofProject->put_VBREncoding(VARIANT_TRUE);
+    ofProject->put_TwoPassEncoding(VARIANT_TRUE);
+    ofProject->put_SubpictureFormat(SubpictureFormat_None);
+    ofProject->put_AudioChannels(6);
+    std::vector<ReceivedEvent> expected;
+    for (LONG propId : {100, 101, 102, 103, 104, 105, 106, 106, 107, 108, 110, 111}) {
+        expected.push_back(Event(EVENT_MenuEncodingParamChanged, {0, propId}));
+    }
+    EXPECT_EQ(expected, Events());
+}
+
+TEST_F(EncodingParamsTest, BooleansChangeByTrueAlone)
+{
+    Events();
+    EXPECT_EQ(S_OK, ofProject->put_VBREncoding(1));
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VBREncoding));
+    EXPECT_TRUE(Events().empty());
+    ofProject->put_VBREncoding(VARIANT_TRUE);
+    EXPECT_EQ(S_OK, ofProject->put_VBREncoding(1));
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VBREncoding)) << "a change that stores true again";
+    EXPECT_EQ(2u, Events().size());
+}
+
+TEST_F(EncodingParamsTest, ATitleFollowsTheProjectUntilItLeaves)
+{
+    const auto encoding = Query<IKVEncodingParams>(title);
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*encoding.Get(), &IKVEncodingParams::get_SyncToProject));
+    ofProject->put_VideoBitrate(5'000'000);
+    EXPECT_EQ(5'000'000, ValueOf(*encoding.Get(), &IKVEncodingParams::get_VideoBitrate));
+    EXPECT_EQ(KV_E_FOLLOWS_PROJECT, encoding->put_VideoBitrate(1));
+    EXPECT_EQ(KV_E_FOLLOWS_PROJECT, encoding->put_VideoFormat(VideoFormat_AVC));
+    EXPECT_EQ(KV_E_FOLLOWS_PROJECT, encoding->put_TwoPassEncoding(VARIANT_TRUE));
+    EXPECT_EQ(S_OK, encoding->put_AspectRatio(AspectRatio_16x9)) << "a title's own";
+    EXPECT_EQ(KV_E_CANNOT_FOLLOW_PROJECT, ofProject->put_SyncToProject(VARIANT_TRUE));
+
+    Events();
+    EXPECT_EQ(S_OK, encoding->put_SyncToProject(VARIANT_FALSE));
+    EXPECT_EQ((std::vector{Event(EVENT_TitleEncodingParamChanged, {ValueOf(*title.Get(), &IKVTitle::get_ID), 109})}), Events());
+    ofProject->put_VideoBitrate(6'000'000);
+    EXPECT_EQ(5'000'000, ValueOf(*encoding.Get(), &IKVEncodingParams::get_VideoBitrate)) << "kept on leaving";
+    EXPECT_EQ(AspectRatio_16x9, ValueOf(*encoding.Get(), &IKVEncodingParams::get_AspectRatio));
+    EXPECT_EQ(S_OK, encoding->put_VideoBitrate(1));
+    EXPECT_EQ(S_OK, encoding->put_SyncToProject(1)) << "any value but 0 is true";
+    EXPECT_EQ(6'000'000, ValueOf(*encoding.Get(), &IKVEncodingParams::get_VideoBitrate));
+}
+
+TEST_F(EncodingParamsTest, NewTitlesTakeTheProjectsAspectRatio)
+{
+    ofProject->put_AspectRatio(AspectRatio_16x9);
+    ASSERT_EQ(S_OK, project->AddTitle(0, title.Put()));
+    EXPECT_EQ(AspectRatio_16x9, ValueOf(*Query<IKVEncodingParams>(title).Get(), &IKVEncodingParams::get_AspectRatio));
+}
+
+} // namespace
+} // namespace kv::test

@@ -1,0 +1,227 @@
+#include "KVProjectData/Engine.h"
+#include "support/Host.h"
+
+#include <functional>
+
+namespace kv::test {
+namespace {
+
+class TitleTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(S_OK, project->AddTitle(0, title.Put())); }
+
+    LONG ID() { return ValueOf(*title.Get(), &IKVTitle::get_ID); }
+    std::vector<ReceivedEvent> Events() { return Delivered(*project, *sink); }
+    ComPtr<IUnknown> Production()
+    {
+        ComPtr<IUnknown> production;
+        EXPECT_EQ(S_OK, title->GetProduction(production.Put()));
+        return production;
+    }
+    ComPtr<IProductionInfo> Info()
+    {
+        ComPtr<IUnknown> object;
+        EXPECT_EQ(S_OK, Query<IZXEProductionData>(Production())->GetProductionObj(object.Put()));
+        return Query<IProductionInfo>(object);
+    }
+    double Ratio()
+    {
+        double ratio = 0;
+        EXPECT_EQ(S_OK, Info()->get_AspectRatio(&ratio));
+        return ratio;
+    }
+
+    ComPtr<IKVProjectData> project = NewProject();
+    ComPtr<IKVTitle> title;
+    ComPtr<RecordingSink> sink = Make<RecordingSink>();
+    Connection connection{*project, *sink};
+};
+
+TEST_F(TitleTest, StartsWithItsDefaults)
+{
+    EXPECT_EQ(1u, ValueOf(*title.Get(), &IKVTitle::get_Tag));
+    EXPECT_EQ(0u, ValueOf(*title.Get(), &IKVTitle::get_Flags));
+    EXPECT_EQ(5, ValueOf(*title.Get(), &IKVTitle::get_StillWaitTime));
+    EXPECT_EQ(0, ValueOf(*title.Get(), &IKVTitle::get_DiscIndex));
+    EXPECT_EQ(u"<null>", Text(*title.Get(), &IKVTitle::get_Label));
+    EXPECT_EQ(u"<null>", Text(*title.Get(), &IKVTitle::get_Source));
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*title.Get(), &IKVTitle::get_IsDirty));
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*title.Get(), &IKVTitle::get_IsResolved));
+    ComPtr<IKVProjectData> owner;
+    EXPECT_EQ(S_OK, title->GetProject(owner.Put()));
+    EXPECT_EQ(project, owner);
+    EXPECT_EQ(E_POINTER, title->GetProject(nullptr));
+    EXPECT_EQ(E_POINTER, title->get_Tag(nullptr));
+    EXPECT_EQ(E_POINTER, title->GetProduction(nullptr));
+    EXPECT_EQ(E_POINTER, title->GetSourceFromProd(nullptr));
+}
+
+TEST_F(TitleTest, SettersValidateStoreAndTell)
+{
+    Events();
+    project->ClearDirtyFlag();
+    Events();
+    EXPECT_EQ(E_INVALIDARG, title->put_StillWaitTime(-1));
+    EXPECT_EQ(E_INVALIDARG, title->put_DiscIndex(-1));
+    EXPECT_EQ(S_OK, title->put_Source(Str(u"s").Get()));
+    EXPECT_EQ(S_OK, title->put_DiscIndex(3));
+    EXPECT_EQ(S_OK, title->put_IsResolved(1));
+    EXPECT_TRUE(Events().empty()) << "neither told nor recorded";
+
+    EXPECT_EQ(S_OK, title->put_Label(Str(u"L").Get()));
+    EXPECT_EQ(S_OK, title->put_VOBDuration(9));
+    EXPECT_EQ(S_OK, title->put_VOBSize(2.5));
+    EXPECT_EQ((std::vector{Event(EVENT_VolumePropChanged, {11})}), Events()) << "recorded, not told";
+
+    EXPECT_EQ(S_OK, title->put_Tag(2));
+    EXPECT_EQ(S_OK, title->put_Flags(4));
+    EXPECT_EQ(S_OK, title->put_StillWaitTime(0));
+    EXPECT_EQ(S_OK, title->put_IsDirty(VARIANT_FALSE));
+    EXPECT_EQ((std::vector{Event(EVENT_TitlePropChanged, {ID(), 2}), Event(EVENT_TitlePropChanged, {ID(), 3}),
+                           Event(EVENT_TitlePropChanged, {ID(), 202}), Event(EVENT_TitlePropChanged, {ID(), 11})}),
+              Events());
+    EXPECT_EQ(2.5, ValueOf(*title.Get(), &IKVTitle::get_VOBSize));
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*title.Get(), &IKVTitle::get_IsResolved));
+    EXPECT_EQ(3, ValueOf(*title.Get(), &IKVTitle::get_DiscIndex));
+}
+
+TEST_F(TitleTest, ADetachedTitleStaysUsable)
+{
+    ASSERT_EQ(S_OK, project->RemoveTitle(ID(), nullptr));
+    Events();
+    EXPECT_EQ(S_OK, title->put_Tag(2));
+    EXPECT_EQ(2u, ValueOf(*title.Get(), &IKVTitle::get_Tag));
+    EXPECT_EQ(KV_E_CANNOT_FOLLOW_PROJECT, Query<IKVEncodingParams>(title)->put_SyncToProject(VARIANT_TRUE));
+    EXPECT_TRUE(Events().empty());
+}
+
+TEST_F(TitleTest, CreatesItsProductionOnce)
+{
+    Query<IKVEncodingParams>(title)->put_AspectRatio(AspectRatio_16x9);
+    const auto production = Production();
+    EXPECT_EQ(production, Production());
+    EXPECT_DOUBLE_EQ(16.0 / 9.0, Ratio());
+    VARIANT_BOOL stereoscopic = VARIANT_TRUE;
+    EXPECT_EQ(S_OK, Info()->get_Stereoscopic(&stereoscopic));
+    EXPECT_EQ(VARIANT_FALSE, stereoscopic);
+
+    project->put_DiscVideoType(Anaglyph_3D);
+    ASSERT_EQ(S_OK, project->AddTitle(0, title.Put()));
+    EXPECT_DOUBLE_EQ(4.0 / 3.0, Ratio());
+    EXPECT_EQ(S_OK, Info()->get_Stereoscopic(&stereoscopic));
+    EXPECT_EQ(VARIANT_TRUE, stereoscopic);
+}
+
+TEST_F(TitleTest, SharesItsAspectRatioWithTheProduction)
+{
+    const auto encoding = Query<IKVEncodingParams>(title);
+    const auto info = Info();
+    Events();
+    EXPECT_EQ(S_OK, info->put_AspectRatio(1.78));
+    EXPECT_EQ(AspectRatio_16x9, ValueOf(*encoding.Get(), &IKVEncodingParams::get_AspectRatio));
+    EXPECT_EQ(S_OK, info->put_AspectRatio(1.77));
+    EXPECT_EQ(AspectRatio_4x3, ValueOf(*encoding.Get(), &IKVEncodingParams::get_AspectRatio));
+    Events();
+    EXPECT_EQ(S_OK, encoding->put_AspectRatio(AspectRatio_4x3));
+    EXPECT_TRUE(Events().empty()) << "no change";
+    EXPECT_EQ(S_OK, encoding->put_AspectRatio(AspectRatio_16x9));
+    EXPECT_DOUBLE_EQ(16.0 / 9.0, Ratio());
+    EXPECT_EQ((std::vector{Event(EVENT_TitleProductionEvent, {ID(), 9, 0}),
+                           Event(EVENT_TitleEncodingParamChanged, {ID(), 101})}),
+              Events());
+}
+
+TEST_F(TitleTest, PassesOnWhatTheProductionTells)
+{
+    const auto notify = Query<IZXEProductionNotify>(Production());
+    Events();
+    std::vector<ReceivedEvent> expected;
+    for (LONG position = 0; position < static_cast<LONG>(ZXE_EVENT_COUNT); ++position) {
+        EXPECT_EQ(S_OK, notify->Notify(static_cast<ULONG>(position), 70 + position, 0));
+        if (position <= 5 || position == 11 || position == 18) {
+            expected.push_back(Event(EVENT_TitleProductionEvent, {ID(), position, 70 + position}));
+        } else if (position >= 8 && position <= 10) {
+            expected.push_back(Event(EVENT_TitleProductionEvent, {ID(), position, 0}));
+        }
+    }
+    EXPECT_EQ(expected, Events());
+}
+
+TEST_F(TitleTest, ReplacesItsProduction)
+{
+    EXPECT_EQ(E_POINTER, title->SetProduction(nullptr));
+    const auto old = Production();
+    const auto next = Create<IZXEProductionData>(CLSID_ZXEProduction);
+    ASSERT_EQ(S_OK, next->Initialise());
+    Events();
+    EXPECT_EQ(S_OK, title->SetProduction(next.Get()));
+    EXPECT_EQ(Query<IUnknown>(next), Production());
+    EXPECT_EQ((std::vector{Event(EVENT_TitlePropChanged, {ID(), 203})}), Events());
+    EXPECT_EQ(ZXE_E_NOT_OPEN, Query<IZXEProductionData>(old)->OpenUndoBlock()) << "the old one is closed";
+    Query<IZXEProductionNotify>(old)->Notify(0, 1, 0);
+    EXPECT_TRUE(Events().empty()) << "the old one is not heard any more";
+    EXPECT_EQ(S_OK, title->SetProduction(next.Get())) << "the one that is held";
+    Query<IZXEProductionNotify>(next)->Notify(0, 1, 0);
+    EXPECT_EQ(Event(EVENT_TitleProductionEvent, {ID(), 0, 1}), Events().back());
+}
+
+TEST_F(TitleTest, IsNotKeptAliveByItsProduction)
+{
+    const auto production = Production();
+    const LONG id = ID();
+    title.Reset();
+    ASSERT_EQ(S_OK, project->RemoveTitle(id, nullptr));
+    // The title closed the production and left it when it went.
+    EXPECT_EQ(ZXE_E_NOT_OPEN, Query<IZXEProductionData>(production)->OpenUndoBlock());
+    EXPECT_EQ(S_OK, Query<IZXEProductionNotify>(production)->Notify(0, 1, 0));
+}
+
+TEST_F(TitleTest, TakesItsSourceFromTheProduction)
+{
+    BSTR untouched = nullptr;
+    EXPECT_EQ(S_OK, title->GetSourceFromProd(&untouched));
+    EXPECT_EQ(nullptr, untouched);
+    const auto edit = Query<IEditData>(Production());
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Str(u"first.mpg").Get(), 0, 0, -1, nullptr));
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Str(u"second.mpg").Get(), 0, 0, -1, nullptr));
+    Bstr source;
+    EXPECT_EQ(S_OK, title->GetSourceFromProd(source.Put()));
+    EXPECT_EQ(u"first.mpg", source.View());
+}
+
+TEST_F(TitleTest, AModifiedProductionMakesTheProjectDirty)
+{
+    ASSERT_EQ(S_OK, Query<IEditData>(Production())->AddSourceFile(0, Str(u"a.mpg").Get(), 0, 0, -1, nullptr));
+    project->ClearDirtyFlag();
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty)) << "cleared in the production, too";
+    ASSERT_EQ(S_OK, Query<IEditData>(Production())->AddSourceFile(0, Str(u"b.mpg").Get(), 0, 0, -1, nullptr));
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    project->ClearDirtyFlag();
+    title->put_Tag(TitleType_Private);
+    project->ClearDirtyFlag();
+    ASSERT_EQ(S_OK, Query<IEditData>(Production())->AddSourceFile(0, Str(u"c.mpg").Get(), 0, 0, -1, nullptr));
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty)) << "private titles are not asked";
+}
+
+TEST_F(TitleTest, DataFilesNameExistingSources)
+{
+    TemporaryFolder folder;
+    folder.Write("a.txt", "x");
+    ComPtr<IKVDataFile> file;
+    ASSERT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+    Events();
+    for (const Bstr& missing : {Bstr(), Bstr(u""), folder.File("b.txt")}) EXPECT_EQ(KV_E_NO_SOURCE_FILE, file->put_SourcePath(missing.Get()));
+    EXPECT_EQ(u"<null>", Text(*file.Get(), &IKVDataFile::get_SourcePath));
+    EXPECT_TRUE(Events().empty());
+    const LONG id = ValueOf(*file.Get(), &IKVDataFile::get_ID);
+    EXPECT_EQ(S_OK, file->put_SourcePath(folder.File("a.txt").Get()));
+    EXPECT_EQ(S_OK, file->put_SourcePath(Bstr(folder.Path().u16string()).Get())) << "a folder will do";
+    EXPECT_EQ(S_OK, file->put_DestPath(nullptr));
+    EXPECT_EQ(S_OK, file->put_Tag(7));
+    EXPECT_EQ((std::vector{Event(EVENT_DataFilePropChanged, {id, 400}), Event(EVENT_DataFilePropChanged, {id, 400}),
+                           Event(EVENT_DataFilePropChanged, {id, 401}), Event(EVENT_DataFilePropChanged, {id, 2})}),
+              Events());
+}
+
+} // namespace
+} // namespace kv::test

@@ -1,0 +1,159 @@
+#pragma once
+// A small server for the tests of late binding and of type libraries: one of each kind of type.
+
+#include "platform/automation/Dispatch.h"
+#include "platform/automation/Members.h"
+
+KV_ENUM(SampleColour, Red = 1, Green = 0x20, Blue = 48);
+
+struct SamplePoint {
+    LONG x;
+    double y;
+    BSTR label;
+    SampleColour colour;
+    IUnknown* tag;
+};
+
+template <>
+struct kv::RecordTable<SamplePoint> {
+    static constexpr std::array fields{Field<&SamplePoint::x>("x"), Field<&SamplePoint::y>("y"),
+                                       Field<&SamplePoint::label>("label"), Field<&SamplePoint::colour>("colour"),
+                                       Field<&SamplePoint::tag>("tag")};
+};
+
+struct ISample : IDispatch {
+    static constexpr GUID IID = "44444444-0000-0000-0000-000000000001"_guid;
+    using Base = IDispatch;
+
+    virtual HRESULT get_Count(LONG* value) = 0;
+    virtual HRESULT put_Count(LONG value) = 0;
+    virtual HRESULT get_Colour(SampleColour* value) = 0;
+    virtual HRESULT put_Colour(SampleColour value) = 0;
+    virtual HRESULT get_Visible(VARIANT_BOOL* value) = 0;
+    virtual HRESULT put_Visible(VARIANT_BOOL value) = 0;
+    virtual HRESULT get_Width(double* value) = 0;
+    virtual HRESULT put_Width(double value) = 0;
+    virtual HRESULT get_Name(BSTR* value) = 0;
+    virtual HRESULT put_Name(BSTR value) = 0;
+    virtual HRESULT get_Value(VARIANT* value) = 0;
+    virtual HRESULT put_Value(VARIANT value) = 0;
+    virtual HRESULT get_Peer(ISample** value) = 0;
+    virtual HRESULT put_Peer(ISample* value) = 0;
+    virtual HRESULT get_Calls(ULONG* value) = 0;
+    /// Doubles the text; E_FAIL for an empty one, of which it leaves "spoilt".
+    virtual HRESULT Twice(BSTR* text) = 0;
+    virtual HRESULT Divide(LONG whole, LONG part, LONG* quotient, LONG* remainder) = 0;
+    /// Writes the numbers in a row: S_FALSE when both optional ones are 0.
+    virtual HRESULT Join(LONG first, LONG second, LONG third, BSTR* text) = 0;
+    /// Adds the points up.
+    virtual HRESULT Measure(LONG count, SamplePoint* points, double* sum) = 0;
+    virtual HRESULT Parts(BSTR* name, VARIANT* value, ISample** self, SampleColour* colour) = 0;
+    /// Returns `code`, whatever it leaves in `text`.
+    virtual HRESULT Answer(LONG code, BSTR* text) = 0;
+    virtual HRESULT Narrow(BYTE a, USHORT b, ULONG c, LONGLONG d, ULONGLONG e, float f, double* sum) = 0;
+    virtual HRESULT IsSame(IUnknown* object, VARIANT_BOOL* same) = 0;
+    /// Turns whatever it finds into text.
+    virtual HRESULT Spell(VARIANT* value) = 0;
+    virtual HRESULT Reset() = 0;
+};
+
+template <>
+struct kv::InterfaceTable<ISample> {
+    static constexpr auto members = Members(
+        GetPut<&ISample::get_Count, &ISample::put_Count>("Count", 1),
+        GetPut<&ISample::get_Colour, &ISample::put_Colour>("Colour", 2),
+        GetPut<&ISample::get_Visible, &ISample::put_Visible>("Visible", 3),
+        GetPut<&ISample::get_Width, &ISample::put_Width>("Width", 4),
+        GetPut<&ISample::get_Name, &ISample::put_Name>("Name", 5),
+        GetPut<&ISample::get_Value, &ISample::put_Value>("Value", 6),
+        GetPut<&ISample::get_Peer, &ISample::put_Peer>("Peer", 7), Get<&ISample::get_Calls>("Calls", 8),
+        Method<&ISample::Twice>("Twice", 20, InOut("text")),
+        Method<&ISample::Divide>("Divide", 21, "whole", "part", "quotient", "remainder"),
+        Method<&ISample::Join>("Join", 22, "first", Optional("second"), Optional("third"), "text"),
+        Method<&ISample::Measure>("Measure", 23, "count", "points", "sum"),
+        Method<&ISample::Parts>("Parts", 24, "name", "value", "self", "colour"),
+        Method<&ISample::Answer>("Answer", 25, "code", "text"),
+        Method<&ISample::Narrow>("Narrow", 26, "a", "b", "c", "d", "e", "f", "sum"),
+        Method<&ISample::IsSame>("IsSame", 27, "object", "same"), Method<&ISample::Spell>("Spell", 28, InOut("value")),
+        // Out of order: rows stand in slot order, not by identity.
+        Method<&ISample::Reset>("Reset", 0));
+};
+
+/// An interface without late binding of its own.
+struct IPlainSample : IUnknown {
+    static constexpr GUID IID = "44444444-0000-0000-0000-000000000002"_guid;
+    using Base = IUnknown;
+
+    virtual HRESULT Half(LONG number, LONG* half) = 0;
+};
+
+template <>
+struct kv::InterfaceTable<IPlainSample> {
+    static constexpr auto members = Members(Method<&IPlainSample::Half>("Half", 1, "number", "half"));
+};
+
+struct _ISampleEvents : IDispatch {
+    static constexpr GUID IID = "44444444-0000-0000-0000-000000000003"_guid;
+    using Base = IDispatch;
+};
+
+template <>
+struct kv::InterfaceTable<_ISampleEvents> {
+    static constexpr InterfaceKind kind = InterfaceKind::Dispatch;
+    static constexpr auto members =
+        Members(Event<LONG, BSTR>("Renamed", 1, "id", "name"), Event<IDispatch*>("Moved", 2, "peer"));
+};
+
+inline constexpr GUID kSampleLibrary = "44444444-0000-0000-0000-000000000010"_guid;
+inline constexpr CLSID kSampleClass = "44444444-0000-0000-0000-000000000011"_guid;
+inline constexpr CLSID kSilentClass = "44444444-0000-0000-0000-000000000012"_guid;
+
+const kv::LibraryDescription& SampleLibrary();
+
+class Sample final : public kv::Object<kv::Dual<ISample>, IPlainSample> {
+public:
+    HRESULT get_Count(LONG* value) override;
+    HRESULT put_Count(LONG value) override;
+    HRESULT get_Colour(SampleColour* value) override;
+    HRESULT put_Colour(SampleColour value) override;
+    HRESULT get_Visible(VARIANT_BOOL* value) override;
+    HRESULT put_Visible(VARIANT_BOOL value) override;
+    HRESULT get_Width(double* value) override;
+    HRESULT put_Width(double value) override;
+    HRESULT get_Name(BSTR* value) override;
+    HRESULT put_Name(BSTR value) override;
+    HRESULT get_Value(VARIANT* value) override;
+    HRESULT put_Value(VARIANT value) override;
+    HRESULT get_Peer(ISample** value) override;
+    HRESULT put_Peer(ISample* value) override;
+    HRESULT get_Calls(ULONG* value) override;
+    HRESULT Twice(BSTR* text) override;
+    HRESULT Divide(LONG whole, LONG part, LONG* quotient, LONG* remainder) override;
+    HRESULT Join(LONG first, LONG second, LONG third, BSTR* text) override;
+    HRESULT Measure(LONG count, SamplePoint* points, double* sum) override;
+    HRESULT Parts(BSTR* name, VARIANT* value, ISample** self, SampleColour* colour) override;
+    HRESULT Answer(LONG code, BSTR* text) override;
+    HRESULT Narrow(BYTE a, USHORT b, ULONG c, LONGLONG d, ULONGLONG e, float f, double* sum) override;
+    HRESULT IsSame(IUnknown* object, VARIANT_BOOL* same) override;
+    HRESULT Spell(VARIANT* value) override;
+    HRESULT Reset() override;
+    HRESULT Half(LONG number, LONG* half) override;
+
+private:
+    template <class T, class Value>
+    HRESULT Store(T& target, Value&& value)
+    {
+        ++m_calls;
+        target = std::forward<Value>(value);
+        return S_OK;
+    }
+
+    ULONG m_calls = 0;
+    LONG m_count = 0;
+    SampleColour m_colour = Red;
+    VARIANT_BOOL m_visible = VARIANT_FALSE;
+    double m_width = 0;
+    kv::Bstr m_name;
+    kv::Variant m_value;
+    kv::ComPtr<ISample> m_peer;
+};

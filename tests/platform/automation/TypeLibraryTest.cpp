@@ -1,0 +1,448 @@
+#include "platform/automation/TypeLibrary.h"
+
+#include "Sample.h"
+#include "platform/com/Activation.h"
+#include "platform/system/Registry.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using kv::Bstr;
+using kv::ComPtr;
+using kv::Hive;
+using kv::Variant;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+ComPtr<ITypeLib> Library()
+{
+    ComPtr<ITypeLib> library;
+    EXPECT_EQ(kv::MakeTypeLibrary(SampleLibrary(), library.Put()), S_OK);
+    return library;
+}
+
+/// The type of that name.
+ComPtr<ITypeInfo> Type(const OLECHAR* name)
+{
+    const auto library = Library();
+    ComPtr<ITypeInfo> info;
+    DISPID member = 0;
+    USHORT count = 1;
+    EXPECT_EQ(library->FindName(name, 0, info.Put(), &member, &count), S_OK);
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(member, DISPID_UNKNOWN);
+    return info;
+}
+
+std::string NameOf(ITypeInfo& info, DISPID member = DISPID_UNKNOWN)
+{
+    Bstr name;
+    EXPECT_EQ(info.GetDocumentation(member, name.Put(), nullptr), S_OK);
+    return kv::ToUtf8(name.View());
+}
+
+std::vector<std::string> Names(ITypeInfo& info, DISPID member, ULONG room = 16)
+{
+    std::vector<BSTR> raw(room + 1);
+    ULONG count = 99;
+    info.GetNames(member, raw.data(), room, &count);
+    std::vector<std::string> names;
+    for (ULONG i = 0; i < count; ++i)
+        names.push_back(kv::ToUtf8(Bstr::Attach(raw[i]).View()));
+    return names;
+}
+
+/// A type as a declaration would write it.
+std::string Spelled(ITypeInfo& info, const TYPEDESC& type)
+{
+    if (type.vt == VT_PTR) return Spelled(info, *type.lptdesc) + "*";
+    if (type.vt != VT_USERDEFINED) return std::to_string(type.vt);
+    ComPtr<ITypeInfo> referred;
+    EXPECT_EQ(info.GetRefTypeInfo(type.hreftype, referred.Put()), S_OK);
+    return NameOf(*referred);
+}
+
+/// "id kind offset optional: flags type, …"
+std::string Function(ITypeInfo& info, ULONG index)
+{
+    FUNCDESC* function = nullptr;
+    if (FAILED(info.GetFuncDesc(index, &function))) return "none";
+    std::string text = std::to_string(function->memid) + ' ' + std::to_string(function->invkind) + ' ' +
+                       std::to_string(function->oVft) + ' ' + std::to_string(function->cParamsOpt) + ':';
+    for (SHORT i = 0; i < function->cParams; ++i) {
+        const ELEMDESC& parameter = function->lprgelemdescParam[i];
+        text += ' ' + std::to_string(parameter.wParamFlags) + ' ' + Spelled(info, parameter.tdesc) + ',';
+    }
+    text += " -> " + Spelled(info, function->elemdescFunc.tdesc);
+    info.ReleaseFuncDesc(function);
+    return text;
+}
+
+struct Attributes {
+    explicit Attributes(ITypeInfo& info)
+    {
+        TYPEATTR* record = nullptr;
+        EXPECT_EQ(info.GetTypeAttr(&record), S_OK);
+        facts = *record;
+        info.ReleaseTypeAttr(record);
+    }
+    TYPEATTR facts;
+};
+
+TEST(TypeLibraryTest, ListsItsTypes)
+{
+    const auto library = Library();
+    struct Row {
+        std::string_view name;
+        TYPEKIND kind;
+        GUID guid;
+        int functions;
+        int variables;
+        int implemented;
+        int flags;
+    };
+    const Row rows[] = {
+        {"SampleColour", TKIND_ENUM, GUID_NULL, 0, 3, 0, 0},
+        {"SamplePoint", TKIND_RECORD, GUID_NULL, 0, 5, 0, 0},
+        {"ISample", TKIND_DISPATCH, ISample::IID, 25, 0, 1, TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE},
+        {"IPlainSample", TKIND_INTERFACE, IPlainSample::IID, 1, 0, 1, 0},
+        {"_ISampleEvents", TKIND_DISPATCH, _ISampleEvents::IID, 2, 0, 1, TYPEFLAG_FDISPATCHABLE},
+        {"Sample", TKIND_COCLASS, kSampleClass, 0, 0, 2, TYPEFLAG_FCANCREATE},
+        {"Silent", TKIND_COCLASS, kSilentClass, 0, 0, 1, TYPEFLAG_FCANCREATE},
+    };
+    ASSERT_EQ(library->GetTypeInfoCount(), std::size(rows));
+    for (ULONG i = 0; i < std::size(rows); ++i) {
+        const Row& row = rows[i];
+        ComPtr<ITypeInfo> info;
+        ASSERT_EQ(library->GetTypeInfo(i, info.Put()), S_OK);
+        const Attributes attributes(*info);
+        EXPECT_EQ(NameOf(*info), row.name);
+        EXPECT_EQ(attributes.facts.guid, row.guid) << row.name;
+        EXPECT_EQ(attributes.facts.cFuncs, row.functions) << row.name;
+        EXPECT_EQ(attributes.facts.cVars, row.variables) << row.name;
+        EXPECT_EQ(attributes.facts.cImplTypes, row.implemented) << row.name;
+        EXPECT_EQ(attributes.facts.wTypeFlags, row.flags) << row.name;
+        EXPECT_EQ(attributes.facts.lcid, 1033u) << row.name;
+        EXPECT_EQ(attributes.facts.wMajorVerNum, 2) << row.name;
+        EXPECT_EQ(attributes.facts.wMinorVerNum, 7) << row.name;
+        TYPEKIND kind{};
+        EXPECT_EQ(library->GetTypeInfoType(i, &kind), S_OK);
+        EXPECT_EQ(kind, row.kind) << row.name;
+        EXPECT_EQ(attributes.facts.typekind, row.kind) << row.name;
+        Bstr documented;
+        EXPECT_EQ(library->GetDocumentation(static_cast<LONG>(i), documented.Put(), nullptr), S_OK);
+        EXPECT_EQ(kv::ToUtf8(documented.View()), row.name);
+        ComPtr<ITypeLib> container;
+        ULONG index = 99;
+        EXPECT_EQ(info->GetContainingTypeLib(container.Put(), &index), S_OK);
+        EXPECT_EQ(container, library);
+        EXPECT_EQ(index, i);
+        if (row.guid != GUID_NULL) {
+            ComPtr<ITypeInfo> found;
+            EXPECT_EQ(library->GetTypeInfoOfGuid(row.guid, found.Put()), S_OK);
+            EXPECT_EQ(NameOf(*found), row.name);
+        }
+    }
+
+    TLIBATTR* attributes = nullptr;
+    ASSERT_EQ(library->GetLibAttr(&attributes), S_OK);
+    EXPECT_EQ(attributes->guid, kSampleLibrary);
+    EXPECT_EQ(attributes->lcid, 1033u);
+    EXPECT_EQ(attributes->wMajorVerNum, 2);
+    EXPECT_EQ(attributes->wMinorVerNum, 7);
+    library->ReleaseTLibAttr(attributes);
+    Bstr name;
+    Bstr help;
+    EXPECT_EQ(library->GetDocumentation(-1, name.Put(), help.Put()), S_OK);
+    EXPECT_EQ(name.View(), u"SampleLib");
+    EXPECT_EQ(help.View(), u"Sample 2.7 Type Library");
+}
+
+TEST(TypeLibraryTest, WhatIsNotThereIsNotFound)
+{
+    const auto library = Library();
+    ComPtr<ITypeInfo> info;
+    TYPEKIND kind{};
+    EXPECT_EQ(library->GetTypeInfo(7, info.Put()), TYPE_E_ELEMENTNOTFOUND);
+    EXPECT_EQ(library->GetTypeInfoType(7, &kind), TYPE_E_ELEMENTNOTFOUND);
+    EXPECT_EQ(library->GetTypeInfoOfGuid(kSampleLibrary, info.Put()), TYPE_E_ELEMENTNOTFOUND);
+    EXPECT_EQ(library->GetTypeInfoOfGuid(GUID_NULL, info.Put()), TYPE_E_ELEMENTNOTFOUND);
+    for (LONG index : {7, -2}) {
+        EXPECT_EQ(library->GetDocumentation(index, nullptr, nullptr), TYPE_E_ELEMENTNOTFOUND);
+    }
+
+    const OLECHAR* const kTypes[] = {u"SampleColour", u"SamplePoint", u"ISample", u"Sample"};
+    for (const OLECHAR* name : kTypes) {
+        const auto type = Type(name);
+        FUNCDESC* function = nullptr;
+        VARDESC* variable = nullptr;
+        HREFTYPE reference = 1;
+        LONG flags = 1;
+        EXPECT_EQ(type->GetFuncDesc(25, &function), TYPE_E_ELEMENTNOTFOUND);
+        EXPECT_EQ(type->GetVarDesc(5, &variable), TYPE_E_ELEMENTNOTFOUND);
+        EXPECT_EQ(type->GetRefTypeOfImplType(2, &reference), TYPE_E_ELEMENTNOTFOUND);
+        EXPECT_EQ(type->GetImplTypeFlags(2, &flags), TYPE_E_ELEMENTNOTFOUND);
+        EXPECT_EQ(type->GetDocumentation(77, nullptr, nullptr), TYPE_E_ELEMENTNOTFOUND);
+        EXPECT_THAT(Names(*type, 77), IsEmpty());
+        EXPECT_EQ(reference, 0u);
+        EXPECT_EQ(flags, 0);
+    }
+    const auto sample = Type(u"ISample");
+    for (HREFTYPE never : {0u, 10u, 0xffffffffu}) {
+        EXPECT_EQ(sample->GetRefTypeInfo(never, info.Put()), TYPE_E_ELEMENTNOTFOUND);
+        EXPECT_FALSE(info);
+    }
+}
+
+TEST(TypeLibraryTest, DescribesFunctions)
+{
+    const auto sample = Type(u"ISample");
+    const auto plain = Type(u"IPlainSample");
+    const auto events = Type(u"_ISampleEvents");
+    // The values of types: 3 long, 5 double, 8 text, 9 object, 11 truth, 12 variant, 13 unknown, 24 none, 25 result.
+    EXPECT_EQ(Function(*sample, 0), "1 2 56 0: 10 3*, -> 25");
+    EXPECT_EQ(Function(*sample, 1), "1 4 64 0: 1 3, -> 25");
+    EXPECT_EQ(Function(*sample, 2), "2 2 72 0: 10 SampleColour*, -> 25");
+    EXPECT_EQ(Function(*sample, 3), "2 4 80 0: 1 SampleColour, -> 25");
+    EXPECT_EQ(Function(*sample, 12), "7 2 152 0: 10 ISample**, -> 25");
+    EXPECT_EQ(Function(*sample, 15), "20 1 176 0: 3 8*, -> 25");
+    EXPECT_EQ(Function(*sample, 16), "21 1 184 0: 1 3, 1 3, 2 3*, 2 3*, -> 25");
+    EXPECT_EQ(Function(*sample, 17), "22 1 192 2: 1 3, 17 3, 17 3, 10 8*, -> 25");
+    EXPECT_EQ(Function(*sample, 18), "23 1 200 0: 1 3, 1 SamplePoint*, 10 5*, -> 25");
+    EXPECT_EQ(Function(*sample, 22), "27 1 232 0: 1 13, 10 11*, -> 25");
+    EXPECT_EQ(Function(*sample, 23), "28 1 240 0: 3 12*, -> 25");
+    EXPECT_EQ(Function(*sample, 24), "0 1 248 0: -> 25");
+    EXPECT_EQ(Function(*plain, 0), "1 1 24 0: 1 3, 10 3*, -> 25");
+    EXPECT_EQ(Function(*events, 0), "1 1 0 0: 1 3, 1 8, -> 24");
+    EXPECT_EQ(Function(*events, 1), "2 1 0 0: 1 9, -> 24");
+    EXPECT_THAT(Names(*sample, 22), ElementsAre("Join", "first", "second", "third", "text"));
+    EXPECT_THAT(Names(*sample, 22, 2), ElementsAre("Join", "first"));
+    EXPECT_THAT(Names(*sample, 1), ElementsAre("Count"));
+    EXPECT_THAT(Names(*events, 1), ElementsAre("Renamed", "id", "name"));
+    EXPECT_EQ(NameOf(*sample, 21), "Divide");
+}
+
+TEST(TypeLibraryTest, DescribesEnumerationsAndRecordsAsTheyAreDeclared)
+{
+    const auto colour = Type(u"SampleColour");
+    const std::pair<std::string_view, LONG> colours[] = {{"Red", Red}, {"Green", Green}, {"Blue", Blue}};
+    for (ULONG i = 0; i < std::size(colours); ++i) {
+        VARDESC* variable = nullptr;
+        ASSERT_EQ(colour->GetVarDesc(i, &variable), S_OK);
+        ASSERT_NE(variable->lpvarValue, nullptr);
+        EXPECT_EQ(variable->lpvarValue->vt, VT_I4);
+        EXPECT_EQ(variable->lpvarValue->lVal, colours[i].second);
+        EXPECT_EQ(NameOf(*colour, variable->memid), colours[i].first);
+        colour->ReleaseVarDesc(variable);
+    }
+
+    const auto point = Type(u"SamplePoint");
+    const std::pair<std::string_view, std::string_view> fields[] = {
+        {"x", "3"}, {"y", "5"}, {"label", "8"}, {"colour", "SampleColour"}, {"tag", "13"}};
+    for (ULONG i = 0; i < std::size(fields); ++i) {
+        VARDESC* variable = nullptr;
+        ASSERT_EQ(point->GetVarDesc(i, &variable), S_OK);
+        EXPECT_EQ(variable->lpvarValue, nullptr);
+        EXPECT_EQ(Spelled(*point, variable->elemdescVar.tdesc), fields[i].second);
+        EXPECT_THAT(Names(*point, variable->memid), ElementsAre(fields[i].first));
+        point->ReleaseVarDesc(variable);
+    }
+}
+
+TEST(TypeLibraryTest, TypesReferToWhatTheyBuildOn)
+{
+    struct Row {
+        const OLECHAR* type;
+        ULONG index;
+        std::string_view base;
+        LONG flags;
+    };
+    const Row rows[] = {
+        {u"ISample", 0, "IDispatch", 0},
+        {u"IPlainSample", 0, "IUnknown", 0},
+        {u"_ISampleEvents", 0, "IDispatch", 0},
+        {u"Sample", 0, "ISample", IMPLTYPEFLAG_FDEFAULT},
+        {u"Sample", 1, "_ISampleEvents", IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE},
+        {u"Silent", 0, "IPlainSample", IMPLTYPEFLAG_FDEFAULT},
+    };
+    for (const Row& row : rows) {
+        const auto type = Type(row.type);
+        HREFTYPE reference = 0;
+        LONG flags = -1;
+        ComPtr<ITypeInfo> base;
+        ASSERT_EQ(type->GetRefTypeOfImplType(row.index, &reference), S_OK);
+        ASSERT_EQ(type->GetRefTypeInfo(reference, base.Put()), S_OK);
+        EXPECT_EQ(NameOf(*base), row.base);
+        EXPECT_EQ(type->GetImplTypeFlags(row.index, &flags), S_OK);
+        EXPECT_EQ(flags, row.flags) << row.base;
+    }
+
+    // The platform's own interfaces are known by name and identity, and belong to no library.
+    HREFTYPE reference = 0;
+    ComPtr<ITypeInfo> dispatch;
+    ASSERT_EQ(Type(u"ISample")->GetRefTypeOfImplType(0, &reference), S_OK);
+    ASSERT_EQ(Type(u"ISample")->GetRefTypeInfo(reference, dispatch.Put()), S_OK);
+    EXPECT_EQ(Attributes(*dispatch).facts.guid, IDispatch::IID);
+    ComPtr<ITypeLib> container;
+    EXPECT_EQ(dispatch->GetContainingTypeLib(container.Put(), nullptr), TYPE_E_ELEMENTNOTFOUND);
+}
+
+TEST(TypeLibraryTest, NamesAreFoundInTypesMembersEnumeratorsAndFields)
+{
+    const auto library = Library();
+    for (const OLECHAR* name : {u"isample", u"SILENT", u"Join", u"blue", u"LABEL", u"renamed"}) {
+        BOOL is = false;
+        EXPECT_EQ(library->IsName(name, &is), S_OK);
+        EXPECT_TRUE(is) << kv::ToUtf8(name);
+    }
+    for (const OLECHAR* name : {u"", u"ISampl", u"ISamples", u"first"}) {
+        BOOL is = true;
+        EXPECT_EQ(library->IsName(name, &is), S_OK);
+        EXPECT_FALSE(is) << kv::ToUtf8(name);
+    }
+
+    const auto find = [&](const OLECHAR* name, USHORT room) {
+        ITypeInfo* infos[4]{};
+        DISPID members[4]{};
+        USHORT count = room;
+        EXPECT_EQ(library->FindName(name, 0, infos, members, &count), S_OK);
+        std::vector<std::string> found;
+        for (USHORT i = 0; i < count; ++i) {
+            const auto info = ComPtr<ITypeInfo>::Attach(infos[i]);
+            found.push_back(NameOf(*info) + ' ' + std::to_string(members[i]));
+        }
+        return found;
+    };
+    // A field, and a property of an interface.
+    EXPECT_THAT(find(u"colour", 4), ElementsAre("SamplePoint 3", "ISample 2"));
+    EXPECT_THAT(find(u"colour", 1), ElementsAre("SamplePoint 3"));
+    EXPECT_THAT(find(u"colour", 0), IsEmpty());
+    EXPECT_THAT(find(u"green", 4), ElementsAre("SampleColour 1"));
+    EXPECT_THAT(find(u"nobody", 4), IsEmpty());
+}
+
+TEST(TypeLibraryTest, CallsObjectsThroughAnyOfTheirInterfaces)
+{
+    const ComPtr<ISample> sample = kv::Make<Sample>();
+    sample->put_Count(9);
+    // Whatever pointer the caller has, the object is asked for the interface of the type info.
+    ComPtr<IPlainSample> otherFace;
+    ASSERT_EQ(sample->QueryInterface(IPlainSample::IID, otherFace.PutVoid()), S_OK);
+    DISPPARAMS none{};
+    Variant result;
+    EXPECT_EQ(Type(u"ISample")->Invoke(otherFace.Get(), 1, DISPATCH_PROPERTYGET, &none, result.Put(), nullptr, nullptr),
+              S_OK);
+    EXPECT_EQ(result.lVal, 9);
+
+    const auto plain = Type(u"IPlainSample");
+    std::u16string name = u"half";
+    OLECHAR* names[] = {name.data()};
+    DISPID half = 0;
+    ASSERT_EQ(plain->GetIDsOfNames(names, 1, &half), S_OK);
+    Variant number(LONG{42});
+    DISPPARAMS one{&number, nullptr, 1, 0};
+    EXPECT_EQ(plain->Invoke(sample.Get(), half, DISPATCH_METHOD, &one, result.Put(), nullptr, nullptr), S_OK);
+    EXPECT_EQ(result.lVal, 21);
+
+    class Stranger : public kv::Object<IUnknown> {};
+    const auto stranger = kv::Make<Stranger>();
+    EXPECT_EQ(plain->Invoke(stranger.Get(), half, DISPATCH_METHOD, &one, result.Put(), nullptr, nullptr),
+              E_NOINTERFACE);
+    EXPECT_EQ(plain->Invoke(nullptr, half, DISPATCH_METHOD, &one, result.Put(), nullptr, nullptr), E_POINTER);
+    // Events and types without members cannot be called.
+    EXPECT_EQ(Type(u"_ISampleEvents")->Invoke(sample.Get(), 1, DISPATCH_METHOD, &one, nullptr, nullptr, nullptr),
+              DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(Type(u"Sample")->Invoke(sample.Get(), 1, DISPATCH_METHOD, &one, nullptr, nullptr, nullptr),
+              DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(Type(u"Sample")->GetIDsOfNames(names, 1, &half), TYPE_E_ELEMENTNOTFOUND);
+    EXPECT_EQ(half, DISPID_UNKNOWN);
+}
+
+TEST(TypeLibraryTest, ObjectsLeadToTheirTypeInfo)
+{
+    const ComPtr<ISample> sample = kv::Make<Sample>();
+    ULONG count = 0;
+    EXPECT_EQ(sample->GetTypeInfoCount(&count), S_OK);
+    EXPECT_EQ(count, 1u);
+    ComPtr<ITypeInfo> info;
+    ComPtr<ITypeLib> library;
+    ULONG index = 0;
+    ASSERT_EQ(sample->GetTypeInfo(0, 0, info.Put()), S_OK);
+    EXPECT_EQ(NameOf(*info), "ISample");
+    ASSERT_EQ(info->GetContainingTypeLib(library.Put(), &index), S_OK);
+    EXPECT_EQ(index, 2u);
+    EXPECT_EQ(sample->GetTypeInfo(1, 0, info.Put()), DISP_E_BADINDEX);
+
+    // Without a library the type still describes itself.
+    ASSERT_EQ(kv::MakeTypeInfo(nullptr, kv::kInterfaceDescription<ISample>, info.Put()), S_OK);
+    EXPECT_EQ(Function(*info, 0), "1 2 56 0: 10 3*, -> 25");
+    EXPECT_EQ(info->GetContainingTypeLib(library.Put(), &index), TYPE_E_ELEMENTNOTFOUND);
+}
+
+class TypeLibraryRegistrationTest : public testing::Test {
+protected:
+    TypeLibraryRegistrationTest() { kv::Registry::UseMemory(); }
+
+    static std::u16string Read(Hive hive, std::u16string key, std::u16string_view name = {})
+    {
+        return kv::Registry::QueryText(hive, u"Software\\Classes\\" + key, name);
+    }
+
+    const std::u16string m_library = u"TypeLib\\" + kv::GuidText(kSampleLibrary);
+    const std::u16string m_interface = u"Interface\\" + kv::GuidText(ISample::IID);
+};
+
+TEST_F(TypeLibraryRegistrationTest, WritesAndRemovesItsKeys)
+{
+    using Write = HRESULT (*)(ITypeLib*, const OLECHAR*);
+    using Remove = HRESULT (*)(ITypeLib*);
+    const std::tuple<Hive, Hive, Write, Remove> scopes[] = {
+        {Hive::LocalMachine, Hive::CurrentUser, &RegisterTypeLib, &UnRegisterTypeLib},
+        {Hive::CurrentUser, Hive::LocalMachine, &RegisterTypeLibForUser, &UnRegisterTypeLibForUser},
+    };
+    const auto library = Library();
+    for (const auto& [hive, other, write, remove] : scopes) {
+        ASSERT_EQ(write(library.Get(), u"/opt/sample/libSample.so"), S_OK);
+        EXPECT_EQ(Read(hive, m_library + u"\\2.7"), u"Sample 2.7 Type Library");
+        EXPECT_EQ(Read(hive, m_library + u"\\2.7\\0\\linux64"), u"/opt/sample/libSample.so");
+        EXPECT_EQ(Read(hive, m_library + u"\\2.7\\FLAGS"), u"0");
+        EXPECT_EQ(Read(hive, m_library + u"\\2.7\\HELPDIR"), u"/opt/sample");
+        EXPECT_EQ(Read(hive, m_interface), u"ISample");
+        EXPECT_EQ(Read(hive, m_interface + u"\\TypeLib"), kv::GuidText(kSampleLibrary));
+        EXPECT_EQ(Read(hive, m_interface + u"\\TypeLib", u"Version"), u"2.7");
+        EXPECT_EQ(Read(other, m_library + u"\\2.7"), u"");
+        // Classes are the server's to register.
+        EXPECT_EQ(Read(hive, u"Interface\\" + kv::GuidText(kSampleClass)), u"");
+
+        EXPECT_EQ(remove(library.Get()), S_OK);
+        EXPECT_FALSE(kv::Registry::KeyExists(hive, u"Software\\Classes\\" + m_library));
+        EXPECT_FALSE(kv::Registry::KeyExists(hive, u"Software\\Classes\\" + m_interface));
+        EXPECT_EQ(remove(library.Get()), S_OK);
+    }
+    EXPECT_EQ(RegisterTypeLib(nullptr, u"x"), E_INVALIDARG);
+    EXPECT_EQ(RegisterTypeLib(library.Get(), nullptr), E_INVALIDARG);
+    EXPECT_EQ(UnRegisterTypeLib(nullptr), E_INVALIDARG);
+}
+
+TEST_F(TypeLibraryRegistrationTest, WhatIsNoTypeLibraryDoesNotLoad)
+{
+    ComPtr<ITypeLib> found;
+    EXPECT_EQ(LoadRegTypeLib(kSampleLibrary, 2, 7, 0, found.Put()), TYPE_E_LIBNOTREGISTERED);
+    ASSERT_EQ(RegisterTypeLib(Library().Get(), u"/nowhere/libSample.so"), S_OK);
+    EXPECT_EQ(LoadRegTypeLib(kSampleLibrary, 2, 8, 0, found.Put()), TYPE_E_LIBNOTREGISTERED);
+    EXPECT_EQ(LoadRegTypeLib(kSampleLibrary, 2, 7, 0, found.Put()), TYPE_E_CANTLOADLIBRARY);
+    // A library that loads, but has no type library.
+    EXPECT_EQ(LoadTypeLib(u"libm.so.6", found.Put()), TYPE_E_CANTLOADLIBRARY);
+    EXPECT_EQ(LoadTypeLib(u"/", found.Put()), TYPE_E_CANTLOADLIBRARY);
+    EXPECT_EQ(LoadTypeLib(u"", found.Put()), TYPE_E_CANTLOADLIBRARY);
+    EXPECT_EQ(LoadTypeLib(nullptr, found.Put()), E_INVALIDARG);
+    EXPECT_FALSE(found);
+}
+
+} // namespace
