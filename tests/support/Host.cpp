@@ -161,7 +161,10 @@ std::u16string XmlOf(IXMLDOMNode& node)
 {
     Bstr xml;
     EXPECT_EQ(S_OK, node.get_xml(xml.Put()));
-    return std::u16string(xml.View());
+    std::u16string text(xml.View());
+    for (auto line = text.find(u'\n'); line != text.npos; line = text.find(u'\n', line))
+        text.erase(line, text.find_first_not_of(u"\n ", line) - line);
+    return text;
 }
 
 std::u16string AttributeText(IXMLDOMDocument& document, std::u16string_view elementPath, std::u16string_view name)

@@ -141,6 +141,7 @@ Value ValueOf(Object& object, HRESULT (Object::*getter)(Value*))
 ComPtr<IXMLDOMDocument> ParseXml(std::u16string_view xml);
 /// The document element of a new, empty project document with the project saved below.
 ComPtr<IXMLDOMDocument> SaveToDocument(IKVProjectData& project);
+/// The markup without its indentation.
 std::u16string XmlOf(IXMLDOMNode& node);
 /// The text of an attribute found by XPath from the document; "<none>" without it.
 std::u16string AttributeText(IXMLDOMDocument& document, std::u16string_view elementPath, std::u16string_view name);

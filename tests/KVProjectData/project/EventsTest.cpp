@@ -35,7 +35,8 @@ TEST_F(EventsTest, SettersTellTheirPropertyOnceAndInOrder)
         {[](auto& p) { return p.put_ThemeSource(Str(u"t").Get()); }, {}},
         {[](auto& p) { return p.put_MenuLess(VARIANT_TRUE); }, {}},
         // The first recorded change makes the project dirty.
-        {[](auto& p) { return p.put_Label(Str(u"l").Get()); }, {Event(EVENT_VolumePropChanged, {11}), Event(EVENT_VolumePropChanged, {4})}},
+        {[](auto& p) { return p.put_Label(Str(u"l").Get()); },
+         {Event(EVENT_VolumePropChanged, {11}), Event(EVENT_VolumePropChanged, {4})}},
         {[](auto& p) { return p.put_DiscFormat(AVCHD); }, {Event(EVENT_VolumePropChanged, {20})}},
         {[](auto& p) { return p.put_VolumeName(Str(u"v").Get()); }, {Event(EVENT_VolumePropChanged, {21})}},
         {[](auto& p) { return p.put_TargetType(2); }, {Event(EVENT_VolumePropChanged, {24})}},
@@ -47,7 +48,8 @@ TEST_F(EventsTest, SettersTellTheirPropertyOnceAndInOrder)
         {[](auto& p) { return p.put_DoCompression(VARIANT_FALSE); }, {Event(EVENT_VolumePropChanged, {68})}},
         {[](auto& p) { return p.put_DiscVideoType(RealD_3D); }, {Event(EVENT_VolumePropChanged, {69})}},
         {[](auto& p) { return p.put_TVStandard(PAL); }, {Event(EVENT_TVStandardChanged, {2})}},
-        {[](auto& p) { return p.put_ProjectDirectory(Str(u"/d").Get()); }, {Event(EVENT_ProjectDirectoryChanged, {}, u"/d")}},
+        {[](auto& p) { return p.put_ProjectDirectory(Str(u"/d").Get()); },
+         {Event(EVENT_ProjectDirectoryChanged, {}, u"/d")}},
         {[](auto& p) { return p.ClearDirtyFlag(); }, {Event(EVENT_VolumePropChanged, {11})}},
         {[](auto& p) { return p.ClearDirtyFlag(); }, {}},
         {[](auto& p) { return p.BroadcastMessage(4, 1, 2); }, {Event(EVENT_MajorProjectChange)}},
@@ -81,9 +83,12 @@ TEST_F(EventsTest, ListsTellPositionsAsTheyWerePassed)
     EXPECT_EQ(KV_E_BAD_POSITION, project->MoveDataFile(1, 1));
 
     std::vector<ReceivedEvent> events = Events();
-    std::erase_if(events, [](const ReceivedEvent& event) { return event.id == EVENT_TitleEncodingParamChanged || event.id == EVENT_VolumePropChanged; });
-    EXPECT_EQ((std::vector{Event(EVENT_TitleAdded, {a, -1}), Event(EVENT_TitleAdded, {b, 1}), Event(EVENT_TitleMoved, {b, 1, 1}),
-                           Event(EVENT_TitleMoved, {b, 1, 2}), Event(EVENT_TitleRemoved, {a}), Event(EVENT_DataFileAdded, {c, 0}),
+    std::erase_if(events, [](const ReceivedEvent& event) {
+        return event.id == EVENT_TitleEncodingParamChanged || event.id == EVENT_VolumePropChanged;
+    });
+    EXPECT_EQ((std::vector{Event(EVENT_TitleAdded, {a, -1}), Event(EVENT_TitleAdded, {b, 1}),
+                           Event(EVENT_TitleMoved, {b, 1, 1}), Event(EVENT_TitleMoved, {b, 1, 2}),
+                           Event(EVENT_TitleRemoved, {a}), Event(EVENT_DataFileAdded, {c, 0}),
                            Event(EVENT_DataFileMoved, {c, 1, 1}), Event(EVENT_DataFileRemoved, {c})}),
               events);
 }
@@ -109,7 +114,8 @@ TEST_F(EventsTest, ConnectionsHaveCookiesByTheirPlace)
     point.Unadvise(reused);
     point.Unadvise(third);
     ComPtr<IConnectionPoint> none;
-    EXPECT_EQ(CONNECT_E_NOCONNECTION, Query<IConnectionPointContainer>(project)->FindConnectionPoint(IKVTitle::IID, none.Put()));
+    EXPECT_EQ(CONNECT_E_NOCONNECTION,
+              Query<IConnectionPointContainer>(project)->FindConnectionPoint(IKVTitle::IID, none.Put()));
 }
 
 TEST_F(EventsTest, AFailingSinkKeepsOneEventFromLaterSinks)
@@ -131,7 +137,8 @@ TEST_F(EventsTest, AFailingSinkKeepsOneEventFromLaterSinks)
     EXPECT_EQ(S_OK, taken);
     EXPECT_EQ(E_ABORT, info.scode);
     const auto heard = Events();
-    EXPECT_NE(heard.end(), std::ranges::find(heard, Event(EVENT_TVStandardChanged, {2}))) << "the sink before the failing one";
+    EXPECT_NE(heard.end(), std::ranges::find(heard, Event(EVENT_TVStandardChanged, {2})))
+        << "the sink before the failing one";
     EXPECT_FALSE(later->WaitFor(EVENT_TVStandardChanged, std::chrono::milliseconds(10)));
 }
 
@@ -151,14 +158,16 @@ TEST_F(EventsTest, ThreadsMayPostTogether)
 {
     constexpr LONG kMessages = 2000;
     const auto post = [&](LONG sender) {
-        for (LONG i = 0; i < kMessages; ++i) project->BroadcastMessage(100, sender, i);
+        for (LONG i = 0; i < kMessages; ++i)
+            project->BroadcastMessage(100, sender, i);
     };
     std::thread first(post, 1);
     std::thread second(post, 2);
     first.join();
     second.join();
     std::map<LONG, LONG> next;
-    for (const ReceivedEvent& event : Events()) EXPECT_EQ(next[event.arguments.at(1)]++, event.arguments.at(2));
+    for (const ReceivedEvent& event : Events())
+        EXPECT_EQ(next[event.arguments.at(1)]++, event.arguments.at(2));
     EXPECT_EQ((std::map<LONG, LONG>{{1, kMessages}, {2, kMessages}}), next);
 }
 
@@ -209,7 +218,8 @@ TEST(EventLifetimeTest, ReleasingAProjectDeliversNothingMore)
         return S_OK;
     });
     auto connection = std::make_unique<Connection>(*project, *sink);
-    for (LONG i = 0; i < 10; ++i) project->BroadcastMessage(1, i, 0);
+    for (LONG i = 0; i < 10; ++i)
+        project->BroadcastMessage(1, i, 0);
     inside.get_future().wait();
     // The worker is held in its first delivery while the last reference goes.
     std::thread release([&] {
@@ -265,7 +275,8 @@ protected:
     std::string Clip(const std::string& name, const std::string& size, const std::string& rate)
     {
         const std::string path = (folder.Path() / name).string();
-        const std::string command = "ffmpeg -v error -y -f lavfi -i testsrc=size=" + size + ":rate=" + rate + " -t 0.4 -c:v mpeg4 " + path;
+        const std::string command =
+            "ffmpeg -v error -y -f lavfi -i testsrc=size=" + size + ":rate=" + rate + " -t 0.4 -c:v mpeg4 " + path;
         EXPECT_EQ(0, std::system(command.c_str()));
         return path;
     }
@@ -298,14 +309,17 @@ TEST_F(FirstTitleTest, ItsSizeOrRateGivesTheStandard)
         TVStandard after;
         double frameRate;
     };
-    for (const Case& clip : {Case{"720x576", "25", NTSC, PAL, 25.0}, Case{"720x480", "30000/1001", PAL, NTSC, 30000.0 / 1001},
-                             Case{"320x240", "50", NTSC, PAL, 50.0}, Case{"320x240", "24", PAL, NTSC, 24.0}, Case{"720x480", "25", PAL, NTSC, 25.0}}) {
+    for (const Case& clip :
+         {Case{"720x576", "25", NTSC, PAL, 25.0}, Case{"720x480", "30000/1001", PAL, NTSC, 30000.0 / 1001},
+          Case{"320x240", "50", NTSC, PAL, 50.0}, Case{"320x240", "24", PAL, NTSC, 24.0},
+          Case{"720x480", "25", PAL, NTSC, 25.0}}) {
         project->Clear();
         project->put_TVStandard(clip.before);
         Events();
         AddTitle(Clip("clip.avi", clip.size, clip.rate));
         const auto events = Events();
-        EXPECT_EQ(clip.after, ValueOf(*project.Get(), &IKVProjectData::get_TVStandard)) << clip.size << '@' << clip.rate;
+        EXPECT_EQ(clip.after, ValueOf(*project.Get(), &IKVProjectData::get_TVStandard))
+            << clip.size << '@' << clip.rate;
         EXPECT_NEAR(clip.frameRate, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate), 0.01);
         const auto added = std::ranges::find(events, EVENT_TitleAdded, &ReceivedEvent::id);
         EXPECT_NE(events.end(), std::find(added, events.end(), Event(EVENT_TVStandardChanged, {clip.after})));

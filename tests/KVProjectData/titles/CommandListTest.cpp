@@ -14,7 +14,8 @@ std::vector<std::u16string> Commands(IUnknown* owner)
     std::vector<std::u16string> texts;
     for (LONG i = 0; i < count; ++i) {
         const auto xml = ComPtr<IXMLDOMNode>::Attach(records[i].pXMLData);
-        const std::string numbers = std::to_string(records[i].cmd) + ' ' + std::to_string(records[i].lParam1) + ' ' + std::to_string(records[i].lParam2);
+        const std::string numbers = std::to_string(records[i].cmd) + ' ' + std::to_string(records[i].lParam1) + ' ' +
+                                    std::to_string(records[i].lParam2);
         texts.push_back(ToUtf16(numbers) + (xml ? u' ' + XmlOf(*xml) : u""));
     }
     return texts;
@@ -38,7 +39,8 @@ protected:
 TEST_F(CommandListTest, KeepsCommandsAndCopiesOfTheirXml)
 {
     const auto fragment = Fragment(u"<file name='a.mpg'/>");
-    std::array records{DiscCommandParams{PlayClip, 1, 2, fragment.Get()}, DiscCommandParams{PlayNextTitle, -3, 0, nullptr}};
+    std::array records{DiscCommandParams{PlayClip, 1, 2, fragment.Get()},
+                       DiscCommandParams{PlayNextTitle, -3, 0, nullptr}};
     const auto commands = Query<IKVCommandList>(title);
     ASSERT_EQ(S_OK, commands->SetCommandList(2, records.data()));
     Query<IXMLDOMElement>(fragment)->setAttribute(Str(u"name").Get(), Variant(u"changed"));
@@ -87,7 +89,8 @@ TEST_F(CommandListTest, SurvivesADocument)
     const auto file = Fragment(u"<file><name>a.mpg</name></file>");
     const auto other = Fragment(u"<File/>");
     std::vector<DiscCommandParams> records;
-    for (LONG code = 0; code <= 9; ++code) records.push_back({static_cast<DiscCommand>(code), code, -code, nullptr});
+    for (LONG code = 0; code <= 9; ++code)
+        records.push_back({static_cast<DiscCommand>(code), code, -code, nullptr});
     records.push_back({static_cast<DiscCommand>(42), 1, 2, nullptr});
     records.push_back({PlayClip, 0, 0, file.Get()});
     records.push_back({PlayClip, 0, 0, other.Get()});

@@ -69,7 +69,8 @@ TEST_F(EncodingParamsTest, BooleansChangeByTrueAlone)
     EXPECT_TRUE(Events().empty());
     ofProject->put_VBREncoding(VARIANT_TRUE);
     EXPECT_EQ(S_OK, ofProject->put_VBREncoding(1));
-    EXPECT_EQ(VARIANT_TRUE, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VBREncoding)) << "a change that stores true again";
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VBREncoding))
+        << "a change that stores true again";
     EXPECT_EQ(2u, Events().size());
 }
 
@@ -87,7 +88,8 @@ TEST_F(EncodingParamsTest, ATitleFollowsTheProjectUntilItLeaves)
 
     Events();
     EXPECT_EQ(S_OK, encoding->put_SyncToProject(VARIANT_FALSE));
-    EXPECT_EQ((std::vector{Event(EVENT_TitleEncodingParamChanged, {ValueOf(*title.Get(), &IKVTitle::get_ID), 109})}), Events());
+    EXPECT_EQ((std::vector{Event(EVENT_TitleEncodingParamChanged, {ValueOf(*title.Get(), &IKVTitle::get_ID), 109})}),
+              Events());
     ofProject->put_VideoBitrate(6'000'000);
     EXPECT_EQ(5'000'000, ValueOf(*encoding.Get(), &IKVEncodingParams::get_VideoBitrate)) << "kept on leaving";
     EXPECT_EQ(AspectRatio_16x9, ValueOf(*encoding.Get(), &IKVEncodingParams::get_AspectRatio));

@@ -210,7 +210,8 @@ TEST_F(TitleTest, DataFilesNameExistingSources)
     ComPtr<IKVDataFile> file;
     ASSERT_EQ(S_OK, project->AddDataFile(0, file.Put()));
     Events();
-    for (const Bstr& missing : {Bstr(), Bstr(u""), folder.File("b.txt")}) EXPECT_EQ(KV_E_NO_SOURCE_FILE, file->put_SourcePath(missing.Get()));
+    for (const Bstr& missing : {Bstr(), Bstr(u""), folder.File("b.txt")})
+        EXPECT_EQ(KV_E_NO_SOURCE_FILE, file->put_SourcePath(missing.Get()));
     EXPECT_EQ(u"<null>", Text(*file.Get(), &IKVDataFile::get_SourcePath));
     EXPECT_TRUE(Events().empty());
     const LONG id = ValueOf(*file.Get(), &IKVDataFile::get_ID);

@@ -1,0 +1,219 @@
+#include "KVProjectData/ResultCodes.h"
+#include "platform/com/TaskMemory.h"
+#include "support/Host.h"
+
+#include <limits>
+
+namespace kv::test {
+namespace {
+
+class LoadingTest : public testing::Test {
+protected:
+    /// Loads from the document itself, with `content` below its `Project` element.
+    void Load(std::u16string_view content, std::u16string_view attributes = {})
+    {
+        std::u16string xml(u"<Root><Project ");
+        xml.append(attributes).append(u">").append(content).append(u"</Project></Root>");
+        EXPECT_EQ(S_OK, project->loadXML(ParseXml(xml).Get()));
+    }
+
+    ComPtr<IKVTitle> Title(LONG position)
+    {
+        ComPtr<IKVTitle> title;
+        project->GetTitle(position, title.Put());
+        return title;
+    }
+
+    std::vector<LONG> TitleIds()
+    {
+        std::vector<LONG> ids;
+        for (LONG i = 1; const auto title = Title(i); ++i)
+            ids.push_back(ValueOf(*title.Get(), &IKVTitle::get_ID));
+        return ids;
+    }
+
+    ComPtr<IKVProjectData> project = NewProject();
+};
+
+/// A document with a value other than its default in every attribute.
+constexpr std::u16string_view kFull =
+    uR"x(<Project DiscSize="8 (BluRay_25)" ID="0" TVStandard="2 (PAL)" ThemeSource="t&amp;t" Version="900")x"
+    uR"x( discFormat="7 (BluRay_BDMV)" discVideoType="3 (RealD_3D)" doCompression="0" fitToDisc="1" label="&lt;L&gt;")x"
+    uR"x( menuless="-1" name="N" onDiscProject="1" onDiscSizeKB="4000000000" options="64 (Cmd_PlayRemainingTitles)")x"
+    uR"x( remainingCaptures="2"><Titles NumItems="1"><Title ID="1000057" discIndex="3" flags="4" label="One")x"
+    uR"x( stillWaitSecs="9" tag="2 (FirstPlay)" vobDuration="77" vobSize="2.5"><Encoding VBREncoding="1")x"
+    uR"x( aspectRatio="2 (16x9)" audioBitrate="448000" audioChannels="6" audioFormat="6 (DTS)")x"
+    uR"x( subpictureFormat="2 (RLE_8Bit)" syncToProject="0" twoPassEncoding="1" videoBitrate="20000000")x"
+    uR"x( videoFormat="1 (AVC/H.264)" videoResolution="15 (HD_1080p_1920)" wideDisplayMode="3 (Both)"/>)x"
+    uR"x(<Commands><PlayClip code="6" param1="1" param2="2"><effect a="1"><b/></effect></PlayClip></Commands></Title>)x"
+    uR"x(</Titles><Menus NumItems="0"/><DataFiles NumItems="1"><File ID="1000060" destPath="d" sourcePath="/no/s")x"
+    uR"x( tag="4294967295"/></DataFiles><Commands><StopPlayback code="3" param1="-2147483648" param2="2147483647"/>)x"
+    uR"x(</Commands><Encoding VBREncoding="0" aspectRatio="1 (4x3)" audioBitrate="1" audioChannels="1")x"
+    uR"x( audioFormat="1 (LPCM)" subpictureFormat="1 (RLE)" syncToProject="0" twoPassEncoding="0" videoBitrate="2")x"
+    uR"x( videoFormat="3 (MPEG-1)" videoResolution="4 (Quarter_D1)" wideDisplayMode="2 (PanAndScan)"/></Project>)x";
+
+TEST_F(LoadingTest, GivesBackADocumentWithEveryAttributeSet)
+{
+    const auto document = ParseXml(std::u16string(u"<Root>").append(kFull).append(u"</Root>"));
+    ASSERT_EQ(S_OK, project->loadXML(document.Get()));
+    ComPtr<IXMLDOMNode> saved;
+    SaveToDocument(*project.Get())->selectSingleNode(Str(u"/Root/Project").Get(), saved.Put());
+    EXPECT_EQ(kFull, XmlOf(*saved.Get()));
+}
+
+TEST_F(LoadingTest, LooksForTheProjectTwoLevelsBelowTheNode)
+{
+    const auto document =
+        ParseXml(u"<a><!-- x --><Root><Project label='inner'><Titles><Title ID='9'/></Titles></Project></Root></a>");
+    for (const char16_t* path : {u"/", u"/a", u"/a/Root", u"/a/Root/Project"}) {
+        ComPtr<IXMLDOMNode> node;
+        ASSERT_EQ(S_OK, document->selectSingleNode(Str(path).Get(), node.Put())) << ToUtf8(path);
+        const bool reaches = std::u16string_view(path) != u"/";
+        EXPECT_EQ(S_OK, project->loadXML(node.Get()));
+        EXPECT_EQ(reaches ? u"inner" : u"", Text(*project.Get(), &IKVProjectData::get_Label)) << ToUtf8(path);
+        EXPECT_EQ(reaches ? 1u : 0u, TitleIds().size()) << ToUtf8(path);
+    }
+}
+
+TEST_F(LoadingTest, StartsFromAClearedProject)
+{
+    project->put_Label(Str(u"old").Get());
+    project->AddTitle(0, nullptr);
+    EXPECT_EQ(KV_E_NO_XML_NODE, project->loadXML(nullptr));
+    EXPECT_EQ(u"old", Text(*project.Get(), &IKVProjectData::get_Label));
+    EXPECT_EQ(1u, TitleIds().size());
+    Load(u"", u"DiscSize='1'");
+    EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_Label));
+    EXPECT_EQ(SZ_CD650, ValueOf(*project.Get(), &IKVProjectData::get_DiscSize));
+    EXPECT_TRUE(TitleIds().empty());
+}
+
+TEST_F(LoadingTest, ReadsTheNumberInFrontOfAName)
+{
+    const std::vector<std::pair<std::u16string, LONG>> cases{{u"3 (anything at all)", 3},
+                                                             {u"3", 3},
+                                                             {u"  3 (DVD_dashVR)", 3},
+                                                             {u"DVD_Video", 0},
+                                                             {u"", 0},
+                                                             {u"-7x", -7},
+                                                             {u"+12", 12},
+                                                             {u"12 (unknown)", 12}};
+    for (const auto& [text, value] : cases) {
+        Load(u"", u"discFormat='" + text + u"'");
+        EXPECT_EQ(value, ValueOf(*project.Get(), &IKVProjectData::get_DiscFormat)) << ToUtf8(text);
+    }
+}
+
+TEST_F(LoadingTest, TakesIdsFromTheDocumentAndCountsOnFromThem)
+{
+    const LONG next = [this] {
+        ComPtr<IKVTitle> title;
+        project->AddTitle(0, title.Put());
+        return ValueOf(*title.Get(), &IKVTitle::get_ID) + 50;
+    }();
+    Load(u"<Titles><Title ID='" + ToUtf16(std::to_string(next)) + u"'/><Title/></Titles>");
+    ComPtr<IKVTitle> fresh;
+    project->AddTitle(0, fresh.Put());
+    const std::vector<LONG> ids = TitleIds();
+    ASSERT_EQ(3u, ids.size());
+    EXPECT_EQ(next, ids[0]);
+    EXPECT_GT(ids[1], next);
+    EXPECT_GT(ids[2], ids[1]);
+}
+
+TEST_F(LoadingTest, IsNotLedAstrayByIds)
+{
+    struct Case {
+        std::u16string_view text;
+        bool kept;
+    };
+    for (const Case& c : {Case{u"0", false}, {u"2147483647", false}, {u"2147483640", false}, {u"-5", true}}) {
+        Load(std::u16string(u"<Titles><Title ID='").append(c.text).append(u"' label='x'/><Title/></Titles>"));
+        const std::vector<LONG> ids = TitleIds();
+        ASSERT_EQ(2u, ids.size()) << ToUtf8(c.text);
+        EXPECT_EQ(c.kept, ToUtf16(std::to_string(ids[0])) == c.text) << ToUtf8(c.text);
+        EXPECT_GT(ids[1], 0);
+        EXPECT_LT(ids[1], std::numeric_limits<LONG>::max() - 1'000'000) << "IDs left for a host's work";
+        EXPECT_EQ(u"x", Text(*Title(1).Get(), &IKVTitle::get_Label));
+    }
+    Load(u"<Titles><Title ID='77' label='a'/><Title ID='77' label='b'/></Titles>");
+    EXPECT_EQ((std::vector<LONG>{77, 77}), TitleIds());
+    ComPtr<IUnknown> found;
+    EXPECT_EQ(S_OK, project->FindByID(77, found.Put()));
+    EXPECT_EQ(Query<IUnknown>(Title(1)), found) << "the first of them";
+}
+
+TEST_F(LoadingTest, PassesOverWhatItDoesNotKnow)
+{
+    Load(u"<!-- note --><?target data?>text<Unknown><Titles><Title/></Titles><Commands><PlayMenu/></Commands></Unknown>"
+         u"<titles><Title/></titles><Titles NumItems='99' other='1'><Unknown/><Title label='one'><Title/>"
+         u"<Palette/><Encoding videoBitrate='5'><Commands/></Encoding></Title><File/></Titles>"
+         u"<DataFiles><Title/><File tag='3'><Title/></File></DataFiles><Title/>",
+         u"unknown='1' label='L'");
+    EXPECT_EQ(u"L", Text(*project.Get(), &IKVProjectData::get_Label));
+    ASSERT_EQ(1u, TitleIds().size());
+    EXPECT_EQ(u"one", Text(*Title(1).Get(), &IKVTitle::get_Label));
+    EXPECT_EQ(5, ValueOf(*Query<IKVEncodingParams>(Title(1)).Get(), &IKVEncodingParams::get_VideoBitrate));
+    EXPECT_EQ(1, ValueOf(*project.Get(), &IKVProjectData::get_DataFileCount));
+    LONG count = -1;
+    DiscCommandParams* none = nullptr;
+    EXPECT_EQ(S_OK, Query<IKVCommandList>(project)->GetCommandList(&count, &none));
+    EXPECT_EQ(0, count);
+}
+
+TEST_F(LoadingTest, LeavesOutOnlyTheElementThatCannotBeRead)
+{
+    Load(u"<Titles><Title label='bad' stillWaitSecs='many'><Encoding videoBitrate='5'/></Title>"
+         u"<Title label='good' stillWaitSecs='7'/></Titles>");
+    ASSERT_EQ(2u, TitleIds().size());
+    EXPECT_EQ(8000000, ValueOf(*Query<IKVEncodingParams>(Title(1)).Get(), &IKVEncodingParams::get_VideoBitrate));
+    EXPECT_EQ(5, ValueOf(*Title(1).Get(), &IKVTitle::get_StillWaitTime));
+    EXPECT_EQ(u"good", Text(*Title(2).Get(), &IKVTitle::get_Label));
+    EXPECT_EQ(7, ValueOf(*Title(2).Get(), &IKVTitle::get_StillWaitTime));
+    for (const char16_t* number : {u"99999999999", u"-2147483649", u"1e40", u"NaN"}) {
+        Load(std::u16string(u"<Titles><Title stillWaitSecs='").append(number).append(u"'/></Titles>"));
+        ASSERT_EQ(1u, TitleIds().size());
+        EXPECT_EQ(5, ValueOf(*Title(1).Get(), &IKVTitle::get_StillWaitTime)) << ToUtf8(number);
+    }
+}
+
+TEST_F(LoadingTest, KeepsTheXmlOfCommandsByName)
+{
+    const auto fragmentAfter = [this](std::u16string_view child) {
+        Load(std::u16string(u"<Commands><PlayClip code='6'>").append(child).append(u"</PlayClip></Commands>"));
+        LONG count = 0;
+        DiscCommandParams* records = nullptr;
+        EXPECT_EQ(S_OK, Query<IKVCommandList>(project)->GetCommandList(&count, &records));
+        const UniqueTaskMem<DiscCommandParams> owned(records);
+        if (count != 1) return std::u16string(u"<no command>");
+        const auto xml = ComPtr<IXMLDOMNode>::Attach(records->pXMLData);
+        return xml ? XmlOf(*xml) : std::u16string();
+    };
+    EXPECT_EQ(u"<file a=\"1\"><b/></file>", fragmentAfter(u"<file a='1'><b/></file>"));
+    EXPECT_EQ(u"<effect/>", fragmentAfter(u"<effect/><file/>"));
+    EXPECT_EQ(u"", fragmentAfter(u"<File/>"));
+    EXPECT_EQ(u"", fragmentAfter(u"<!-- first --><file/>"));
+    EXPECT_EQ(u"", fragmentAfter(u""));
+}
+
+TEST_F(LoadingTest, BearsDocumentsOfAnyDepth)
+{
+    std::u16string deep;
+    for (int i = 0; i < 5'000; ++i)
+        deep += i % 2 ? u"<Title><Titles>" : u"<Titles><Title>";
+    for (int i = 5'000; i-- > 0;)
+        deep += i % 2 ? u"</Titles></Title>" : u"</Title></Titles>";
+    const auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
+    VARIANT_BOOL parsed = VARIANT_FALSE;
+    document->loadXML(Bstr(u"<Root><Project>" + deep + u"</Project></Root>").Get(), &parsed);
+    if (parsed) {
+        EXPECT_EQ(S_OK, project->loadXML(document.Get()));
+        EXPECT_EQ(1u, TitleIds().size());
+    } else {
+        ComPtr<IXMLDOMElement> element;
+        EXPECT_EQ(S_FALSE, document->get_documentElement(element.Put())) << "empty after a failure";
+    }
+}
+
+} // namespace
+} // namespace kv::test
