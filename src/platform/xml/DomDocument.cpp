@@ -147,7 +147,9 @@ void AppendUtf16(std::string_view utf8, std::vector<char>& bytes)
             put((first & 0x0fu) << 12 | (byte(1) & 0x3fu) << 6 | (byte(2) & 0x3fu));
             i += 3;
         } else {
-            const char32_t c = ((first & 0x07u) << 18 | (byte(1) & 0x3fu) << 12 | (byte(2) & 0x3fu) << 6 | (byte(3) & 0x3fu)) - 0x10000;
+            const char32_t c =
+                ((first & 0x07u) << 18 | (byte(1) & 0x3fu) << 12 | (byte(2) & 0x3fu) << 6 | (byte(3) & 0x3fu)) -
+                0x10000;
             put(0xd800 + (c >> 10));
             put(0xdc00 + (c & 0x3ff));
             i += 4;

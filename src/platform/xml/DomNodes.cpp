@@ -52,7 +52,8 @@ void RemoveAttribute(DomTree& tree, pugi::xml_node element, pugi::xml_attribute 
 void DomElement::Write(const char* name, std::string_view value)
 {
     // A writer that names its attributes in order needs no search for one that is there already.
-    const bool inOrder = m_newest && m_newest == m_place.node.last_attribute() && std::strcmp(m_newest.name(), name) < 0;
+    const bool inOrder =
+        m_newest && m_newest == m_place.node.last_attribute() && std::strcmp(m_newest.name(), name) < 0;
     pugi::xml_attribute attribute = inOrder ? pugi::xml_attribute() : m_place.node.attribute(name);
     if (!attribute) {
         const bool first = !m_place.node.first_attribute();

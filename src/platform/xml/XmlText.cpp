@@ -398,7 +398,8 @@ bool ToXmlUtf8(std::u16string_view text, std::string& utf8)
 bool IsXmlUtf8(std::string_view text)
 {
     // Nearly all text is plain.
-    while (!text.empty() && text.front() >= 0x20) text.remove_prefix(1);
+    while (!text.empty() && text.front() >= 0x20)
+        text.remove_prefix(1);
     while (!text.empty()) {
         std::size_t length = 1;
         if (!IsXmlChar(DecodeUtf8(text, length))) return false;

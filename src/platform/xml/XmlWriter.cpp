@@ -12,7 +12,8 @@ using CharacterSet = std::array<bool, 256>;
 constexpr CharacterSet SetOf(std::string_view characters)
 {
     CharacterSet set{};
-    for (char c : characters) set[static_cast<unsigned char>(c)] = true;
+    for (char c : characters)
+        set[static_cast<unsigned char>(c)] = true;
     return set;
 }
 
@@ -131,7 +132,8 @@ private:
         }
         while (true) {
             std::size_t at = 0;
-            while (at < text.size() && !special[static_cast<unsigned char>(text[at])]) ++at;
+            while (at < text.size() && !special[static_cast<unsigned char>(text[at])])
+                ++at;
             m_text += text.substr(0, at);
             if (at == text.size()) return;
             Reference(text[at]);
