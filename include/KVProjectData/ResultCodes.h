@@ -13,13 +13,15 @@ inline constexpr HRESULT KV_E_DATA_FILE_NOT_FOUND = MakeResult(0xC201003E);
 inline constexpr HRESULT KV_E_NO_XML_NODE = MakeResult(0xC201003F);
 /// The project has no undo manager.
 inline constexpr HRESULT KV_E_NO_UNDO_MANAGER = MakeResult(0xC2010040);
+/// A snapshot of an object that is not a project.
+inline constexpr HRESULT KV_E_NO_PROJECT = MakeResult(0xC2010041);
 /// An event from a node without a parent.
 inline constexpr HRESULT KV_E_NO_PARENT = MakeResult(0xC2010047);
 /// No object with that ID.
 inline constexpr HRESULT KV_E_NO_SUCH_ID = MakeResult(0xC201004B);
 /// No object at that position, or a bad position.
 inline constexpr HRESULT KV_E_BAD_POSITION = MakeResult(0xC201004C);
-/// An undo step is already open.
+/// An undo step is already open, of this project or another one of the process.
 inline constexpr HRESULT KV_E_UNDO_STEP_OPEN = MakeResult(0xC201004D);
 /// The object is locked.
 inline constexpr HRESULT KV_E_LOCKED = MakeResult(0xC201004E);

@@ -144,7 +144,7 @@ class ArchivedNode : public Base {
 public:
     void GetAttributes(AttributeMap& attributes) final
     {
-        constexpr std::size_t kUsualCount = 16;
+        constexpr std::size_t kUsualCount = 8;
         attributes.Clear();
         attributes.Reserve(kUsualCount);
         AttributeWriter writer(attributes);

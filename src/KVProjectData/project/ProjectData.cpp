@@ -49,12 +49,15 @@ HRESULT CKVProjectData::Initialise()
     AddChild(m_commandList.Get(), true);
     m_encodingParams = MakeInner<CKVEncodingParams>(Controlling());
     AddChild(m_encodingParams.Get(), true);
+    // A project can be worked with all the same when nothing of it can be undone.
+    m_undo.Initialise();
     m_locking = MakeInner<CKVLocking>(Controlling(), this);
     return Start(kHeartbeatMilliseconds);
 }
 
 void CKVProjectData::FinalRelease()
 {
+    m_undo.Terminate();
     DropLists();
     m_commandList.Reset();
     m_encodingParams.Reset();
@@ -453,6 +456,7 @@ HRESULT CKVProjectData::AddItem(CKVList& list, LONG position, Interface** out, c
         const auto item = Make<Item>();
         const LONG index = position < 1 ? -1 : position - 1;
         if (!list.Adopt(*item, index, true)) return KV_E_BAD_POSITION;
+        list.RecordChange(ListChange::Add, *item, item->IndexInParent());
         const HRESULT prepared = prepare(*item);
         if (FAILED(prepared)) {
             list.TakeOut(item->IndexInParent());
@@ -472,6 +476,7 @@ HRESULT CKVProjectData::RemoveItem(CKVList& list, LONG index, HRESULT notFound, 
     if (!item) return notFound;
     const LONG id = item->ID();
     ComPtr<Interface> removed(static_cast<Item*>(item));
+    list.RecordChange(ListChange::Remove, *item, index);
     list.TakeOut(index);
     if (out) *out = removed.Detach();
     FireEvent(events.removed, id, 0, 0);
@@ -486,6 +491,7 @@ HRESULT CKVProjectData::MoveItem(CKVList& list, LONG from, LONG to, const ListEv
         if (from < 1 || !list.GetChild(from - 1)) return KV_E_BAD_POSITION;
         const HRESULT moved = to < 1 ? KV_E_BAD_POSITION : list.MoveChild(from - 1, to - 1, &item);
         if (FAILED(moved)) return moved;
+        list.RecordChange(ListChange::Move, *item, from - 1);
         FireEvent(events.moved, item->ID(), from, to);
         return S_OK;
     });
@@ -626,6 +632,7 @@ HRESULT CKVProjectData::FindByID(LONG ID, IUnknown** ppUnkObj)
 HRESULT CKVProjectData::Clear()
 {
     return Edit([&](EditScope&) {
+        m_undo.DiscardAll();
         DropLists();
         m_settings = Settings{};
         m_dirty = false;
@@ -697,63 +704,59 @@ HRESULT CKVProjectData::SaveXML(IXMLDOMNode* pRootNode)
     });
 }
 
-// Undo: a project without an undo manager
+// Undo
 
-HRESULT CKVProjectData::BeginUndo(BSTR)
+HRESULT CKVProjectData::BeginUndo(BSTR bsDesc)
 {
-    return Read([] { return KV_E_NO_UNDO_MANAGER; });
+    return m_undo.Begin(bsDesc);
 }
 
-HRESULT CKVProjectData::TakeUndoSnapshot(BSTR)
+HRESULT CKVProjectData::TakeUndoSnapshot(BSTR bsDesc)
 {
-    return Read([] { return KV_E_NO_UNDO_MANAGER; });
+    return m_undo.TakeSnapshot(bsDesc);
 }
 
-HRESULT CKVProjectData::EndUndo(VARIANT_BOOL)
+HRESULT CKVProjectData::EndUndo(VARIANT_BOOL bCommit)
 {
-    return S_OK;
+    return m_undo.End(bCommit != VARIANT_FALSE);
 }
 
-HRESULT CKVProjectData::EndUndoEx(VARIANT_BOOL bCommit, VARIANT_BOOL)
+HRESULT CKVProjectData::EndUndoEx(VARIANT_BOOL bCommit, VARIANT_BOOL bSbdHint)
 {
-    return Read([&] {
-        if (bCommit != VARIANT_FALSE) SetModified(false);
-        return S_OK;
-    });
+    if (bSbdHint != VARIANT_FALSE) m_undo.MarkMajorChange();
+    const HRESULT ended = EndUndo(bCommit);
+    if (bCommit != VARIANT_FALSE) SetModified(false);
+    return ended;
 }
 
 HRESULT CKVProjectData::UndoOperation()
 {
-    return S_FALSE;
+    return m_undo.Undo();
 }
 
 HRESULT CKVProjectData::RedoOperation()
 {
-    return S_FALSE;
+    return m_undo.Redo();
 }
 
 HRESULT CKVProjectData::GetUndoManager(IOleUndoManager** ppUndoMgr)
 {
-    if (!ppUndoMgr) return E_POINTER;
-    *ppUndoMgr = nullptr;
-    return KV_E_NO_UNDO_MANAGER;
+    return m_undo.GetManager(ppUndoMgr);
 }
 
 HRESULT CKVProjectData::BeginStoryboardUndo(IUnknown* pUnkSbd, ULONG)
 {
-    return pUnkSbd ? S_FALSE : E_POINTER;
+    return m_undo.BeginStoryboard(pUnkSbd);
 }
 
 HRESULT CKVProjectData::get_UndoEnable(VARIANT_BOOL* pVal)
 {
-    if (!pVal) return S_FALSE;
-    *pVal = VARIANT_FALSE;
-    return E_POINTER;
+    return m_undo.CanUndo(pVal);
 }
 
 HRESULT CKVProjectData::get_RedoEnable(VARIANT_BOOL* pVal)
 {
-    return get_UndoEnable(pVal);
+    return m_undo.CanRedo(pVal);
 }
 
 // Other operations
@@ -785,7 +788,10 @@ HRESULT CKVProjectData::SetSaveThemeMode(LONG mode)
 
 HRESULT CKVProjectData::ResetStaticData()
 {
-    return S_OK;
+    return Read([] {
+        SharedUndoContext().manager.Reset();
+        return S_OK;
+    });
 }
 
 } // namespace kv

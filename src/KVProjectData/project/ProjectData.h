@@ -10,6 +10,7 @@
 #include "KVProjectData/titles/CommandList.h"
 #include "KVProjectData/titles/EncodingParams.h"
 #include "KVProjectData/tree/Locking.h"
+#include "KVProjectData/undo/ProjectUndo.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/ConnectionPoint.h"
 #include "platform/com/Object.h"
@@ -196,6 +197,7 @@ private:
     Aggregated<CKVLocking> m_locking;
 
     ProjectEvents m_events{*this};
+    ProjectUndo m_undo{*this};
     HWND m_window = 0;
 };
 

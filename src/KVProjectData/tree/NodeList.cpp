@@ -23,4 +23,15 @@ void CNodeList::DropAll()
         TakeOut(ChildCount() - 1);
 }
 
+bool CNodeList::RecordChange(ListChange change, CProjectNode& child, LONG index, bool major)
+{
+    UndoContext& context = SharedUndoContext();
+    if (!context.step) return false;
+    const SectionLock lock(context.section);
+    StateRecorder* const step = context.step;
+    if (!step) return false;
+    if (major) context.majorChange = true;
+    return step->KeepListChange(*this, change, child, index);
+}
+
 } // namespace kv

@@ -1,8 +1,7 @@
 #pragma once
 // A node that keeps its children alive: the lists of a project, a menu or a button, and command lists.
 
-#include "KVProjectData/tree/ProjectNode.h"
-#include "platform/com/ComPtr.h"
+#include "KVProjectData/tree/UndoContext.h"
 
 namespace kv {
 
@@ -16,6 +15,10 @@ public:
 
     /// Drops every child, the last one first.
     void DropAll();
+
+    /// Keeps an edit of this list for undo, each in an open step; `child` stands at `index` in the list, which for a
+    /// move is where it came from. True when kept.
+    bool RecordChange(ListChange change, CProjectNode& child, LONG index, bool major = false);
 
 protected:
     explicit CNodeList(NodeType type) : CProjectNode(type) {}

@@ -1,7 +1,8 @@
 #include "KVProjectData/tree/ProjectNode.h"
 
 #include "KVProjectData/ResultCodes.h"
-#include "KVProjectData/tree/TreeState.h"
+#include "KVProjectData/tree/ObjectID.h"
+#include "KVProjectData/tree/UndoContext.h"
 #include "platform/com/ComPtr.h"
 
 #include <algorithm>
@@ -34,7 +35,8 @@ CProjectNode::~CProjectNode()
     if (m_parent) std::erase(m_parent->m_children, this);
     for (CProjectNode* child : m_children)
         child->m_parent = nullptr;
-    if (m_recorded) SharedTreeState().recordedNodes.Forget(*this);
+    if (m_recorded) SharedUndoContext().recordedNodes.Forget(*this);
+    if (m_link) *m_link = nullptr;
 }
 
 HRESULT CProjectNode::LoadXML(IUnknown* node)
@@ -191,12 +193,7 @@ bool CProjectNode::RemoveFromParent()
 void CProjectNode::SetID(LONG id)
 {
     m_ID = id;
-    if (id < 0) return;
-    std::atomic<ULONG>& next = SharedTreeState().nextID;
-    const ULONG wanted = static_cast<ULONG>(id) + 1;
-    ULONG current = next.load(std::memory_order_relaxed);
-    while (current < wanted && !next.compare_exchange_weak(current, wanted, std::memory_order_relaxed)) {
-    }
+    PassOverID(id);
 }
 
 void CProjectNode::AssignID()
@@ -234,30 +231,55 @@ template <class Keep>
 bool CProjectNode::Record(bool major, Keep&& keep)
 {
     SetModified(major);
-    TreeState& state = SharedTreeState();
-    if (m_recorded || !state.openStep || !state.recordingEnabled) return false;
+    UndoContext& context = SharedUndoContext();
+    if (m_recorded || !context.step) return false;
+    const SectionLock lock(context.section);
+    StateRecorder* const step = context.step;
+    if (!step || !context.recordingEnabled) return false;
 
-    std::string description(NodeTypeName(m_type));
-    description += '[' + std::to_string(m_ID) + ']';
-    const bool kept = keep(*state.openStep, description);
+    const bool kept = keep(*step, Description());
     m_recorded = true;
-    state.recordedNodes.Add(*this);
-    if (major) state.majorChange = true;
+    context.recordedNodes.Add(*this);
+    if (major) context.majorChange = true;
     return kept;
+}
+
+Bstr CProjectNode::Description() const
+{
+    const std::string_view type = NodeTypeName(m_type);
+    const std::string id = std::to_string(m_ID);
+    std::u16string text(type.begin(), type.end());
+    text += u'[';
+    text.append(id.begin(), id.end());
+    text += u']';
+    return Bstr(text);
 }
 
 bool CProjectNode::RecordState(bool major)
 {
-    return Record(major, [this](StateRecorder& step, std::string_view description) {
-        return step.KeepState(*this, description);
+    return Record(
+        major, [this](StateRecorder& step, Bstr description) { return step.KeepState(*this, std::move(description)); });
+}
+
+bool CProjectNode::RecordCommandListState(CKVCommandList& commandList)
+{
+    return Record(false, [&](StateRecorder& step, Bstr description) {
+        return step.KeepCommands(commandList, std::move(description));
     });
 }
 
-bool CProjectNode::RecordCommandListState(CProjectNode& commandList)
+const NodeLink& CProjectNode::Link()
 {
-    return Record(false, [&](StateRecorder& step, std::string_view description) {
-        return step.KeepCommandList(commandList, description);
-    });
+    if (!m_link) m_link = std::make_shared<CProjectNode*>(this);
+    return m_link;
+}
+
+CProjectNode* CProjectNode::Project()
+{
+    CProjectNode* root = this;
+    while (root->m_parent)
+        root = root->m_parent;
+    return root->m_type == typeProject ? root : nullptr;
 }
 
 } // namespace kv

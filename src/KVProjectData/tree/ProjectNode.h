@@ -7,6 +7,7 @@
 #include "platform/system/CriticalSection.h"
 #include "platform/xml/Dom.h"
 
+#include <memory>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -22,6 +23,12 @@ struct Fires {
     explicit constexpr Fires(DISPID id) : propId(id) {}
     DISPID propId;
 };
+
+class CKVCommandList;
+class CProjectNode;
+
+/// Leads to a node as long as it lives; null afterwards.
+using NodeLink = std::shared_ptr<CProjectNode*>;
 
 /// A node does not own its children: whoever adds one keeps it alive (CNodeList does so by reference).
 /// Every public operation of a node's interface runs inside the node's section; operations that reach into
@@ -92,8 +99,14 @@ public:
     /// Makes the project dirty and keeps the node's state for undo, once in an open step. True when kept.
     bool RecordState(bool major);
     /// The same with the commands of a list as the state.
-    bool RecordCommandListState(CProjectNode& commandList);
+    bool RecordCommandListState(CKVCommandList& commandList);
+    /// Passes the node over in the open step, which keeps its state otherwise.
+    void SetRecorded() { m_recorded = true; }
     void ClearRecorded() { m_recorded = false; }
+
+    const NodeLink& Link();
+    /// The project that the node is part of; null for a detached one.
+    CProjectNode* Project();
 
 protected:
     explicit CProjectNode(NodeType type) : m_type(type) {}
@@ -182,6 +195,8 @@ private:
 
     template <class Keep>
     bool Record(bool major, Keep&& keep);
+    /// Kind and ID, for a person.
+    Bstr Description() const;
 
     CriticalSection m_section;
     LONG m_ID = 0;
@@ -190,6 +205,7 @@ private:
     CProjectNode* m_parent = nullptr;
     bool m_recorded = false;
     LONG m_lockCount = 0;
+    NodeLink m_link;
 };
 
 } // namespace kv

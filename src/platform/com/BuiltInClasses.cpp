@@ -1,6 +1,7 @@
 #include "platform/com/BuiltInClasses.h"
 
-#include "platform/com/Object.h"
+#include "platform/com/ServerModule.h"
+#include "platform/undo/UndoManager.h"
 #include "platform/xml/Dom.h"
 #include "platform/xml/DomDocument.h"
 
@@ -24,8 +25,13 @@ private:
 
 HRESULT GetBuiltInClassObject(REFCLSID clsid, REFIID iid, void** out)
 {
-    if (clsid != CLSID_DOMDocument) return REGDB_E_CLASSNOTREG;
-    return Guarded([&] { return Make<BuiltInClassObject>(&CreateDomDocument)->QueryInterface(iid, out); });
+    return Guarded([&]() -> HRESULT {
+        if (clsid == CLSID_DOMDocument) return Make<BuiltInClassObject>(&CreateDomDocument)->QueryInterface(iid, out);
+        if (clsid == CLSID_OleUndoManager) {
+            return Make<BuiltInClassObject>(&CreateObject<UndoManager>)->QueryInterface(iid, out);
+        }
+        return REGDB_E_CLASSNOTREG;
+    });
 }
 
 } // namespace kv

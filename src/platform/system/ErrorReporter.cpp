@@ -32,6 +32,13 @@ std::string Line(ErrorPlace place, std::string_view text)
 
 } // namespace
 
+std::string ResultText(HRESULT result)
+{
+    char code[16];
+    std::snprintf(code, sizeof code, "0x%08X", static_cast<ULONG>(result));
+    return code;
+}
+
 void ZXUClearErrorStack()
 {
     const SectionLock lock(Shared().section);
@@ -50,9 +57,7 @@ std::string ZXUErrNullStr(ErrorPlace place, std::string_view parameter)
 
 std::string ZXUErrResultStr(ErrorPlace place, std::string_view expression, HRESULT result)
 {
-    char code[16];
-    std::snprintf(code, sizeof code, "0x%08X", static_cast<ULONG>(result));
-    return Line(place, std::string(expression) + " = " + code);
+    return Line(place, std::string(expression) + " = " + ResultText(result));
 }
 
 void ZXUReportError(std::string_view line)

@@ -17,6 +17,9 @@ struct ErrorPlace {
     int line;
 };
 
+/// "0x%08X"
+KV_EXPORT std::string ResultText(HRESULT result);
+
 /// Forgets the lines that were reported so far.
 KV_EXPORT void ZXUClearErrorStack();
 

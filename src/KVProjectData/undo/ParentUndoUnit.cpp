@@ -1,0 +1,116 @@
+#include "KVProjectData/undo/ParentUndoUnit.h"
+
+#include <algorithm>
+
+namespace kv {
+namespace {
+
+bool IsSame(IUnknown* a, IUnknown* b)
+{
+    return Query<IUnknown>(a) == Query<IUnknown>(b);
+}
+
+} // namespace
+
+HRESULT CStdOleParentUndoUnit::Open(IOleParentUndoUnit* parent)
+{
+    if (m_state == UAS_BLOCKED) return S_OK;
+    if (m_openChild) return m_openChild->Open(parent);
+    m_openChild = parent;
+    return S_OK;
+}
+
+HRESULT CStdOleParentUndoUnit::Close(IOleParentUndoUnit* parent, BOOL commit)
+{
+    if (m_state == UAS_BLOCKED) return S_OK;
+    if (!m_openChild) return commit ? S_FALSE : Do(nullptr);
+
+    const HRESULT closed = m_openChild->Close(parent, commit);
+    const bool isOpenChild = IsSame(m_openChild.Get(), parent);
+    if (closed == S_OK) {
+        // Either a unit further within was closed, or the child has rolled itself back.
+        if (isOpenChild) m_openChild.Reset();
+        return S_OK;
+    }
+    if (!isOpenChild) return E_INVALIDARG;
+    return Guarded([&] {
+        if (commit) CloseOpenChild();
+        m_openChild.Reset();
+        return S_OK;
+    });
+}
+
+void CStdOleParentUndoUnit::CloseOpenChild()
+{
+    if (!m_openChild) return;
+    ComPtr<IOleUndoUnit> unit;
+    const HRESULT asked = m_openChild->QueryInterface(IOleUndoUnit::IID, unit.PutVoid());
+    if (FAILED(asked) && asked != E_NOINTERFACE) throw Error(asked);
+    if (unit) m_children.push_front(std::move(unit));
+    m_openChild.Reset();
+}
+
+HRESULT CStdOleParentUndoUnit::Add(IOleUndoUnit* unit)
+{
+    if (m_state == UAS_BLOCKED) return S_OK;
+    if (m_openChild) return m_openChild->Add(unit);
+    if (!unit) return E_POINTER;
+    return Guarded([&] {
+        m_children.emplace_front(unit);
+        return S_OK;
+    });
+}
+
+HRESULT CStdOleParentUndoUnit::FindUnit(IOleUndoUnit* unit)
+{
+    if (!unit) return S_FALSE;
+    for (const auto& child : m_children) {
+        if (IsSame(child.Get(), unit)) return S_OK;
+        ComPtr<IOleParentUndoUnit> parent;
+        const HRESULT asked = child->QueryInterface(IOleParentUndoUnit::IID, parent.PutVoid());
+        if (FAILED(asked) && asked != E_NOINTERFACE) return asked;
+        if (parent && parent->FindUnit(unit) == S_OK) return S_OK;
+    }
+    return S_FALSE;
+}
+
+HRESULT CStdOleParentUndoUnit::GetParentState(DWORD* state)
+{
+    if (!state) return E_POINTER;
+    *state = m_state;
+    return S_OK;
+}
+
+HRESULT CStdOleParentUndoUnit::Do(IOleUndoManager* manager)
+{
+    const ComPtr<IOleUndoUnit> alive(this);
+    const DWORD before = std::exchange(m_state, UAS_BLOCKED);
+    if (manager) manager->Open(this);
+    const auto run = [manager](const ComPtr<IOleUndoUnit>& child) { child->Do(manager); };
+    if (m_newestFirst) {
+        std::for_each(m_children.begin(), m_children.end(), run);
+    } else {
+        std::for_each(m_children.rbegin(), m_children.rend(), run);
+    }
+    m_state = before;
+    m_newestFirst = !m_newestFirst;
+    if (manager) manager->Close(this, true);
+    return S_OK;
+}
+
+HRESULT CStdOleParentUndoUnit::EnumChildren(IEnumOleUndoUnits** ppEnum)
+{
+    if (!ppEnum) return E_POINTER;
+    *ppEnum = nullptr;
+    return Guarded(
+        [&] { return ComPtr<IEnumOleUndoUnits>(Make<EnumChildUnits>(Controlling(), m_children)).CopyTo(ppEnum); });
+}
+
+void CStdOleParentUndoUnit::Empty()
+{
+    // What the units hold may end only when they are gone from here.
+    UnitList dropped;
+    dropped.swap(m_children);
+}
+
+} // namespace kv

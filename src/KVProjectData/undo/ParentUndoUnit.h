@@ -1,0 +1,49 @@
+#pragma once
+// The compound unit that a step consists of.
+
+#include "KVProjectData/ICPSUndoParentEnum.h"
+#include "KVProjectData/undo/UndoUnit.h"
+#include "platform/undo/UnitEnumerator.h"
+
+namespace kv {
+
+/// Keeps the units of a step, which serve for undo and redo in turn: each knows the way back from the last way.
+class CStdOleParentUndoUnit : public CStdOleUndoUnit<CStdOleParentUndoUnit, 0, IOleParentUndoUnit, ICPSUndoParentEnum> {
+public:
+    /// While the units run, Open, Close and Add answer S_OK and do nothing.
+    HRESULT Open(IOleParentUndoUnit* parent) override;
+    /// S_FALSE when it is this unit that its manager may close, S_OK when it has rolled back or has closed a unit
+    /// within it. E_INVALIDARG for any but the innermost open unit.
+    HRESULT Close(IOleParentUndoUnit* parent, BOOL commit) override;
+    HRESULT Add(IOleUndoUnit* unit) override;
+    /// S_OK when the unit is among the children, or theirs; else S_FALSE.
+    HRESULT FindUnit(IOleUndoUnit* unit) override;
+    HRESULT GetParentState(DWORD* state) override;
+    /// Runs every unit, whatever the others return, and goes onto the opposite stack.
+    HRESULT Do(IOleUndoManager* manager) override;
+
+    HRESULT EnumChildren(IEnumOleUndoUnits** ppEnum) override;
+
+    /// Takes in a unit that was opened within this one and not closed.
+    void CloseOpenChild();
+    /// Drops all units.
+    void Empty();
+
+private:
+    ComPtr<IOleParentUndoUnit> m_openChild;
+    /// The newest is the first.
+    UnitList m_children;
+    DWORD m_state = UAS_NORMAL;
+    bool m_newestFirst = true;
+};
+
+/// The units of a compound unit, which stays alive meanwhile.
+class EnumChildUnits final : public UnitEnumerator {
+public:
+    EnumChildUnits(ComPtr<IUnknown> parent, const UnitList& children)
+        : UnitEnumerator(std::shared_ptr<const UnitList>(&children, [kept = std::move(parent)](const UnitList*) {}))
+    {
+    }
+};
+
+} // namespace kv

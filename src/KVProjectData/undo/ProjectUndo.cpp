@@ -1,0 +1,195 @@
+#include "KVProjectData/undo/ProjectUndo.h"
+
+#include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/undo/ProjectSnapshot.h"
+#include "platform/com/Activation.h"
+
+namespace kv {
+
+HRESULT ProjectUndo::Initialise()
+{
+    ComPtr<IOleUndoManager>& shared = SharedUndoContext().manager;
+    if (!shared) {
+        ComPtr<IUnknown> manager;
+        const HRESULT created = CreateInstance(CLSID_OleUndoManager, manager);
+        if (FAILED(created)) return created;
+        shared = Query<IOleUndoManager>(manager);
+    }
+    m_manager = shared;
+    return m_manager ? S_OK : E_NOINTERFACE;
+}
+
+void ProjectUndo::Terminate()
+{
+    StopRecording();
+    if (m_step) m_step->Abandon();
+    Release();
+    CloseStoryboards(false);
+    if (!m_manager) return;
+    RemoveSteps(&IOleUndoManager::EnumUndoable);
+    RemoveSteps(&IOleUndoManager::EnumRedoable);
+    m_manager.Reset();
+}
+
+void ProjectUndo::RemoveSteps(HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndoUnits**))
+{
+    const auto removal = Query<IUndoUnitRemoval>(m_manager);
+    ComPtr<IEnumOleUndoUnits> units;
+    if (FAILED((m_manager.Get()->*enumerate)(units.Put()))) return;
+    for (ComPtr<IOleUndoUnit> unit; units->Next(1, unit.Put(), nullptr) == S_OK;) {
+        auto* step = dynamic_cast<ProjectStep*>(unit.Get());
+        if (!step || !step->BelongsTo(m_project)) continue;
+        step->Empty();
+        if (removal) removal->RemoveUnit(unit.Get());
+    }
+}
+
+HRESULT ProjectUndo::Begin(BSTR description)
+{
+    return Guarded([&] {
+        if (!m_manager) return KV_E_NO_UNDO_MANAGER;
+        UndoContext& context = SharedUndoContext();
+        const SectionLock projectLock(m_project.Section());
+        const SectionLock lock(context.section);
+        if (context.owner) return KV_E_UNDO_STEP_OPEN;
+        context.majorChange = false;
+        const auto unit = Make<ProjectStep>(m_project);
+        unit->SetDescription(Bstr::CopyOf(description));
+        const HRESULT opened = m_manager->Open(unit.Get());
+        if (FAILED(opened)) return opened;
+        m_step.emplace(m_manager, unit);
+        m_snapshotPending = false;
+        context.recordedNodes.Restart();
+        context.owner = &m_project;
+        context.step = m_step->Recorder();
+        return S_OK;
+    });
+}
+
+HRESULT ProjectUndo::TakeSnapshot(BSTR description)
+{
+    return Guarded([&] {
+        const SectionLock projectLock(m_project.Section());
+        const HRESULT begun = Begin(description);
+        if (FAILED(begun)) return begun;
+        const HRESULT added = m_step->Add(CKVProjectSnapshot::Create(Bstr(u"Project Snapshot"), m_project));
+        if (FAILED(added)) return added;
+        {
+            UndoContext& context = SharedUndoContext();
+            const SectionLock lock(context.section);
+            m_project.SetRecorded();
+            context.recordedNodes.Add(m_project);
+        }
+        StopRecording();
+        const HRESULT closed = m_step->Close(true);
+        m_step.reset();
+        m_snapshotPending = true;
+        return closed;
+    });
+}
+
+HRESULT ProjectUndo::End(bool commit)
+{
+    return Guarded([&] {
+        {
+            const SectionLock projectLock(m_project.Section());
+            if (m_step) {
+                if (commit && SharedUndoContext().majorChange) {
+                    const HRESULT added = m_step->AddStoryboards();
+                    if (FAILED(added)) return added;
+                }
+                StopRecording();
+                m_step->Close(commit);
+            }
+            Release();
+        }
+        CloseStoryboards(commit);
+        if (!commit && m_snapshotPending) {
+            const HRESULT undone = Undo();
+            if (FAILED(undone)) return undone;
+        }
+        m_snapshotPending = false;
+        return S_OK;
+    });
+}
+
+void ProjectUndo::StopRecording()
+{
+    UndoContext& context = SharedUndoContext();
+    const SectionLock lock(context.section);
+    if (context.owner == &m_project) context.step = nullptr;
+}
+
+void ProjectUndo::Release()
+{
+    m_step.reset();
+    UndoContext& context = SharedUndoContext();
+    const SectionLock lock(context.section);
+    if (context.owner != &m_project) return;
+    context.recordedNodes.Run();
+    context.owner = nullptr;
+}
+
+HRESULT ProjectUndo::BeginStoryboard(IUnknown* storyboard)
+{
+    if (!storyboard) return E_POINTER;
+    return Guarded([&] {
+        const SectionLock projectLock(m_project.Section());
+        if (!m_step) return S_FALSE;
+        auto data = Query<IZXEProductionData>(storyboard);
+        if (!data) return E_POINTER;
+        m_storyboards.reserve(m_storyboards.size() + 1);
+        const HRESULT opened = data->OpenUndoBlock();
+        if (FAILED(opened)) return opened;
+        m_storyboards.push_back(data);
+        m_step->AppendStoryboard(std::move(data));
+        MarkMajorChange();
+        return S_OK;
+    });
+}
+
+void ProjectUndo::CloseStoryboards(bool commit)
+{
+    for (const auto& storyboard : std::exchange(m_storyboards, {}))
+        storyboard->CloseUndoBlock(commit ? VARIANT_TRUE : VARIANT_FALSE);
+}
+
+HRESULT ProjectUndo::Undo()
+{
+    if (!m_manager) return S_FALSE;
+    const SectionLock projectLock(m_project.Section());
+    return m_manager->UndoTo(nullptr);
+}
+
+HRESULT ProjectUndo::Redo()
+{
+    if (!m_manager) return S_FALSE;
+    const SectionLock projectLock(m_project.Section());
+    return m_manager->RedoTo(nullptr);
+}
+
+HRESULT ProjectUndo::GetManager(IOleUndoManager** manager)
+{
+    if (!manager) return E_POINTER;
+    *manager = nullptr;
+    return m_manager ? m_manager->QueryInterface(IOleUndoManager::IID, reinterpret_cast<void**>(manager))
+                     : KV_E_NO_UNDO_MANAGER;
+}
+
+HRESULT ProjectUndo::Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*))
+{
+    if (!can) return S_FALSE;
+    *can = VARIANT_FALSE;
+    if (!m_manager) return E_POINTER;
+    const SectionLock projectLock(m_project.Section());
+    Bstr description;
+    if ((m_manager.Get()->*describe)(description.Put()) == S_OK) *can = VARIANT_TRUE;
+    return S_OK;
+}
+
+void ProjectUndo::DiscardAll()
+{
+    if (m_manager && !SharedUndoContext().restoringSnapshot) m_manager->DiscardFrom(nullptr);
+}
+
+} // namespace kv

@@ -1,0 +1,58 @@
+#pragma once
+// A project's part in undo: its steps on the manager that all projects of the process share.
+
+#include "KVProjectData/undo/UndoStep.h"
+
+#include <optional>
+#include <vector>
+
+namespace kv {
+
+/// Every operation takes the project's section. Without an undo manager there is nothing to undo, and the result codes
+/// say so.
+class ProjectUndo {
+public:
+    explicit ProjectUndo(CProjectNode& project) : m_project(project) {}
+
+    /// Shares the manager of the process, or makes it. A failure leaves the project without one.
+    HRESULT Initialise();
+    /// Takes the project's steps out of the manager, as the project ends.
+    void Terminate();
+
+    HRESULT Begin(BSTR description);
+    HRESULT TakeSnapshot(BSTR description);
+    HRESULT End(bool commit);
+    /// The storyboards were changed within the open step.
+    void MarkMajorChange()
+    {
+        if (m_step) SharedUndoContext().majorChange = true;
+    }
+    HRESULT BeginStoryboard(IUnknown* storyboard);
+    HRESULT Undo();
+    HRESULT Redo();
+    HRESULT GetManager(IOleUndoManager** manager);
+    HRESULT CanUndo(VARIANT_BOOL* can) { return Can(can, &IOleUndoManager::GetLastUndoDescription); }
+    HRESULT CanRedo(VARIANT_BOOL* can) { return Can(can, &IOleUndoManager::GetLastRedoDescription); }
+
+    /// Nothing of what was can be undone any more.
+    void DiscardAll();
+
+private:
+    HRESULT Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*));
+    /// From here on nothing is recorded in the step.
+    void StopRecording();
+    /// Lets nodes be recorded again and other steps be opened.
+    void Release();
+    void CloseStoryboards(bool commit);
+    /// Removes this project's steps from the manager.
+    void RemoveSteps(HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndoUnits**));
+
+    CProjectNode& m_project;
+    ComPtr<IOleUndoManager> m_manager;
+    std::optional<UndoStep> m_step;
+    bool m_snapshotPending = false;
+    /// Those with a block open in this step.
+    std::vector<ComPtr<IZXEProductionData>> m_storyboards;
+};
+
+} // namespace kv

@@ -1,0 +1,82 @@
+#include "KVProjectData/undo/StoryboardProxy.h"
+
+#include "KVProjectData/tree/UndoContext.h"
+#include "platform/system/ErrorReporter.h"
+
+namespace kv {
+namespace {
+
+/// The places that the host's diagnostics know.
+constexpr int kCanUndo = 193;
+constexpr int kUndo = 197;
+constexpr int kCanRedo = 203;
+constexpr int kRedo = 206;
+constexpr int kStopped = 212;
+constexpr int kAdd = 222;
+constexpr int kFinish = 244;
+
+/// Reports a failure and gives the result on.
+HRESULT Checked(HRESULT result, int line)
+{
+    if (FAILED(result)) ZXUReportError(ZXUErrStr({"KVProjectUndo", line}, ResultText(result)));
+    return result;
+}
+
+HRESULT UndoLast(IZXEProductionData& storyboard)
+{
+    VARIANT_BOOL can = VARIANT_FALSE;
+    Bstr description;
+    const HRESULT asked = Checked(storyboard.CanUndo(&can, description.Put()), kCanUndo);
+    return FAILED(asked) || can != VARIANT_TRUE ? asked : Checked(storyboard.Undo(), kUndo);
+}
+
+HRESULT RedoLast(IZXEProductionData& storyboard)
+{
+    VARIANT_BOOL can = VARIANT_FALSE;
+    Bstr description;
+    const HRESULT asked = Checked(storyboard.CanRedo(&can, description.Put()), kCanRedo);
+    return FAILED(asked) || can != VARIANT_TRUE ? asked : Checked(storyboard.Redo(), kRedo);
+}
+
+} // namespace
+
+CKVSbdProxy::CKVSbdProxy()
+{
+    SharedUndoContext().attachNodes.Restart();
+}
+
+HRESULT CKVSbdProxy::Finish()
+{
+    ZXUClearErrorStack();
+    for (const auto& storyboard : m_storyboards) {
+        const auto filler = CKVNullOperation::Create(Bstr(u"Dummy"));
+        const HRESULT added = Checked(storyboard->AddUndoUnit(Query<IUnknown>(filler).Get()), kFinish);
+        if (FAILED(added)) return added;
+    }
+    return S_OK;
+}
+
+HRESULT CKVSbdProxy::Run()
+{
+    ZXUClearErrorStack();
+    for (const auto& storyboard : m_storyboards) {
+        const HRESULT result = m_undoes ? UndoLast(*storyboard) : RedoLast(*storyboard);
+        if (FAILED(result)) return Checked(result, kStopped);
+    }
+    return S_OK;
+}
+
+HRESULT CKVSbdProxy::Do(IOleUndoManager* manager)
+{
+    return Guarded([&] {
+        const HRESULT run = Run();
+        if (FAILED(run)) return run;
+        m_undoes = !m_undoes;
+        const HRESULT added = Checked(AddTo(manager), kAdd);
+        if (FAILED(added)) return added;
+        SharedUndoContext().attachNodes.Run();
+        return S_OK;
+    });
+}
+
+} // namespace kv

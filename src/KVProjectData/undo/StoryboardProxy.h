@@ -1,0 +1,37 @@
+#pragma once
+// The storyboards' part in a step: each undoes its own block.
+
+#include "KVProjectData/Engine.h"
+#include "KVProjectData/undo/UndoUnit.h"
+
+#include <vector>
+
+namespace kv {
+
+/// Stands in a storyboard's block so that the block is not empty.
+class CKVNullOperation final : public CStdOleUndoUnit<CKVNullOperation, 107, IOleUndoUnit> {
+public:
+    HRESULT Do(IOleUndoManager* manager) override { return AddTo(manager); }
+};
+
+/// Has the storyboards of a step undo and redo their last blocks in turn.
+class CKVSbdProxy final : public CStdOleUndoUnit<CKVSbdProxy, 105, IOleUndoUnit> {
+public:
+    CKVSbdProxy();
+
+    void Append(ComPtr<IZXEProductionData> storyboard) { m_storyboards.push_back(std::move(storyboard)); }
+
+    /// Sees to it that every storyboard's open block holds a unit.
+    HRESULT Finish();
+
+    /// The first storyboard that fails ends it, with its result. One that has nothing to undo is passed over.
+    HRESULT Do(IOleUndoManager* manager) override;
+
+private:
+    HRESULT Run();
+
+    std::vector<ComPtr<IZXEProductionData>> m_storyboards;
+    bool m_undoes = true;
+};
+
+} // namespace kv

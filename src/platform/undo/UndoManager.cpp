@@ -1,0 +1,206 @@
+#include "platform/undo/UndoManager.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace kv {
+namespace {
+
+bool IsSame(IUnknown* a, IUnknown* b)
+{
+    return Query<IUnknown>(a) == Query<IUnknown>(b);
+}
+
+/// The place of a unit in a stack; its end for a unit that is not there.
+UnitList::iterator FindUnit(UnitList& stack, IOleUndoUnit* unit)
+{
+    return std::ranges::find_if(stack, [unit](const auto& kept) { return IsSame(kept.Get(), unit); });
+}
+
+HRESULT Enumerate(const UnitList& stack, IEnumOleUndoUnits** units)
+{
+    if (!units) return E_POINTER;
+    *units = nullptr;
+    return Guarded([&] {
+        const auto copy = std::make_shared<const UnitList>(stack);
+        return ComPtr<IEnumOleUndoUnits>(Make<UnitEnumerator>(copy)).CopyTo(units);
+    });
+}
+
+HRESULT DescribeNewest(const UnitList& stack, BSTR* description)
+{
+    if (!description) return E_POINTER;
+    *description = nullptr;
+    return stack.empty() ? E_FAIL : stack.front()->GetDescription(description);
+}
+
+} // namespace
+
+HRESULT UndoManager::Open(IOleParentUndoUnit* parent)
+{
+    if (!parent) return E_POINTER;
+    if (!m_enabled) return S_OK;
+    if (m_open) return m_open->Open(parent);
+    m_open = parent;
+    return S_OK;
+}
+
+HRESULT UndoManager::Close(IOleParentUndoUnit* parent, BOOL commit)
+{
+    if (!m_enabled) return S_OK;
+    if (!m_open) return S_FALSE;
+    const bool isOutermost = IsSame(m_open.Get(), parent);
+    const HRESULT closed = m_open->Close(parent, commit);
+    if (FAILED(closed)) return closed;
+    if (closed == S_FALSE && parent && !isOutermost) return E_INVALIDARG;
+    // A parent that rolled itself back says that it is done; one that closed a unit within itself stays open.
+    if (closed == S_OK && !isOutermost) return S_OK;
+    const auto finished = std::exchange(m_open, nullptr);
+    return commit ? Guarded([&] { return Push(ComPtr<IOleUndoUnit>(finished)); }) : S_OK;
+}
+
+HRESULT UndoManager::Add(IOleUndoUnit* unit)
+{
+    if (!unit) return E_POINTER;
+    if (!m_enabled) return S_OK;
+    if (m_open) return m_open->Add(unit);
+    return Guarded([&] { return Push(ComPtr<IOleUndoUnit>(unit)); });
+}
+
+HRESULT UndoManager::Push(ComPtr<IOleUndoUnit> unit)
+{
+    UnitList& stack = StackFor(m_state);
+    if (!stack.empty()) stack.front()->OnNextAdd();
+    stack.push_front(std::move(unit));
+    if (m_state == State::Recording) UnitList().swap(m_redo);
+    return S_OK;
+}
+
+HRESULT UndoManager::GetOpenParentState(DWORD* state)
+{
+    if (!state) return E_POINTER;
+    *state = UAS_NORMAL;
+    return m_open ? m_open->GetParentState(state) : S_FALSE;
+}
+
+HRESULT UndoManager::DiscardFrom(IOleUndoUnit* unit)
+{
+    if (!m_enabled || m_state != State::Recording) return E_UNEXPECTED;
+    // Units die after the stacks are whole again, since what they hold may come back here.
+    UnitList discarded;
+    if (!unit) {
+        discarded.splice(discarded.end(), m_undo);
+        discarded.splice(discarded.end(), m_redo);
+        return S_OK;
+    }
+    for (UnitList* stack : {&m_undo, &m_redo}) {
+        const auto from = FindUnit(*stack, unit);
+        if (from == stack->end()) continue;
+        discarded.splice(discarded.end(), *stack, from, stack->end());
+        return S_OK;
+    }
+    return E_INVALIDARG;
+}
+
+HRESULT UndoManager::RemoveUnit(IOleUndoUnit* unit)
+{
+    if (!unit) return E_POINTER;
+    if (m_state != State::Recording) return E_UNEXPECTED;
+    UnitList removed;
+    for (UnitList* stack : {&m_undo, &m_redo}) {
+        const auto found = FindUnit(*stack, unit);
+        if (found == stack->end()) continue;
+        removed.splice(removed.end(), *stack, found);
+        return S_OK;
+    }
+    return E_INVALIDARG;
+}
+
+HRESULT UndoManager::UndoTo(IOleUndoUnit* unit)
+{
+    return Guarded([&] { return RunTo(unit, State::Undoing); });
+}
+
+HRESULT UndoManager::RedoTo(IOleUndoUnit* unit)
+{
+    return Guarded([&] { return RunTo(unit, State::Redoing); });
+}
+
+HRESULT UndoManager::RunTo(IOleUndoUnit* unit, State state)
+{
+    if (!m_enabled || m_open || m_state != State::Recording) return E_UNEXPECTED;
+    const bool undoing = state == State::Undoing;
+    UnitList& from = undoing ? m_undo : m_redo;
+    UnitList& to = undoing ? m_redo : m_undo;
+    if (from.empty() && !unit) return E_FAIL;
+    std::size_t count = 1;
+    if (unit) {
+        const auto target = FindUnit(from, unit);
+        if (target == from.end()) return E_INVALIDARG;
+        count += static_cast<std::size_t>(std::distance(from.begin(), target));
+    }
+    const std::size_t before = to.size();
+    HRESULT result = Run(from, count, state);
+    if (FAILED(result) && FAILED(Run(to, to.size() - before, undoing ? State::Redoing : State::Undoing))) {
+        // Neither way leads to a state that was whole.
+        result = E_ABORT;
+        UnitList().swap(m_undo);
+        UnitList().swap(m_redo);
+    }
+    return result;
+}
+
+HRESULT UndoManager::Run(UnitList& stack, std::size_t count, State state)
+{
+    m_state = state;
+    UnitList& target = StackFor(state);
+    HRESULT result = S_OK;
+    while (count-- > 0 && SUCCEEDED(result)) {
+        UnitList running;
+        running.splice(running.end(), stack, stack.begin());
+        const std::size_t before = target.size();
+        result = running.front()->Do(this);
+        if (SUCCEEDED(result)) continue;
+        // A unit that failed has changed nothing, so that its ways back are void.
+        m_open.Reset();
+        while (target.size() > before)
+            target.pop_front();
+        stack.splice(stack.begin(), running);
+    }
+    m_state = State::Recording;
+    return result;
+}
+
+HRESULT UndoManager::EnumUndoable(IEnumOleUndoUnits** units)
+{
+    return Enumerate(m_undo, units);
+}
+
+HRESULT UndoManager::EnumRedoable(IEnumOleUndoUnits** units)
+{
+    return Enumerate(m_redo, units);
+}
+
+HRESULT UndoManager::GetLastUndoDescription(BSTR* description)
+{
+    return DescribeNewest(m_undo, description);
+}
+
+HRESULT UndoManager::GetLastRedoDescription(BSTR* description)
+{
+    return DescribeNewest(m_redo, description);
+}
+
+HRESULT UndoManager::Enable(BOOL enable)
+{
+    if (m_open || m_state != State::Recording) return E_UNEXPECTED;
+    m_enabled = enable;
+    UnitList discarded;
+    if (!enable) {
+        discarded.splice(discarded.end(), m_undo);
+        discarded.splice(discarded.end(), m_redo);
+    }
+    return S_OK;
+}
+
+} // namespace kv
