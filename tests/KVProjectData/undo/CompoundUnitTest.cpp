@@ -1,0 +1,144 @@
+#include "UndoSupport.h"
+
+namespace kv::test {
+namespace {
+
+/// A host's own unit.
+class HostUnit final : public Object<IOleUndoUnit> {
+public:
+    HostUnit(int name, std::vector<int>& log) : m_name(name), m_log(log) {}
+
+    HRESULT Do(IOleUndoManager* manager) override
+    {
+        m_log.push_back(m_name);
+        // Ignored, as the parent is running.
+        if (manager) manager->Add(this);
+        return E_FAIL;
+    }
+    HRESULT GetDescription(BSTR* description) override
+    {
+        *description = nullptr;
+        return S_OK;
+    }
+    HRESULT GetUnitType(CLSID*, LONG*) override { return E_NOTIMPL; }
+    HRESULT OnNextAdd() override { return S_OK; }
+
+private:
+    const int m_name;
+    std::vector<int>& m_log;
+};
+
+class CompoundUnitTest : public UndoTest {
+protected:
+    /// A step without records, as the stack holds it.
+    ComPtr<IOleParentUndoUnit> NewCompound()
+    {
+        Begin(u"compound");
+        End();
+        return Query<IOleParentUndoUnit>(NewestStep());
+    }
+    ComPtr<IOleUndoUnit> Unit(int name) { return Make<HostUnit>(name, log); }
+    std::vector<int> Log() { return std::exchange(log, {}); }
+
+    std::vector<int> log;
+};
+
+TEST_F(CompoundUnitTest, RunsItsUnitsBackAndForthInTurn)
+{
+    const auto compound = NewCompound();
+    for (int name : {1, 2, 3})
+        EXPECT_EQ(S_OK, compound->Add(Unit(name).Get()));
+    for (const auto& order : {std::vector{3, 2, 1}, {1, 2, 3}, {3, 2, 1}}) {
+        EXPECT_EQ(S_OK, compound->Do(nullptr)) << "whatever the units return";
+        EXPECT_EQ(order, Log());
+    }
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_EQ((std::vector{1, 2, 3}), Log());
+    EXPECT_EQ(S_OK, project->RedoOperation());
+    EXPECT_EQ((std::vector{3, 2, 1}), Log());
+    ComPtr<IEnumOleUndoUnits> units;
+    EXPECT_EQ(S_OK, Query<ICPSUndoParentEnum>(compound)->EnumChildren(units.Put()));
+    EXPECT_EQ(S_OK, units->Skip(3));
+    EXPECT_EQ(S_FALSE, units->Skip(1)) << "none was added while they ran";
+}
+
+TEST_F(CompoundUnitTest, ClosesWhatWasOpenedLast)
+{
+    const auto outer = NewCompound();
+    const auto inner = NewCompound();
+    const auto innermost = NewCompound();
+    EXPECT_EQ(S_FALSE, outer->Close(outer.Get(), true)) << "for its manager to close";
+    EXPECT_EQ(S_OK, outer->Open(inner.Get()));
+    EXPECT_EQ(S_OK, outer->Open(innermost.Get()));
+    const auto unit = Unit(1);
+    EXPECT_EQ(S_OK, outer->Add(unit.Get()));
+    EXPECT_EQ(S_OK, innermost->FindUnit(unit.Get())) << "it went to the innermost";
+    EXPECT_EQ(S_FALSE, outer->FindUnit(unit.Get()));
+    EXPECT_EQ(E_INVALIDARG, outer->Close(outer.Get(), true)) << "others are open within it";
+    EXPECT_EQ(S_OK, outer->Close(innermost.Get(), true));
+    EXPECT_EQ(S_OK, outer->Close(inner.Get(), true));
+    EXPECT_EQ(S_OK, outer->FindUnit(unit.Get())) << "within the units within";
+    EXPECT_EQ(S_OK, outer->FindUnit(inner.Get()));
+    EXPECT_EQ(S_FALSE, inner->FindUnit(outer.Get()));
+    EXPECT_EQ(S_FALSE, inner->FindUnit(nullptr));
+    EXPECT_EQ(S_OK, outer->Do(nullptr));
+    EXPECT_EQ((std::vector{1}), Log());
+}
+
+TEST_F(CompoundUnitTest, RollsBackWhatIsNotCommitted)
+{
+    const auto outer = NewCompound();
+    const auto inner = NewCompound();
+    outer->Add(Unit(1).Get());
+    outer->Open(inner.Get());
+    outer->Add(Unit(2).Get());
+    outer->Add(Unit(3).Get());
+    EXPECT_EQ(S_OK, outer->Close(inner.Get(), false));
+    EXPECT_EQ((std::vector{3, 2}), Log());
+    EXPECT_EQ(S_FALSE, outer->FindUnit(inner.Get()));
+    EXPECT_EQ(S_OK, outer->Close(outer.Get(), false));
+    EXPECT_EQ((std::vector{1}), Log());
+}
+
+TEST_F(CompoundUnitTest, TakesAHostsUnitsIntoTheStep)
+{
+    const auto nested = NewCompound();
+    manager->DiscardFrom(nullptr);
+    Begin();
+    SetLabel(u"x");
+    EXPECT_EQ(S_OK, manager->Open(nested.Get()));
+    EXPECT_EQ(S_OK, manager->Add(Unit(7).Get()));
+    DWORD state = 9;
+    EXPECT_EQ(S_OK, manager->GetOpenParentState(&state));
+    EXPECT_EQ(UAS_NORMAL, state);
+    End();
+    EXPECT_EQ(S_FALSE, manager->GetOpenParentState(&state)) << "what the host left open is closed with the step";
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_EQ((std::vector{7}), Log());
+    EXPECT_EQ(u"<null>", Label());
+}
+
+TEST_F(CompoundUnitTest, AnswersForWhatItIs)
+{
+    const auto compound = NewCompound();
+    EXPECT_TRUE(Query<IOleUndoUnit>(compound));
+    EXPECT_TRUE(Query<ICPSUndoParentEnum>(compound));
+    EXPECT_FALSE(Query<IKVProjectData>(compound));
+    EXPECT_EQ(E_INVALIDARG, compound->QueryInterface(IUnknown::IID, nullptr));
+    CLSID clsid = {};
+    LONG type = -1;
+    EXPECT_EQ(S_OK, compound->GetUnitType(&clsid, &type));
+    EXPECT_EQ(0, type);
+    EXPECT_EQ(IID_NULL, clsid);
+    Bstr description;
+    EXPECT_EQ(S_OK, compound->GetDescription(description.Put()));
+    EXPECT_EQ(u"compound", description.View());
+    EXPECT_EQ(E_POINTER, compound->GetUnitType(nullptr, &type));
+    EXPECT_EQ(E_POINTER, compound->GetDescription(nullptr));
+    EXPECT_EQ(E_POINTER, compound->GetParentState(nullptr));
+    EXPECT_EQ(E_POINTER, Query<ICPSUndoParentEnum>(compound)->EnumChildren(nullptr));
+    EXPECT_EQ(S_OK, compound->OnNextAdd());
+}
+
+} // namespace
+} // namespace kv::test

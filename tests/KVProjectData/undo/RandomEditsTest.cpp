@@ -1,0 +1,460 @@
+// Random edits, undone and redone: every document on the way back and forth is one that was seen before.
+
+#include "support/Host.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <random>
+#include <sstream>
+
+namespace kv::test {
+namespace {
+
+/// Numbers that an edit makes its choices from; any numbers do, so that a sequence stays valid without some of its
+/// steps.
+struct Edit {
+    unsigned kind;
+    unsigned where;
+    unsigned what;
+};
+
+enum class StepKind { Commit, Cancel, Snapshot, CancelledSnapshot, Outside, Undo, Redo };
+
+struct Step {
+    StepKind kind;
+    std::vector<Edit> edits;
+};
+
+using Sequence = std::vector<Step>;
+
+std::ostream& operator<<(std::ostream& out, const Sequence& sequence)
+{
+    constexpr std::array kNames{"commit", "cancel", "snapshot", "cancelled snapshot", "outside", "undo", "redo"};
+    for (const Step& step : sequence) {
+        out << "  " << kNames[static_cast<std::size_t>(step.kind)] << ':';
+        for (const Edit& edit : step.edits)
+            out << " {" << edit.kind << ',' << edit.where << ',' << edit.what << '}';
+        out << '\n';
+    }
+    return out;
+}
+
+/// A project that edits are applied to.
+class Workbench {
+public:
+    std::u16string Document()
+    {
+        const auto document = SaveToDocument(*project.Get());
+        ComPtr<IXMLDOMElement> root;
+        document->get_documentElement(root.Put());
+        return XmlOf(*root.Get());
+    }
+
+    static bool EditsRemovedTitle(const Edit& edit) { return edit.kind % 12 == 7; }
+
+    /// An edit that is recorded in an open step.
+    void Apply(const Edit& edit)
+    {
+        switch (edit.kind % 12) {
+        case 0:
+        case 1:
+            EditProject(edit.where, edit.what);
+            break;
+        case 2:
+            project->AddTitle(Position(edit.where, &IKVProjectData::get_TitleCount), nullptr);
+            break;
+        case 3:
+            RemoveTitle(edit.where);
+            break;
+        case 4:
+            project->MoveTitle(Position(edit.where, &IKVProjectData::get_TitleCount),
+                               Position(edit.what, &IKVProjectData::get_TitleCount));
+            break;
+        case 5:
+        case 6:
+            if (const auto title = Title(edit.where)) EditTitle(*title.Get(), edit.what);
+            break;
+        case 7:
+            if (!removed.empty()) EditTitle(*removed[edit.where % removed.size()].Get(), edit.what);
+            break;
+        case 8:
+            EditEncoding(edit.where, edit.what);
+            break;
+        case 9:
+            EditCommands(edit.where, edit.what);
+            break;
+        case 10:
+            EditDataFiles(edit.where, edit.what);
+            break;
+        default:
+            EditDataFile(edit.where, edit.what);
+            break;
+        }
+    }
+
+    /// An edit that changes the document and is never recorded.
+    void ApplyUnrecorded(const Edit& edit)
+    {
+        switch (edit.kind % 4) {
+        case 0:
+            project->put_DiscSize(static_cast<DiscSizeEnum>(edit.what % 12));
+            break;
+        case 1:
+            project->put_ThemeSource(Text(edit.what).Get());
+            break;
+        case 2:
+            project->put_MenuLess(edit.what % 2 ? VARIANT_TRUE : VARIANT_FALSE);
+            break;
+        default:
+            if (const auto title = Title(edit.where)) title->put_DiscIndex(static_cast<LONG>(edit.what));
+        }
+    }
+
+    const ComPtr<IKVProjectData> project = NewProject();
+
+private:
+    static Bstr Text(unsigned number) { return number % 7 ? Bstr(u"text " + ToUtf16(std::to_string(number))) : Bstr(); }
+
+    /// A position from 0 up to just behind the last.
+    LONG Position(unsigned number, HRESULT (IKVProjectData::*count)(LONG*))
+    {
+        return static_cast<LONG>(number % static_cast<unsigned>(ValueOf(*project.Get(), count) + 2));
+    }
+
+    ComPtr<IKVTitle> Title(unsigned number)
+    {
+        ComPtr<IKVTitle> title;
+        const LONG count = ValueOf(*project.Get(), &IKVProjectData::get_TitleCount);
+        if (count > 0) project->GetTitle(static_cast<LONG>(number % static_cast<unsigned>(count)) + 1, title.Put());
+        return title;
+    }
+
+    /// The project, or one of its titles.
+    ComPtr<IUnknown> Owner(unsigned number)
+    {
+        const auto title = number % 3 ? Title(number / 3) : nullptr;
+        return title ? Query<IUnknown>(title) : Query<IUnknown>(project);
+    }
+
+    void EditProject(unsigned which, unsigned what)
+    {
+        const VARIANT_BOOL flag = what % 2 ? VARIANT_TRUE : VARIANT_FALSE;
+        switch (which % 8) {
+        case 0:
+            project->put_Label(Text(what).Get());
+            break;
+        case 1:
+            project->put_DisplayName(Text(what).Get());
+            break;
+        case 2:
+            project->put_DiscFormat(static_cast<DiscFormat>(what % 13));
+            break;
+        case 3:
+            project->put_TVStandard(what % 2 ? PAL : NTSC);
+            break;
+        case 4:
+            project->put_Options(what);
+            break;
+        case 5:
+            project->put_FitToDisc(flag);
+            break;
+        case 6:
+            project->put_DoCompression(flag);
+            break;
+        default:
+            project->put_DiscVideoType(static_cast<DiscVideoType>(what % 4));
+            break;
+        }
+    }
+
+    static void EditTitle(IKVTitle& title, unsigned what)
+    {
+        switch (what % 6) {
+        case 0:
+            title.put_Label(Text(what).Get());
+            break;
+        case 1:
+            title.put_Tag(what % 16);
+            break;
+        case 2:
+            title.put_Flags(what);
+            break;
+        case 3:
+            title.put_StillWaitTime(static_cast<LONG>(what));
+            break;
+        case 4:
+            title.put_VOBDuration(what);
+            break;
+        default:
+            title.put_VOBSize(what / 7.0);
+            break;
+        }
+    }
+
+    void RemoveTitle(unsigned number)
+    {
+        const auto title = Title(number);
+        if (!title) return;
+        ComPtr<IKVTitle> taken;
+        project->RemoveTitle(ValueOf(*title.Get(), &IKVTitle::get_ID), taken.Put());
+        // Some are kept to be edited while they are out of the project.
+        if (number % 2) removed.push_back(taken);
+    }
+
+    void EditEncoding(unsigned where, unsigned what)
+    {
+        const auto encoding = Query<IKVEncodingParams>(Owner(where));
+        const VARIANT_BOOL flag = what % 2 ? VARIANT_TRUE : VARIANT_FALSE;
+        switch (what % 7) {
+        case 0:
+            encoding->put_VideoResolution(static_cast<VideoResolution>(what % 18));
+            break;
+        case 1:
+            encoding->put_AspectRatio(what % 2 ? AspectRatio_16x9 : AspectRatio_4x3);
+            break;
+        case 2:
+            encoding->put_VideoBitrate(static_cast<LONG>(what) * 1000);
+            break;
+        case 3:
+            encoding->put_AudioFormat(static_cast<AudioFormat>(what % 8));
+            break;
+        case 4:
+            encoding->put_VBREncoding(flag);
+            break;
+        case 5:
+            encoding->put_AudioChannels(static_cast<LONG>(what % 8));
+            break;
+        default:
+            encoding->put_SyncToProject(flag);
+            break;
+        }
+    }
+
+    void EditCommands(unsigned where, unsigned what)
+    {
+        const auto fragment = ParseXml(u"<file name='" + ToUtf16(std::to_string(what)) + u"'/>");
+        ComPtr<IXMLDOMElement> file;
+        fragment->get_documentElement(file.Put());
+        std::vector<DiscCommandParams> commands(what % 4);
+        for (std::size_t i = 0; i < commands.size(); ++i) {
+            commands[i] = {static_cast<DiscCommand>(1 + (what + i) % 9), static_cast<LONG>(what), static_cast<LONG>(i),
+                           i % 2 ? file.Get() : nullptr};
+        }
+        Query<IKVCommandList>(Owner(where))->SetCommandList(static_cast<LONG>(commands.size()), commands.data());
+    }
+
+    void EditDataFiles(unsigned where, unsigned what)
+    {
+        const LONG position = Position(where, &IKVProjectData::get_DataFileCount);
+        switch (what % 4) {
+        case 0:
+            project->RemoveDataFile(position, nullptr);
+            break;
+        case 1:
+            project->MoveDataFile(position, Position(what / 4, &IKVProjectData::get_DataFileCount));
+            break;
+        default:
+            project->AddDataFile(position, nullptr);
+            break;
+        }
+    }
+
+    void EditDataFile(unsigned where, unsigned what)
+    {
+        ComPtr<IKVDataFile> file;
+        if (FAILED(project->GetDataFile(Position(where, &IKVProjectData::get_DataFileCount), file.Put()))) return;
+        if (what % 2) {
+            file->put_Tag(what);
+        } else {
+            file->put_DestPath(Text(what).Get());
+        }
+    }
+
+    std::vector<ComPtr<IKVTitle>> removed;
+};
+
+/// Runs a sequence beside a model of the two stacks, and says what is wrong.
+class Trial {
+public:
+    std::optional<std::string> Run(const Sequence& sequence)
+    {
+        for (const Step& step : sequence) {
+            Take(step);
+            if (m_fault) return m_fault;
+        }
+        // Edits that were not recorded stay; there and back again is the same document all the same.
+        RedoAll();
+        const std::u16string end = bench.Document();
+        while (!m_fault && !m_undo.empty())
+            Undo();
+        RedoAll();
+        Expect(end, "all the way back and forth");
+        return m_fault;
+    }
+
+private:
+    /// The documents before and after a step; none once edits that were not recorded have come over it.
+    struct Entry {
+        std::optional<std::u16string> before;
+        std::optional<std::u16string> after;
+    };
+
+    void Take(const Step& step)
+    {
+        switch (step.kind) {
+        case StepKind::Undo:
+            if (!m_undo.empty()) Undo();
+            return;
+        case StepKind::Redo:
+            if (!m_redo.empty()) Redo();
+            return;
+        case StepKind::Outside:
+            for (const Edit& edit : step.edits) {
+                bench.Apply(edit);
+                bench.ApplyUnrecorded(edit);
+            }
+            for (auto* stack : {&m_undo, &m_redo})
+                std::ranges::fill(*stack, Entry{});
+            return;
+        default:
+            break;
+        }
+
+        const bool snapshot = step.kind == StepKind::Snapshot || step.kind == StepKind::CancelledSnapshot;
+        const bool commit = step.kind == StepKind::Commit || step.kind == StepKind::Snapshot;
+        const std::u16string before = bench.Document();
+        const Bstr description(u"step");
+        Succeed(snapshot ? bench.project->TakeUndoSnapshot(description.Get())
+                         : bench.project->BeginUndo(description.Get()),
+                "begin");
+        for (const Edit& edit : step.edits) {
+            // A snapshot knows nothing of titles that are out of the project.
+            if (!snapshot || !Workbench::EditsRemovedTitle(edit)) bench.Apply(edit);
+            if (snapshot) bench.ApplyUnrecorded(edit);
+        }
+        const std::u16string after = bench.Document();
+        Succeed(bench.project->EndUndo(commit ? VARIANT_TRUE : VARIANT_FALSE), "end");
+        if (commit) m_undo.push_back({before, after});
+        if (commit || snapshot) m_redo.clear();
+        if (!commit) Expect(before, "a cancelled step");
+        if (snapshot && !commit) m_redo.push_back({before, after});
+    }
+
+    void Undo()
+    {
+        Succeed(bench.project->UndoOperation(), "undo");
+        Expect(m_undo.back().before, "undo");
+        m_redo.push_back(m_undo.back());
+        m_undo.pop_back();
+    }
+
+    void RedoAll()
+    {
+        while (!m_fault && !m_redo.empty())
+            Redo();
+    }
+
+    void Redo()
+    {
+        Succeed(bench.project->RedoOperation(), "redo");
+        Expect(m_redo.back().after, "redo");
+        m_undo.push_back(m_redo.back());
+        m_redo.pop_back();
+    }
+
+    void Succeed(HRESULT result, const char* what)
+    {
+        if (result != S_OK && !m_fault) m_fault = std::string(what) + " failed";
+    }
+
+    void Expect(const std::optional<std::u16string>& document, const char* what)
+    {
+        if (m_fault || !document) return;
+        const std::u16string is = bench.Document();
+        if (is != *document) {
+            m_fault = std::string(what) + " gives\n" + ToUtf8(is) + "\ninstead of\n" + ToUtf8(*document);
+        }
+    }
+
+    Workbench bench;
+    std::vector<Entry> m_undo;
+    std::vector<Entry> m_redo;
+    std::optional<std::string> m_fault;
+};
+
+std::optional<std::string> FaultOf(const Sequence& sequence)
+{
+    return Trial().Run(sequence);
+}
+
+Sequence RandomSequence(unsigned seed)
+{
+    std::mt19937 random(seed);
+    const auto below = [&random](unsigned count) { return static_cast<unsigned>(random() % count); };
+    // Steps that are committed are the most frequent ones; sequences with edits outside of steps are the exception.
+    constexpr std::array kKinds{StepKind::Commit,
+                                StepKind::Commit,
+                                StepKind::Commit,
+                                StepKind::Commit,
+                                StepKind::Cancel,
+                                StepKind::Snapshot,
+                                StepKind::CancelledSnapshot,
+                                StepKind::Undo,
+                                StepKind::Undo,
+                                StepKind::Redo,
+                                StepKind::Outside};
+    const unsigned kinds = static_cast<unsigned>(kKinds.size()) - (seed % 4 ? 1 : 0);
+    Sequence sequence(3 + below(10));
+    for (Step& step : sequence) {
+        step.kind = kKinds[below(kinds)];
+        step.edits.resize(1 + below(6));
+        for (Edit& edit : step.edits)
+            edit = {below(48), below(30), below(500)};
+    }
+    // Something to work with.
+    sequence.insert(sequence.begin(), {StepKind::Commit, {{2, 0, 0}, {2, 0, 0}, {2, 0, 0}, {10, 0, 2}, {10, 0, 2}}});
+    return sequence;
+}
+
+/// Leaves out what the fault does not need.
+Sequence Shrink(Sequence sequence)
+{
+    const auto without = [&sequence](auto remove) {
+        Sequence shorter = sequence;
+        remove(shorter);
+        if (!FaultOf(shorter)) return false;
+        sequence = std::move(shorter);
+        return true;
+    };
+    for (std::size_t step = sequence.size(); step-- > 0;) {
+        const auto at = static_cast<std::ptrdiff_t>(step);
+        if (without([at](Sequence& shorter) { shorter.erase(shorter.begin() + at); })) continue;
+        for (std::size_t edit = sequence[step].edits.size(); edit-- > 0;) {
+            without([step, edit](Sequence& shorter) {
+                shorter[step].edits.erase(shorter[step].edits.begin() + static_cast<std::ptrdiff_t>(edit));
+            });
+        }
+    }
+    return sequence;
+}
+
+class RandomEditsTest : public testing::TestWithParam<unsigned> {};
+
+TEST_P(RandomEditsTest, AreUndoneToTheFirstDocumentAndRedoneToTheLast)
+{
+    constexpr unsigned kSequences = 500;
+    for (unsigned seed = GetParam() * kSequences; seed < (GetParam() + 1) * kSequences; ++seed) {
+        const Sequence sequence = RandomSequence(seed);
+        if (!FaultOf(sequence)) continue;
+        std::ostringstream report;
+        const Sequence shortest = Shrink(sequence);
+        report << "seed " << seed << ", at its shortest:\n" << shortest << FaultOf(shortest).value_or("nothing");
+        FAIL() << report.str();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomEditsTest, testing::Range(0u, 6u));
+
+} // namespace
+} // namespace kv::test

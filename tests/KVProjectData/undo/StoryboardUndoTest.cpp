@@ -1,0 +1,165 @@
+#include "UndoSupport.h"
+
+#include "KVProjectData/Engine.h"
+#include "platform/automation/SafeArray.h"
+#include "platform/system/ErrorReporter.h"
+
+namespace kv::test {
+namespace {
+
+class StoryboardUndoTest : public UndoTest {
+protected:
+    void SetUp() override
+    {
+        UndoTest::SetUp();
+        ASSERT_EQ(S_OK, title->GetProduction(production.Put()));
+        data = Query<IZXEProductionData>(production);
+    }
+
+    void AddSource(const char16_t* name)
+    {
+        EXPECT_EQ(S_OK, Query<IEditData>(production)->AddSourceFile(0, Str(name).Get(), 0.0, 0.0, -1, nullptr));
+    }
+    LONG Panels() { return ValueOf(*data.Get(), &IZXEProductionData::GetPanelCount); }
+
+    ComPtr<IUnknown> production;
+    ComPtr<IZXEProductionData> data;
+};
+
+TEST_F(StoryboardUndoTest, ItsEditsAreUndoneWithTheStep)
+{
+    EXPECT_EQ(S_FALSE, project->BeginStoryboardUndo(production.Get(), 1)) << "no step is open";
+    Begin();
+    EXPECT_EQ(S_OK, project->BeginStoryboardUndo(production.Get(), 1));
+    EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, project->BeginStoryboardUndo(production.Get(), 2));
+    SetLabel(u"x");
+    AddSource(u"moniker:a");
+    AddSource(u"moniker:b");
+    End();
+    EXPECT_EQ(u"105 ", UnitsOf(NewestStep().Get()).front()) << "over all that was recorded";
+    VARIANT_BOOL can = VARIANT_FALSE;
+    Bstr description;
+    EXPECT_EQ(S_OK, data->CanUndo(&can, description.Put()));
+    EXPECT_EQ(VARIANT_TRUE, can);
+    EXPECT_EQ(u"Dummy", description.View());
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(S_OK, project->UndoOperation());
+        EXPECT_EQ(0, Panels());
+        EXPECT_EQ(u"<null>", Label());
+        EXPECT_EQ(S_OK, project->RedoOperation());
+        EXPECT_EQ(2, Panels());
+        EXPECT_EQ(u"x", Label());
+    }
+}
+
+TEST_F(StoryboardUndoTest, ItsEditsAreTakenBackWhenTheStepIsCancelled)
+{
+    Begin();
+    project->BeginStoryboardUndo(production.Get(), 1);
+    AddSource(u"moniker:a");
+    End(false);
+    EXPECT_EQ(0, Panels());
+    EXPECT_FALSE(CanUndo());
+    EXPECT_EQ(S_OK, data->OpenUndoBlock()) << "the step's block is closed";
+    EXPECT_EQ(S_OK, data->CloseUndoBlock(VARIANT_FALSE));
+}
+
+TEST_F(StoryboardUndoTest, ABlockWithoutEditsKeepsTheTurns)
+{
+    for (const char16_t* source : {u"moniker:a", static_cast<const char16_t*>(nullptr), u"moniker:c"}) {
+        Begin();
+        project->BeginStoryboardUndo(production.Get(), 1);
+        if (source) AddSource(source);
+        End();
+    }
+    EXPECT_EQ(2, Panels());
+    for (LONG panels : {1, 1, 0}) {
+        EXPECT_EQ(S_OK, project->UndoOperation());
+        EXPECT_EQ(panels, Panels());
+    }
+    for (LONG panels : {1, 1, 2}) {
+        EXPECT_EQ(S_OK, project->RedoOperation());
+        EXPECT_EQ(panels, Panels());
+    }
+}
+
+TEST_F(StoryboardUndoTest, StoryboardsOfOneIdAreAllClosed)
+{
+    ComPtr<IKVTitle> second;
+    ComPtr<IUnknown> other;
+    project->AddTitle(0, second.Put());
+    second->GetProduction(other.Put());
+    Begin();
+    EXPECT_EQ(S_OK, project->BeginStoryboardUndo(production.Get(), 1));
+    EXPECT_EQ(S_OK, project->BeginStoryboardUndo(other.Get(), 1));
+    End();
+    for (const auto& each : {production, other}) {
+        EXPECT_EQ(S_OK, Query<IZXEProductionData>(each)->OpenUndoBlock());
+        EXPECT_EQ(S_OK, Query<IZXEProductionData>(each)->CloseUndoBlock(VARIANT_FALSE));
+    }
+}
+
+TEST_F(StoryboardUndoTest, AStoryboardThatCannotUndoIsPassedOver)
+{
+    Begin();
+    project->BeginStoryboardUndo(production.Get(), 1);
+    SetLabel(u"x");
+    End();
+    data->Close();
+    data->Initialise();
+    ZXUClearErrorStack();
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_TRUE(ZXUErrorStack().empty());
+    EXPECT_EQ(u"<null>", Label());
+}
+
+TEST_F(StoryboardUndoTest, AClosedStoryboardFailsAndIsReported)
+{
+    Begin();
+    project->BeginStoryboardUndo(production.Get(), 1);
+    SetLabel(u"x");
+    // The block is still open when the title's production goes.
+    data->Close();
+    EXPECT_EQ(ZXE_E_NOT_OPEN, End());
+    EXPECT_EQ((std::vector<std::string>{"KVProjectUndo(244): *** Error " + ResultText(ZXE_E_NOT_OPEN) + "\n"}),
+              ZXUErrorStack());
+    EXPECT_EQ(KV_E_UNDO_STEP_OPEN, Begin()) << "the step stays open";
+    EXPECT_EQ(S_OK, End(false));
+    EXPECT_EQ(u"<null>", Label());
+    EXPECT_EQ(ZXE_E_NOT_OPEN, (Begin(), project->BeginStoryboardUndo(production.Get(), 1)));
+    End(false);
+}
+
+/// Undoes its edit of nothing, or fails.
+class StubbornUnit final : public Object<IOleUndoUnit> {
+public:
+    HRESULT Do(IOleUndoManager*) override { return result; }
+    HRESULT GetDescription(BSTR* description) override
+    {
+        *description = nullptr;
+        return S_OK;
+    }
+    HRESULT GetUnitType(CLSID*, LONG*) override { return E_NOTIMPL; }
+    HRESULT OnNextAdd() override { return S_OK; }
+
+    HRESULT result = E_ACCESSDENIED;
+};
+
+TEST_F(StoryboardUndoTest, AStoryboardThatFailsToUndoIsReportedAndTheRestIsUndone)
+{
+    const auto stubborn = Make<StubbornUnit>();
+    Begin();
+    project->BeginStoryboardUndo(production.Get(), 1);
+    SetLabel(u"x");
+    EXPECT_EQ(S_OK, data->AddUndoUnit(Query<IUnknown>(stubborn).Get()));
+    End();
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_EQ(u"<null>", Label());
+    const std::string code = ResultText(E_ACCESSDENIED);
+    EXPECT_EQ((std::vector<std::string>{"KVProjectUndo(197): *** Error " + code + "\n",
+                                        "KVProjectUndo(212): *** Error " + code + "\n"}),
+              ZXUErrorStack());
+}
+
+} // namespace
+} // namespace kv::test
