@@ -12,7 +12,8 @@ list(REMOVE_ITEM KV_PLATFORM_PRIVATE_HEADERS platform/xml/Dom.h)
 list(APPEND KV_PLATFORM_PRIVATE_HEADERS
   platform/com/BuiltInClasses.h
   platform/system/RegistryScript.h
-  platform/system/RegistryTree.h)
+  platform/system/RegistryTree.h
+  platform/undo/UndoManager.h)
 
 # A host links the platform only; the servers are loaded by the names under which they are registered.
 install(TARGETS KVPlatform KVProjectDataApi EXPORT KVProjectDataTargets

@@ -114,12 +114,12 @@ EventPrinter::~EventPrinter()
     m_point->Unadvise(m_cookie);
 }
 
-kv::ComPtr<IKVTitle> EventPrinter::AddTitle(BSTR source)
+kv::ComPtr<IKVTitle> EventPrinter::AddTitle(const kv::Bstr& source, LONG position)
 {
     const std::lock_guard gate(m_sink->Gate());
     kv::ComPtr<IKVTitle> title;
-    Require(m_project.AddTitle(0, title.Put()), "cannot add a title");
-    Require(title->put_Source(source), "cannot set the title's source");
+    Require(m_project.AddTitle(position, title.Put()), "cannot add a title");
+    Require(title->put_Source(source.Get()), "cannot set the title's source");
     return title;
 }
 

@@ -23,7 +23,8 @@ public:
     EventPrinter& operator=(const EventPrinter&) = delete;
 
     /// Adds a title with its source before anyone hears of the title, so that the library can measure the clip.
-    kv::ComPtr<IKVTitle> AddTitle(BSTR source);
+    /// The position counts from 1; 0 is behind the last.
+    kv::ComPtr<IKVTitle> AddTitle(const kv::Bstr& source, LONG position);
 
     /// Waits until everything that happened so far, and what it caused, was told.
     void WaitForAll();

@@ -36,6 +36,7 @@ constexpr std::array kMeanings = std::to_array<std::pair<HRESULT, std::string_vi
     {KV_E_NO_SUCH_SOURCE, "no data file has that source"},
     {KV_E_DATA_FILE_NOT_FOUND, "no data file matches"},
     {KV_E_NO_UNDO_MANAGER, "there is no undo manager"},
+    {KV_E_UNDO_STEP_OPEN, "a step is open already"},
     {KV_E_NO_SUCH_ID, "there is no object with that ID"},
     {KV_E_BAD_POSITION, "there is nothing at that position"},
     {KV_E_LOCKED, "the object is locked"},

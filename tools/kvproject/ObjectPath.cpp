@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <filesystem>
 #include <optional>
 
 namespace kvproject {
@@ -162,6 +163,48 @@ void SetMember(IKVProjectData& project, std::string_view path, std::string_view 
         }
     }
     Require(result, std::string(path) + "=" + std::string(value));
+}
+
+Item ParseItem(std::string_view text)
+{
+    const Segment segment = ParseSegment(text);
+    const bool isTitle = SameName(segment.name, "titles");
+    if (!segment.position || !(isTitle || SameName(segment.name, "dataFiles"))) {
+        throw Failure("'" + std::string(text) + "' is neither titles[N] nor dataFiles[N]");
+    }
+    return {isTitle ? Item::List::Titles : Item::List::DataFiles, *segment.position};
+}
+
+void RemoveItem(IKVProjectData& project, const Item& item)
+{
+    if (item.list == Item::List::DataFiles) {
+        Require(project.RemoveDataFile(item.position, nullptr), "cannot remove the data file");
+        return;
+    }
+    ComPtr<IKVTitle> title;
+    LONG id = 0;
+    Require(project.GetTitle(item.position, title.Put()), "cannot remove the title");
+    Require(title->get_ID(&id), "cannot remove the title");
+    Require(project.RemoveTitle(id, nullptr), "cannot remove the title");
+}
+
+void MoveItem(IKVProjectData& project, const Item& item, LONG to)
+{
+    Require(item.list == Item::List::Titles ? project.MoveTitle(item.position, to)
+                                            : project.MoveDataFile(item.position, to),
+            "cannot move it to position " + std::to_string(to));
+}
+
+void AddDataFile(IKVProjectData& project, const std::string& text, LONG position)
+{
+    const std::size_t equals = text.find('=');
+    const std::string source = text.substr(0, equals);
+    const std::string destination =
+        equals == text.npos ? std::filesystem::path(source).filename().string() : text.substr(equals + 1);
+    ComPtr<IKVDataFile> file;
+    Require(project.AddDataFile(position, file.Put()), "cannot add a data file");
+    Require(file->put_SourcePath(kv::Bstr(kv::ToUtf16(source)).Get()), source);
+    Require(file->put_DestPath(kv::Bstr(kv::ToUtf16(destination)).Get()), destination);
 }
 
 std::string ValueText(const Variant& value)

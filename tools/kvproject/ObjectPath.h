@@ -21,6 +21,25 @@ kv::Variant GetMember(IKVProjectData& project, std::string_view path);
 /// when the path names nothing that can be set, or the value does not fit.
 void SetMember(IKVProjectData& project, std::string_view path, std::string_view value);
 
+/// An object of a list.
+struct Item {
+    enum class List { Titles, DataFiles };
+
+    List list;
+    /// From 1.
+    LONG position;
+};
+
+/// Reads "titles[N]" or "dataFiles[N]". Throws Failure for anything else.
+Item ParseItem(std::string_view text);
+
+/// Both throw Failure when there is no such object or place.
+void RemoveItem(IKVProjectData& project, const Item& item);
+void MoveItem(IKVProjectData& project, const Item& item, LONG to);
+
+/// Adds "SOURCE" or "SOURCE=DESTINATION", which is the name of the source at first; position 0 is behind the last.
+void AddDataFile(IKVProjectData& project, const std::string& text, LONG position);
+
 /// The value as a person reads it.
 std::string ValueText(const kv::Variant& value);
 

@@ -1,9 +1,11 @@
 // kvproject: makes, shows, edits and checks project files, as a host of the library.
 
 #include "Check.h"
+#include "Editor.h"
 #include "EventPrinter.h"
 #include "Failure.h"
 #include "Idl.h"
+#include "Lines.h"
 #include "ObjectPath.h"
 #include "Session.h"
 #include "Tree.h"
@@ -43,23 +45,11 @@ struct NewOptions : FileOptions {
     std::vector<std::string> dataFiles;
 };
 
-void AddDataFile(IKVProjectData& project, const std::string& text)
-{
-    const std::size_t equals = text.find('=');
-    const std::string source = text.substr(0, equals);
-    const std::string destination =
-        equals == text.npos ? std::filesystem::path(source).filename().string() : text.substr(equals + 1);
-    kv::ComPtr<IKVDataFile> file;
-    Require(project.AddDataFile(0, file.Put()), "cannot add a data file");
-    Require(file->put_SourcePath(kv::Bstr(kv::ToUtf16(source)).Get()), source);
-    Require(file->put_DestPath(kv::Bstr(kv::ToUtf16(destination)).Get()), destination);
-}
-
 void AddClip(EventPrinter& events, const std::string& clip)
 {
     std::error_code error;
     if (!std::filesystem::exists(clip, error)) throw Failure(clip + ": the clip does not exist");
-    const auto title = events.AddTitle(kv::Bstr(kv::ToUtf16(clip)).Get());
+    const auto title = events.AddTitle(kv::Bstr(kv::ToUtf16(clip)), 0);
     const std::string name = std::filesystem::path(clip).stem().string();
     Require(title->put_Label(kv::Bstr(kv::ToUtf16(name)).Get()), "cannot name the title");
     // The first clip is measured while it is the only one.
@@ -79,7 +69,7 @@ int RunNew(const NewOptions& options)
     for (const std::string& clip : options.titles)
         AddClip(events, clip);
     for (const std::string& file : options.dataFiles)
-        AddDataFile(project, file);
+        AddDataFile(project, file, 0);
     // What the person says goes before what the first clip measures.
     if (!options.standard.empty()) SetMember(project, "TVStandard", options.standard);
     session.Save(options.file);
@@ -123,6 +113,33 @@ int RunSet(const FileOptions& options, const std::vector<std::string>& assignmen
     }
     session.Save(options.file);
     events.WaitForAll();
+    return 0;
+}
+
+struct EditOptions : FileOptions {
+    std::string script;
+};
+
+int RunEdit(const EditOptions& options)
+{
+    Session session;
+    session.Load(options.file);
+    EventPrinter events(session.Project(), options.events);
+    Editor editor(session, events, options.file, std::cout);
+    Lines lines(options.script);
+    for (bool more = true; more;) {
+        const std::optional<std::string> line = lines.Next();
+        if (!line) break;
+        try {
+            more = editor.Obey(*line);
+        } catch (const Failure& failure) {
+            const std::string message = "line " + std::to_string(lines.Number()) + ": " + failure.what();
+            // A person corrects the line; a script may rely on it further down.
+            if (!lines.Typed()) throw Failure(message);
+            std::cerr << message << '\n';
+        }
+    }
+    if (editor.Unsaved()) std::cerr << "kvproject: the last changes were not saved\n";
     return 0;
 }
 
@@ -188,6 +205,12 @@ int Run(int argc, char** argv)
     set->add_option("PATH=VALUE", *assignments, "The changes, made in order")->required();
     set->callback(
         [&run, changed, assignments] { run = [changed, assignments] { return RunSet(*changed, *assignments); }; });
+
+    auto edited = std::make_shared<EditOptions>();
+    CLI::App* edit = app.add_subcommand("edit", "Edit by commands, one a line, with undo; the command help lists them");
+    AddFileOptions(*edit, *edited, true);
+    edit->add_option("--script", edited->script, "Read the commands from this file and stop at the first bad one");
+    edit->callback([&run, edited] { run = [edited] { return RunEdit(*edited); }; });
 
     auto checked = std::make_shared<FileOptions>();
     CLI::App* check =

@@ -1,0 +1,325 @@
+#include "Editor.h"
+
+#include "Failure.h"
+#include "ObjectPath.h"
+#include "Tree.h"
+
+#include "platform/undo/OleUndo.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <vector>
+
+namespace kvproject {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r";
+
+std::string_view Trimmed(std::string_view text)
+{
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+/// The first word; `text` keeps what follows.
+std::string_view TakeWord(std::string_view& text)
+{
+    const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
+    text = Trimmed(text.substr(word.size()));
+    return word;
+}
+
+LONG ParsePosition(std::string_view text)
+{
+    LONG position = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), position);
+    if (error != std::errc() || end != text.data() + text.size() || position < 1) {
+        throw Failure("'" + std::string(text) + "' is no position; they count from 1");
+    }
+    return position;
+}
+
+/// Takes " at N" from the end; 0, which is behind the last, without it.
+LONG TakePlace(std::string_view& arguments)
+{
+    constexpr std::string_view kAt = "at ";
+    const std::size_t at = arguments.rfind(kAt);
+    if (at == arguments.npos || (at > 0 && kBlanks.find(arguments[at - 1]) == kBlanks.npos)) return 0;
+    const LONG place = ParsePosition(Trimmed(arguments.substr(at + kAt.size())));
+    arguments = Trimmed(arguments.substr(0, at));
+    return place;
+}
+
+void RequireFile(const std::string& file)
+{
+    std::error_code error;
+    if (!std::filesystem::exists(file, error)) throw Failure(file + ": the file does not exist");
+}
+
+kv::Bstr Wide(std::string_view text)
+{
+    return kv::Bstr(kv::ToUtf16(text));
+}
+
+kv::ComPtr<IOleUndoManager> ManagerOf(IKVProjectData& project)
+{
+    kv::ComPtr<IOleUndoManager> manager;
+    Require(project.GetUndoManager(manager.Put()), "cannot undo");
+    return manager;
+}
+
+std::string TextOf(const kv::Bstr& description)
+{
+    return description.Empty() ? "(without a name)" : kv::ToUtf8(description.View());
+}
+
+/// The descriptions of a stack, the next in turn first.
+std::vector<std::string> Descriptions(IOleUndoManager& manager,
+                                      HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndoUnits**))
+{
+    std::vector<std::string> texts;
+    kv::ComPtr<IEnumOleUndoUnits> units;
+    Require((manager.*enumerate)(units.Put()), "cannot list the steps");
+    for (kv::ComPtr<IOleUndoUnit> unit; units->Next(1, unit.Put(), nullptr) == S_OK;) {
+        kv::Bstr description;
+        unit->GetDescription(description.Put());
+        texts.push_back(TextOf(description));
+    }
+    return texts;
+}
+
+} // namespace
+
+struct Editor::Command {
+    std::string_view name;
+    void (Editor::*obey)(std::string_view arguments);
+    std::string_view arguments;
+    std::string_view meaning;
+};
+
+constexpr Editor::Command Editor::kCommands[] = {
+    {"set", &Editor::Set, "PATH=VALUE", "change a value"},
+    {"add", &Editor::Add, "title [CLIP] [at N]", "add a title; the first clip is measured"},
+    {"add", &Editor::Add, "file SOURCE[=DESTINATION] [at N]", "add a data file"},
+    {"remove", &Editor::Remove, "titles[N] | dataFiles[N]", "take an object out"},
+    {"move", &Editor::Move, "titles[N] TO", "move an object to another position"},
+    {"begin", &Editor::Begin, "[DESCRIPTION]", "gather the edits that follow in one step"},
+    {"snapshot", &Editor::Snapshot, "[DESCRIPTION]", "the same, by keeping the whole project"},
+    {"end", &Editor::End, "", "end the step"},
+    {"cancel", &Editor::Cancel, "", "take the step back"},
+    {"undo", &Editor::Undo, "", "take back the last step"},
+    {"redo", &Editor::Redo, "", "make it again"},
+    {"history", &Editor::History, "", "list the steps"},
+    {"show", &Editor::Show, "[PATH]", "show the project, or one value"},
+    {"save", &Editor::Save, "[FILE]", "save, here or elsewhere"},
+    {"help", &Editor::Help, "", "show this"},
+    {"quit", &Editor::Quit, "", "end without saving"},
+};
+
+Editor::Editor(Session& session, EventPrinter& events, std::string file, std::ostream& out)
+    : m_session(session), m_events(events), m_file(std::move(file)), m_out(out)
+{
+}
+
+Editor::~Editor()
+{
+    if (m_stepOpen) m_session.Project().EndUndo(VARIANT_FALSE);
+}
+
+bool Editor::Obey(std::string_view line)
+{
+    std::string_view rest = Trimmed(line);
+    if (rest.empty() || rest.front() == '#') return true;
+    m_line = rest;
+    const std::string_view word = TakeWord(rest);
+    const auto* command = std::ranges::find(kCommands, word, &Command::name);
+    if (command == std::end(kCommands)) {
+        throw Failure("there is no command '" + std::string(word) + "'; help lists them");
+    }
+    if (command->arguments.empty() && !rest.empty()) {
+        throw Failure("'" + std::string(word) + "' takes nothing behind it");
+    }
+    (this->*command->obey)(rest);
+    m_events.WaitForAll();
+    return !m_quit;
+}
+
+template <class Edit>
+void Editor::Change(Edit&& edit)
+{
+    if (m_stepOpen) {
+        edit();
+    } else {
+        OpenStep(&IKVProjectData::BeginUndo, m_line);
+        try {
+            edit();
+        } catch (...) {
+            CloseStep(false);
+            throw;
+        }
+        CloseStep(true);
+    }
+    m_unsaved = true;
+}
+
+void Editor::OpenStep(HRESULT (IKVProjectData::*open)(BSTR), std::string_view description)
+{
+    const HRESULT opened = (m_session.Project().*open)(Wide(description).Get());
+    // A snapshot that could not be taken leaves its step open.
+    if (FAILED(opened)) m_session.Project().EndUndo(VARIANT_FALSE);
+    Require(opened, "cannot begin a step");
+    m_stepOpen = true;
+}
+
+void Editor::CloseStep(bool commit)
+{
+    m_stepOpen = false;
+    Require(m_session.Project().EndUndo(commit ? VARIANT_TRUE : VARIANT_FALSE), "cannot end the step");
+}
+
+void Editor::RequireNoStep() const
+{
+    if (m_stepOpen) throw Failure("a step is open; end or cancel it first");
+}
+
+void Editor::RequireStep() const
+{
+    if (!m_stepOpen) throw Failure("no step is open");
+}
+
+void Editor::Set(std::string_view arguments)
+{
+    const std::size_t equals = arguments.find('=');
+    if (equals == arguments.npos) throw Failure("'" + std::string(arguments) + "' is not of the form PATH=VALUE");
+    Change([&] {
+        SetMember(m_session.Project(), Trimmed(arguments.substr(0, equals)), Trimmed(arguments.substr(equals + 1)));
+    });
+}
+
+void Editor::Add(std::string_view arguments)
+{
+    const std::string_view kind = TakeWord(arguments);
+    const LONG place = TakePlace(arguments);
+    if (kind == "title") {
+        const std::string clip(arguments);
+        if (!clip.empty()) RequireFile(clip);
+        Change([&] {
+            const auto title = m_events.AddTitle(clip.empty() ? kv::Bstr() : Wide(clip), place);
+            const std::string name = std::filesystem::path(clip).stem().string();
+            if (!clip.empty()) Require(title->put_Label(Wide(name).Get()), "cannot name the title");
+        });
+    } else if (kind == "file") {
+        if (arguments.empty()) throw Failure("add file: which file?");
+        RequireFile(std::string(arguments.substr(0, arguments.find('='))));
+        Change([&] { AddDataFile(m_session.Project(), std::string(arguments), place); });
+    } else {
+        throw Failure("add what? A title or a file");
+    }
+}
+
+void Editor::Remove(std::string_view arguments)
+{
+    const Item item = ParseItem(arguments);
+    Change([&] { RemoveItem(m_session.Project(), item); });
+}
+
+void Editor::Move(std::string_view arguments)
+{
+    const Item item = ParseItem(TakeWord(arguments));
+    const LONG to = ParsePosition(arguments);
+    Change([&] { MoveItem(m_session.Project(), item, to); });
+}
+
+void Editor::Begin(std::string_view description)
+{
+    RequireNoStep();
+    OpenStep(&IKVProjectData::BeginUndo, description);
+}
+
+void Editor::Snapshot(std::string_view description)
+{
+    RequireNoStep();
+    OpenStep(&IKVProjectData::TakeUndoSnapshot, description);
+}
+
+void Editor::End(std::string_view)
+{
+    RequireStep();
+    CloseStep(true);
+}
+
+void Editor::Cancel(std::string_view)
+{
+    RequireStep();
+    CloseStep(false);
+}
+
+void Editor::Undo(std::string_view)
+{
+    RequireNoStep();
+    kv::Bstr description;
+    if (FAILED(ManagerOf(m_session.Project())->GetLastUndoDescription(description.Put()))) {
+        throw Failure("there is nothing to undo");
+    }
+    Require(m_session.Project().UndoOperation(), "cannot undo");
+    m_unsaved = true;
+    m_out << "undone: " << TextOf(description) << '\n';
+}
+
+void Editor::Redo(std::string_view)
+{
+    RequireNoStep();
+    kv::Bstr description;
+    if (FAILED(ManagerOf(m_session.Project())->GetLastRedoDescription(description.Put()))) {
+        throw Failure("there is nothing to redo");
+    }
+    Require(m_session.Project().RedoOperation(), "cannot redo");
+    m_unsaved = true;
+    m_out << "redone: " << TextOf(description) << '\n';
+}
+
+void Editor::History(std::string_view)
+{
+    const auto manager = ManagerOf(m_session.Project());
+    auto undoable = Descriptions(*manager.Get(), &IOleUndoManager::EnumUndoable);
+    std::ranges::reverse(undoable);
+    for (const std::string& step : undoable)
+        m_out << "  " << step << '\n';
+    m_out << (m_stepOpen ? "> a step is open\n" : "> now\n");
+    for (const std::string& step : Descriptions(*manager.Get(), &IOleUndoManager::EnumRedoable))
+        m_out << "  (" << step << ")\n";
+}
+
+void Editor::Show(std::string_view path)
+{
+    if (path.empty()) {
+        PrintTree(ReadTree(m_session.Project()), m_out);
+    } else {
+        m_out << ValueText(GetMember(m_session.Project(), path)) << '\n';
+    }
+}
+
+void Editor::Save(std::string_view file)
+{
+    const std::string target = file.empty() ? m_file : std::string(file);
+    m_session.Save(target);
+    m_file = target;
+    m_unsaved = false;
+}
+
+void Editor::Quit(std::string_view)
+{
+    m_quit = true;
+}
+
+void Editor::Help(std::string_view)
+{
+    for (const Command& command : kCommands) {
+        std::string usage = "  " + std::string(command.name) + ' ' + std::string(command.arguments);
+        usage.resize(std::max<std::size_t>(usage.size() + 1, 44), ' ');
+        m_out << usage << command.meaning << '\n';
+    }
+}
+
+} // namespace kvproject

@@ -1,0 +1,66 @@
+#pragma once
+// Edits a project by commands, one a line: every edit is a step that can be undone, or part of one.
+
+#include "EventPrinter.h"
+#include "Session.h"
+
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace kvproject {
+
+class Editor {
+public:
+    /// A step that is left open is cancelled at the end.
+    Editor(Session& session, EventPrinter& events, std::string file, std::ostream& out);
+    ~Editor();
+    Editor(const Editor&) = delete;
+    Editor& operator=(const Editor&) = delete;
+
+    /// Obeys one line; empty lines and those that begin with # say nothing. False when it was the last. Throws Failure
+    /// for a line that cannot be obeyed, which then has changed nothing.
+    bool Obey(std::string_view line);
+
+    /// There are changes that were not saved.
+    bool Unsaved() const { return m_unsaved; }
+
+private:
+    struct Command;
+    static const Command kCommands[];
+
+    void Set(std::string_view arguments);
+    void Add(std::string_view arguments);
+    void Remove(std::string_view arguments);
+    void Move(std::string_view arguments);
+    void Begin(std::string_view description);
+    void End(std::string_view);
+    void Cancel(std::string_view);
+    void Snapshot(std::string_view description);
+    void Undo(std::string_view);
+    void Redo(std::string_view);
+    void History(std::string_view);
+    void Show(std::string_view path);
+    void Save(std::string_view file);
+    void Quit(std::string_view);
+    void Help(std::string_view);
+
+    /// Makes an edit in the open step, or in one of its own that is described by the line.
+    template <class Edit>
+    void Change(Edit&& edit);
+    void OpenStep(HRESULT (IKVProjectData::*open)(BSTR), std::string_view description);
+    void CloseStep(bool commit);
+    void RequireNoStep() const;
+    void RequireStep() const;
+
+    Session& m_session;
+    EventPrinter& m_events;
+    std::string m_file;
+    std::ostream& m_out;
+    std::string m_line;
+    bool m_stepOpen = false;
+    bool m_unsaved = false;
+    bool m_quit = false;
+};
+
+} // namespace kvproject
