@@ -2,12 +2,7 @@
 
 #include "platform/com/Export.h"
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
-#include <system_error>
-#include <unistd.h>
 
 extern "C" KV_EXPORT HRESULT DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
 
@@ -24,35 +19,11 @@ ComPtr<IUnknown> CreateEngineObject(REFCLSID clsid)
     return object;
 }
 
-ClipFolder::ClipFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "kv-clips-XXXXXX").string();
-    if (!mkdtemp(name.data())) throw std::system_error(errno, std::generic_category());
-    m_folder = name;
-}
-
-ClipFolder::~ClipFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
-}
-
 void ClipFolder::Make(const std::string& name, const std::string& arguments) const
 {
-    const std::string folder = m_folder.string();
+    const std::string folder = Path().string();
     const std::string command = "cd '" + folder + "' && ffmpeg -v error -nostdin -y " + arguments + " '" + name + "'";
     if (std::system(command.c_str()) != 0) throw std::runtime_error(command);
-}
-
-void ClipFolder::Write(const std::string& name, const std::string& content) const
-{
-    std::ofstream(PathOf(name), std::ios::binary) << content;
-}
-
-std::string ClipFolder::Read(const std::string& name) const
-{
-    std::ifstream file(PathOf(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 const ClipFolder& Clips()

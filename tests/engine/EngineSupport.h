@@ -4,10 +4,10 @@
 #include "KVProjectData/Engine.h"
 #include "platform/com/Object.h"
 #include "platform/undo/OleUndo.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <tuple>
@@ -24,25 +24,11 @@ ComPtr<T> CreateEngine(REFCLSID clsid)
     return Query<T>(CreateEngineObject(clsid));
 }
 
-/// A folder of its own, removed with all its files at the end.
-class ClipFolder {
+/// Files that ffmpeg makes.
+class ClipFolder : public TemporaryFolder {
 public:
-    ClipFolder();
-    ClipFolder(const ClipFolder&) = delete;
-    ClipFolder& operator=(const ClipFolder&) = delete;
-    ~ClipFolder();
-
-    std::filesystem::path PathOf(const std::string& name) const { return m_folder / name; }
-    Bstr NameOf(const std::string& name) const { return Bstr(PathOf(name).u16string()); }
-
     /// Has ffmpeg write a file; the arguments come before its name.
     void Make(const std::string& name, const std::string& arguments) const;
-
-    void Write(const std::string& name, const std::string& content) const;
-    std::string Read(const std::string& name) const;
-
-private:
-    std::filesystem::path m_folder;
 };
 
 /// The clips that the tests share; made when first asked for.

@@ -49,7 +49,7 @@ TEST(MediaInformation, TellsSizeRateAndDuration)
     const auto media = CreateEngine<IZXMediaInformation>(CLSID_ZXMediaInformation);
     for (const Case& item : cases) {
         SCOPED_TRACE(item.file);
-        ASSERT_EQ(S_OK, media->Open(Clips().NameOf(item.file).Get()));
+        ASSERT_EQ(S_OK, media->Open(Clips().File(item.file).Get()));
         ExpectPicture(item.video, PictureOf(*media, ZXM_STREAM_VIDEO, 0));
         ExpectPicture(item.picture, PictureOf(*media, ZXM_STREAM_PICTURE, 0));
         ExpectPicture(kNone, PictureOf(*media, ZXM_STREAM_PICTURE, 1));
@@ -68,9 +68,9 @@ TEST(MediaInformation, UnderstandsNamesOfEveryKind)
          {"image%03d.png", "*.png", "http:clip", "concat:a|b", "-i", "k\xc3\xb6rper \xf0\x9f\x8e\xac.txt", "none"}) {
         SCOPED_TRACE(name);
         std::filesystem::copy_file(Clips().PathOf("still.png"), folder.PathOf(name));
-        EXPECT_EQ(S_OK, media->Open(folder.NameOf(name).Get()));
+        EXPECT_EQ(S_OK, media->Open(folder.File(name).Get()));
     }
-    std::u16string backslashes = Clips().PathOf("pal.mpg").u16string();
+    std::u16string backslashes(Clips().File("pal.mpg").View());
     std::ranges::replace(backslashes, u'/', u'\\');
     EXPECT_EQ(S_OK, media->Open(Bstr(backslashes).Get()));
 }
@@ -78,7 +78,7 @@ TEST(MediaInformation, UnderstandsNamesOfEveryKind)
 TEST(MediaInformation, RefusesWhatIsNoMedia)
 {
     const ClipFolder folder;
-    const std::string clip = Clips().PathOf("pal.mpg").string();
+    const std::string clip = Clips().PathOf("pal.mpg");
     const std::string movie = Clips().Read("ntsc.mp4");
     folder.Write("empty.mp4", "");
     folder.Write("note.txt", "Just some words.\n");
@@ -91,7 +91,7 @@ TEST(MediaInformation, RefusesWhatIsNoMedia)
                              "profiles=\"urn:mpeg:dash:profile:isoff-on-demand:2011\" type=\"static\" "
                              "mediaPresentationDuration=\"PT1S\"><Period><AdaptationSet mimeType=\"video/mp4\">"
                              "<Representation id=\"0\" bandwidth=\"1000\"><BaseURL>" +
-                                 Clips().PathOf("ntsc.mp4").string() +
+                                 Clips().PathOf("ntsc.mp4") +
                                  "</BaseURL></Representation></AdaptationSet></Period></MPD>");
     std::filesystem::create_directory(folder.PathOf("folder.mp4"));
     ASSERT_EQ(0, mkfifo(folder.PathOf("pipe").c_str(), 0600));
@@ -99,12 +99,12 @@ TEST(MediaInformation, RefusesWhatIsNoMedia)
     for (const char* name : {"empty.mp4", "note.txt", "note.mpg", "headless.mp4", "subtitles.srt", "list.ffconcat",
                              "list.m3u8", "list.mpd", "folder.mp4", "pipe", "missing.mp4"}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(ZXE_E_NOT_MEDIA, media->Open(folder.NameOf(name).Get()));
+        EXPECT_EQ(ZXE_E_NOT_MEDIA, media->Open(folder.File(name).Get()));
     }
     for (const std::u16string_view name : {u"/dev/zero", u"http://127.0.0.1/clip.mp4", u"moniker:clip", u"\xd800"}) {
         EXPECT_EQ(ZXE_E_NOT_MEDIA, media->Open(Bstr(name).Get()));
     }
-    EXPECT_EQ(ZXE_E_NOT_MEDIA, media->Open(Bstr(Clips().PathOf("pal.mpg").u16string() + u'\0' + u"x").Get()));
+    EXPECT_EQ(ZXE_E_NOT_MEDIA, media->Open(Bstr(std::u16string(Clips().File("pal.mpg").View()) + u'\0' + u"x").Get()));
     EXPECT_EQ(E_INVALIDARG, media->Open(nullptr));
 }
 
@@ -119,13 +119,13 @@ TEST(MediaInformation, SurvivesDamagedFiles)
             for (std::size_t i = stride; i < damaged.size(); i += stride)
                 damaged[i] = static_cast<char>(damaged[i] ^ (i * 31 + 1));
             folder.Write("damaged", damaged);
-            const HRESULT opened = media->Open(folder.NameOf("damaged").Get());
+            const HRESULT opened = media->Open(folder.File("damaged").Get());
             EXPECT_TRUE(opened == S_OK || opened == ZXE_E_NOT_MEDIA) << name;
         }
     }
     // What is there of a programme stream is enough.
     folder.Write("cut.mpg", Clips().Read("pal.mpg").substr(0, 60'000));
-    ASSERT_EQ(S_OK, media->Open(folder.NameOf("cut.mpg").Get()));
+    ASSERT_EQ(S_OK, media->Open(folder.File("cut.mpg").Get()));
     ExpectPicture({S_OK, 720, 576, 25.0}, PictureOf(*media, ZXM_STREAM_VIDEO, 0));
 }
 
@@ -138,7 +138,7 @@ TEST(MediaInformation, DoesNotDecodePicturesOfAnySize)
     const ClipFolder folder;
     folder.Write("huge.png", picture);
     const auto media = CreateEngine<IZXMediaInformation>(CLSID_ZXMediaInformation);
-    EXPECT_EQ(ZXE_E_NOT_MEDIA, media->Open(folder.NameOf("huge.png").Get()));
+    EXPECT_EQ(ZXE_E_NOT_MEDIA, media->Open(folder.File("huge.png").Get()));
 }
 
 TEST(MediaInformation, ForgetsWhatWasOpenWhenItFails)
@@ -151,7 +151,7 @@ TEST(MediaInformation, ForgetsWhatWasOpenWhenItFails)
         EXPECT_EQ(0.0, seconds);
     };
     expectNothingOpen();
-    ASSERT_EQ(S_OK, media->Open(Clips().NameOf("pal.mpg").Get()));
+    ASSERT_EQ(S_OK, media->Open(Clips().File("pal.mpg").Get()));
     for (const auto& [kind, index] : {std::pair{2, 0}, {-1, 0}, {1, 1}, {1, -1}, {0, 1 << 30}}) {
         ExpectPicture(kNone, PictureOf(*media, kind, index));
     }

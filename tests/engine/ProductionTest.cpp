@@ -124,12 +124,12 @@ TEST_F(ProductionTest, PlaysAsLongAsItsPanels)
         EXPECT_NEAR(frameRate, value, 0.001);
     };
     expect(0.0, 0.0);
-    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().NameOf("still.png").Get(), 0.0, 5.0, -1, nullptr));
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().File("still.png").Get(), 0.0, 5.0, -1, nullptr));
     expect(5.0, 0.0);
-    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().NameOf("ntsc.mp4").Get(), 0.0, 0.0, -1, nullptr));
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().File("ntsc.mp4").Get(), 0.0, 0.0, -1, nullptr));
     expect(6.0, 29.97);
     ComPtr<IUnknown> panel;
-    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().NameOf("sound.wav").Get(), 0.5, 0.0, 0, panel.Put()));
+    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Clips().File("sound.wav").Get(), 0.5, 0.0, 0, panel.Put()));
     expect(7.5, 29.97);
     // The in point lies behind the end of a source of unknown length.
     ASSERT_EQ(S_OK, edit->AddSourceFile(0, Bstr(u"/no/such/file").Get(), 3.0, 0.0, 0, nullptr));
@@ -145,7 +145,7 @@ TEST_F(ProductionTest, PlaysAsLongAsItsPanels)
     EXPECT_EQ(S_OK, source->get_InPoint(&in));
     EXPECT_EQ(S_OK, source->get_OutPoint(&out));
     EXPECT_EQ(S_OK, source->get_Length(&length));
-    EXPECT_EQ(Clips().NameOf("sound.wav").View(), name.View());
+    EXPECT_EQ(Clips().File("sound.wav").View(), name.View());
     EXPECT_EQ(0.5, in);
     EXPECT_NEAR(2.0, out, 0.1);
     EXPECT_EQ(out, length);
@@ -185,7 +185,7 @@ TEST_F(ProductionTest, TellsItsSinksOfEdits)
     ASSERT_EQ(S_OK, AddSource(production.Get(), Bstr(u"moniker:clip")));
     EXPECT_TRUE(Modified());
     expect({{0, {0}}, {11, {1}}});
-    ASSERT_EQ(S_OK, AddSource(production.Get(), Clips().NameOf("sound.wav")));
+    ASSERT_EQ(S_OK, AddSource(production.Get(), Clips().File("sound.wav")));
     expect({{0, {1}}, {10, {}}});
     ASSERT_EQ(S_OK, production->DeletePanel(1));
     expect({{1, {1}}, {10, {}}});

@@ -3,8 +3,6 @@
 #include "platform/system/Registry.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
 #include <ostream>
 
 namespace kv::test {
@@ -114,29 +112,6 @@ std::vector<ReceivedEvent> Delivered(IKVProjectData& project, RecordingSink& sin
         return event.id == EVENT_EmptyQueue || event.id == EVENT_ProjectChangeList;
     });
     return events;
-}
-
-TemporaryFolder::TemporaryFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "kvtest-XXXXXX").string();
-    m_path = mkdtemp(name.data());
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-}
-
-void TemporaryFolder::Write(std::string_view name, std::string_view content) const
-{
-    std::ofstream(m_path / name, std::ios::binary) << content;
-}
-
-std::string TemporaryFolder::Read(std::string_view name) const
-{
-    std::ifstream file(m_path / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 ComPtr<IXMLDOMDocument> ParseXml(std::u16string_view xml)

@@ -5,12 +5,12 @@
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Activation.h"
 #include "platform/com/Object.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <condition_variable>
-#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -98,22 +98,6 @@ private:
 
 /// Waits until everything that was posted before has been delivered, and takes it.
 std::vector<ReceivedEvent> Delivered(IKVProjectData& project, RecordingSink& sink);
-
-/// A folder that goes with the test.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-
-    std::filesystem::path Path() const { return m_path; }
-    /// The path of a file in the folder, for the library.
-    Bstr File(std::string_view name) const { return Bstr((m_path / name).u16string()); }
-    void Write(std::string_view name, std::string_view content) const;
-    std::string Read(std::string_view name) const;
-
-private:
-    std::filesystem::path m_path;
-};
 
 inline Bstr Str(std::u16string_view text)
 {

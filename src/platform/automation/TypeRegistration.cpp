@@ -83,8 +83,7 @@ struct Removal {
     template <class Facts>
     void operator()(const std::u16string& key, const Facts&) const
     {
-        const HRESULT result = Registry::KeyExists(hive, root + key) ? Registry::DeleteTree(hive, root + key) : S_OK;
-        if (result != REGISTRY_E_NOT_FOUND) ThrowIfFailed(result);
+        ThrowIfFailed(Registry::DeleteTreeIfThere(hive, root + key));
     }
 };
 

@@ -203,9 +203,9 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID 
 
 HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* classObject, DWORD, DWORD, DWORD* cookie)
 {
-    if (!classObject) return E_INVALIDARG;
     if (!cookie) return E_POINTER;
     *cookie = 0;
+    if (!classObject) return E_INVALIDARG;
     return kv::Guarded([&] {
         kv::Servers& servers = kv::Shared();
         const kv::SectionLock lock(servers.section);

@@ -33,11 +33,9 @@ void Write(const std::u16string& key, std::u16string_view name, std::u16string v
     ThrowIfFailed(Registry::Set(Hive::ClassesRoot, key, name, std::move(value)));
 }
 
-/// What is not there needs no removing.
 void Remove(const std::u16string& key)
 {
-    const HRESULT removed = Registry::DeleteTree(Hive::ClassesRoot, key);
-    if (removed != REGISTRY_E_NOT_FOUND) ThrowIfFailed(removed);
+    ThrowIfFailed(Registry::DeleteTreeIfThere(Hive::ClassesRoot, key));
 }
 
 std::u16string ClassKey(const ServerClass& served)
@@ -190,6 +188,7 @@ HRESULT ServerModule::UnregisterServer() const
 {
     return Guarded([&] {
         const ThreadLocaleScope locale(LOCALE_SYSTEM_DEFAULT);
+        Registry::Batch batch;
         for (const ServerClass& served : m_description.classes) {
             if (served.progId) {
                 Remove(served.progId);
@@ -198,8 +197,10 @@ HRESULT ServerModule::UnregisterServer() const
             Remove(ClassKey(served));
         }
         if (m_description.unregisterTypeLibrary) ThrowIfFailed(m_description.unregisterTypeLibrary());
-        if (!m_description.appId) return S_OK;
-        return UnregisterScript(kApplicationScript, ApplicationReplacements(m_description));
+        if (m_description.appId) {
+            ThrowIfFailed(UnregisterScript(kApplicationScript, ApplicationReplacements(m_description)));
+        }
+        return batch.Commit();
     });
 }
 

@@ -2,9 +2,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -12,12 +12,16 @@
 namespace kv {
 namespace {
 
-/// The permissions that a new file gets from the process.
-mode_t NewFileMode()
+/// Creates a file beside the target, with the permissions of any new file. -1 on failure, with errno set.
+int CreateBeside(const std::string& target, std::string& name)
 {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
+    std::random_device random;
+    int file = -1;
+    do {
+        name = target + '.' + std::to_string(random());
+        file = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (file < 0 && errno == EEXIST);
+    return file;
 }
 
 } // namespace
@@ -74,15 +78,14 @@ HRESULT AtomicFile::Create(const std::string& target)
     std::error_code error;
     const std::filesystem::path real = std::filesystem::weakly_canonical(target, error);
     m_target = error ? target : real.string();
-    std::string pattern = m_target + ".XXXXXX";
-    m_file = mkostemp(pattern.data(), O_CLOEXEC);
+    std::string temporary;
+    m_file = CreateBeside(m_target, temporary);
     if (m_file < 0) return ResultFromErrno(errno);
-    m_temporary = std::move(pattern);
+    m_temporary = std::move(temporary);
 
     struct stat existing {};
-    const mode_t mode = stat(m_target.c_str(), &existing) == 0 ? existing.st_mode & 07777 : NewFileMode();
-    if (fchmod(m_file, mode) != 0) return ResultFromErrno(errno);
-    return S_OK;
+    const bool exists = stat(m_target.c_str(), &existing) == 0;
+    return exists && fchmod(m_file, existing.st_mode & 07777) != 0 ? ResultFromErrno(errno) : S_OK;
 }
 
 HRESULT AtomicFile::Write(const void* data, std::size_t size)

@@ -19,7 +19,7 @@ void AutoResetEvent::Close()
 bool AutoResetEvent::Set()
 {
     if (!m_created.load(std::memory_order_relaxed)) return false;
-    if (m_signalled.exchange(true) || !m_waiting) return true;
+    if (m_signalled.exchange(true) || m_waiting == 0) return true;
     // Whoever waits holds the mutex until it sleeps, so that the wake-up cannot come too early.
     const std::lock_guard lock(m_mutex);
     m_wake.notify_one();
@@ -30,10 +30,10 @@ WaitResult AutoResetEvent::Wait(ULONG milliseconds)
 {
     if (m_signalled.exchange(false)) return WaitResult::Signalled;
     std::unique_lock lock(m_mutex);
-    m_waiting = true;
+    ++m_waiting;
     const bool signalled =
         m_wake.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return m_signalled.exchange(false); });
-    m_waiting = false;
+    --m_waiting;
     return signalled ? WaitResult::Signalled : WaitResult::TimedOut;
 }
 

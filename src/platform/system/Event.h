@@ -26,7 +26,8 @@ public:
 private:
     std::atomic<bool> m_created{false};
     std::atomic<bool> m_signalled{false};
-    std::atomic<bool> m_waiting{false};
+    /// How many threads wait.
+    std::atomic<int> m_waiting{0};
     std::mutex m_mutex;
     std::condition_variable m_wake;
 };

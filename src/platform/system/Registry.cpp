@@ -10,19 +10,43 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace kv::Registry {
 namespace {
 
 constexpr std::u16string_view kMachineClasses = u"HKEY_LOCAL_MACHINE\\Software\\Classes";
 constexpr std::u16string_view kUserClasses = u"HKEY_CURRENT_USER\\Software\\Classes";
-constexpr std::uintmax_t kMaxFileSize = 64u << 20;
+constexpr off_t kMaxFileSize = 64 << 20; // bytes
 
 using Change = std::function<HRESULT(RegistryKey& root)>;
+
+/// An open file; closed with this object.
+class OpenFile {
+public:
+    OpenFile() = default;
+    explicit OpenFile(int file) : m_file(file) {}
+    OpenFile(OpenFile&& other) noexcept : m_file(std::exchange(other.m_file, -1)) {}
+    OpenFile& operator=(OpenFile other) noexcept
+    {
+        std::swap(m_file, other.m_file);
+        return *this;
+    }
+    ~OpenFile()
+    {
+        if (m_file >= 0) close(m_file);
+    }
+
+    int Get() const { return m_file; }
+    explicit operator bool() const { return m_file >= 0; }
+
+private:
+    int m_file = -1;
+};
 
 /// What the process knows of its registry.
 struct State {
@@ -31,9 +55,9 @@ struct State {
     bool inMemory = false;
     /// Empty until the default is taken.
     std::string path;
-    /// Of the file that `root` was read from.
-    std::filesystem::file_time_type readTime{};
-    bool read = false;
+    /// The file that `root` was read from. While it is open no other file can have its number.
+    OpenFile file;
+    struct stat status {};
     bool perUser = false;
 };
 
@@ -64,28 +88,41 @@ const std::string& PathOf(State& state)
     return state.path;
 }
 
-/// Reads the file where it is newer than what is known of it. Throws Error.
+bool IsSameContent(const struct stat& a, const struct stat& b)
+{
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
+}
+
+std::string ReadAll(const OpenFile& file, std::size_t size)
+{
+    std::string text(size, '\0');
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t got = pread(file.Get(), text.data() + done, size - done, static_cast<off_t>(done));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) throw Error(REGISTRY_E_CORRUPT);
+        done += static_cast<std::size_t>(got);
+    }
+    return text;
+}
+
+/// Reads the file where it is another one than what is known. Throws Error.
 void Refresh(State& state)
 {
     if (state.inMemory) return;
-    std::error_code error;
-    const auto time = std::filesystem::last_write_time(PathOf(state), error);
-    if (error) {
-        if (error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory) {
-            throw Error(ResultFromErrno(error.value()));
-        }
-        state.root = {};
-        state.read = false;
-        return;
-    }
-    if (state.read && time == state.readTime) return;
-    if (std::filesystem::file_size(state.path, error) > kMaxFileSize || error) throw Error(REGISTRY_E_CORRUPT);
-    std::ifstream file(state.path, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file) throw Error(REGISTRY_E_CORRUPT);
-    state.root = ParseRegistryText(text);
-    state.readTime = time;
-    state.read = true;
+    const std::string& path = PathOf(state);
+    struct stat status {};
+    if (state.file && stat(path.c_str(), &status) == 0 && IsSameContent(status, state.status)) return;
+    state.root = {};
+    state.file = {};
+    OpenFile file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file && (errno == ENOENT || errno == ENOTDIR)) return;
+    if (!file || fstat(file.Get(), &status) != 0) throw Error(ResultFromErrno(errno));
+    if (!S_ISREG(status.st_mode) || status.st_size > kMaxFileSize) throw Error(REGISTRY_E_CORRUPT);
+    state.root = ParseRegistryText(ReadAll(file, static_cast<std::size_t>(status.st_size)));
+    state.file = std::move(file);
+    state.status = status;
 }
 
 /// Keeps other processes from writing the same file.
@@ -95,19 +132,12 @@ public:
     {
         std::error_code ignored;
         std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
-        m_file = open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-        if (m_file < 0 || flock(m_file, LOCK_EX) != 0) {
-            const int error = errno;
-            if (m_file >= 0) close(m_file);
-            throw Error(ResultFromErrno(error));
-        }
+        m_file = OpenFile(open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+        if (!m_file || flock(m_file.Get(), LOCK_EX) != 0) throw Error(ResultFromErrno(errno));
     }
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-    ~FileLock() { close(m_file); }
 
 private:
-    int m_file;
+    OpenFile m_file;
 };
 
 HRESULT ApplyAll(RegistryKey& root, const std::vector<Change>& changes)
@@ -141,12 +171,9 @@ HRESULT Write(const std::vector<Change>& changes)
         result = file.Create(state.path);
         if (SUCCEEDED(result)) result = file.Write(text.data(), text.size());
         if (SUCCEEDED(result)) result = file.Commit();
-        if (FAILED(result)) return result;
-        state.root = std::move(changed);
-        std::error_code error;
-        state.readTime = std::filesystem::last_write_time(state.path, error);
-        state.read = !error;
-        return S_OK;
+        // What was written is read again when it is asked for.
+        state.file = {};
+        return result;
     });
 }
 
@@ -205,6 +232,30 @@ std::u16string WritePath(Hive hive, std::u16string_view key)
     return ReadPaths(hive, key).front();
 }
 
+Change ValueRemoval(Hive hive, std::u16string_view key, std::u16string_view name)
+{
+    return [path = WritePath(hive, key), name = std::u16string(name)](RegistryKey& root) {
+        RegistryKey* at = root.Find(path);
+        const auto found = at ? at->values.find(name) : decltype(at->values.end())();
+        if (!at || found == at->values.end()) return REGISTRY_E_NOT_FOUND;
+        at->values.erase(found);
+        return S_OK;
+    };
+}
+
+Change TreeRemoval(Hive hive, std::u16string_view key)
+{
+    return [path = WritePath(hive, key)](RegistryKey& root) { return root.Erase(path) ? S_OK : REGISTRY_E_NOT_FOUND; };
+}
+
+Change IfThere(Change removal)
+{
+    return [removal = std::move(removal)](RegistryKey& root) {
+        const HRESULT removed = removal(root);
+        return removed == REGISTRY_E_NOT_FOUND ? S_OK : removed;
+    };
+}
+
 template <class Member>
 HRESULT Names(Hive hive, std::u16string_view key, Member member, std::vector<std::u16string>& names)
 {
@@ -242,7 +293,7 @@ void UseFile(std::string path)
     state.inMemory = false;
     state.path = std::move(path);
     state.root = {};
-    state.read = false;
+    state.file = {};
 }
 
 void SetPerUser(bool perUser)
@@ -320,19 +371,22 @@ HRESULT Set(Hive hive, std::u16string_view key, std::u16string_view name, Regist
 
 HRESULT DeleteValue(Hive hive, std::u16string_view key, std::u16string_view name)
 {
-    return Submit([path = WritePath(hive, key), name = std::u16string(name)](RegistryKey& root) {
-        RegistryKey* at = root.Find(path);
-        const auto found = at ? at->values.find(name) : decltype(at->values.end())();
-        if (!at || found == at->values.end()) return REGISTRY_E_NOT_FOUND;
-        at->values.erase(found);
-        return S_OK;
-    });
+    return Submit(ValueRemoval(hive, key, name));
 }
 
 HRESULT DeleteTree(Hive hive, std::u16string_view key)
 {
-    return Submit(
-        [path = WritePath(hive, key)](RegistryKey& root) { return root.Erase(path) ? S_OK : REGISTRY_E_NOT_FOUND; });
+    return Submit(TreeRemoval(hive, key));
+}
+
+HRESULT DeleteValueIfThere(Hive hive, std::u16string_view key, std::u16string_view name)
+{
+    return Submit(IfThere(ValueRemoval(hive, key, name)));
+}
+
+HRESULT DeleteTreeIfThere(Hive hive, std::u16string_view key)
+{
+    return Submit(IfThere(TreeRemoval(hive, key)));
 }
 
 Batch::Batch() : m_outer(t_batch == nullptr)

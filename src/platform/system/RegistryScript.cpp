@@ -66,7 +66,7 @@ public:
     std::vector<ScriptHive> Parse()
     {
         std::vector<ScriptHive> hives;
-        while (!m_token.empty() || m_quoted) {
+        while (!m_ended) {
             ScriptHive hive{TakeHive(), {}};
             Expect(u"{");
             hive.keys = TakeKeys(0);
@@ -78,14 +78,15 @@ public:
 private:
     static bool IsBlank(char16_t c) { return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n'; }
 
-    /// Reads the next token; an empty one that is not quoted is the end.
+    /// Reads the next token, which may be empty.
     void Advance()
     {
         m_quoted = false;
         m_token.clear();
         while (!m_text.empty() && IsBlank(m_text.front()))
             m_text.remove_prefix(1);
-        if (m_text.empty()) return;
+        m_ended = m_text.empty();
+        if (m_ended) return;
         if (m_text.front() == u'\'') {
             TakeQuoted();
             return;
@@ -227,20 +228,16 @@ private:
     const ScriptReplacements& m_replacements;
     std::u16string m_token;
     bool m_quoted = false;
+    /// There is no token any more.
+    bool m_ended = false;
 };
-
-/// What is not there any more need not be removed.
-HRESULT IgnoreMissing(HRESULT result)
-{
-    return result == REGISTRY_E_NOT_FOUND ? S_OK : result;
-}
 
 void WriteKeys(Hive hive, const std::u16string& parent, const std::vector<ScriptKey>& keys)
 {
     for (const ScriptKey& key : keys) {
         const std::u16string path = parent.empty() ? key.name : parent + u'\\' + key.name;
-        if ((key.mark == KeyMark::ForceRemove || key.mark == KeyMark::Delete) && Registry::KeyExists(hive, path)) {
-            ThrowIfFailed(Registry::DeleteTree(hive, path));
+        if (key.mark == KeyMark::ForceRemove || key.mark == KeyMark::Delete) {
+            ThrowIfFailed(Registry::DeleteTreeIfThere(hive, path));
         }
         if (key.mark == KeyMark::Delete) continue;
         ThrowIfFailed(Registry::CreateKey(hive, path));
@@ -255,16 +252,12 @@ void RemoveKeys(Hive hive, const std::u16string& parent, const std::vector<Scrip
 {
     for (const ScriptKey& key : keys) {
         const std::u16string path = parent.empty() ? key.name : parent + u'\\' + key.name;
-        if (!Registry::KeyExists(hive, path)) continue;
         if (key.mark != KeyMark::NoRemove) {
-            ThrowIfFailed(IgnoreMissing(Registry::DeleteTree(hive, path)));
+            ThrowIfFailed(Registry::DeleteTreeIfThere(hive, path));
             continue;
         }
-        RegistryValue present;
-        for (const auto& [name, value] : key.values) {
-            if (SUCCEEDED(Registry::Query(hive, path, name, present)))
-                ThrowIfFailed(Registry::DeleteValue(hive, path, name));
-        }
+        for (const auto& [name, value] : key.values)
+            ThrowIfFailed(Registry::DeleteValueIfThere(hive, path, name));
         RemoveKeys(hive, path, key.keys);
     }
 }

@@ -98,7 +98,7 @@ public:
             std::string_view line = TakeLine();
             if (line.empty()) continue;
             if (line.front() == '[' && line.back() == ']' && line.size() > 2) {
-                key = &root.Create(ToUtf16(line.substr(1, line.size() - 2)));
+                key = &CreateKey(root, line.substr(1, line.size() - 2));
             } else if (key) {
                 ParseValue(line, *key);
             } else {
@@ -110,6 +110,15 @@ public:
 
 private:
     [[noreturn]] static void Fail() { throw Error(REGISTRY_E_CORRUPT); }
+
+    static RegistryKey& CreateKey(RegistryKey& root, std::string_view path)
+    {
+        try {
+            return root.Create(ToUtf16(path));
+        } catch (const Error&) {
+            Fail();
+        }
+    }
 
     std::string_view TakeLine()
     {

@@ -4,9 +4,6 @@
 #include "platform/system/MessageBox.h"
 #include "support/Host.h"
 
-#include <csignal>
-#include <sys/resource.h>
-
 namespace kv::test {
 namespace {
 
@@ -17,29 +14,6 @@ std::string Utf16File(std::string_view text)
         bytes.append({c, '\0'});
     return bytes;
 }
-
-/// Files may not grow beyond a size while this lives, as on a full disk.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_old);
-        const rlimit limit{bytes, m_old.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_old);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_old{};
-    void (*m_handler)(int);
-};
 
 /// Keeps the message boxes that would have been shown.
 class MessageBoxes {

@@ -1,0 +1,124 @@
+#include "platform/system/AtomicFile.h"
+
+#include "support/Files.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace {
+
+using kv::AtomicFile;
+using kv::test::FileSizeLimit;
+using kv::test::TemporaryFolder;
+
+constexpr HRESULT kFileNotFound = MakeResult(0x80070002);
+constexpr HRESULT kPathNotFound = MakeResult(0x80070003);
+constexpr HRESULT kFileTooLarge = MakeResult(0x800700DF);
+
+class AtomicFileTest : public testing::Test {
+protected:
+    HRESULT Replace(std::string_view name, std::string_view content)
+    {
+        AtomicFile file;
+        HRESULT result = file.Create(folder.PathOf(name));
+        if (SUCCEEDED(result)) result = file.Write(content.data(), content.size());
+        if (SUCCEEDED(result)) result = file.Commit();
+        return result;
+    }
+
+    mode_t Permissions(std::string_view name)
+    {
+        struct stat status {};
+        EXPECT_EQ(stat(folder.PathOf(name).c_str(), &status), 0);
+        return status.st_mode & 07777;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(AtomicFileTest, ReplacesTheFileAsAWhole)
+{
+    folder.Write("file", "what was there, and longer");
+    AtomicFile file;
+    ASSERT_EQ(file.Create(folder.PathOf("file")), S_OK);
+    EXPECT_EQ(file.Write("ne", 2), S_OK);
+    EXPECT_EQ(file.Write("w", 1), S_OK);
+    EXPECT_EQ(folder.Read("file"), "what was there, and longer") << "changed before the end";
+    ASSERT_EQ(file.Commit(), S_OK);
+    EXPECT_EQ(folder.Read("file"), "new");
+    EXPECT_EQ(folder.Entries(), 1);
+}
+
+TEST_F(AtomicFileTest, WhatIsNotCommittedLeavesNoTrace)
+{
+    folder.Write("file", "old");
+    {
+        AtomicFile file;
+        ASSERT_EQ(file.Create(folder.PathOf("file")), S_OK);
+        ASSERT_EQ(file.Write("new", 3), S_OK);
+        // A second start drops the first.
+        ASSERT_EQ(file.Create(folder.PathOf("file")), S_OK);
+        EXPECT_EQ(folder.Entries(), 2);
+    }
+    EXPECT_EQ(folder.Read("file"), "old");
+    EXPECT_EQ(folder.Entries(), 1);
+}
+
+TEST_F(AtomicFileTest, AFullDiskLeavesTheOldFile)
+{
+    folder.Write("file", "old");
+    {
+        const FileSizeLimit limit(100);
+        EXPECT_EQ(Replace("file", std::string(1000, 'x')), kFileTooLarge);
+    }
+    EXPECT_EQ(folder.Read("file"), "old");
+    EXPECT_EQ(folder.Entries(), 1);
+}
+
+TEST_F(AtomicFileTest, ATargetThatCannotBeReplacedLeavesNothingBehind)
+{
+    folder.Write("file", "old");
+    std::filesystem::create_directory(folder.Path() / "sub");
+    EXPECT_EQ(Replace("missing/file", "new"), kFileNotFound);
+    EXPECT_EQ(Replace("file/below", "new"), kPathNotFound);
+    EXPECT_EQ(Replace("sub", "new"), E_ACCESSDENIED);
+    EXPECT_EQ(folder.Read("file"), "old");
+    EXPECT_EQ(folder.Entries(), 2);
+}
+
+TEST_F(AtomicFileTest, KeepsPermissions)
+{
+    folder.Write("file", "old");
+    for (const mode_t mode : {0600u, 0640u, 0444u, 0755u}) {
+        ASSERT_EQ(chmod(folder.PathOf("file").c_str(), mode), 0);
+        EXPECT_EQ(Replace("file", "new"), S_OK);
+        EXPECT_EQ(Permissions("file"), mode);
+    }
+    const mode_t before = umask(027);
+    EXPECT_EQ(Replace("fresh", "new"), S_OK);
+    EXPECT_EQ(umask(before), 027u) << "the process's mask was changed";
+    EXPECT_EQ(Permissions("fresh"), 0640u);
+}
+
+TEST_F(AtomicFileTest, ReplacesTheFileBehindALink)
+{
+    folder.Write("file", "old");
+    std::filesystem::create_symlink("file", folder.Path() / "link");
+    ASSERT_EQ(Replace("link", "new"), S_OK);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.Path() / "link"));
+    EXPECT_EQ(folder.Read("file"), "new");
+}
+
+TEST_F(AtomicFileTest, NothingIsWrittenOutsideOfAStartedFile)
+{
+    AtomicFile file;
+    EXPECT_EQ(file.Write("x", 1), E_UNEXPECTED);
+    EXPECT_EQ(file.Commit(), E_UNEXPECTED);
+    ASSERT_EQ(file.Create(folder.PathOf("file")), S_OK);
+    ASSERT_EQ(file.Commit(), S_OK);
+    EXPECT_EQ(file.Write("x", 1), E_UNEXPECTED);
+    EXPECT_EQ(file.Commit(), E_UNEXPECTED);
+    EXPECT_EQ(folder.Read("file"), "");
+}
+
+} // namespace

@@ -1,0 +1,223 @@
+// What a host is told, and what it tells about itself: messages, errors, paths and its language.
+
+#include "platform/automation/Bstr.h"
+#include "platform/system/ErrorReporter.h"
+#include "platform/system/Locale.h"
+#include "platform/system/MessageBox.h"
+#include "platform/system/Paths.h"
+#include "support/Files.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace {
+
+using kv::test::TemporaryFolder;
+using testing::ElementsAre;
+
+TEST(MessageBoxTest, TheHostShowsIt)
+{
+    std::u16string shown;
+    kv::SetMessageBoxHook([&](std::u16string_view text, std::u16string_view caption) {
+        shown.append(caption).append(u"|").append(text);
+        // A host may show its own messages once and for all.
+        kv::SetMessageBoxHook(nullptr);
+    });
+    kv::ShowMessageBox(u"Text \u00e4", u"Caption");
+    EXPECT_EQ(shown, u"Caption|Text \u00e4");
+
+    testing::internal::CaptureStderr();
+    kv::ShowMessageBox(u"Text \u00e4", u"Caption");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Caption: Text \u00e4\n");
+    EXPECT_EQ(shown, u"Caption|Text \u00e4") << "the hook was not taken back";
+}
+
+class ErrorReporterTest : public testing::Test {
+protected:
+    ErrorReporterTest()
+    {
+        kv::ZXUClearErrorStack();
+        kv::SetErrorReporter([this](std::string_view line) { lines.emplace_back(line); });
+    }
+    ~ErrorReporterTest() override { kv::SetErrorReporter(nullptr); }
+
+    std::vector<std::string> lines;
+};
+
+TEST_F(ErrorReporterTest, HandsOverLinesOfThreeForms)
+{
+    const kv::ErrorPlace place{"Source", 12};
+    kv::ZXUReportError(kv::ZXUErrStr(place, "Something failed"));
+    kv::ZXUReportError(kv::ZXUErrNullStr(place, "pParameter"));
+    kv::ZXUReportError(kv::ZXUErrResultStr(place, "hr", E_FAIL));
+    kv::ZXUReportError(kv::ZXUErrResultStr(place, "Call(100%s)", S_FALSE));
+    EXPECT_THAT(lines,
+                ElementsAre("Source(12): *** Error Something failed\n", "Source(12): *** Error NULL = pParameter\n",
+                            "Source(12): *** Error hr = 0x80004005\n",
+                            "Source(12): *** Error Call(100%s) = 0x00000001\n"));
+    EXPECT_EQ(kv::ZXUErrorStack(), lines);
+
+    kv::SetErrorReporter(nullptr);
+    kv::ZXUReportError("unseen");
+    EXPECT_EQ(lines.size(), 4u);
+    EXPECT_EQ(kv::ZXUErrorStack().back(), "unseen");
+    kv::ZXUClearErrorStack();
+    EXPECT_THAT(kv::ZXUErrorStack(), ElementsAre());
+}
+
+TEST_F(ErrorReporterTest, KeepsTheNewestLines)
+{
+    constexpr std::size_t kReported = 5000;
+    for (std::size_t i = 0; i < kReported; ++i)
+        kv::ZXUReportError(std::to_string(i));
+    EXPECT_EQ(lines.size(), kReported) << "the host sees every line";
+    const std::vector<std::string> kept = kv::ZXUErrorStack();
+    ASSERT_FALSE(kept.empty());
+    EXPECT_LT(kept.size(), kReported) << "the stack is bounded";
+    EXPECT_EQ(kept, std::vector(lines.end() - static_cast<std::ptrdiff_t>(kept.size()), lines.end()));
+}
+
+TEST(PathsTest, TakeApartAndJoin)
+{
+    struct Case {
+        std::u16string_view path, folder, name, withoutExtension;
+    };
+    const Case cases[] = {
+        {u"C:\\a\\b.txt", u"C:\\a", u"b.txt", u"C:\\a\\b"},
+        {u"/a/b.tar.gz", u"/a", u"b.tar.gz", u"/a/b.tar"},
+        {u"/a\\b/c", u"/a\\b", u"c", u"/a\\b/c"},
+        {u"a.b/c", u"a.b", u"c", u"a.b/c"},
+        {u"a.b\\", u"a.b", u"", u"a.b\\"},
+        {u"file", u"", u"file", u"file"},
+        {u".hidden", u"", u".hidden", u""},
+        {u"/file.", u"/", u"file.", u"/file"},
+        {u"", u"", u"", u""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(kv::ToUtf8(c.path));
+        EXPECT_EQ(kv::PathRemoveFileSpec(c.path), c.folder);
+        EXPECT_EQ(kv::PathFindFileName(c.path), c.name);
+        EXPECT_EQ(kv::PathRemoveExtension(c.path), c.withoutExtension);
+    }
+    EXPECT_EQ(kv::PathAppend(u"C:\\a", u"b\\c"), u"C:\\a\\b\\c");
+    EXPECT_EQ(kv::PathAppend(u"C:\\a\\", u"\\b"), u"C:\\a\\b");
+    EXPECT_EQ(kv::PathAppend(u"/a", u"b"), u"/a/b");
+    EXPECT_EQ(kv::PathAppend(u"/a/", u"\\b"), u"/a/b");
+    EXPECT_EQ(kv::PathAppend(u"a", u"b"), u"a\\b");
+    EXPECT_EQ(kv::PathAppend(u"", u"b"), u"b");
+}
+
+TEST(PathsTest, AreUnderstoodWithEitherSeparator)
+{
+    const TemporaryFolder folder;
+    const std::u16string root = folder.Path().u16string();
+    std::u16string backward = root;
+    std::ranges::replace(backward, u'/', u'\\');
+
+    EXPECT_EQ(kv::CreateDirectoryTree(backward + u"\\sub\\below"), S_OK);
+    EXPECT_EQ(kv::CreateDirectoryTree(root + u"/sub/other/"), S_OK);
+    EXPECT_EQ(kv::CreateDirectoryTree(root + u"/sub/below"), MakeResult(0x800700B7));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.Path() / "sub" / "below"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.Path() / "sub" / "other"));
+
+    folder.Write("sub/file", "x");
+    // A backslash is a name's own where such a name exists.
+    folder.Write("odd\\name", "y");
+    EXPECT_TRUE(kv::PathFileExists(backward + u"\\sub\\file"));
+    EXPECT_TRUE(kv::PathFileExists(root + u"/sub\\file"));
+    EXPECT_TRUE(kv::PathFileExists(root + u"/odd\\name"));
+    EXPECT_EQ(kv::ToHostPath(root + u"/odd\\name"), folder.PathOf("odd\\name"));
+    EXPECT_EQ(kv::ToHostPath(root + u"/odd\\new"), folder.PathOf("odd\\new"));
+    EXPECT_EQ(kv::ToHostPath(backward + u"\\sub\\new"), folder.PathOf("sub/new"));
+
+    EXPECT_FALSE(kv::PathFileExists(root + u"/sub/none"));
+    EXPECT_FALSE(kv::PathFileExists(u""));
+    EXPECT_FALSE(kv::PathFileExists(root + u'\0' + u"x"));
+    EXPECT_TRUE(kv::PathIsDirectory(backward + u"\\sub"));
+    EXPECT_FALSE(kv::PathIsDirectory(root + u"/sub/file"));
+}
+
+TEST(PathsTest, CopyingOverwritesNothing)
+{
+    const TemporaryFolder folder;
+    const std::u16string root = folder.Path().u16string();
+    folder.Write("source", "new");
+    folder.Write("target", "old");
+    EXPECT_EQ(kv::CopyNewFile(root + u"/source", root + u"/target"), MakeResult(0x800700B7));
+    EXPECT_EQ(folder.Read("target"), "old");
+    EXPECT_EQ(kv::CopyNewFile(root + u"/source", root + u"/copy"), S_OK);
+    EXPECT_EQ(folder.Read("copy"), "new");
+    EXPECT_EQ(kv::CopyNewFile(root + u"/missing", root + u"/other"), MakeResult(0x80070002));
+    EXPECT_EQ(folder.Entries(), 3);
+}
+
+TEST(PathsTest, KnowTheFoldersOfTheSystem)
+{
+    const std::u16string temporary = kv::TemporaryFolder();
+    EXPECT_TRUE(kv::PathIsDirectory(temporary));
+    EXPECT_EQ(temporary.back(), u'/');
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
+    EXPECT_TRUE(kv::PathFileExists(kv::PathAppend(kv::HostFolder(), program.filename().u16string())));
+}
+
+class LocaleTest : public testing::Test {
+protected:
+    /// The user's language is read once, on first use.
+    static void SetUpTestSuite() { setenv("LC_ALL", "C.UTF-8", 1); }
+};
+
+TEST_F(LocaleTest, ReadsNumbers)
+{
+    struct Case {
+        std::u16string_view text;
+        std::optional<double> expected;
+    };
+    const Case cases[] = {
+        {u"1.5", 1.5},
+        {u" \t-0.25\r\n", -0.25},
+        {u"+3", 3.0},
+        {u".5", .5},
+        {u"5.", 5.0},
+        {u"1e3", 1000.0},
+        {u"29.97002997002997", 29.97002997002997},
+        {u"", std::nullopt},
+        {u"  ", std::nullopt},
+        {u"+", std::nullopt},
+        {u"+-1", std::nullopt},
+        {u"++1", std::nullopt},
+        {u"1.2.3", std::nullopt},
+        {u"1 2", std::nullopt},
+        {u"0x10", std::nullopt},
+        {u"inf", std::nullopt},
+        {u"nan", std::nullopt},
+        {u"1e999", std::nullopt},
+        {u"12 fps", std::nullopt},
+        {u"\u0661", std::nullopt},
+        {std::u16string_view(u"1\0", 2), std::nullopt},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(kv::ToUtf8(c.text));
+        EXPECT_EQ(kv::ParseDoubleUS(c.text), c.expected);
+        EXPECT_EQ(kv::ParseDoubleUserLocale(c.text), c.expected);
+    }
+}
+
+TEST_F(LocaleTest, ComparesTextsAsAnOrder)
+{
+    const std::u16string_view ordered[] = {u"",   u"A", u"B",      u"a",      std::u16string_view(u"a\0", 2),
+                                           u"aa", u"b", u"\u00e4", u"\ue000", u"\U0001f3b5"};
+    for (const std::u16string_view left : ordered) {
+        for (const std::u16string_view right : ordered) {
+            const int order = kv::CompareStrings(left, right);
+            EXPECT_EQ(order == 0, left == right);
+            EXPECT_EQ(order<0, kv::CompareStrings(right, left)> 0);
+        }
+    }
+    EXPECT_LT(kv::CompareStrings(u"A", u"B"), 0);
+    EXPECT_LT(kv::CompareStrings(u"a", u"aa"), 0);
+    EXPECT_LT(kv::CompareStrings(u"\ue000", u"\U0001f3b5"), 0) << "by characters, not by code units";
+}
+
+} // namespace
