@@ -35,6 +35,9 @@ struct CAsyncEventDispatcher::Worker {
     Thread thread;
     std::atomic<State> state{State::NotStarted};
     ULONG periodMilliseconds = kDefaultPeriod;
+    bool stoppedWithinDelivery = false;
+    /// A dispatcher that was stopped and is to be deleted while a delivery still runs in it.
+    std::unique_ptr<CAsyncEventDispatcher> ended;
 };
 
 void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
@@ -53,13 +56,14 @@ void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
             continue;
         }
         for (const EventRecord& record : batch) {
-            // The dispatcher may be gone once it was stopped from within a delivery.
+            // What is queued behind the delivery that stopped the dispatcher is not delivered.
             if (state != State::Running) break;
             const LONGLONG c = record.text ? reinterpret_cast<LONGLONG>(record.text.Get()) : record.c;
             dispatcher.Dispatch(record.event, record.a, record.b, c);
         }
         batch.clear();
     }
+    ended.reset();
 }
 
 CAsyncEventDispatcher::CAsyncEventDispatcher() : m_worker(std::make_shared<Worker>()) {}
@@ -86,6 +90,7 @@ void CAsyncEventDispatcher::Stop()
     if (m_worker->state.exchange(State::Stopping) != State::Running) return;
     m_worker->wake.Set();
     if (m_worker->thread.IsCurrent()) {
+        m_worker->stoppedWithinDelivery = true;
         m_worker->thread.Detach();
     } else {
         m_worker->thread.Join();
@@ -93,6 +98,15 @@ void CAsyncEventDispatcher::Stop()
     }
     const SectionLock lock(m_worker->queueSection);
     m_worker->queue.clear();
+}
+
+void CAsyncEventDispatcher::Delete()
+{
+    if (m_worker->stoppedWithinDelivery) {
+        m_worker->ended.reset(this);
+    } else {
+        delete this;
+    }
 }
 
 HRESULT CAsyncEventDispatcher::Post(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c, BSTR text)

@@ -28,6 +28,9 @@ public:
     /// after the current delivery.
     void Stop();
 
+    /// Deletes this dispatcher, which is stopped: at once, or when the delivery that it was stopped from has returned.
+    void Delete();
+
     /// Queues an event; safe from any thread. `text` is copied, and its copy handed to Dispatch in the place of `c`.
     /// KV_E_QUEUE_NOT_SIGNALLED when the worker cannot be woken: the event stays queued.
     HRESULT Post(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c, BSTR text = nullptr);

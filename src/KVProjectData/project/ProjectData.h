@@ -129,6 +129,7 @@ public:
 protected:
     HRESULT FindInterface(REFIID iid, void** out) override;
     void FinalRelease() override;
+    void Destroy() override { Delete(); }
     void FirePropertyChanged(DISPID propId) override;
 
 private:

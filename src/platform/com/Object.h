@@ -59,6 +59,9 @@ protected:
     /// Runs when the last reference is gone, while the object is still whole.
     virtual void FinalRelease() {}
 
+    /// Ends the object after FinalRelease. A class whose own code may still be running by then puts the end off.
+    virtual void Destroy() { delete this; }
+
 private:
     class InnerUnknown final : public IUnknown {
     public:
@@ -83,7 +86,7 @@ private:
                 // References taken and dropped while the object winds down must not end it twice.
                 m_count.store(kWindingDown, std::memory_order_relaxed);
                 m_owner.FinalRelease();
-                delete &m_owner;
+                m_owner.Destroy();
             }
             return left;
         }

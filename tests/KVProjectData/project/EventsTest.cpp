@@ -14,6 +14,18 @@
 namespace kv::test {
 namespace {
 
+/// Whether a condition comes true in time.
+template <class Condition>
+bool Eventually(Condition&& condition)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
 class EventsTest : public testing::Test {
 protected:
     std::vector<ReceivedEvent> Events() { return Delivered(*project, *sink); }
@@ -237,13 +249,9 @@ TEST(EventLifetimeTest, ReleasingAProjectDeliversNothingMore)
 TEST(EventLifetimeTest, ASinkMayHoldTheLastReference)
 {
     auto project = NewProject();
-    std::promise<void> released;
-    std::atomic<IKVProjectData*> last{nullptr};
-    const auto sink = Make<RecordingSink>([&](const ReceivedEvent&) {
-        if (IKVProjectData* held = last.exchange(nullptr)) {
-            held->Release();
-            released.set_value();
-        }
+    std::promise<IKVProjectData*> last;
+    const auto sink = Make<RecordingSink>([&, first = true](const ReceivedEvent&) mutable {
+        if (std::exchange(first, false)) last.get_future().get()->Release();
         return S_OK;
     });
     ComPtr<IConnectionPoint> point;
@@ -251,10 +259,14 @@ TEST(EventLifetimeTest, ASinkMayHoldTheLastReference)
     Query<IConnectionPointContainer>(project)->FindConnectionPoint(_IKVProjectDataEvents::IID, point.Put());
     point->Advise(sink->Controlling(), &cookie);
     point.Reset();
-    IKVProjectData* raw = project.Detach();
-    last = raw;
-    raw->BroadcastMessage(1, 0, 0);
-    released.get_future().wait();
+    project->BroadcastMessage(1, 0, 0);
+    project->BroadcastMessage(2, 0, 0);
+    last.set_value(project.Detach());
+    EXPECT_TRUE(Eventually([&] {
+        sink->AddRef();
+        return sink->Release() == 1;
+    })) << "the project has not let go of its sink";
+    EXPECT_EQ((std::vector{Event(EVENT_MessageBroadcast, {1, 0, 0})}), sink->Take());
 }
 
 TEST(EventLifetimeTest, AProjectWithoutItsWindowIsNotCreated)
