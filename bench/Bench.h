@@ -54,6 +54,7 @@ void MeasureProperties(std::vector<Row>& rows);
 void MeasureEvents(std::vector<Row>& rows);
 void MeasureLateBinding(std::vector<Row>& rows);
 void MeasureHeap(std::vector<Row>& rows);
+void MeasureUndo(std::vector<Row>& rows);
 void MeasureDocuments(std::vector<Row>& rows);
 
 } // namespace kv::bench

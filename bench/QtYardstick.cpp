@@ -4,6 +4,8 @@
 #include <QMutex>
 #include <QObject>
 #include <QThread>
+#include <QUndoCommand>
+#include <QUndoStack>
 #include <QVariant>
 #include <QWaitCondition>
 
@@ -89,6 +91,52 @@ void QtYardstick::SetProperty(std::size_t count)
 void QtYardstick::WaitForAll()
 {
     m_parts->receiver.WaitFor(m_parts->sent);
+}
+
+class TextCommand : public QUndoCommand {
+public:
+    TextCommand(QString& text, QString after)
+        : QUndoCommand(QStringLiteral("rename")), m_text(text), m_before(text), m_after(std::move(after))
+    {
+    }
+
+    void undo() override { m_text = m_before; }
+    void redo() override { m_text = m_after; }
+
+private:
+    QString& m_text;
+    const QString m_before;
+    const QString m_after;
+};
+
+class QtUndoStack::Parts {
+public:
+    QString text;
+    QUndoStack stack;
+};
+
+QtUndoStack::QtUndoStack() : m_parts(std::make_unique<Parts>()) {}
+QtUndoStack::~QtUndoStack() = default;
+
+void QtUndoStack::Push(std::u16string_view text)
+{
+    m_parts->stack.push(new TextCommand(
+        m_parts->text, QString(reinterpret_cast<const QChar*>(text.data()), static_cast<qsizetype>(text.size()))));
+}
+
+void QtUndoStack::Undo()
+{
+    m_parts->stack.undo();
+}
+
+void QtUndoStack::Redo()
+{
+    m_parts->stack.redo();
+}
+
+void QtUndoStack::Clear()
+{
+    m_parts->stack.clear();
 }
 
 } // namespace kv::bench

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 
 namespace kv::bench {
 
@@ -19,6 +20,23 @@ public:
 
 private:
     class Parts;
+    std::unique_ptr<Parts> m_parts;
+};
+
+/// An undo stack of described commands that keep a text from before and one from after.
+class QtUndoStack {
+public:
+    QtUndoStack();
+    ~QtUndoStack();
+
+    void Push(std::u16string_view text);
+    void Undo();
+    void Redo();
+    void Clear();
+
+private:
+    class Parts;
+
     std::unique_ptr<Parts> m_parts;
 };
 

@@ -21,6 +21,7 @@ int main(int argc, char** argv)
         MeasureLateBinding(rows);
         MeasureProperties(rows);
         MeasureEvents(rows);
+        MeasureUndo(rows);
         MeasureDocuments(rows);
 
         bool missed = false;

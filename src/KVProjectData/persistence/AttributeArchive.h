@@ -2,7 +2,7 @@
 // Lets a node list its attributes once, for reading and for writing.
 //
 // A node has one function `template <class Archive> void Attributes(Archive& archive)` that names its attributes in
-// the order of their names; `ArchivedNode` runs it in both directions.
+// the order of their names; `ArchivedNode` runs it in every direction.
 
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "KVProjectData/tree/AttributeMap.h"
@@ -37,9 +37,41 @@ struct OneOrZero {
     bool& value;
 };
 
+/// Counts the attributes that are written.
+class AttributeCounter {
+public:
+    std::size_t Count() const { return m_count; }
+
+    void ID(CProjectNode&) { ++m_count; }
+    template <class Field>
+    void operator()(std::string_view, Field&&)
+    {
+        ++m_count;
+    }
+    template <class T>
+    void OnlyWrite(std::string_view, T)
+    {
+        ++m_count;
+    }
+    template <class Field, class Take>
+    void WriteRead(std::string_view, const Field&, Take&&)
+    {
+        ++m_count;
+    }
+    template <class Field>
+    void OnlyRead(std::string_view, Field&&)
+    {
+    }
+
+private:
+    std::size_t m_count = 0;
+};
+
+/// Appends to an AttributeMap, or to AttributeValues alone.
+template <class Target>
 class AttributeWriter {
 public:
-    explicit AttributeWriter(AttributeMap& attributes) : m_attributes(attributes) {}
+    explicit AttributeWriter(Target& attributes) : m_attributes(attributes) {}
 
     void ID(CProjectNode& node) { Set("ID", static_cast<ULONG>(node.ID())); }
 
@@ -72,9 +104,9 @@ public:
     }
 
 private:
-    void Set(std::string_view name, AttributeValue value) { m_attributes.Set(name, std::move(value)); }
+    void Set(std::string_view name, AttributeValue value) { m_attributes.Append(name, std::move(value)); }
 
-    AttributeMap& m_attributes;
+    Target& m_attributes;
 };
 
 /// An attribute that is absent leaves its field as it is.
@@ -138,18 +170,80 @@ private:
     std::size_t m_hint = 0;
 };
 
+/// Exchanges the fields for the values that the same node has written.
+class AttributeExchanger {
+public:
+    explicit AttributeExchanger(AttributeValues& values) : m_values(values) {}
+
+    void ID(CProjectNode& node)
+    {
+        AttributeValue& stored = Next();
+        const auto before = static_cast<ULONG>(node.ID());
+        node.SetID(stored.ToID());
+        stored = before;
+    }
+    template <class T>
+    void operator()(std::string_view, NamedField<T> field)
+    {
+        AttributeValue& stored = Next();
+        const T before = std::exchange(field.value, static_cast<T>(stored.LeadingInteger()));
+        stored = NamedValue{static_cast<ULONG>(before), &field.names};
+    }
+    void operator()(std::string_view, OneOrZero field)
+    {
+        AttributeValue& stored = Next();
+        stored = LONG{std::exchange(field.value, stored.ToBool())};
+    }
+    void operator()(std::string_view, Bstr& field)
+    {
+        AttributeValue& stored = Next();
+        stored = std::exchange(field, stored.TakeBstr());
+    }
+    void operator()(std::string_view, LONG& field)
+    {
+        AttributeValue& stored = Next();
+        stored = std::exchange(field, stored.ToLong());
+    }
+    void operator()(std::string_view, ULONG& field)
+    {
+        AttributeValue& stored = Next();
+        stored = std::exchange(field, stored.ToULong());
+    }
+    void operator()(std::string_view, bool& field)
+    {
+        AttributeValue& stored = Next();
+        stored = std::exchange(field, stored.ToBool());
+    }
+    template <class T>
+    void OnlyWrite(std::string_view, T)
+    {
+        Next();
+    }
+    template <class Field, class Take>
+    void WriteRead(std::string_view, const Field& value, Take&& take)
+    {
+        AttributeValue& stored = Next();
+        const Field before = value;
+        take(stored);
+        stored = before;
+    }
+    template <class Field>
+    void OnlyRead(std::string_view, Field&&)
+    {
+    }
+
+private:
+    AttributeValue& Next() { return m_values.At(m_next++); }
+
+    AttributeValues& m_values;
+    std::size_t m_next = 0;
+};
+
 /// Implements the attributes of `Derived` by its `Attributes` function, on top of `Base`, a kind of node.
 template <class Derived, class Base = CProjectNode>
 class ArchivedNode : public Base {
 public:
-    void GetAttributes(AttributeMap& attributes) final
-    {
-        constexpr std::size_t kUsualCount = 8;
-        attributes.Clear();
-        attributes.Reserve(kUsualCount);
-        AttributeWriter writer(attributes);
-        static_cast<Derived&>(*this).Attributes(writer);
-    }
+    void GetAttributes(AttributeMap& attributes) final { Write(attributes); }
 
     void SetAttributes(const AttributeMap& attributes) final
     {
@@ -157,8 +251,28 @@ public:
         static_cast<Derived&>(*this).Attributes(reader);
     }
 
+    void GetState(AttributeValues& values) final { Write(values); }
+
+    void ExchangeState(AttributeValues& values) final
+    {
+        AttributeExchanger exchanger(values);
+        static_cast<Derived&>(*this).Attributes(exchanger);
+    }
+
 protected:
     using Base::Base;
+
+private:
+    template <class Target>
+    void Write(Target& attributes)
+    {
+        AttributeCounter counter;
+        static_cast<Derived&>(*this).Attributes(counter);
+        attributes.Clear();
+        attributes.Reserve(counter.Count());
+        AttributeWriter<Target> writer(attributes);
+        static_cast<Derived&>(*this).Attributes(writer);
+    }
 };
 
 } // namespace kv

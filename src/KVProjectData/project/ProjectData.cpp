@@ -98,7 +98,7 @@ void CKVProjectData::FirePropertyChanged(DISPID propId)
 
 void CKVProjectData::SetModified(bool)
 {
-    if (!m_dirty.exchange(true)) FirePropertyChanged(kIsDirty);
+    if (!m_dirty && !m_dirty.exchange(true)) FirePropertyChanged(kIsDirty);
 }
 
 HRESULT CKVProjectData::Dispatch(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c)
@@ -663,8 +663,11 @@ void CKVProjectData::Attributes(Archive& archive)
     archive("remainingCaptures", m_settings.remainingCaptures);
 }
 
-template void CKVProjectData::Attributes(AttributeWriter&);
+template void CKVProjectData::Attributes(AttributeWriter<AttributeMap>&);
+template void CKVProjectData::Attributes(AttributeWriter<AttributeValues>&);
 template void CKVProjectData::Attributes(AttributeReader&);
+template void CKVProjectData::Attributes(AttributeExchanger&);
+template void CKVProjectData::Attributes(AttributeCounter&);
 
 CProjectNode* CKVProjectData::CreateItem(NodeType type, CProjectNode& parent)
 {

@@ -19,25 +19,8 @@ AttributeMap::AttributeMap(std::vector<Attribute> attributes) : m_attributes(std
     }
 }
 
-void AttributeMap::Set(std::string_view name, AttributeValue value)
+const AttributeValue* AttributeMap::Search(std::string_view name, std::size_t& hint) const
 {
-    if (m_attributes.empty() || m_attributes.back().name < name) {
-        m_attributes.push_back({name, std::move(value)});
-        return;
-    }
-    const auto at =
-        std::lower_bound(m_attributes.begin(), m_attributes.end(), name,
-                         [](const Attribute& attribute, std::string_view wanted) { return attribute.name < wanted; });
-    if (at->name == name) {
-        at->value = std::move(value);
-    } else {
-        m_attributes.insert(at, {name, std::move(value)});
-    }
-}
-
-const AttributeValue* AttributeMap::Find(std::string_view name, std::size_t& hint) const
-{
-    if (hint < m_attributes.size() && m_attributes[hint].name == name) return &m_attributes[hint++].value;
     const auto at =
         std::upper_bound(m_attributes.begin(), m_attributes.end(), name,
                          [](std::string_view wanted, const Attribute& attribute) { return wanted < attribute.name; });

@@ -233,39 +233,25 @@ bool CProjectNode::Record(bool major, Keep&& keep)
     SetModified(major);
     UndoContext& context = SharedUndoContext();
     if (m_recorded || !context.step) return false;
-    const SectionLock lock(context.section);
+    const std::lock_guard lock(context.section);
     StateRecorder* const step = context.step;
     if (!step || !context.recordingEnabled) return false;
 
-    const bool kept = keep(*step, Description());
+    const bool kept = keep(*step);
     m_recorded = true;
     context.recordedNodes.Add(*this);
     if (major) context.majorChange = true;
     return kept;
 }
 
-Bstr CProjectNode::Description() const
-{
-    const std::string_view type = NodeTypeName(m_type);
-    const std::string id = std::to_string(m_ID);
-    std::u16string text(type.begin(), type.end());
-    text += u'[';
-    text.append(id.begin(), id.end());
-    text += u']';
-    return Bstr(text);
-}
-
 bool CProjectNode::RecordState(bool major)
 {
-    return Record(
-        major, [this](StateRecorder& step, Bstr description) { return step.KeepState(*this, std::move(description)); });
+    return Record(major, [this](StateRecorder& step) { return step.KeepState(*this); });
 }
 
 bool CProjectNode::RecordCommandListState(CKVCommandList& commandList)
 {
-    return Record(false, [&](StateRecorder& step, Bstr description) {
-        return step.KeepCommands(commandList, std::move(description));
-    });
+    return Record(false, [&](StateRecorder& step) { return step.KeepCommands(commandList); });
 }
 
 const NodeLink& CProjectNode::Link()

@@ -57,6 +57,10 @@ public:
     virtual void GetAttributes(AttributeMap& attributes) = 0;
     /// Takes over the attributes that are there. Throws Error for a value that cannot be read.
     virtual void SetAttributes(const AttributeMap& attributes) = 0;
+    /// Gives the values of the node's attributes, for `ExchangeState` of this node or of its like.
+    virtual void GetState(AttributeValues& values) = 0;
+    /// Takes over these values and gives the present ones in their place.
+    virtual void ExchangeState(AttributeValues& values) = 0;
     virtual HRESULT LoadElement(IXMLDOMNode* element);
     virtual HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
     /// The object that the node is part of; not counted.
@@ -100,8 +104,6 @@ public:
     bool RecordState(bool major);
     /// The same with the commands of a list as the state.
     bool RecordCommandListState(CKVCommandList& commandList);
-    /// Passes the node over in the open step, which keeps its state otherwise.
-    void SetRecorded() { m_recorded = true; }
     void ClearRecorded() { m_recorded = false; }
 
     const NodeLink& Link();
@@ -195,8 +197,6 @@ private:
 
     template <class Keep>
     bool Record(bool major, Keep&& keep);
-    /// Kind and ID, for a person.
-    Bstr Description() const;
 
     CriticalSection m_section;
     LONG m_ID = 0;

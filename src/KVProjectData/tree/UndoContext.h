@@ -6,6 +6,7 @@
 #include "platform/undo/OleUndo.h"
 
 #include <atomic>
+#include <mutex>
 
 namespace kv {
 
@@ -15,12 +16,12 @@ class CNodeList;
 /// The edits of a list.
 enum class ListChange : ULONG { Add = 0, Remove = 1, Move = 2 };
 
-/// Keeps what an edit is about to replace: the open undo step. Descriptions are for a person.
+/// Keeps what an edit is about to replace: the open undo step.
 class StateRecorder {
 public:
     /// False when the state could not be kept.
-    virtual bool KeepState(CProjectNode& node, Bstr description) = 0;
-    virtual bool KeepCommands(CKVCommandList& commandList, Bstr description) = 0;
+    virtual bool KeepState(CProjectNode& node) = 0;
+    virtual bool KeepCommands(CKVCommandList& commandList) = 0;
     /// `index` is where the child stands; for a move, where it came from.
     virtual bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) = 0;
 
@@ -29,9 +30,9 @@ protected:
 };
 
 /// Steps are opened and closed, undone and redone by one thread at a time. Edits of other threads may be recorded in
-/// the open step meanwhile, inside the section.
+/// the open step meanwhile; recording, and the end of it, run inside the section.
 struct UndoContext {
-    CriticalSection section;
+    std::mutex section;
     /// Made by the first project.
     ComPtr<IOleUndoManager> manager;
     /// The project that has a step open, from its begin to its end; not counted.

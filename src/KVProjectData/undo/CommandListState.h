@@ -37,6 +37,9 @@ class CKVCmdListState final : public StateRecord<CKVCmdListState, 106> {
 public:
     explicit CKVCmdListState(CKVCommandList& list) : m_list(list), m_saved(list) {}
 
+protected:
+    Bstr Description() const override { return m_list.Description(); }
+
 private:
     /// Nothing happens to a list that is locked.
     HRESULT Exchange() override;

@@ -3,18 +3,35 @@
 #include "KVProjectData/persistence/ElementTable.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace kv {
 
 NodeAddress::NodeAddress(CProjectNode& node) : m_node(node.Link())
 {
     CProjectNode* project = node.Project();
-    if (!project) return;
-    m_project = project->Link();
     auto level = m_path.begin();
-    for (CProjectNode* above = &node; above != project && level != m_path.end(); above = above->Parent())
-        *level++ = {above->Type(), above->ID()};
-    std::reverse(m_path.begin(), level);
+    if (!project || project == &node) {
+        *level = {node.Type(), node.ID()};
+    } else {
+        for (CProjectNode* above = &node; above != project && level != m_path.end(); above = above->Parent())
+            *level++ = {above->Type(), above->ID()};
+        std::reverse(m_path.begin(), level);
+    }
+    if (project && project != &node) m_project = project->Link();
+}
+
+const NodeAddress::Level& NodeAddress::Last() const
+{
+    const auto end = std::ranges::find(m_path, typeNone, &Level::type);
+    return *std::prev(end);
+}
+
+Bstr NodeAddress::Description() const
+{
+    std::string text(NodeTypeName(Last().type));
+    text += '[' + std::to_string(Last().id) + ']';
+    return Bstr(ToUtf16(text));
 }
 
 CProjectNode* NodeAddress::Find() const

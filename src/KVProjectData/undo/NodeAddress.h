@@ -16,6 +16,9 @@ public:
     /// Null when the node is gone.
     CProjectNode* Find() const;
 
+    /// Kind and ID of the node when it was recorded, for a person: "typeTitle[5]".
+    Bstr Description() const;
+
 private:
     /// One level below the project: items of lists are found by ID, all others by their type.
     struct Level {
@@ -25,11 +28,13 @@ private:
     static constexpr std::size_t kDeepest = 6;
 
     CProjectNode* FindInProject() const;
+    /// The node's own level.
+    const Level& Last() const;
 
-    NodeLink m_node;
+    const NodeLink m_node;
     /// Null for a node that stood in no project.
     NodeLink m_project;
-    /// From the project down; ends with `typeNone`.
+    /// From the project down; ends with `typeNone`. Of a node that stood in no project, its own level alone.
     std::array<Level, kDeepest> m_path;
 };
 

@@ -9,22 +9,22 @@ namespace kv {
 /// The attributes that the node would write into a document.
 class CKVObjectState final : public StateRecord<CKVObjectState, 102> {
 public:
-    explicit CKVObjectState(CProjectNode& node) : m_node(node) { node.GetAttributes(m_attributes); }
+    explicit CKVObjectState(CProjectNode& node) : m_node(node) { node.GetState(m_values); }
+
+protected:
+    Bstr Description() const override { return m_node.Description(); }
 
 private:
     HRESULT Exchange() override
     {
         CProjectNode* node = m_node.Find();
         if (!node) return S_FALSE;
-        AttributeMap current;
-        node->GetAttributes(current);
-        node->SetAttributes(m_attributes);
-        m_attributes = std::move(current);
+        node->ExchangeState(m_values);
         return S_OK;
     }
 
     const NodeAddress m_node;
-    AttributeMap m_attributes;
+    AttributeValues m_values;
 };
 
 } // namespace kv

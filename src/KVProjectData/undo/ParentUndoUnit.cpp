@@ -7,7 +7,7 @@ namespace {
 
 bool IsSame(IUnknown* a, IUnknown* b)
 {
-    return Query<IUnknown>(a) == Query<IUnknown>(b);
+    return a == b || Query<IUnknown>(a) == Query<IUnknown>(b);
 }
 
 } // namespace
@@ -46,7 +46,7 @@ void CStdOleParentUndoUnit::CloseOpenChild()
     ComPtr<IOleUndoUnit> unit;
     const HRESULT asked = m_openChild->QueryInterface(IOleUndoUnit::IID, unit.PutVoid());
     if (FAILED(asked) && asked != E_NOINTERFACE) throw Error(asked);
-    if (unit) m_children.push_front(std::move(unit));
+    if (unit) m_children.push_back(std::move(unit));
     m_openChild.Reset();
 }
 
@@ -56,7 +56,7 @@ HRESULT CStdOleParentUndoUnit::Add(IOleUndoUnit* unit)
     if (m_openChild) return m_openChild->Add(unit);
     if (!unit) return E_POINTER;
     return Guarded([&] {
-        m_children.emplace_front(unit);
+        m_children.emplace_back(unit);
         return S_OK;
     });
 }
@@ -83,14 +83,13 @@ HRESULT CStdOleParentUndoUnit::GetParentState(DWORD* state)
 
 HRESULT CStdOleParentUndoUnit::Do(IOleUndoManager* manager)
 {
-    const ComPtr<IOleUndoUnit> alive(this);
     const DWORD before = std::exchange(m_state, UAS_BLOCKED);
     if (manager) manager->Open(this);
     const auto run = [manager](const ComPtr<IOleUndoUnit>& child) { child->Do(manager); };
     if (m_newestFirst) {
-        std::for_each(m_children.begin(), m_children.end(), run);
-    } else {
         std::for_each(m_children.rbegin(), m_children.rend(), run);
+    } else {
+        std::for_each(m_children.begin(), m_children.end(), run);
     }
     m_state = before;
     m_newestFirst = !m_newestFirst;
@@ -109,7 +108,7 @@ HRESULT CStdOleParentUndoUnit::EnumChildren(IEnumOleUndoUnits** ppEnum)
 void CStdOleParentUndoUnit::Empty()
 {
     // What the units hold may end only when they are gone from here.
-    UnitList dropped;
+    UnitStack dropped;
     dropped.swap(m_children);
 }
 

@@ -31,8 +31,7 @@ public:
 
 private:
     ComPtr<IOleParentUndoUnit> m_openChild;
-    /// The newest is the first.
-    UnitList m_children;
+    UnitStack m_children;
     DWORD m_state = UAS_NORMAL;
     bool m_newestFirst = true;
 };
@@ -40,8 +39,8 @@ private:
 /// The units of a compound unit, which stays alive meanwhile.
 class EnumChildUnits final : public UnitEnumerator {
 public:
-    EnumChildUnits(ComPtr<IUnknown> parent, const UnitList& children)
-        : UnitEnumerator(std::shared_ptr<const UnitList>(&children, [kept = std::move(parent)](const UnitList*) {}))
+    EnumChildUnits(ComPtr<IUnknown> parent, const UnitStack& children)
+        : UnitEnumerator(std::shared_ptr<const UnitStack>(&children, [kept = std::move(parent)](const UnitStack*) {}))
     {
     }
 };

@@ -14,6 +14,9 @@ public:
     /// Throws Error: KV_E_NO_PROJECT for a node that is none, or why the project cannot be saved.
     explicit CKVProjectSnapshot(CProjectNode& project);
 
+protected:
+    Bstr Description() const override { return Bstr(u"Project Snapshot"); }
+
 private:
     HRESULT Exchange() override;
 

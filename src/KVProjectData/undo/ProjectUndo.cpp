@@ -50,18 +50,17 @@ HRESULT ProjectUndo::Begin(BSTR description)
         if (!m_manager) return KV_E_NO_UNDO_MANAGER;
         UndoContext& context = SharedUndoContext();
         const SectionLock projectLock(m_project.Section());
-        const SectionLock lock(context.section);
         if (context.owner) return KV_E_UNDO_STEP_OPEN;
         context.majorChange = false;
-        const auto unit = Make<ProjectStep>(m_project);
+        auto unit = Make<ProjectStep>(m_project);
         unit->SetDescription(Bstr::CopyOf(description));
         const HRESULT opened = m_manager->Open(unit.Get());
         if (FAILED(opened)) return opened;
-        m_step.emplace(m_manager, unit);
+        m_step.emplace(*m_manager.Get(), std::move(unit));
         m_snapshotPending = false;
         context.recordedNodes.Restart();
         context.owner = &m_project;
-        context.step = m_step->Recorder();
+        context.step.store(m_step->Recorder(), std::memory_order_release);
         return S_OK;
     });
 }
@@ -72,14 +71,8 @@ HRESULT ProjectUndo::TakeSnapshot(BSTR description)
         const SectionLock projectLock(m_project.Section());
         const HRESULT begun = Begin(description);
         if (FAILED(begun)) return begun;
-        const HRESULT added = m_step->Add(CKVProjectSnapshot::Create(Bstr(u"Project Snapshot"), m_project));
+        const HRESULT added = m_step->Add(Make<CKVProjectSnapshot>(m_project));
         if (FAILED(added)) return added;
-        {
-            UndoContext& context = SharedUndoContext();
-            const SectionLock lock(context.section);
-            m_project.SetRecorded();
-            context.recordedNodes.Add(m_project);
-        }
         StopRecording();
         const HRESULT closed = m_step->Close(true);
         m_step.reset();
@@ -116,18 +109,18 @@ HRESULT ProjectUndo::End(bool commit)
 void ProjectUndo::StopRecording()
 {
     UndoContext& context = SharedUndoContext();
-    const SectionLock lock(context.section);
-    if (context.owner == &m_project) context.step = nullptr;
+    if (context.owner != &m_project) return;
+    const std::lock_guard lock(context.section);
+    context.step.store(nullptr, std::memory_order_release);
+    context.recordedNodes.Run();
+    context.recordedNodes.Restart();
 }
 
 void ProjectUndo::Release()
 {
     m_step.reset();
     UndoContext& context = SharedUndoContext();
-    const SectionLock lock(context.section);
-    if (context.owner != &m_project) return;
-    context.recordedNodes.Run();
-    context.owner = nullptr;
+    if (context.owner == &m_project) context.owner = nullptr;
 }
 
 HRESULT ProjectUndo::BeginStoryboard(IUnknown* storyboard)
@@ -150,6 +143,7 @@ HRESULT ProjectUndo::BeginStoryboard(IUnknown* storyboard)
 
 void ProjectUndo::CloseStoryboards(bool commit)
 {
+    if (m_storyboards.empty()) return;
     for (const auto& storyboard : std::exchange(m_storyboards, {}))
         storyboard->CloseUndoBlock(commit ? VARIANT_TRUE : VARIANT_FALSE);
 }

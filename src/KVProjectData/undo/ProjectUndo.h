@@ -39,9 +39,9 @@ public:
 
 private:
     HRESULT Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*));
-    /// From here on nothing is recorded in the step.
+    /// From here on nothing is recorded in the step; the next one records all nodes anew.
     void StopRecording();
-    /// Lets nodes be recorded again and other steps be opened.
+    /// Lets other steps be opened.
     void Release();
     void CloseStoryboards(bool commit);
     /// Removes this project's steps from the manager.

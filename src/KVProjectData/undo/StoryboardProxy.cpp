@@ -49,8 +49,8 @@ HRESULT CKVSbdProxy::Finish()
 {
     ZXUClearErrorStack();
     for (const auto& storyboard : m_storyboards) {
-        const auto filler = CKVNullOperation::Create(Bstr(u"Dummy"));
-        const HRESULT added = Checked(storyboard->AddUndoUnit(Query<IUnknown>(filler).Get()), kFinish);
+        const auto filler = Make<CKVNullOperation>();
+        const HRESULT added = Checked(storyboard->AddUndoUnit(filler->Controlling()), kFinish);
         if (FAILED(added)) return added;
     }
     return S_OK;

@@ -12,6 +12,9 @@ namespace kv {
 class CKVNullOperation final : public CStdOleUndoUnit<CKVNullOperation, 107, IOleUndoUnit> {
 public:
     HRESULT Do(IOleUndoManager* manager) override { return AddTo(manager); }
+
+protected:
+    Bstr Description() const override { return Bstr(u"Dummy"); }
 };
 
 /// Has the storyboards of a step undo and redo their last blocks in turn.

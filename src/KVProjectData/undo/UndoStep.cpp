@@ -6,9 +6,15 @@
 
 namespace kv {
 
+CKVSbdProxy& UndoStep::Storyboards()
+{
+    if (!m_storyboards) m_storyboards = Make<CKVSbdProxy>();
+    return *m_storyboards;
+}
+
 HRESULT UndoStep::AddStoryboards()
 {
-    const HRESULT finished = m_storyboards->Finish();
+    const HRESULT finished = Storyboards().Finish();
     return FAILED(finished) ? finished : Add(m_storyboards);
 }
 
@@ -16,29 +22,29 @@ HRESULT UndoStep::Close(bool commit)
 {
     // What a host opened within the step and did not close is part of the step.
     m_unit->CloseOpenChild();
-    return m_manager->Close(m_unit.Get(), commit);
+    return m_manager.Close(m_unit.Get(), commit);
 }
 
 void UndoStep::Abandon()
 {
     m_unit->CloseOpenChild();
     m_unit->Empty();
-    m_manager->Close(m_unit.Get(), false);
+    m_manager.Close(m_unit.Get(), false);
 }
 
-bool UndoStep::KeepState(CProjectNode& node, Bstr description)
+bool UndoStep::KeepState(CProjectNode& node)
 {
-    return Add(CKVObjectState::Create(std::move(description), node)) == S_OK;
+    return Add(Make<CKVObjectState>(node)) == S_OK;
 }
 
-bool UndoStep::KeepCommands(CKVCommandList& commandList, Bstr description)
+bool UndoStep::KeepCommands(CKVCommandList& commandList)
 {
-    return Add(CKVCmdListState::Create(std::move(description), commandList)) == S_OK;
+    return Add(Make<CKVCmdListState>(commandList)) == S_OK;
 }
 
 bool UndoStep::KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
 {
-    return Add(CKVListState::Create(nullptr, list, change, child, index)) == S_OK;
+    return Add(Make<CKVListState>(list, change, child, index)) == S_OK;
 }
 
 } // namespace kv

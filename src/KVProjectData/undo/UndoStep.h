@@ -21,19 +21,16 @@ private:
 
 class UndoStep final : private StateRecorder {
 public:
-    /// For a unit that is open on the manager.
-    UndoStep(ComPtr<IOleUndoManager> manager, ComPtr<ProjectStep> unit)
-        : m_manager(std::move(manager)), m_unit(std::move(unit))
-    {
-    }
+    /// For a unit that is open on the manager, which outlives the step.
+    UndoStep(IOleUndoManager& manager, ComPtr<ProjectStep> unit) : m_manager(manager), m_unit(std::move(unit)) {}
 
     StateRecorder* Recorder() { return this; }
 
     /// Adds a unit that is complete.
-    HRESULT Add(const ComPtr<IOleUndoUnit>& unit) { return m_manager->Add(unit.Get()); }
+    HRESULT Add(const ComPtr<IOleUndoUnit>& unit) { return m_manager.Add(unit.Get()); }
 
     /// A storyboard whose undo block is open takes part in the step.
-    void AppendStoryboard(ComPtr<IZXEProductionData> storyboard) { m_storyboards->Append(std::move(storyboard)); }
+    void AppendStoryboard(ComPtr<IZXEProductionData> storyboard) { Storyboards().Append(std::move(storyboard)); }
     /// Puts the storyboards' part over everything that was recorded, so that undo begins with it.
     HRESULT AddStoryboards();
 
@@ -43,13 +40,16 @@ public:
     void Abandon();
 
 private:
-    bool KeepState(CProjectNode& node, Bstr description) override;
-    bool KeepCommands(CKVCommandList& commandList, Bstr description) override;
+    CKVSbdProxy& Storyboards();
+
+    bool KeepState(CProjectNode& node) override;
+    bool KeepCommands(CKVCommandList& commandList) override;
     bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) override;
 
-    const ComPtr<IOleUndoManager> m_manager;
+    IOleUndoManager& m_manager;
     const ComPtr<ProjectStep> m_unit;
-    const ComPtr<CKVSbdProxy> m_storyboards = Make<CKVSbdProxy>();
+    /// Empty until a storyboard takes part.
+    ComPtr<CKVSbdProxy> m_storyboards;
 };
 
 } // namespace kv

@@ -13,15 +13,6 @@ namespace kv {
 template <class Derived, ULONG kUnitType, class Interface, class... Others>
 class CStdOleUndoUnit : public Object<Interface, Others...> {
 public:
-    /// Makes a unit and owns its first reference. Throws on lack of memory.
-    template <class... Arguments>
-    static ComPtr<Derived> Create(Bstr description, Arguments&&... arguments)
-    {
-        auto unit = Make<Derived>(std::forward<Arguments>(arguments)...);
-        unit->SetDescription(std::move(description));
-        return unit;
-    }
-
     void SetDescription(Bstr description) { m_description = std::move(description); }
 
     /// E_INVALIDARG for null.
@@ -36,7 +27,7 @@ public:
         if (!description) return E_POINTER;
         *description = nullptr;
         return Guarded([&] {
-            *description = Bstr::Copy(m_description.Get());
+            *description = Description().Detach();
             return S_OK;
         });
     }
@@ -59,7 +50,9 @@ protected:
     explicit CStdOleUndoUnit(REFCLSID clsid = IID_NULL) : m_clsid(clsid) {}
 
     /// Hands this unit, which now goes the other way, to the manager that ran it; null for none.
-    HRESULT AddTo(IOleUndoManager* manager) { return manager ? manager->Add(Query<IOleUndoUnit>(this).Get()) : S_OK; }
+    HRESULT AddTo(IOleUndoManager* manager) { return manager ? manager->Add(static_cast<Derived*>(this)) : S_OK; }
+
+    virtual Bstr Description() const { return m_description; }
 
 private:
     Bstr m_description;

@@ -1,37 +1,36 @@
 #include "platform/undo/UndoManager.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace kv {
 namespace {
 
 bool IsSame(IUnknown* a, IUnknown* b)
 {
-    return Query<IUnknown>(a) == Query<IUnknown>(b);
+    return a == b || Query<IUnknown>(a) == Query<IUnknown>(b);
 }
 
 /// The place of a unit in a stack; its end for a unit that is not there.
-UnitList::iterator FindUnit(UnitList& stack, IOleUndoUnit* unit)
+UnitStack::iterator FindUnit(UnitStack& stack, IOleUndoUnit* unit)
 {
     return std::ranges::find_if(stack, [unit](const auto& kept) { return IsSame(kept.Get(), unit); });
 }
 
-HRESULT Enumerate(const UnitList& stack, IEnumOleUndoUnits** units)
+HRESULT Enumerate(const UnitStack& stack, IEnumOleUndoUnits** units)
 {
     if (!units) return E_POINTER;
     *units = nullptr;
     return Guarded([&] {
-        const auto copy = std::make_shared<const UnitList>(stack);
+        const auto copy = std::make_shared<const UnitStack>(stack);
         return ComPtr<IEnumOleUndoUnits>(Make<UnitEnumerator>(copy)).CopyTo(units);
     });
 }
 
-HRESULT DescribeNewest(const UnitList& stack, BSTR* description)
+HRESULT DescribeNewest(const UnitStack& stack, BSTR* description)
 {
     if (!description) return E_POINTER;
     *description = nullptr;
-    return stack.empty() ? E_FAIL : stack.front()->GetDescription(description);
+    return stack.empty() ? E_FAIL : stack.back()->GetDescription(description);
 }
 
 } // namespace
@@ -55,8 +54,8 @@ HRESULT UndoManager::Close(IOleParentUndoUnit* parent, BOOL commit)
     if (closed == S_FALSE && parent && !isOutermost) return E_INVALIDARG;
     // A parent that rolled itself back says that it is done; one that closed a unit within itself stays open.
     if (closed == S_OK && !isOutermost) return S_OK;
-    const auto finished = std::exchange(m_open, nullptr);
-    return commit ? Guarded([&] { return Push(ComPtr<IOleUndoUnit>(finished)); }) : S_OK;
+    ComPtr<IOleUndoUnit> finished = std::move(m_open);
+    return commit ? Guarded([&] { return Push(std::move(finished)); }) : S_OK;
 }
 
 HRESULT UndoManager::Add(IOleUndoUnit* unit)
@@ -69,10 +68,10 @@ HRESULT UndoManager::Add(IOleUndoUnit* unit)
 
 HRESULT UndoManager::Push(ComPtr<IOleUndoUnit> unit)
 {
-    UnitList& stack = StackFor(m_state);
-    if (!stack.empty()) stack.front()->OnNextAdd();
-    stack.push_front(std::move(unit));
-    if (m_state == State::Recording) UnitList().swap(m_redo);
+    UnitStack& stack = StackFor(m_state);
+    if (!stack.empty()) stack.back()->OnNextAdd();
+    stack.push_back(std::move(unit));
+    if (m_state == State::Recording && !m_redo.empty()) UnitStack().swap(m_redo);
     return S_OK;
 }
 
@@ -87,30 +86,34 @@ HRESULT UndoManager::DiscardFrom(IOleUndoUnit* unit)
 {
     if (!m_enabled || m_state != State::Recording) return E_UNEXPECTED;
     // Units die after the stacks are whole again, since what they hold may come back here.
-    UnitList discarded;
+    UnitStack discarded;
     if (!unit) {
-        discarded.splice(discarded.end(), m_undo);
-        discarded.splice(discarded.end(), m_redo);
+        UnitStack others;
+        discarded.swap(m_undo);
+        others.swap(m_redo);
         return S_OK;
     }
-    for (UnitList* stack : {&m_undo, &m_redo}) {
-        const auto from = FindUnit(*stack, unit);
-        if (from == stack->end()) continue;
-        discarded.splice(discarded.end(), *stack, from, stack->end());
-        return S_OK;
-    }
-    return E_INVALIDARG;
+    return Guarded([&] {
+        for (UnitStack* stack : {&m_undo, &m_redo}) {
+            const auto from = FindUnit(*stack, unit);
+            if (from == stack->end()) continue;
+            discarded.assign(stack->begin(), from + 1);
+            stack->erase(stack->begin(), from + 1);
+            return S_OK;
+        }
+        return E_INVALIDARG;
+    });
 }
 
 HRESULT UndoManager::RemoveUnit(IOleUndoUnit* unit)
 {
     if (!unit) return E_POINTER;
     if (m_state != State::Recording) return E_UNEXPECTED;
-    UnitList removed;
-    for (UnitList* stack : {&m_undo, &m_redo}) {
+    for (UnitStack* stack : {&m_undo, &m_redo}) {
         const auto found = FindUnit(*stack, unit);
         if (found == stack->end()) continue;
-        removed.splice(removed.end(), *stack, found);
+        const ComPtr<IOleUndoUnit> removed = std::move(*found);
+        stack->erase(found);
         return S_OK;
     }
     return E_INVALIDARG;
@@ -130,42 +133,43 @@ HRESULT UndoManager::RunTo(IOleUndoUnit* unit, State state)
 {
     if (!m_enabled || m_open || m_state != State::Recording) return E_UNEXPECTED;
     const bool undoing = state == State::Undoing;
-    UnitList& from = undoing ? m_undo : m_redo;
-    UnitList& to = undoing ? m_redo : m_undo;
+    UnitStack& from = undoing ? m_undo : m_redo;
+    UnitStack& to = undoing ? m_redo : m_undo;
     if (from.empty() && !unit) return E_FAIL;
     std::size_t count = 1;
     if (unit) {
         const auto target = FindUnit(from, unit);
         if (target == from.end()) return E_INVALIDARG;
-        count += static_cast<std::size_t>(std::distance(from.begin(), target));
+        count = static_cast<std::size_t>(from.end() - target);
     }
     const std::size_t before = to.size();
     HRESULT result = Run(from, count, state);
     if (FAILED(result) && FAILED(Run(to, to.size() - before, undoing ? State::Redoing : State::Undoing))) {
         // Neither way leads to a state that was whole.
         result = E_ABORT;
-        UnitList().swap(m_undo);
-        UnitList().swap(m_redo);
+        UnitStack().swap(m_undo);
+        UnitStack().swap(m_redo);
     }
     return result;
 }
 
-HRESULT UndoManager::Run(UnitList& stack, std::size_t count, State state)
+HRESULT UndoManager::Run(UnitStack& stack, std::size_t count, State state)
 {
     m_state = state;
-    UnitList& target = StackFor(state);
+    UnitStack& target = StackFor(state);
     HRESULT result = S_OK;
     while (count-- > 0 && SUCCEEDED(result)) {
-        UnitList running;
-        running.splice(running.end(), stack, stack.begin());
+        const ComPtr<IOleUndoUnit> running = std::move(stack.back());
+        stack.pop_back();
         const std::size_t before = target.size();
-        result = running.front()->Do(this);
+        result = running->Do(this);
         if (SUCCEEDED(result)) continue;
         // A unit that failed has changed nothing, so that its ways back are void.
         m_open.Reset();
         while (target.size() > before)
-            target.pop_front();
-        stack.splice(stack.begin(), running);
+            target.pop_back();
+        // There is room for it where it was.
+        stack.push_back(running);
     }
     m_state = State::Recording;
     return result;
@@ -195,11 +199,11 @@ HRESULT UndoManager::Enable(BOOL enable)
 {
     if (m_open || m_state != State::Recording) return E_UNEXPECTED;
     m_enabled = enable;
-    UnitList discarded;
-    if (!enable) {
-        discarded.splice(discarded.end(), m_undo);
-        discarded.splice(discarded.end(), m_redo);
-    }
+    if (enable) return S_OK;
+    UnitStack undo;
+    UnitStack redo;
+    undo.swap(m_undo);
+    redo.swap(m_redo);
     return S_OK;
 }
 

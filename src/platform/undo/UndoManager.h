@@ -28,20 +28,19 @@ public:
 private:
     enum class State { Recording, Undoing, Redoing };
 
-    UnitList& StackFor(State state) { return state == State::Undoing ? m_redo : m_undo; }
+    UnitStack& StackFor(State state) { return state == State::Undoing ? m_redo : m_undo; }
     /// Puts a unit on the stack that the state fills.
     HRESULT Push(ComPtr<IOleUndoUnit> unit);
     HRESULT RunTo(IOleUndoUnit* unit, State state);
     /// Runs the first `count` units of a stack, the newest first. Those that ran are gone from it; one that failed is
     /// in its place again.
-    HRESULT Run(UnitList& stack, std::size_t count, State state);
+    HRESULT Run(UnitStack& stack, std::size_t count, State state);
 
     bool m_enabled = true;
     State m_state = State::Recording;
     ComPtr<IOleParentUndoUnit> m_open;
-    /// The newest unit is the first.
-    UnitList m_undo;
-    UnitList m_redo;
+    UnitStack m_undo;
+    UnitStack m_redo;
 };
 
 } // namespace kv

@@ -4,17 +4,19 @@
 #include "platform/com/Object.h"
 #include "platform/undo/OleUndo.h"
 
-#include <list>
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace kv {
 
-using UnitList = std::list<ComPtr<IOleUndoUnit>>;
+/// The newest unit is the last.
+using UnitStack = std::vector<ComPtr<IOleUndoUnit>>;
 
-/// Goes through a list that stays as it is or grows at its front. E_FAIL without a list.
+/// Goes through a stack from the newest unit on; units that come onto it meanwhile are passed over. E_FAIL without one.
 class UnitEnumerator : public Object<IEnumOleUndoUnits> {
 public:
-    explicit UnitEnumerator(std::shared_ptr<const UnitList> units) : m_units(std::move(units)) { Rewind(); }
+    explicit UnitEnumerator(std::shared_ptr<const UnitStack> units) : m_units(std::move(units)) { Rewind(); }
 
     /// `fetched` may be null when one unit is asked for. S_FALSE when there were fewer than asked for.
     HRESULT Next(ULONG count, IOleUndoUnit** units, ULONG* fetched) override
@@ -23,8 +25,8 @@ public:
         if (!units || (!fetched && count != 1)) return E_POINTER;
         if (!m_units) return E_FAIL;
         ULONG given = 0;
-        for (; given < count && m_next != m_units->end(); ++given, ++m_next)
-            units[given] = ComPtr<IOleUndoUnit>(*m_next).Detach();
+        for (std::size_t left = Left(); given < count && left > 0; ++given)
+            units[given] = ComPtr<IOleUndoUnit>((*m_units)[m_left = --left]).Detach();
         if (fetched) *fetched = given;
         return given == count ? S_OK : S_FALSE;
     }
@@ -32,9 +34,9 @@ public:
     HRESULT Skip(ULONG count) override
     {
         if (!m_units) return E_FAIL;
-        for (; count > 0 && m_next != m_units->end(); --count)
-            ++m_next;
-        return count == 0 ? S_OK : S_FALSE;
+        const std::size_t left = Left();
+        m_left = left - std::min<std::size_t>(left, count);
+        return left >= count ? S_OK : S_FALSE;
     }
 
     HRESULT Reset() override
@@ -49,19 +51,18 @@ public:
         *copy = nullptr;
         return Guarded([&] {
             const auto made = Make<UnitEnumerator>(m_units);
-            made->m_next = m_next;
+            made->m_left = m_left;
             return ComPtr<IEnumOleUndoUnits>(made).CopyTo(copy);
         });
     }
 
 private:
-    void Rewind()
-    {
-        if (m_units) m_next = m_units->begin();
-    }
+    void Rewind() { m_left = m_units ? m_units->size() : 0; }
+    /// How many units are still to come; units may have been taken off the stack meanwhile.
+    std::size_t Left() const { return std::min(m_left, m_units->size()); }
 
-    const std::shared_ptr<const UnitList> m_units;
-    UnitList::const_iterator m_next;
+    const std::shared_ptr<const UnitStack> m_units;
+    std::size_t m_left = 0;
 };
 
 } // namespace kv
