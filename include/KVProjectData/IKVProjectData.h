@@ -2,8 +2,10 @@
 // The project: disc-wide settings and the ordered lists of titles, menus and data files.
 //
 // Getters return E_POINTER for a null out-pointer; strings handed out are the caller's to free. Members that
-// change something return KV_E_LOCKED for a locked project. A project also answers for IKVCommandList,
-// IKVEncodingParams, IKVLocking and IConnectionPointContainer.
+// change something return KV_E_LOCKED for a locked project; the undo members do not look at the lock. Positions in
+// lists count from 1: a member that takes one returns KV_E_BAD_POSITION where there is nothing at it. Objects that
+// are handed out carry a reference; the out-pointers of members that add or remove may be null. A project also
+// answers for IKVCommandList, IKVEncodingParams, IKVLocking and IConnectionPointContainer.
 
 #include "KVProjectData/Enumerations.h"
 #include "KVProjectData/IKVDataFile.h"
@@ -32,7 +34,8 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT get_TVStandard(TVStandard* pVal) = 0;
     virtual HRESULT put_TVStandard(TVStandard newVal) = 0;
 
-    /// Frames per second. Reads 29.97 or 25 by the TV standard while none below 0.1 was set.
+    /// Frames per second. Reads 29.97 or 25, by the TV standard, until a rate of 0.1 or more is set. KV_E_LOCKED for
+    /// a locked project on reading, too. Not kept in the document.
     virtual HRESULT get_FrameRate(double* pVal) = 0;
     virtual HRESULT put_FrameRate(double newVal) = 0;
 
@@ -40,7 +43,7 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT get_ProjectDirectory(BSTR* pVal) = 0;
     virtual HRESULT put_ProjectDirectory(BSTR newVal) = 0;
 
-    /// TargetType flags.
+    /// TargetType flags. Not kept in the document.
     virtual HRESULT get_TargetType(ULONG* pVal) = 0;
     virtual HRESULT put_TargetType(ULONG newVal) = 0;
 
@@ -60,10 +63,12 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT get_TitleCount(LONG* pVal) = 0;
     virtual HRESULT get_MenuCount(LONG* pVal) = 0;
     virtual HRESULT get_DataFileCount(LONG* pVal) = 0;
+
+    /// Any value but 0 is true.
     virtual HRESULT get_FitToDisc(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_FitToDisc(VARIANT_BOOL newVal) = 0;
 
-    /// S_FALSE, and nothing written, while FitToDisc is false.
+    /// Any value but 0 is true. Reading gives S_FALSE, and nothing is written, while FitToDisc is false.
     virtual HRESULT get_DoCompression(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_DoCompression(VARIANT_BOOL newVal) = 0;
 
@@ -73,22 +78,26 @@ struct IKVProjectData : IDispatch {
 
     /// True after a recorded edit, and when the production of a title says that it was modified.
     virtual HRESULT get_IsDirty(VARIANT_BOOL* pVal) = 0;
+
+    /// Clears the modified state of the titles' productions, too.
     virtual HRESULT ClearDirtyFlag() = 0;
 
-    /// Removes all titles, menus and data files and resets the properties, without events.
+    /// Removes all titles, menus and data files and resets the properties, without events. What any project of the
+    /// process could undo or redo is forgotten.
     virtual HRESULT Clear() = 0;
 
-    /// Positions count from 1. KV_E_BAD_POSITION when there is none.
     virtual HRESULT GetTitle(LONG index, IKVTitle** ppTitle) = 0;
 
-    /// At a position, or last for 0 and below. The out-pointer may be null.
+    /// At a position, or last for 0 and below.
     virtual HRESULT AddTitle(LONG index, IKVTitle** ppTitle) = 0;
 
-    /// KV_E_NO_SUCH_ID. The out-pointer may be null.
+    /// KV_E_NO_SUCH_ID.
     virtual HRESULT RemoveTitle(LONG ID, IKVTitle** ppTitle) = 0;
+
+    /// Afterwards the title stands at `toPos`; a move to where it stands succeeds and is told.
     virtual HRESULT MoveTitle(LONG fromPos, LONG toPos) = 0;
 
-    /// Positions count from 1. KV_E_BAD_POSITION when there is none.
+    /// As with titles. There is no class of menus: adding one is CLASS_E_CLASSNOTAVAILABLE.
     virtual HRESULT GetMenu(LONG index, IKVMenu** ppMenu) = 0;
     virtual HRESULT AddMenu(LONG index, IKVMenu** ppMenu) = 0;
     virtual HRESULT RemoveMenu(LONG ID, IKVMenu** ppMenu) = 0;
@@ -97,7 +106,7 @@ struct IKVProjectData : IDispatch {
     /// Inserts a menu that exists already. E_POINTER for null.
     virtual HRESULT InsertMenuW(LONG index, IKVMenu* pMenu) = 0;
 
-    /// Positions count from 1. KV_E_BAD_POSITION when there is none.
+    /// As with titles.
     virtual HRESULT GetDataFile(LONG index, IKVDataFile** ppDataFile) = 0;
     virtual HRESULT AddDataFile(LONG index, IKVDataFile** ppDataFile) = 0;
 
@@ -119,44 +128,69 @@ struct IKVProjectData : IDispatch {
 
     /// Writes the project below an element of a document.
     virtual HRESULT SaveXML(IXMLDOMNode* pRootNode) = 0;
+
+    /// Opens a step: recorded edits from here to EndUndo are undone and redone together. The description, a copy of
+    /// which is kept, is for a person. One step may be open in the process: KV_E_UNDO_STEP_OPEN. KV_E_NO_UNDO_MANAGER,
+    /// or why the manager does not open it.
     virtual HRESULT BeginUndo(BSTR bsDesc) = 0;
+
+    /// The same with a copy of the whole project in the place of records of single edits. The step still needs its
+    /// EndUndo, also when the copy failed.
     virtual HRESULT TakeUndoSnapshot(BSTR bsDesc) = 0;
+
+    /// Ends the step; with 0 everything in it is taken back. S_OK without a step. When a storyboard refuses its part
+    /// the step stays open, and its failure is returned.
     virtual HRESULT EndUndo(VARIANT_BOOL bCommit) = 0;
+
+    /// The same; `bSbdHint` says that storyboards were changed in the step. Makes the project dirty with `bCommit`.
     virtual HRESULT EndUndoEx(VARIANT_BOOL bCommit, VARIANT_BOOL bSbdHint) = 0;
+
+    /// Undoes, or redoes, the last step of the process, whichever project it is of. S_FALSE without an undo manager,
+    /// E_FAIL when there is none to undo, E_UNEXPECTED while a step is open.
     virtual HRESULT UndoOperation() = 0;
     virtual HRESULT RedoOperation() = 0;
 
-    /// KV_E_NO_UNDO_MANAGER.
+    /// The manager that all projects of the process share. KV_E_NO_UNDO_MANAGER.
     virtual HRESULT GetUndoManager(IOleUndoManager** ppUndoMgr) = 0;
 
     /// Sends MajorProjectChange for code 4, else MessageBroadcast.
     virtual HRESULT BroadcastMessage(LONG code, LONG param1, LONG param2) = 0;
+
+    /// Whatever the host counts. Not kept in the document.
     virtual HRESULT get_ProjectSize(LONGLONG* pVal) = 0;
     virtual HRESULT put_ProjectSize(LONGLONG newVal) = 0;
 
     /// Kilobytes.
     virtual HRESULT get_OnDiscSize(ULONG* pVal) = 0;
     virtual HRESULT put_OnDiscSize(ULONG newVal) = 0;
+
+    /// -1 when nothing is known of it.
     virtual HRESULT get_RemainingCaptures(LONG* pVal) = 0;
     virtual HRESULT put_RemainingCaptures(LONG newVal) = 0;
 
     /// Turns EmptyQueue and ProjectChangeList on or off.
     virtual HRESULT EnableHeartBeatEvent(VARIANT_BOOL bEnable) = 0;
 
-    /// Releases what all projects of the process share.
+    /// Lets go of the undo manager that the projects of the process share; those that are there keep it, the next
+    /// project makes another.
     virtual HRESULT ResetStaticData() = 0;
     virtual HRESULT get_DiscSize(DiscSizeEnum* pVal) = 0;
     virtual HRESULT put_DiscSize(DiscSizeEnum newVal) = 0;
+
+    /// Opens the undo block of a storyboard, the host's under `dwKVID`, which then takes part in the open step. S_FALSE
+    /// without a step, E_POINTER for no storyboard, or why the storyboard does not open it.
     virtual HRESULT BeginStoryboardUndo(IUnknown* pUnkSbd, ULONG dwKVID) = 0;
     virtual HRESULT get_DiscVideoType(DiscVideoType* pVal) = 0;
     virtual HRESULT put_DiscVideoType(DiscVideoType newVal) = 0;
 
-    /// Applies to all projects of the process.
+    /// Decides how effect data is written for themes, for all projects of the process. The host's numbers.
     virtual HRESULT SetSaveThemeMode(LONG mode) = 0;
 
     /// True for exactly VARIANT_TRUE.
     virtual HRESULT get_MenuLess(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_MenuLess(VARIANT_BOOL newVal) = 0;
+
+    /// Whether there is a step to undo, or to redo. S_FALSE for a null out-pointer; E_POINTER without an undo manager.
     virtual HRESULT get_UndoEnable(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT get_RedoEnable(VARIANT_BOOL* pVal) = 0;
 };

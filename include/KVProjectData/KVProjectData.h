@@ -2,6 +2,7 @@
 // Everything a host needs of the library.
 
 #include "KVProjectData/Enumerations.h"
+#include "KVProjectData/ICPSUndoParentEnum.h"
 #include "KVProjectData/IKVCommandList.h"
 #include "KVProjectData/IKVDataFile.h"
 #include "KVProjectData/IKVEncodingParams.h"

@@ -42,7 +42,10 @@ struct CAsyncEventDispatcher::Worker {
 
 void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
 {
-    const ModuleLock loaded;
+    // What fails within a delivery, or throws, concerns nobody else.
+    const auto deliver = [&](DISPID event, LONGLONG a, LONGLONG b, LONGLONG c) {
+        Guarded([&] { return dispatcher.Dispatch(event, a, b, c); });
+    };
     std::vector<EventRecord> batch;
     while (state == State::Running) {
         {
@@ -51,7 +54,7 @@ void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
         }
         if (batch.empty()) {
             if (wake.Wait(periodMilliseconds) == WaitResult::TimedOut && state == State::Running) {
-                dispatcher.Dispatch(kHeartbeat, 0, 0, 0);
+                deliver(kHeartbeat, 0, 0, 0);
             }
             continue;
         }
@@ -59,7 +62,7 @@ void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
             // What is queued behind the delivery that stopped the dispatcher is not delivered.
             if (state != State::Running) break;
             const LONGLONG c = record.text ? reinterpret_cast<LONGLONG>(record.text.Get()) : record.c;
-            dispatcher.Dispatch(record.event, record.a, record.b, c);
+            deliver(record.event, record.a, record.b, c);
         }
         batch.clear();
     }
@@ -76,7 +79,7 @@ HRESULT CAsyncEventDispatcher::Start(ULONG periodMilliseconds)
     const HRESULT created = m_worker->wake.Create();
     if (FAILED(created)) return created;
     m_worker->state = State::Running;
-    const HRESULT started = m_worker->thread.Start([worker = m_worker, this] { worker->Run(*this); });
+    const HRESULT started = m_worker->thread.Start([worker = m_worker, this] { worker->Run(*this); }, g_moduleLocks);
     if (FAILED(started)) {
         m_worker->state = State::NotStarted;
         m_worker->wake.Close();

@@ -454,12 +454,14 @@ HRESULT CKVProjectData::AddItem(CKVList& list, LONG position, Interface** out, c
     if (out) *out = nullptr;
     return Edit([&](EditScope&) -> HRESULT {
         const auto item = Make<Item>();
-        const LONG index = position < 1 ? -1 : position - 1;
-        if (!list.Adopt(*item, index, true)) return KV_E_BAD_POSITION;
-        list.RecordChange(ListChange::Add, *item, item->IndexInParent());
-        const HRESULT prepared = prepare(*item);
+        const LONG index = list.Adopt(*item, position < 1 ? -1 : position - 1, true);
+        if (index < 0) return KV_E_BAD_POSITION;
+        const HRESULT prepared = Guarded([&] {
+            list.RecordChange(ListChange::Add, *item, index);
+            return prepare(*item);
+        });
         if (FAILED(prepared)) {
-            list.TakeOut(item->IndexInParent());
+            list.TakeOut(index);
             return prepared;
         }
         FireEvent(events.added, item->ID(), position, 0);

@@ -178,7 +178,7 @@ private:
     HRESULT PrepareTitle(CKVTitle& title);
 
     void DropLists();
-    /// Calls `visit` with the production data of every title that has a production.
+    /// Calls `visit` with the production data of every normal or first-play title that has a production.
     template <class Visit>
     void ForEachProduction(Visit&& visit);
     /// Takes the TV standard and the frame rate from the clip of a first title.

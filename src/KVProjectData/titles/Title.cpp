@@ -44,10 +44,9 @@ void CKVTitle::FinalRelease()
     m_encodingParams.Reset();
     m_commandList.Reset();
     m_locking.Reset();
-    if (!m_production) return;
     DisconnectSink();
     if (const auto data = ProductionData()) data->Close();
-    m_production.Reset();
+    HoldProduction(nullptr);
 }
 
 HRESULT CKVTitle::FindInterface(REFIID iid, void** out)
@@ -86,6 +85,12 @@ template void CKVTitle::Attributes(AttributeCounter&);
 HRESULT CKVTitle::get_ID(LONG* pVal)
 {
     return Get(pVal, ID());
+}
+
+ULONG CKVTitle::Types()
+{
+    const SectionLock lock(Section());
+    return m_tag;
 }
 
 HRESULT CKVTitle::get_Tag(ULONG* pVal)
@@ -221,8 +226,8 @@ HRESULT CKVTitle::GetProduction(IUnknown** ppProduction)
     return Read([&] {
         if (!ppProduction) return E_POINTER;
         *ppProduction = nullptr;
-        const HRESULT result = m_production ? S_OK : CreateProduction();
-        return FAILED(result) ? result : m_production.CopyTo(ppProduction);
+        const HRESULT result = Production() ? S_OK : CreateProduction();
+        return FAILED(result) ? result : Production().CopyTo(ppProduction);
     });
 }
 
@@ -230,8 +235,10 @@ HRESULT CKVTitle::CreateProduction()
 {
     AspectRatio aspect = AspectRatio_None;
     m_encodingParams->get_AspectRatio(&aspect);
-    HRESULT result = CreateInstance(CLSID_ZXEProduction, m_production);
+    ComPtr<IUnknown> production;
+    HRESULT result = CreateInstance(CLSID_ZXEProduction, production);
     if (FAILED(result)) return result;
+    HoldProduction(std::move(production));
     const auto data = ProductionData();
     if (!data) return E_NOINTERFACE;
     result = data->Initialise();
@@ -248,16 +255,13 @@ HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
     return Read([&] {
         if (!pProduction) return E_POINTER;
         // The production being set may be the one held, which must live on.
-        const ComPtr<IUnknown> next = Query<IUnknown>(pProduction);
-        if (m_production) {
-            HRESULT result = DisconnectSink();
-            if (FAILED(result)) return result;
-            const auto data = ProductionData();
-            result = data ? data->Close() : S_OK;
-            if (FAILED(result)) return result;
-            m_production.Reset();
-        }
-        m_production = next;
+        ComPtr<IUnknown> next = Query<IUnknown>(pProduction);
+        HRESULT result = DisconnectSink();
+        if (FAILED(result)) return result;
+        const auto data = ProductionData();
+        result = data ? data->Close() : S_OK;
+        if (FAILED(result)) return result;
+        HoldProduction(std::move(next));
         const HRESULT connected = ConnectSink();
         if (FAILED(connected)) return connected;
         FirePropertyChanged(203);
@@ -267,7 +271,7 @@ HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
 
 HRESULT CKVTitle::ConnectSink()
 {
-    const auto container = Query<IConnectionPointContainer>(m_production);
+    const auto container = Query<IConnectionPointContainer>(Production());
     if (!container) return E_NOINTERFACE;
     ComPtr<IConnectionPoint> point;
     HRESULT result = container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put());
@@ -283,7 +287,7 @@ HRESULT CKVTitle::DisconnectSink()
     if (m_adviseCookie == 0) return S_OK;
     // The reference that connecting took back from the production.
     AddRef();
-    const auto container = Query<IConnectionPointContainer>(m_production);
+    const auto container = Query<IConnectionPointContainer>(Production());
     ComPtr<IConnectionPoint> point;
     HRESULT result =
         container ? container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()) : E_NOINTERFACE;
@@ -298,6 +302,7 @@ HRESULT CKVTitle::DisconnectSink()
 
 void CKVTitle::ProductionChanged(LONG event, LONG param)
 {
+    const SectionLock lock(Section());
     FireEvent(EVENT_TitleProductionEvent, ID(), event, param);
 }
 
@@ -323,9 +328,22 @@ HRESULT CKVTitle::GetSourceFromProd(BSTR* pbstrSource)
     });
 }
 
+ComPtr<IUnknown> CKVTitle::Production()
+{
+    const std::lock_guard lock(m_productionGuard);
+    return m_production;
+}
+
+void CKVTitle::HoldProduction(ComPtr<IUnknown> production)
+{
+    // The one held before is released when the guard has been left.
+    const std::lock_guard lock(m_productionGuard);
+    std::swap(m_production, production);
+}
+
 ComPtr<IZXEProductionData> CKVTitle::ProductionData()
 {
-    return Query<IZXEProductionData>(m_production);
+    return Query<IZXEProductionData>(Production());
 }
 
 ComPtr<IProductionInfo> CKVTitle::ProductionInfo()
@@ -347,7 +365,7 @@ AspectRatio CKVTitle::AspectFromProduction()
 
 HRESULT CKVTitle::AspectToProduction(AspectRatio aspect)
 {
-    if (!m_production) return S_FALSE;
+    if (!Production()) return S_FALSE;
     const auto info = ProductionInfo();
     return info ? info->put_AspectRatio(RatioOf(aspect)) : E_NOINTERFACE;
 }

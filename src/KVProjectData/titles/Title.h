@@ -11,6 +11,8 @@
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Object.h"
 
+#include <mutex>
+
 namespace kv {
 
 class CKVTitle final : public ArchivedNode<CKVTitle>,
@@ -47,7 +49,7 @@ public:
 
     CKVEncodingParams& EncodingParams() { return *m_encodingParams.Get(); }
     /// TitleTypes flags.
-    ULONG Types() const { return m_tag; }
+    ULONG Types();
     /// Handed to the production when the title creates it.
     void SetStereoscopic(bool stereoscopic) { m_stereoscopic = stereoscopic; }
     /// Empty while the title has no production.
@@ -69,6 +71,9 @@ private:
     AspectRatio AspectFromProduction() override;
     HRESULT AspectToProduction(AspectRatio aspect) override;
 
+    /// The production that is held; empty without one. Needs no section of the title's.
+    ComPtr<IUnknown> Production();
+    void HoldProduction(ComPtr<IUnknown> production);
     HRESULT CreateProduction();
     HRESULT ConnectSink();
     /// Without a connection nothing happens.
@@ -89,6 +94,8 @@ private:
     Aggregated<CKVEncodingParams> m_encodingParams;
     Aggregated<CKVCommandList> m_commandList;
     Aggregated<CKVLocking> m_locking;
+    /// Guards the pointer alone: encoding parameters read it inside their own section.
+    std::mutex m_productionGuard;
     ComPtr<IUnknown> m_production;
     DWORD m_adviseCookie = 0;
 };

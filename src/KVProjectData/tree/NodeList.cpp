@@ -2,13 +2,14 @@
 
 namespace kv {
 
-bool CNodeList::Adopt(CProjectNode& child, LONG index, bool assignID)
+LONG CNodeList::Adopt(CProjectNode& child, LONG index, bool assignID)
 {
+    const LONG at = index < 0 ? ChildCount() : index;
     ComPtr<IUnknown> reference(child.Identity());
-    if (!InsertChild(&child, index < 0 ? ChildCount() : index, assignID)) return false;
+    if (!InsertChild(&child, at, assignID)) return -1;
     // From here on the list's place in the sequence stands for the reference.
     static_cast<void>(reference.Detach());
-    return true;
+    return at;
 }
 
 ComPtr<IUnknown> CNodeList::TakeOut(LONG index)
@@ -27,7 +28,7 @@ bool CNodeList::RecordChange(ListChange change, CProjectNode& child, LONG index,
 {
     UndoContext& context = SharedUndoContext();
     if (!context.step) return false;
-    const std::lock_guard lock(context.section);
+    const SectionLock lock(context.section);
     StateRecorder* const step = context.step;
     if (!step) return false;
     if (major) context.majorChange = true;

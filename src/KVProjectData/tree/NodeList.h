@@ -7,8 +7,9 @@ namespace kv {
 
 class CNodeList : public CProjectNode {
 public:
-    /// Inserts a child and takes a reference for it; appends for an index below 0. False for a bad index.
-    bool Adopt(CProjectNode& child, LONG index, bool assignID);
+    /// Inserts a child and takes a reference for it; appends for an index below 0. Where it stands now; -1 for a bad
+    /// index.
+    LONG Adopt(CProjectNode& child, LONG index, bool assignID);
 
     /// Takes a child out and hands over the list's reference; empty for a bad index.
     ComPtr<IUnknown> TakeOut(LONG index);

@@ -13,7 +13,7 @@ public:
     virtual ~CLockNodeList() = default;
 
     void Add(CProjectNode& node) { m_nodes.push_back(&node); }
-    /// A node that ends takes itself out.
+    /// For a node that ends.
     void Forget(const CProjectNode& node) { std::erase(m_nodes, &node); }
     /// Empties the list for a new step.
     void Restart();

@@ -34,8 +34,12 @@ CProjectNode::~CProjectNode()
 {
     if (m_parent) std::erase(m_parent->m_children, this);
     for (CProjectNode* child : m_children)
-        child->m_parent = nullptr;
-    if (m_recorded) SharedUndoContext().recordedNodes.Forget(*this);
+        child->SetParent(nullptr);
+    if (m_recorded) {
+        UndoContext& context = SharedUndoContext();
+        const SectionLock lock(context.section);
+        context.recordedNodes.Forget(*this);
+    }
     if (m_link) *m_link = nullptr;
 }
 
@@ -129,9 +133,9 @@ bool CProjectNode::InsertChild(CProjectNode* child, LONG index, bool assignID)
     constexpr std::size_t kUsualChildren = 16;
     if (!child || index < 0 || index > ChildCount()) return false;
     if (m_children.capacity() == 0) m_children.reserve(kUsualChildren);
-    m_children.insert(m_children.begin() + index, child);
-    child->m_parent = this;
     if (assignID) child->AssignID();
+    m_children.insert(m_children.begin() + index, child);
+    child->SetParent(this);
     return true;
 }
 
@@ -140,9 +144,16 @@ CProjectNode* CProjectNode::RemoveChildAt(LONG index)
     CProjectNode* child = GetChild(index);
     if (child) {
         m_children.erase(m_children.begin() + index);
-        child->m_parent = nullptr;
+        child->SetParent(nullptr);
     }
     return child;
+}
+
+void CProjectNode::SetParent(CProjectNode* parent)
+{
+    // What is on its way up, inside this section, still finds the parent that it started for.
+    const SectionLock lock(m_section);
+    m_parent = parent;
 }
 
 HRESULT CProjectNode::MoveChild(LONG from, LONG to, CProjectNode** moved)
@@ -233,13 +244,13 @@ bool CProjectNode::Record(bool major, Keep&& keep)
     SetModified(major);
     UndoContext& context = SharedUndoContext();
     if (m_recorded || !context.step) return false;
-    const std::lock_guard lock(context.section);
+    const SectionLock lock(context.section);
     StateRecorder* const step = context.step;
     if (!step || !context.recordingEnabled) return false;
 
     const bool kept = keep(*step);
-    m_recorded = true;
     context.recordedNodes.Add(*this);
+    m_recorded = true;
     if (major) context.majorChange = true;
     return kept;
 }

@@ -7,6 +7,7 @@
 #include "platform/system/CriticalSection.h"
 #include "platform/xml/Dom.h"
 
+#include <atomic>
 #include <memory>
 #include <string_view>
 #include <type_traits>
@@ -179,6 +180,7 @@ protected:
         return Read([&] {
             if (!out) return E_POINTER;
             if constexpr (std::is_same_v<Field, Bstr>) {
+                *out = nullptr;
                 *out = Bstr::Copy(field.Get());
             } else if constexpr (std::is_same_v<Field, bool>) {
                 *out = field ? VARIANT_TRUE : VARIANT_FALSE;
@@ -195,6 +197,7 @@ private:
     static void After(EditScope&, UndoOption) {}
     static void After(EditScope& edit, Fires fires) { edit.Changed(fires.propId); }
 
+    void SetParent(CProjectNode* parent);
     template <class Keep>
     bool Record(bool major, Keep&& keep);
 
@@ -203,7 +206,7 @@ private:
     const NodeType m_type;
     std::vector<CProjectNode*> m_children;
     CProjectNode* m_parent = nullptr;
-    bool m_recorded = false;
+    std::atomic<bool> m_recorded{false};
     LONG m_lockCount = 0;
     NodeLink m_link;
 };

@@ -6,7 +6,6 @@
 #include "platform/undo/OleUndo.h"
 
 #include <atomic>
-#include <mutex>
 
 namespace kv {
 
@@ -32,7 +31,7 @@ protected:
 /// Steps are opened and closed, undone and redone by one thread at a time. Edits of other threads may be recorded in
 /// the open step meanwhile; recording, and the end of it, run inside the section.
 struct UndoContext {
-    std::mutex section;
+    CriticalSection section;
     /// Made by the first project.
     ComPtr<IOleUndoManager> manager;
     /// The project that has a step open, from its begin to its end; not counted.

@@ -41,7 +41,7 @@ HRESULT CKVListState::Reinsert(CNodeList& list)
 {
     CProjectNode* child = *m_child;
     // Edits that were not recorded may have shortened the list, or brought the child back already.
-    if (child->Parent() || !list.Adopt(*child, std::min(m_index, list.ChildCount()), false)) return S_FALSE;
+    if (child->Parent() || list.Adopt(*child, std::min(m_index, list.ChildCount()), false) < 0) return S_FALSE;
     child->AttachEffect();
     m_turn = Turn::Remove;
     m_held.Reset();

@@ -110,7 +110,7 @@ void ProjectUndo::StopRecording()
 {
     UndoContext& context = SharedUndoContext();
     if (context.owner != &m_project) return;
-    const std::lock_guard lock(context.section);
+    const SectionLock lock(context.section);
     context.step.store(nullptr, std::memory_order_release);
     context.recordedNodes.Run();
     context.recordedNodes.Restart();

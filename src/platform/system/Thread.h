@@ -2,25 +2,19 @@
 // A worker thread.
 
 #include "platform/com/BaseTypes.h"
+#include "platform/com/Export.h"
 
+#include <atomic>
 #include <functional>
-#include <system_error>
 #include <thread>
 
 namespace kv {
 
-class Thread {
+class KV_EXPORT Thread {
 public:
-    /// E_OUTOFMEMORY when the thread cannot be started.
-    HRESULT Start(std::function<void()> run)
-    {
-        try {
-            m_thread = std::thread(std::move(run));
-            return S_OK;
-        } catch (const std::exception&) {
-            return E_OUTOFMEMORY;
-        }
-    }
+    /// E_OUTOFMEMORY when the thread cannot be started. `moduleLocks`, which keeps the library of `run` loaded, is
+    /// raised until the thread has left that library for good.
+    HRESULT Start(std::function<void()> run, std::atomic<LONG>& moduleLocks);
 
     void Join() { m_thread.join(); }
     void Detach() { m_thread.detach(); }

@@ -10,7 +10,6 @@ namespace {
 struct Window {
     std::u16string className;
     std::u16string name;
-    ULONG style;
 };
 
 struct Windows {
@@ -28,13 +27,13 @@ Windows& Shared()
 
 } // namespace
 
-HWND CreateHiddenWindow(const WindowClass& windowClass, std::u16string_view name, ULONG style)
+HWND CreateHiddenWindow(const WindowClass& windowClass, std::u16string_view name, ULONG)
 {
     Windows& windows = Shared();
     const SectionLock lock(windows.section);
     if (windowClass.name.empty() || (windows.allow && !windows.allow(windowClass))) return 0;
     const HWND window = windows.next++;
-    windows.open.emplace(window, Window{std::u16string(windowClass.name), std::u16string(name), style});
+    windows.open.emplace(window, Window{std::u16string(windowClass.name), std::u16string(name)});
     return window;
 }
 

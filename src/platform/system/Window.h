@@ -1,5 +1,5 @@
 #pragma once
-// Hidden windows: they are known by name and belong to the thread that made them.
+// Hidden windows, which show nothing and are known by their class and name.
 
 #include "platform/com/BaseTypes.h"
 #include "platform/com/Export.h"
@@ -27,7 +27,7 @@ struct WindowClass {
     ULONG background = 0;
 };
 
-/// Registers the class where needed. 0 when the window cannot be created.
+/// A class and a style say how a window would look; nothing here shows one. 0 when the window cannot be created.
 KV_EXPORT HWND CreateHiddenWindow(const WindowClass& windowClass, std::u16string_view name, ULONG style);
 
 /// False for what is no window of the calling process.

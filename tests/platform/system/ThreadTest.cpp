@@ -18,6 +18,8 @@ using std::chrono::steady_clock;
 
 constexpr ULONG kPatience = 10'000; // milliseconds
 
+std::atomic<LONG> g_locks{0};
+
 TEST(AutoResetEventTest, ASignalIsTakenOnce)
 {
     AutoResetEvent event;
@@ -46,12 +48,14 @@ TEST(AutoResetEventTest, NoWakeUpIsLost)
     ASSERT_EQ(answer.Create(), S_OK);
     int answered = 0;
     Thread thread;
-    ASSERT_EQ(thread.Start([&] {
-        while (answered < kRounds && request.Wait(kPatience) == WaitResult::Signalled) {
-            ++answered;
-            answer.Set();
-        }
-    }),
+    ASSERT_EQ(thread.Start(
+                  [&] {
+                      while (answered < kRounds && request.Wait(kPatience) == WaitResult::Signalled) {
+                          ++answered;
+                          answer.Set();
+                      }
+                  },
+                  g_locks),
               S_OK);
     const auto start = steady_clock::now();
     int asked = 0;
@@ -71,10 +75,12 @@ TEST(AutoResetEventTest, WakesEveryWaitingThreadInTurn)
     std::atomic<int> woken{0};
     Thread threads[3];
     for (Thread& thread : threads) {
-        ASSERT_EQ(thread.Start([&] {
-            EXPECT_EQ(event.Wait(kPatience), WaitResult::Signalled);
-            ++woken;
-        }),
+        ASSERT_EQ(thread.Start(
+                      [&] {
+                          EXPECT_EQ(event.Wait(kPatience), WaitResult::Signalled);
+                          ++woken;
+                      },
+                      g_locks),
                   S_OK);
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -97,13 +103,17 @@ TEST(ThreadTest, KnowsItself)
     Thread thread;
     EXPECT_FALSE(thread.IsCurrent());
     std::optional<bool> within;
-    ASSERT_EQ(thread.Start([&] {
-        if (started.Wait(kPatience) == WaitResult::Signalled) within = thread.IsCurrent();
-    }),
+    ASSERT_EQ(thread.Start(
+                  [&] {
+                      if (started.Wait(kPatience) == WaitResult::Signalled) within = thread.IsCurrent();
+                  },
+                  g_locks),
               S_OK);
     EXPECT_FALSE(thread.IsCurrent());
+    EXPECT_EQ(g_locks, 1);
     started.Set();
     thread.Join();
+    EXPECT_EQ(g_locks, 0);
     EXPECT_EQ(within, true);
 }
 
@@ -114,7 +124,7 @@ TEST(ThreadTest, EveryThreadHasALocale)
         EXPECT_EQ(GetThreadLocale(), 0x407u);
         LCID elsewhere = 0;
         Thread thread;
-        ASSERT_EQ(thread.Start([&] { elsewhere = GetThreadLocale(); }), S_OK);
+        ASSERT_EQ(thread.Start([&] { elsewhere = GetThreadLocale(); }, g_locks), S_OK);
         thread.Join();
         EXPECT_EQ(elsewhere, LOCALE_USER_DEFAULT);
     }
