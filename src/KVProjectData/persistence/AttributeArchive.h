@@ -37,7 +37,7 @@ struct OneOrZero {
     bool& value;
 };
 
-/// Counts the attributes that are written.
+/// Counts the values that are recorded.
 class AttributeCounter {
 public:
     std::size_t Count() const { return m_count; }
@@ -61,6 +61,11 @@ public:
     template <class Field>
     void OnlyRead(std::string_view, Field&&)
     {
+    }
+    template <class Field>
+    void OnlyRecord(Field&&)
+    {
+        ++m_count;
     }
 
 private:
@@ -101,6 +106,12 @@ public:
     template <class Field>
     void OnlyRead(std::string_view, Field&&)
     {
+    }
+    /// Undone, and in no document.
+    template <class Field>
+    void OnlyRecord(const Field& value)
+    {
+        if constexpr (std::is_same_v<Target, AttributeValues>) Set({}, value);
     }
 
 private:
@@ -161,6 +172,10 @@ public:
     void OnlyRead(std::string_view name, Field&& field)
     {
         (*this)(name, std::forward<Field>(field));
+    }
+    template <class Field>
+    void OnlyRecord(Field&&)
+    {
     }
 
 private:
@@ -230,6 +245,11 @@ public:
     template <class Field>
     void OnlyRead(std::string_view, Field&&)
     {
+    }
+    template <class Field>
+    void OnlyRecord(Field& field)
+    {
+        (*this)({}, field);
     }
 
 private:

@@ -24,6 +24,8 @@ CXMLPersistor::CXMLPersistor(IXMLDOMNode* target) : m_parent(target)
 HRESULT CXMLPersistor::Visit(CProjectNode& node, ULONG flags)
 {
     if (!m_document) return E_INVALIDARG;
+    // Held until what is below is written, so that all of it is of one time.
+    const SectionLock lock(node.Section());
     const Bstr name = ElementName(node);
     HRESULT result = m_document->createElement(name.Get(), m_element.Put());
     if (FAILED(result)) return result;

@@ -634,6 +634,11 @@ HRESULT CKVProjectData::FindByID(LONG ID, IUnknown** ppUnkObj)
 HRESULT CKVProjectData::Clear()
 {
     return Edit([&](EditScope&) {
+        if (m_undo.IsRestoring()) {
+            // The document brings all settings that it holds; the others stay, and so does what can be undone.
+            DropLists();
+            return S_OK;
+        }
         m_undo.DiscardAll();
         DropLists();
         m_settings = Settings{};
@@ -663,6 +668,11 @@ void CKVProjectData::Attributes(Archive& archive)
     archive("onDiscSizeKB", m_settings.onDiscSizeKB);
     archive("options", Flags(m_settings.options, kProjectOptionNames));
     archive("remainingCaptures", m_settings.remainingCaptures);
+    archive.OnlyRecord(m_settings.volumeName);
+    archive.OnlyRecord(m_settings.targetType);
+    archive.OnlyRecord(m_projectDirectory);
+    archive.OnlyRecord(m_imagePath);
+    archive.OnlyRecord(m_targetDrive);
 }
 
 template void CKVProjectData::Attributes(AttributeWriter<AttributeMap>&);
@@ -673,16 +683,23 @@ template void CKVProjectData::Attributes(AttributeCounter&);
 
 CProjectNode* CKVProjectData::CreateItem(NodeType type, CProjectNode& parent)
 {
-    const auto adopt = [](CNodeList& list, const auto& item) -> CProjectNode* {
-        list.Adopt(*item, -1, false);
-        return item.Get();
+    const auto adopt = [](CNodeList& list, CProjectNode& item) {
+        list.Adopt(item, -1, false);
+        return &item;
     };
     if (type == typeTitle && &parent == &m_titles) {
+        if (CProjectNode* kept = m_undo.TakeKept(type)) {
+            static_cast<CKVTitle*>(kept)->CommandList().DropAll();
+            return adopt(m_titles, *kept);
+        }
         const auto title = Make<CKVTitle>();
         title->SetStereoscopic(m_settings.discVideoType != Normal_2D);
-        return adopt(m_titles, title);
+        return adopt(m_titles, *title);
     }
-    if (type == typeFile && &parent == &m_dataFiles) return adopt(m_dataFiles, Make<CKVDataFile>());
+    if (type == typeFile && &parent == &m_dataFiles) {
+        if (CProjectNode* kept = m_undo.TakeKept(type)) return adopt(m_dataFiles, *kept);
+        return adopt(m_dataFiles, *Make<CKVDataFile>());
+    }
     if (type == typeCommand && parent.Type() == typeCmdList)
         return &static_cast<CKVCommandList&>(parent).AppendCommand();
     return nullptr;

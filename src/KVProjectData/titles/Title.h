@@ -48,6 +48,7 @@ public:
     HRESULT GetSourceFromProd(BSTR* pbstrSource) override;
 
     CKVEncodingParams& EncodingParams() { return *m_encodingParams.Get(); }
+    CKVCommandList& CommandList() { return *m_commandList.Get(); }
     /// TitleTypes flags.
     ULONG Types();
     /// Handed to the production when the title creates it.

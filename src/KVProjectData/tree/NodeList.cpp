@@ -20,6 +20,7 @@ ComPtr<IUnknown> CNodeList::TakeOut(LONG index)
 
 void CNodeList::DropAll()
 {
+    const SectionLock lock(Section());
     while (ChildCount() > 0)
         TakeOut(ChildCount() - 1);
 }

@@ -17,7 +17,6 @@ public:
     void Forget(const CProjectNode& node) { std::erase(m_nodes, &node); }
     /// Empties the list for a new step.
     void Restart();
-    bool Empty() const { return m_nodes.empty(); }
 
     /// Lets every listed node be recorded again.
     virtual void Run();

@@ -89,6 +89,7 @@ HRESULT CProjectNode::LoadElement(IXMLDOMNode* element)
     AttributeCollector reader;
     const HRESULT result = source->ReadAttributes(&reader);
     if (FAILED(result)) return result;
+    const SectionLock lock(m_section);
     SetAttributes(AttributeMap(std::move(reader.attributes)));
     return S_OK;
 }
@@ -187,6 +188,13 @@ CProjectNode* CProjectNode::FindChildByTypeAndName(NodeType type, std::string_vi
         if (name.empty() || childName.empty() || name == childName) return child;
     }
     return nullptr;
+}
+
+LONG CProjectNode::IndexOf(const CProjectNode& child, LONG hint) const
+{
+    if (GetChild(hint) == &child) return hint;
+    const auto found = std::ranges::find(m_children, &child);
+    return found == m_children.end() ? -1 : static_cast<LONG>(found - m_children.begin());
 }
 
 LONG CProjectNode::IndexInParent() const

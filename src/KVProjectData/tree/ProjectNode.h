@@ -87,6 +87,8 @@ public:
     CProjectNode* FindChildByID(LONG id, LONG* index = nullptr) const;
     /// An empty name on either side matches.
     CProjectNode* FindChildByTypeAndName(NodeType type, std::string_view name) const;
+    /// Where a child stands; asking is cheap when it stands at `hint`. -1 for what is no child of this node.
+    LONG IndexOf(const CProjectNode& child, LONG hint) const;
     /// -1 without a parent.
     LONG IndexInParent() const;
     bool RemoveFromParent();

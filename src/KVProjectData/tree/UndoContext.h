@@ -28,6 +28,16 @@ protected:
     ~StateRecorder() = default;
 };
 
+/// The objects that a snapshot kept, handed back in the order of its document while that is loaded.
+class KeptObjects {
+public:
+    /// The next object, when it is of that kind and stands in no list; null otherwise.
+    virtual CProjectNode* TakeNext(NodeType type) = 0;
+
+protected:
+    ~KeptObjects() = default;
+};
+
 /// Steps are opened and closed, undone and redone by one thread at a time. Edits of other threads may be recorded in
 /// the open step meanwhile; recording, and the end of it, run inside the section.
 struct UndoContext {
@@ -41,9 +51,9 @@ struct UndoContext {
     /// Off while an operation runs that records for itself.
     bool recordingEnabled = true;
     /// A change of the storyboards belongs to the open step.
-    bool majorChange = false;
-    /// A snapshot is being restored, which clears the project and is no reason to forget what can be undone.
-    bool restoringSnapshot = false;
+    std::atomic<bool> majorChange{false};
+    /// What the snapshot that is being restored kept; null at all other times.
+    KeptObjects* restoring = nullptr;
     /// Nodes whose state the open step keeps.
     CLockNodeList recordedNodes;
     /// Nodes that bind their effects anew after a storyboard's undo.

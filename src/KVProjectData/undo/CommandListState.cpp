@@ -7,10 +7,13 @@ SavedCommands::SavedCommands(CKVCommandList& list)
     DiscCommandParams* commands = nullptr;
     const HRESULT result = list.GetCommandList(&m_count, &commands);
     m_commands.reset(commands);
-    ThrowIfFailed(result);
+    if (FAILED(result)) {
+        Free();
+        throw Error(result);
+    }
 }
 
-SavedCommands::~SavedCommands()
+void SavedCommands::Free()
 {
     for (LONG i = 0; i < m_count; ++i)
         ComPtr<IXMLDOMNode>::Attach(m_commands.get()[i].pXMLData);
@@ -22,8 +25,12 @@ HRESULT CKVCmdListState::Exchange()
     if (!list) return S_FALSE;
     SavedCommands current(*list);
     const HRESULT applied = m_saved.ApplyTo(*list);
-    if (SUCCEEDED(applied)) m_saved = std::move(current);
-    return applied;
+    if (FAILED(applied)) {
+        current.ApplyTo(*list);
+        return applied;
+    }
+    m_saved = std::move(current);
+    return S_OK;
 }
 
 } // namespace kv

@@ -2,7 +2,7 @@
 // Undo of the commands of a command list.
 
 #include "KVProjectData/titles/CommandList.h"
-#include "KVProjectData/undo/NodeAddress.h"
+#include "KVProjectData/undo/RecordedNode.h"
 #include "KVProjectData/undo/StateRecord.h"
 #include "platform/com/TaskMemory.h"
 
@@ -24,11 +24,13 @@ public:
         std::swap(m_count, other.m_count);
         return *this;
     }
-    ~SavedCommands();
+    ~SavedCommands() { Free(); }
 
     HRESULT ApplyTo(CKVCommandList& list) const { return list.ReplaceCommands(m_count, m_commands.get()); }
 
 private:
+    void Free();
+
     UniqueTaskMem<DiscCommandParams> m_commands;
     LONG m_count = 0;
 };
@@ -44,7 +46,7 @@ private:
     /// Nothing happens to a list that is locked.
     HRESULT Exchange() override;
 
-    const NodeAddress m_list;
+    const RecordedNode m_list;
     SavedCommands m_saved;
 };
 

@@ -5,7 +5,7 @@
 namespace kv {
 
 CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
-    : m_list(list), m_childID(child.ID()), m_index(index)
+    : m_list(list), m_child(child), m_index(index)
 {
     switch (change) {
     case ListChange::Add:
@@ -14,7 +14,6 @@ CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& chi
     case ListChange::Remove:
         m_turn = Turn::Reinsert;
         m_held = child.Identity();
-        m_child = child.Link();
         break;
     case ListChange::Move:
         m_turn = Turn::Move;
@@ -25,49 +24,46 @@ CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& chi
 HRESULT CKVListState::Exchange()
 {
     auto* list = static_cast<CNodeList*>(m_list.Find());
-    if (!list) return S_FALSE;
+    CProjectNode* child = m_child.Find();
+    // Edits that were not recorded may have taken the child out, or brought it back already.
+    if (!list || !child || child->Parent() != (m_turn == Turn::Reinsert ? nullptr : list)) return S_FALSE;
+    // A list is the owner's, and works inside the owner's section.
+    const SectionLock lock(list->Parent() ? list->Parent()->Section() : list->Section());
     switch (m_turn) {
     case Turn::Reinsert:
-        return Reinsert(*list);
+        return Reinsert(*list, *child);
     case Turn::Remove:
-        return Remove(*list);
+        return Remove(*list, *child);
     case Turn::Move:
-        return Move(*list);
+        return Move(*list, *child);
     }
     return S_FALSE;
 }
 
-HRESULT CKVListState::Reinsert(CNodeList& list)
+HRESULT CKVListState::Reinsert(CNodeList& list, CProjectNode& child)
 {
-    CProjectNode* child = *m_child;
-    // Edits that were not recorded may have shortened the list, or brought the child back already.
-    if (child->Parent() || list.Adopt(*child, std::min(m_index, list.ChildCount()), false) < 0) return S_FALSE;
-    child->AttachEffect();
+    // The list may have become shorter.
+    list.Adopt(child, std::min(m_index, list.ChildCount()), false);
+    child.AttachEffect();
     m_turn = Turn::Remove;
     m_held.Reset();
     return S_OK;
 }
 
-HRESULT CKVListState::Remove(CNodeList& list)
+HRESULT CKVListState::Remove(CNodeList& list, CProjectNode& child)
 {
-    LONG index = -1;
-    CProjectNode* child = list.FindChildByID(m_childID, &index);
-    if (!child) return S_FALSE;
-    m_child = child->Link();
-    child->DetachEffect();
-    m_held = list.TakeOut(index);
-    m_index = index;
+    m_index = list.IndexOf(child, m_index);
+    child.DetachEffect();
+    m_held = list.TakeOut(m_index);
     m_turn = Turn::Reinsert;
     return S_OK;
 }
 
-HRESULT CKVListState::Move(CNodeList& list)
+HRESULT CKVListState::Move(CNodeList& list, CProjectNode& child)
 {
-    LONG from = -1;
-    if (!list.FindChildByID(m_childID, &from)) return S_FALSE;
-    const HRESULT moved = list.MoveChild(from, std::min(m_index, list.ChildCount() - 1));
-    m_index = from;
-    return moved;
+    const LONG to = std::min(m_index, list.ChildCount() - 1);
+    m_index = list.IndexOf(child, to);
+    return list.MoveChild(m_index, to);
 }
 
 } // namespace kv

@@ -2,7 +2,7 @@
 // Undo of an edit of a list.
 
 #include "KVProjectData/tree/NodeList.h"
-#include "KVProjectData/undo/NodeAddress.h"
+#include "KVProjectData/undo/RecordedNode.h"
 #include "KVProjectData/undo/StateRecord.h"
 
 namespace kv {
@@ -19,17 +19,16 @@ private:
     enum class Turn : ULONG { Reinsert = 0, Remove = 1, Move = 2 };
 
     HRESULT Exchange() override;
-    HRESULT Reinsert(CNodeList& list);
-    HRESULT Remove(CNodeList& list);
-    HRESULT Move(CNodeList& list);
+    HRESULT Reinsert(CNodeList& list, CProjectNode& child);
+    HRESULT Remove(CNodeList& list, CProjectNode& child);
+    HRESULT Move(CNodeList& list, CProjectNode& child);
 
-    const NodeAddress m_list;
+    const RecordedNode m_list;
+    const RecordedNode m_child;
     Turn m_turn;
-    const LONG m_childID;
     LONG m_index;
     /// The child to insert again; empty while it is in the list.
     ComPtr<IUnknown> m_held;
-    NodeLink m_child;
 };
 
 } // namespace kv

@@ -1,12 +1,12 @@
 #pragma once
 // Undo of a node's properties.
 
-#include "KVProjectData/undo/NodeAddress.h"
+#include "KVProjectData/undo/RecordedNode.h"
 #include "KVProjectData/undo/StateRecord.h"
 
 namespace kv {
 
-/// The attributes that the node would write into a document.
+/// The attributes that the node would write into a document, and what else of it is recorded.
 class CKVObjectState final : public StateRecord<CKVObjectState, 102> {
 public:
     explicit CKVObjectState(CProjectNode& node) : m_node(node) { node.GetState(m_values); }
@@ -19,11 +19,12 @@ private:
     {
         CProjectNode* node = m_node.Find();
         if (!node) return S_FALSE;
+        const SectionLock lock(node->Section());
         node->ExchangeState(m_values);
         return S_OK;
     }
 
-    const NodeAddress m_node;
+    const RecordedNode m_node;
     AttributeValues m_values;
 };
 

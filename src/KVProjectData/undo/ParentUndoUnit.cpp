@@ -3,14 +3,6 @@
 #include <algorithm>
 
 namespace kv {
-namespace {
-
-bool IsSame(IUnknown* a, IUnknown* b)
-{
-    return a == b || Query<IUnknown>(a) == Query<IUnknown>(b);
-}
-
-} // namespace
 
 HRESULT CStdOleParentUndoUnit::Open(IOleParentUndoUnit* parent)
 {
@@ -26,27 +18,33 @@ HRESULT CStdOleParentUndoUnit::Close(IOleParentUndoUnit* parent, BOOL commit)
     if (!m_openChild) return commit ? S_FALSE : Do(nullptr);
 
     const HRESULT closed = m_openChild->Close(parent, commit);
-    const bool isOpenChild = IsSame(m_openChild.Get(), parent);
+    const bool isOpenChild = IsSameObject(m_openChild.Get(), parent);
     if (closed == S_OK) {
         // Either a unit further within was closed, or the child has rolled itself back.
         if (isOpenChild) m_openChild.Reset();
         return S_OK;
     }
     if (!isOpenChild) return E_INVALIDARG;
+    if (commit) return CloseOpenChild();
+    m_openChild.Reset();
+    return S_OK;
+}
+
+HRESULT CStdOleParentUndoUnit::CloseOpenChild()
+{
     return Guarded([&] {
-        if (commit) CloseOpenChild();
+        ComPtr<IOleUndoUnit> unit;
+        const HRESULT asked = m_openChild->QueryInterface(IOleUndoUnit::IID, unit.PutVoid());
+        if (FAILED(asked) && asked != E_NOINTERFACE) return asked;
+        if (unit) m_children.push_back(std::move(unit));
         m_openChild.Reset();
         return S_OK;
     });
 }
 
-void CStdOleParentUndoUnit::CloseOpenChild()
+void CStdOleParentUndoUnit::EndOpenChild()
 {
-    if (!m_openChild) return;
-    ComPtr<IOleUndoUnit> unit;
-    const HRESULT asked = m_openChild->QueryInterface(IOleUndoUnit::IID, unit.PutVoid());
-    if (FAILED(asked) && asked != E_NOINTERFACE) throw Error(asked);
-    if (unit) m_children.push_back(std::move(unit));
+    if (m_openChild) CloseOpenChild();
     m_openChild.Reset();
 }
 
@@ -65,7 +63,7 @@ HRESULT CStdOleParentUndoUnit::FindUnit(IOleUndoUnit* unit)
 {
     if (!unit) return S_FALSE;
     for (const auto& child : m_children) {
-        if (IsSame(child.Get(), unit)) return S_OK;
+        if (IsSameObject(child.Get(), unit)) return S_OK;
         ComPtr<IOleParentUndoUnit> parent;
         const HRESULT asked = child->QueryInterface(IOleParentUndoUnit::IID, parent.PutVoid());
         if (FAILED(asked) && asked != E_NOINTERFACE) return asked;

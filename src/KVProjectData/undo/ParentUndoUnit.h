@@ -24,12 +24,18 @@ public:
 
     HRESULT EnumChildren(IEnumOleUndoUnits** ppEnum) override;
 
-    /// Takes in a unit that was opened within this one and not closed.
-    void CloseOpenChild();
+    /// Takes in a unit that was opened within this one and not closed, or drops it where that cannot be.
+    void EndOpenChild();
     /// Drops all units.
     void Empty();
 
+protected:
+    bool HasOpenChild() const { return static_cast<bool>(m_openChild); }
+
 private:
+    /// There is an open child; on failure it stays open.
+    HRESULT CloseOpenChild();
+
     ComPtr<IOleParentUndoUnit> m_openChild;
     UnitStack m_children;
     DWORD m_state = UAS_NORMAL;

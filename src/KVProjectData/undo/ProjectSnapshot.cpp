@@ -2,7 +2,7 @@
 
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/ResultCodes.h"
-#include "KVProjectData/tree/UndoContext.h"
+#include "KVProjectData/persistence/ElementTable.h"
 #include "platform/com/Activation.h"
 
 namespace kv {
@@ -11,60 +11,92 @@ namespace {
 /// The message by which hosts learn that a snapshot was restored.
 constexpr LONG kProjectReplaced = 2;
 
-ComPtr<IKVProjectData> Interface(CProjectNode& project)
-{
-    return project.Type() == typeProject ? Query<IKVProjectData>(project.Identity()) : nullptr;
-}
-
 /// For as long as the project is cleared and loaded by a snapshot.
 class Restoring {
 public:
-    Restoring() : m_before(std::exchange(SharedUndoContext().restoringSnapshot, true)) {}
+    explicit Restoring(KeptObjects& kept) : m_before(std::exchange(SharedUndoContext().restoring, &kept)) {}
     Restoring(const Restoring&) = delete;
     Restoring& operator=(const Restoring&) = delete;
-    ~Restoring() { SharedUndoContext().restoringSnapshot = m_before; }
+    ~Restoring() { SharedUndoContext().restoring = m_before; }
 
 private:
-    const bool m_before;
+    KeptObjects* const m_before;
 };
 
 } // namespace
 
-CKVProjectSnapshot::CKVProjectSnapshot(CProjectNode& project) : m_project(project)
+ProjectImage::ProjectImage(CProjectNode& project, IKVFileService& files)
 {
-    const auto data = Interface(project);
-    if (!data) throw Error(KV_E_NO_PROJECT);
-    ThrowIfFailed(CreateInstance(CLSID_KVFileService, m_files));
-    m_document = Capture(*data);
+    ComPtr<IXMLDOMElement> root;
+    ThrowIfFailed(CreateInstance(CLSID_DOMDocument, m_document));
+    ThrowIfFailed(m_document->createElement(Bstr(u"Root").Get(), root.Put()));
+    ThrowIfFailed(m_document->putref_documentElement(root.Get()));
+    const SectionLock lock(project.Section());
+    ThrowIfFailed(files.PersistToXML(root.Get(), project.Identity()));
+    project.GetState(m_settings);
+    Visit(project, 0);
 }
 
-ComPtr<IXMLDOMDocument> CKVProjectSnapshot::Capture(IKVProjectData& project)
+HRESULT ProjectImage::VisitNode(CProjectNode& node, ULONG)
 {
-    ComPtr<IXMLDOMDocument> document;
+    const ElementRow* row = FindElement(node.Type());
+    // Commands are no objects that a host could know.
+    if (row && row->Item() && node.Type() != typeCommand) m_items.push_back({node.Identity(), &node});
+    return S_OK;
+}
+
+CProjectNode* ProjectImage::TakeNext(NodeType type)
+{
+    if (m_next == m_items.size()) return nullptr;
+    CProjectNode* node = m_items[m_next++].node;
+    return node->Type() == type && !node->Parent() ? node : nullptr;
+}
+
+HRESULT ProjectImage::Restore(CProjectNode& project, IKVFileService& files)
+{
     ComPtr<IXMLDOMElement> root;
-    ThrowIfFailed(CreateInstance(CLSID_DOMDocument, document));
-    ThrowIfFailed(document->createElement(Bstr(u"Root").Get(), root.Put()));
-    ThrowIfFailed(document->putref_documentElement(root.Get()));
-    ThrowIfFailed(m_files->PersistToXML(root.Get(), &project));
-    return document;
+    const HRESULT found = m_document->get_documentElement(root.Put());
+    if (FAILED(found)) return found;
+    const Restoring restoring(*this);
+    m_next = 0;
+    const SectionLock lock(project.Section());
+    const HRESULT loaded = files.PersistFromXML(root.Get(), project.Identity());
+    if (SUCCEEDED(loaded)) project.ExchangeState(m_settings);
+    return loaded;
+}
+
+CKVProjectSnapshot::CKVProjectSnapshot(CProjectNode& project) : m_project(project)
+{
+    if (project.Type() != typeProject) throw Error(KV_E_NO_PROJECT);
+    ThrowIfFailed(CreateInstance(CLSID_KVFileService, m_files));
+    m_image = std::make_unique<ProjectImage>(project, *m_files);
 }
 
 HRESULT CKVProjectSnapshot::Exchange()
 {
-    CProjectNode* node = m_project.Find();
-    const auto project = node ? Interface(*node) : nullptr;
-    if (!project) return S_FALSE;
-    ComPtr<IXMLDOMDocument> current = Capture(*project);
-    ComPtr<IXMLDOMElement> root;
-    ThrowIfFailed(m_document->get_documentElement(root.Put()));
-    {
-        const Restoring restoring;
-        const HRESULT restored = m_files->PersistFromXML(root.Get(), project.Get());
-        if (FAILED(restored)) return restored;
+    CProjectNode* project = m_project.Find();
+    if (!project || !m_image) return S_FALSE;
+    m_restored = Guarded([&] { return Restore(*project); });
+    return m_restored;
+}
+
+HRESULT CKVProjectSnapshot::Restore(CProjectNode& project)
+{
+    std::unique_ptr<ProjectImage> current;
+    // What can be saved no more must not stand in the way of what could be.
+    const HRESULT kept = Guarded([&] {
+        current = std::make_unique<ProjectImage>(project, *m_files);
+        return S_OK;
+    });
+    if (kept == E_OUTOFMEMORY) return kept;
+    const HRESULT restored = m_image->Restore(project, *m_files);
+    if (FAILED(restored)) {
+        if (current) current->Restore(project, *m_files);
+        return restored;
     }
-    m_document = std::move(current);
-    project->BroadcastMessage(kProjectReplaced, 0, 0);
-    return S_OK;
+    m_image = std::move(current);
+    const auto data = Query<IKVProjectData>(project.Identity());
+    return data->BroadcastMessage(kProjectReplaced, 0, 0);
 }
 
 } // namespace kv

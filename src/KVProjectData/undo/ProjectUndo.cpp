@@ -1,22 +1,19 @@
 #include "KVProjectData/undo/ProjectUndo.h"
 
 #include "KVProjectData/ResultCodes.h"
-#include "KVProjectData/undo/ProjectSnapshot.h"
 #include "platform/com/Activation.h"
 
 namespace kv {
 
-HRESULT ProjectUndo::Initialise()
+void ProjectUndo::Initialise()
 {
     ComPtr<IOleUndoManager>& shared = SharedUndoContext().manager;
     if (!shared) {
         ComPtr<IUnknown> manager;
-        const HRESULT created = CreateInstance(CLSID_OleUndoManager, manager);
-        if (FAILED(created)) return created;
+        CreateInstance(CLSID_OleUndoManager, manager);
         shared = Query<IOleUndoManager>(manager);
     }
     m_manager = shared;
-    return m_manager ? S_OK : E_NOINTERFACE;
 }
 
 void ProjectUndo::Terminate()
@@ -26,6 +23,8 @@ void ProjectUndo::Terminate()
     Release();
     CloseStoryboards(false);
     if (!m_manager) return;
+    m_snapshotStep.Reset();
+    m_snapshot.Reset();
     RemoveSteps(&IOleUndoManager::EnumUndoable);
     RemoveSteps(&IOleUndoManager::EnumRedoable);
     m_manager.Reset();
@@ -37,7 +36,7 @@ void ProjectUndo::RemoveSteps(HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndo
     ComPtr<IEnumOleUndoUnits> units;
     if (FAILED((m_manager.Get()->*enumerate)(units.Put()))) return;
     for (ComPtr<IOleUndoUnit> unit; units->Next(1, unit.Put(), nullptr) == S_OK;) {
-        auto* step = dynamic_cast<ProjectStep*>(unit.Get());
+        const auto step = Query<ProjectStep>(unit);
         if (!step || !step->BelongsTo(m_project)) continue;
         step->Empty();
         if (removal) removal->RemoveUnit(unit.Get());
@@ -52,12 +51,14 @@ HRESULT ProjectUndo::Begin(BSTR description)
         const SectionLock projectLock(m_project.Section());
         if (context.owner) return KV_E_UNDO_STEP_OPEN;
         context.majorChange = false;
+        context.attachNodes.Restart();
         auto unit = Make<ProjectStep>(m_project);
         unit->SetDescription(Bstr::CopyOf(description));
         const HRESULT opened = m_manager->Open(unit.Get());
         if (FAILED(opened)) return opened;
         m_step.emplace(*m_manager.Get(), std::move(unit));
-        m_snapshotPending = false;
+        m_snapshotStep.Reset();
+        m_snapshot.Reset();
         context.recordedNodes.Restart();
         context.owner = &m_project;
         context.step.store(m_step->Recorder(), std::memory_order_release);
@@ -71,14 +72,37 @@ HRESULT ProjectUndo::TakeSnapshot(BSTR description)
         const SectionLock projectLock(m_project.Section());
         const HRESULT begun = Begin(description);
         if (FAILED(begun)) return begun;
-        const HRESULT added = m_step->Add(Make<CKVProjectSnapshot>(m_project));
+        const auto snapshot = Make<CKVProjectSnapshot>(m_project);
+        const HRESULT added = m_step->Add(snapshot);
         if (FAILED(added)) return added;
         StopRecording();
+        m_snapshotStep = m_step->Unit();
+        m_snapshot = snapshot;
         const HRESULT closed = m_step->Close(true);
         m_step.reset();
-        m_snapshotPending = true;
         return closed;
     });
+}
+
+HRESULT ProjectUndo::CancelSnapshot()
+{
+    ComPtr<IEnumOleUndoUnits> units;
+    ComPtr<IOleUndoUnit> newest;
+    const HRESULT listed = m_manager->EnumUndoable(units.Put());
+    if (FAILED(listed)) return listed;
+    units->Next(1, newest.Put(), nullptr);
+    if (Query<ProjectStep>(newest) != m_snapshotStep) {
+        // Other steps have come over it, or it was undone already: what is newest now is not to be taken back.
+        m_snapshotStep.Reset();
+        m_snapshot.Reset();
+        return E_UNEXPECTED;
+    }
+    const HRESULT undone = Undo();
+    if (FAILED(undone)) return undone;
+    // A step does not tell what its units return. One that was not taken back is in its place again.
+    const HRESULT restored = m_snapshot->Restored();
+    if (FAILED(restored)) Redo();
+    return restored;
 }
 
 HRESULT ProjectUndo::End(bool commit)
@@ -97,11 +121,12 @@ HRESULT ProjectUndo::End(bool commit)
             Release();
         }
         CloseStoryboards(commit);
-        if (!commit && m_snapshotPending) {
-            const HRESULT undone = Undo();
-            if (FAILED(undone)) return undone;
+        if (!commit && m_snapshotStep) {
+            const HRESULT cancelled = CancelSnapshot();
+            if (FAILED(cancelled)) return cancelled;
         }
-        m_snapshotPending = false;
+        m_snapshotStep.Reset();
+        m_snapshot.Reset();
         return S_OK;
     });
 }
@@ -183,7 +208,7 @@ HRESULT ProjectUndo::Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)
 
 void ProjectUndo::DiscardAll()
 {
-    if (m_manager && !SharedUndoContext().restoringSnapshot) m_manager->DiscardFrom(nullptr);
+    if (m_manager) m_manager->DiscardFrom(nullptr);
 }
 
 } // namespace kv

@@ -1,6 +1,7 @@
 #pragma once
 // A project's part in undo: its steps on the manager that all projects of the process share.
 
+#include "KVProjectData/undo/ProjectSnapshot.h"
 #include "KVProjectData/undo/UndoStep.h"
 
 #include <optional>
@@ -14,8 +15,8 @@ class ProjectUndo {
 public:
     explicit ProjectUndo(CProjectNode& project) : m_project(project) {}
 
-    /// Shares the manager of the process, or makes it. A failure leaves the project without one.
-    HRESULT Initialise();
+    /// Shares the manager of the process, or makes it; where that fails the project is without one.
+    void Initialise();
     /// Takes the project's steps out of the manager, as the project ends.
     void Terminate();
 
@@ -34,8 +35,17 @@ public:
     HRESULT CanUndo(VARIANT_BOOL* can) { return Can(can, &IOleUndoManager::GetLastUndoDescription); }
     HRESULT CanRedo(VARIANT_BOOL* can) { return Can(can, &IOleUndoManager::GetLastRedoDescription); }
 
-    /// Nothing of what was can be undone any more.
+    /// Nothing of what was can be undone any more, in any project of the process.
     void DiscardAll();
+
+    /// A snapshot is being restored, which loads the project.
+    bool IsRestoring() const { return SharedUndoContext().restoring != nullptr; }
+    /// The object that the snapshot being restored has for the next item of its document; null when it has none.
+    CProjectNode* TakeKept(NodeType type)
+    {
+        KeptObjects* kept = SharedUndoContext().restoring;
+        return kept ? kept->TakeNext(type) : nullptr;
+    }
 
 private:
     HRESULT Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*));
@@ -44,13 +54,17 @@ private:
     /// Lets other steps be opened.
     void Release();
     void CloseStoryboards(bool commit);
+    /// Takes back the step that the pending snapshot consists of.
+    HRESULT CancelSnapshot();
     /// Removes this project's steps from the manager.
     void RemoveSteps(HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndoUnits**));
 
     CProjectNode& m_project;
     ComPtr<IOleUndoManager> m_manager;
     std::optional<UndoStep> m_step;
-    bool m_snapshotPending = false;
+    /// The step that a snapshot has closed early, and that is still to be ended; empty without one.
+    ComPtr<ProjectStep> m_snapshotStep;
+    ComPtr<CKVProjectSnapshot> m_snapshot;
     /// Those with a block open in this step.
     std::vector<ComPtr<IZXEProductionData>> m_storyboards;
 };

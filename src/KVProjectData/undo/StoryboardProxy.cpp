@@ -22,28 +22,27 @@ HRESULT Checked(HRESULT result, int line)
     return result;
 }
 
+/// S_FALSE when there is nothing to undo.
 HRESULT UndoLast(IZXEProductionData& storyboard)
 {
     VARIANT_BOOL can = VARIANT_FALSE;
     Bstr description;
     const HRESULT asked = Checked(storyboard.CanUndo(&can, description.Put()), kCanUndo);
-    return FAILED(asked) || can != VARIANT_TRUE ? asked : Checked(storyboard.Undo(), kUndo);
+    if (FAILED(asked)) return asked;
+    return can == VARIANT_TRUE ? Checked(storyboard.Undo(), kUndo) : S_FALSE;
 }
 
+/// S_FALSE when there is nothing to redo.
 HRESULT RedoLast(IZXEProductionData& storyboard)
 {
     VARIANT_BOOL can = VARIANT_FALSE;
     Bstr description;
     const HRESULT asked = Checked(storyboard.CanRedo(&can, description.Put()), kCanRedo);
-    return FAILED(asked) || can != VARIANT_TRUE ? asked : Checked(storyboard.Redo(), kRedo);
+    if (FAILED(asked)) return asked;
+    return can == VARIANT_TRUE ? Checked(storyboard.Redo(), kRedo) : S_FALSE;
 }
 
 } // namespace
-
-CKVSbdProxy::CKVSbdProxy()
-{
-    SharedUndoContext().attachNodes.Restart();
-}
 
 HRESULT CKVSbdProxy::Finish()
 {
@@ -59,9 +58,17 @@ HRESULT CKVSbdProxy::Finish()
 HRESULT CKVSbdProxy::Run()
 {
     ZXUClearErrorStack();
+    std::vector<IZXEProductionData*> done;
+    done.reserve(m_storyboards.size());
     for (const auto& storyboard : m_storyboards) {
         const HRESULT result = m_undoes ? UndoLast(*storyboard) : RedoLast(*storyboard);
-        if (FAILED(result)) return Checked(result, kStopped);
+        if (FAILED(result)) {
+            // All of them stay where they were, so that the next turn finds them together.
+            for (IZXEProductionData* back : done)
+                m_undoes ? back->Redo() : back->Undo();
+            return Checked(result, kStopped);
+        }
+        if (result != S_FALSE) done.push_back(storyboard.Get());
     }
     return S_OK;
 }
@@ -69,9 +76,14 @@ HRESULT CKVSbdProxy::Run()
 HRESULT CKVSbdProxy::Do(IOleUndoManager* manager)
 {
     return Guarded([&] {
-        const HRESULT run = Run();
-        if (FAILED(run)) return run;
-        m_undoes = !m_undoes;
+        if (m_passOver) {
+            m_passOver = false;
+        } else {
+            const HRESULT run = Run();
+            m_passOver = FAILED(run);
+            if (FAILED(run)) return run;
+            m_undoes = !m_undoes;
+        }
         const HRESULT added = Checked(AddTo(manager), kAdd);
         if (FAILED(added)) return added;
         SharedUndoContext().attachNodes.Run();

@@ -20,14 +20,13 @@ protected:
 /// Has the storyboards of a step undo and redo their last blocks in turn.
 class CKVSbdProxy final : public CStdOleUndoUnit<CKVSbdProxy, 105, IOleUndoUnit> {
 public:
-    CKVSbdProxy();
-
     void Append(ComPtr<IZXEProductionData> storyboard) { m_storyboards.push_back(std::move(storyboard)); }
 
     /// Sees to it that every storyboard's open block holds a unit.
     HRESULT Finish();
 
-    /// The first storyboard that fails ends it, with its result. One that has nothing to undo is passed over.
+    /// The first storyboard that fails ends it, with its result: those before it are taken back to where they were, and
+    /// the next turn, which would take this one back, does nothing. One that has nothing to undo is passed over.
     HRESULT Do(IOleUndoManager* manager) override;
 
 private:
@@ -35,6 +34,7 @@ private:
 
     std::vector<ComPtr<IZXEProductionData>> m_storyboards;
     bool m_undoes = true;
+    bool m_passOver = false;
 };
 
 } // namespace kv

@@ -21,13 +21,13 @@ HRESULT UndoStep::AddStoryboards()
 HRESULT UndoStep::Close(bool commit)
 {
     // What a host opened within the step and did not close is part of the step.
-    m_unit->CloseOpenChild();
+    m_unit->EndOpenChild();
     return m_manager.Close(m_unit.Get(), commit);
 }
 
 void UndoStep::Abandon()
 {
-    m_unit->CloseOpenChild();
+    m_unit->EndOpenChild();
     m_unit->Empty();
     m_manager.Close(m_unit.Get(), false);
 }

@@ -10,10 +10,29 @@ namespace kv {
 /// The compound unit of one project's step.
 class ProjectStep final : public CStdOleParentUndoUnit {
 public:
+    /// By which a step is told from the units of others.
+    static constexpr GUID IID = "6f0d2a51-2f6b-4c5e-9a84-7be1c9d3a0f4"_guid;
+
     /// The project is not counted, and used for nothing but to tell its steps from others.
     explicit ProjectStep(const CProjectNode& project) : m_project(&project) {}
 
     bool BelongsTo(const CProjectNode& project) const { return m_project == &project; }
+
+    /// E_INVALIDARG, and nothing is taken back, for a unit that is not open here.
+    HRESULT Close(IOleParentUndoUnit* parent, BOOL commit) override
+    {
+        const bool isThis = parent == this || IsSameObject(parent, Controlling());
+        if (!isThis && !HasOpenChild()) return E_INVALIDARG;
+        return CStdOleParentUndoUnit::Close(parent, commit);
+    }
+
+protected:
+    HRESULT FindInterface(REFIID iid, void** out) override
+    {
+        if (iid != IID) return CStdOleParentUndoUnit::FindInterface(iid, out);
+        *out = ComPtr<ProjectStep>(this).Detach();
+        return S_OK;
+    }
 
 private:
     const CProjectNode* const m_project;
@@ -25,6 +44,7 @@ public:
     UndoStep(IOleUndoManager& manager, ComPtr<ProjectStep> unit) : m_manager(manager), m_unit(std::move(unit)) {}
 
     StateRecorder* Recorder() { return this; }
+    const ComPtr<ProjectStep>& Unit() const { return m_unit; }
 
     /// Adds a unit that is complete.
     HRESULT Add(const ComPtr<IOleUndoUnit>& unit) { return m_manager.Add(unit.Get()); }

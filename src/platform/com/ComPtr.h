@@ -98,4 +98,10 @@ ComPtr<T> Query(const ComPtr<Source>& source)
     return Query<T>(source.Get());
 }
 
+/// Whether two interfaces are of the same object.
+inline bool IsSameObject(IUnknown* a, IUnknown* b)
+{
+    return a == b || Query<IUnknown>(a) == Query<IUnknown>(b);
+}
+
 } // namespace kv

@@ -61,13 +61,14 @@ struct IOleUndoManager : IUnknown {
     virtual HRESULT Add(IOleUndoUnit* unit) = 0;
     /// That of the open parent; S_FALSE when none is open.
     virtual HRESULT GetOpenParentState(DWORD* state) = 0;
-    /// Discards a unit and those older on its stack; both stacks for null. An open parent stays open. E_INVALIDARG for
-    /// a unit on neither stack, E_UNEXPECTED while an undo or redo runs.
+    /// Discards a unit and those older on its stack, or the parent that holds it and those older; both stacks for null.
+    /// An open parent stays open. E_INVALIDARG for a unit on neither stack, E_UNEXPECTED while an undo or redo runs and
+    /// of a disabled manager.
     virtual HRESULT DiscardFrom(IOleUndoUnit* unit) = 0;
     /// Undoes the units down to this one; the newest for null. When one fails, those that were undone are redone, so
     /// that the stacks are as before, and its result is returned; E_ABORT when that fails too, with both stacks empty.
     /// E_FAIL for an empty stack, E_INVALIDARG for a unit that is not on it, E_UNEXPECTED while a parent is open or an
-    /// undo or redo runs.
+    /// undo or redo runs, and of a disabled manager.
     virtual HRESULT UndoTo(IOleUndoUnit* unit) = 0;
     /// The same with the stacks changed.
     virtual HRESULT RedoTo(IOleUndoUnit* unit) = 0;

@@ -5,15 +5,20 @@
 namespace kv {
 namespace {
 
-bool IsSame(IUnknown* a, IUnknown* b)
-{
-    return a == b || Query<IUnknown>(a) == Query<IUnknown>(b);
-}
-
 /// The place of a unit in a stack; its end for a unit that is not there.
 UnitStack::iterator FindUnit(UnitStack& stack, IOleUndoUnit* unit)
 {
-    return std::ranges::find_if(stack, [unit](const auto& kept) { return IsSame(kept.Get(), unit); });
+    return std::ranges::find_if(stack, [unit](const auto& kept) { return IsSameObject(kept.Get(), unit); });
+}
+
+/// The same, or the place of the parent that holds the unit at some depth.
+UnitStack::iterator FindRoot(UnitStack& stack, IOleUndoUnit* unit)
+{
+    return std::ranges::find_if(stack, [unit](const auto& kept) {
+        if (IsSameObject(kept.Get(), unit)) return true;
+        const auto parent = Query<IOleParentUndoUnit>(kept);
+        return parent && parent->FindUnit(unit) == S_OK;
+    });
 }
 
 HRESULT Enumerate(const UnitStack& stack, IEnumOleUndoUnits** units)
@@ -48,7 +53,7 @@ HRESULT UndoManager::Close(IOleParentUndoUnit* parent, BOOL commit)
 {
     if (!m_enabled) return S_OK;
     if (!m_open) return S_FALSE;
-    const bool isOutermost = IsSame(m_open.Get(), parent);
+    const bool isOutermost = IsSameObject(m_open.Get(), parent);
     const HRESULT closed = m_open->Close(parent, commit);
     if (FAILED(closed)) return closed;
     if (closed == S_FALSE && parent && !isOutermost) return E_INVALIDARG;
@@ -95,7 +100,7 @@ HRESULT UndoManager::DiscardFrom(IOleUndoUnit* unit)
     }
     return Guarded([&] {
         for (UnitStack* stack : {&m_undo, &m_redo}) {
-            const auto from = FindUnit(*stack, unit);
+            const auto from = FindRoot(*stack, unit);
             if (from == stack->end()) continue;
             discarded.assign(stack->begin(), from + 1);
             stack->erase(stack->begin(), from + 1);
@@ -164,6 +169,8 @@ HRESULT UndoManager::Run(UnitStack& stack, std::size_t count, State state)
         const std::size_t before = target.size();
         result = running->Do(this);
         if (SUCCEEDED(result)) continue;
+        // E_ABORT is what the manager itself says when it is lost.
+        if (result == E_ABORT) result = E_FAIL;
         // A unit that failed has changed nothing, so that its ways back are void.
         m_open.Reset();
         while (target.size() > before)

@@ -100,6 +100,39 @@ TEST_F(CompoundUnitTest, RollsBackWhatIsNotCommitted)
     EXPECT_EQ((std::vector{1}), Log());
 }
 
+TEST_F(CompoundUnitTest, AStrangerClosesNoStep)
+{
+    const auto stranger = NewCompound();
+    manager->DiscardFrom(nullptr);
+    Begin();
+    SetLabel(u"x");
+    for (IOleParentUndoUnit* parent : {stranger.Get(), static_cast<IOleParentUndoUnit*>(nullptr)}) {
+        for (const BOOL commit : {0, 1})
+            EXPECT_EQ(E_INVALIDARG, manager->Close(parent, commit));
+    }
+    EXPECT_EQ(u"x", Label());
+    End();
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_EQ(u"<null>", Label());
+}
+
+TEST_F(CompoundUnitTest, AUnitWithinAStepIsDiscardedWithIt)
+{
+    Begin();
+    End();
+    Begin();
+    const auto unit = Unit(1);
+    manager->Add(unit.Get());
+    End();
+    Begin(u"newest");
+    End();
+    EXPECT_EQ(E_INVALIDARG, manager->DiscardFrom(Unit(2).Get()));
+    EXPECT_EQ(S_OK, manager->DiscardFrom(unit.Get()));
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_FALSE(CanUndo()) << "the newest alone was left";
+    EXPECT_TRUE(Log().empty());
+}
+
 TEST_F(CompoundUnitTest, TakesAHostsUnitsIntoTheStep)
 {
     const auto nested = NewCompound();

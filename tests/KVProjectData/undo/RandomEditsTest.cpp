@@ -43,12 +43,16 @@ std::ostream& operator<<(std::ostream& out, const Sequence& sequence)
 /// A project that edits are applied to.
 class Workbench {
 public:
+    /// The document, with the recorded settings that it does not hold.
     std::u16string Document()
     {
         const auto document = SaveToDocument(*project.Get());
         ComPtr<IXMLDOMElement> root;
         document->get_documentElement(root.Put());
-        return XmlOf(*root.Get());
+        std::u16string text = XmlOf(*root.Get());
+        text += test::Text(*project.Get(), &IKVProjectData::get_VolumeName);
+        text += ToUtf16(std::to_string(ValueOf(*project.Get(), &IKVProjectData::get_TargetType)));
+        return text;
     }
 
     static bool EditsRemovedTitle(const Edit& edit) { return edit.kind % 12 == 7; }
@@ -101,7 +105,7 @@ public:
             project->put_DiscSize(static_cast<DiscSizeEnum>(edit.what % 12));
             break;
         case 1:
-            project->put_ThemeSource(Text(edit.what).Get());
+            project->put_ThemeSource(RandomText(edit.what).Get());
             break;
         case 2:
             project->put_MenuLess(edit.what % 2 ? VARIANT_TRUE : VARIANT_FALSE);
@@ -114,7 +118,10 @@ public:
     const ComPtr<IKVProjectData> project = NewProject();
 
 private:
-    static Bstr Text(unsigned number) { return number % 7 ? Bstr(u"text " + ToUtf16(std::to_string(number))) : Bstr(); }
+    static Bstr RandomText(unsigned number)
+    {
+        return number % 7 ? Bstr(u"text " + ToUtf16(std::to_string(number))) : Bstr();
+    }
 
     /// A position from 0 up to just behind the last.
     LONG Position(unsigned number, HRESULT (IKVProjectData::*count)(LONG*))
@@ -140,12 +147,12 @@ private:
     void EditProject(unsigned which, unsigned what)
     {
         const VARIANT_BOOL flag = what % 2 ? VARIANT_TRUE : VARIANT_FALSE;
-        switch (which % 8) {
+        switch (which % 10) {
         case 0:
-            project->put_Label(Text(what).Get());
+            project->put_Label(RandomText(what).Get());
             break;
         case 1:
-            project->put_DisplayName(Text(what).Get());
+            project->put_DisplayName(RandomText(what).Get());
             break;
         case 2:
             project->put_DiscFormat(static_cast<DiscFormat>(what % 13));
@@ -162,6 +169,12 @@ private:
         case 6:
             project->put_DoCompression(flag);
             break;
+        case 7:
+            project->put_VolumeName(RandomText(what).Get());
+            break;
+        case 8:
+            project->put_TargetType(what);
+            break;
         default:
             project->put_DiscVideoType(static_cast<DiscVideoType>(what % 4));
             break;
@@ -172,7 +185,7 @@ private:
     {
         switch (what % 6) {
         case 0:
-            title.put_Label(Text(what).Get());
+            title.put_Label(RandomText(what).Get());
             break;
         case 1:
             title.put_Tag(what % 16);
@@ -267,7 +280,7 @@ private:
         if (what % 2) {
             file->put_Tag(what);
         } else {
-            file->put_DestPath(Text(what).Get());
+            file->put_DestPath(RandomText(what).Get());
         }
     }
 

@@ -16,9 +16,10 @@ protected:
         data = Query<IZXEProductionData>(production);
     }
 
-    void AddSource(const char16_t* name)
+    void AddSource(const char16_t* name) { AddSource(production.Get(), name); }
+    static void AddSource(IUnknown* storyboard, const char16_t* name)
     {
-        EXPECT_EQ(S_OK, Query<IEditData>(production)->AddSourceFile(0, Str(name).Get(), 0.0, 0.0, -1, nullptr));
+        EXPECT_EQ(S_OK, Query<IEditData>(storyboard)->AddSourceFile(0, Str(name).Get(), 0.0, 0.0, -1, nullptr));
     }
     LONG Panels() { return ValueOf(*data.Get(), &IZXEProductionData::GetPanelCount); }
 
@@ -159,6 +160,45 @@ TEST_F(StoryboardUndoTest, AStoryboardThatFailsToUndoIsReportedAndTheRestIsUndon
     EXPECT_EQ((std::vector<std::string>{"KVProjectUndo(197): *** Error " + code + "\n",
                                         "KVProjectUndo(212): *** Error " + code + "\n"}),
               ZXUErrorStack());
+}
+
+TEST_F(StoryboardUndoTest, StoryboardsStayTogetherWhenOneFails)
+{
+    ComPtr<IKVTitle> second;
+    ComPtr<IUnknown> other;
+    project->AddTitle(0, second.Put());
+    second->GetProduction(other.Put());
+    const auto stubborn = Make<StubbornUnit>();
+    stubborn->result = S_OK;
+    for (const char16_t* label : {u"one", u"two"}) {
+        Begin();
+        for (const auto& storyboard : {production, other}) {
+            EXPECT_EQ(S_OK, project->BeginStoryboardUndo(storyboard.Get(), 1));
+            AddSource(storyboard.Get(), u"moniker:a");
+        }
+        EXPECT_EQ(S_OK, Query<IZXEProductionData>(other)->AddUndoUnit(Query<IUnknown>(stubborn).Get()));
+        SetLabel(label);
+        End();
+    }
+    const auto expect = [&](LONG panels, std::u16string_view label) {
+        EXPECT_EQ(panels, Panels());
+        EXPECT_EQ(panels, ValueOf(*Query<IZXEProductionData>(other).Get(), &IZXEProductionData::GetPanelCount));
+        EXPECT_EQ(label, Label());
+    };
+    for (const bool undo : {true, false}) {
+        stubborn->result = E_ACCESSDENIED;
+        undo ? project->UndoOperation() : project->RedoOperation();
+        expect(undo ? 2 : 1, undo ? u"one" : u"two");
+        stubborn->result = S_OK;
+        // The way back has nothing to do in the storyboards, and the next turn all of it.
+        undo ? project->RedoOperation() : project->UndoOperation();
+        expect(undo ? 2 : 1, undo ? u"two" : u"one");
+        undo ? project->UndoOperation() : project->RedoOperation();
+        expect(undo ? 1 : 2, undo ? u"one" : u"two");
+    }
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    expect(0, u"<null>");
 }
 
 } // namespace

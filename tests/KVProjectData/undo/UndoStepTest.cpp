@@ -144,34 +144,125 @@ TEST_F(UndoStepTest, ASnapshotBringsEverythingBackAndSaysSo)
             EXPECT_EQ(after, XmlOf(*SaveToDocument(*project.Get()).Get()));
             EXPECT_EQ(S_OK, project->UndoOperation());
         }
-        ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
     }
 }
 
-TEST_F(UndoStepTest, RecordsFindObjectsThatASnapshotMadeAnew)
+TEST_F(UndoStepTest, SettingsThatNoDocumentHoldsAreTakenBackToo)
+{
+    using Setter = HRESULT (IKVProjectData::*)(BSTR);
+    using Getter = HRESULT (IKVProjectData::*)(BSTR*);
+    const std::pair<Setter, Getter> texts[] = {
+        {&IKVProjectData::put_VolumeName, &IKVProjectData::get_VolumeName},
+        {&IKVProjectData::put_ProjectDirectory, &IKVProjectData::get_ProjectDirectory},
+        {&IKVProjectData::put_ImagePath, &IKVProjectData::get_ImagePath},
+        {&IKVProjectData::put_TargetDrive, &IKVProjectData::get_TargetDrive}};
+    const auto set = [&](std::u16string_view value, ULONG target) {
+        for (const auto& [put, get] : texts)
+            EXPECT_EQ(S_OK, (project.Get()->*put)(Bstr(value).Get()));
+        EXPECT_EQ(S_OK, project->put_TargetType(target));
+    };
+    const auto expect = [&](std::u16string_view value, ULONG target) {
+        for (const auto& [put, get] : texts)
+            EXPECT_EQ(value, Text(*project.Get(), get));
+        EXPECT_EQ(target, ValueOf(*project.Get(), &IKVProjectData::get_TargetType));
+    };
+    set(u"before", 2);
+    for (const bool snapshot : {false, true}) {
+        ASSERT_EQ(S_OK, snapshot ? project->TakeUndoSnapshot(nullptr) : Begin());
+        set(u"after", 4);
+        End();
+        EXPECT_EQ(S_OK, project->UndoOperation());
+        expect(u"before", 2);
+        EXPECT_EQ(S_OK, project->RedoOperation());
+        expect(u"after", 4);
+        EXPECT_EQ(S_OK, project->UndoOperation());
+    }
+}
+
+TEST_F(UndoStepTest, ASnapshotBringsBackTheObjectsThemselves)
 {
     const auto encoding = Query<IKVEncodingParams>(title);
-    encoding->put_SyncToProject(VARIANT_FALSE);
+    ComPtr<IKVDataFile> file;
+    ComPtr<IUnknown> production;
+    project->AddDataFile(0, file.Put());
+    file->put_DestPath(Str(u"before").Get());
+    title->put_Source(Str(u"clip.mpg").Get());
+    title->GetProduction(production.Put());
+    project->put_FrameRate(30.0);
+    project->put_ProjectSize(7);
     Begin();
     SetLabel(u"labelled");
-    encoding->put_VideoBitrate(1000);
-    project->AddTitle(0, nullptr);
     End();
+    ComPtr<IKVTitle> added;
     project->TakeUndoSnapshot(nullptr);
-    project->put_Label(Str(u"x").Get());
+    SetLabel(u"after");
+    file->put_DestPath(Str(u"after").Get());
+    project->RemoveDataFile(1, nullptr);
+    project->RemoveTitle(ValueOf(*title.Get(), &IKVTitle::get_ID), nullptr);
+    project->AddTitle(0, added.Put());
     End();
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(S_OK, project->UndoOperation());
+        ComPtr<IKVTitle> back;
+        ComPtr<IKVDataFile> fileBack;
+        ASSERT_EQ(S_OK, project->GetTitle(1, back.Put()));
+        ASSERT_EQ(S_OK, project->GetDataFile(1, fileBack.Put()));
+        EXPECT_EQ(title, back);
+        EXPECT_EQ(file, fileBack);
+        EXPECT_EQ(1, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
+        EXPECT_EQ(u"labelled", Label());
+        EXPECT_EQ(u"before", Text(*file.Get(), &IKVDataFile::get_DestPath));
+        EXPECT_EQ(u"clip.mpg", Text(*title.Get(), &IKVTitle::get_Source));
+        ComPtr<IUnknown> same;
+        EXPECT_EQ(S_OK, title->GetProduction(same.Put()));
+        EXPECT_EQ(production, same);
+        EXPECT_EQ(30.0, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
+        EXPECT_EQ(7, ValueOf(*project.Get(), &IKVProjectData::get_ProjectSize));
+        EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+        EXPECT_EQ(S_OK, project->RedoOperation());
+        ASSERT_EQ(S_OK, project->GetTitle(1, back.Put()));
+        EXPECT_EQ(added, back);
+        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_DataFileCount));
+    }
     EXPECT_EQ(S_OK, project->UndoOperation());
-    ComPtr<IKVTitle> anew;
-    ASSERT_EQ(S_OK, project->GetTitle(1, anew.Put()));
-    ASSERT_NE(title, anew);
-    EXPECT_EQ(S_OK, project->UndoOperation());
-    EXPECT_EQ(u"<null>", Text(*anew.Get(), &IKVTitle::get_Label));
-    EXPECT_EQ(8000000, ValueOf(*Query<IKVEncodingParams>(anew).Get(), &IKVEncodingParams::get_VideoBitrate));
-    EXPECT_EQ(u"labelled", Label()) << "no part of the project any more";
-    EXPECT_EQ(1, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
-    EXPECT_EQ(S_OK, project->RedoOperation());
-    EXPECT_EQ(u"labelled", Text(*anew.Get(), &IKVTitle::get_Label));
-    EXPECT_EQ(2, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
+    EXPECT_EQ(S_OK, project->UndoOperation()) << "a record from before finds its object";
+    EXPECT_EQ(u"<null>", Label());
+    manager->DiscardFrom(nullptr);
+    added->AddRef();
+    EXPECT_EQ(1u, added->Release()) << "the snapshot has let go of it";
+}
+
+TEST_F(UndoStepTest, ASnapshotThatCannotBeCancelledSaysSo)
+{
+    SetLabel(u"before");
+    project->TakeUndoSnapshot(nullptr);
+    SetLabel(u"after");
+    const auto locking = Query<IKVLocking>(project);
+    locking->LockObject(VARIANT_FALSE);
+    EXPECT_EQ(KV_E_LOCKED, End(false));
+    EXPECT_EQ(u"after", Label());
+    locking->UnlockObject(VARIANT_FALSE);
+    EXPECT_EQ(S_OK, End(false)) << "it can be tried again";
+    EXPECT_EQ(u"before", Label());
+
+    project->TakeUndoSnapshot(nullptr);
+    EXPECT_EQ(S_OK, project->put_Label(Bstr(u"no XML \u0001").Get()));
+    EXPECT_EQ(S_OK, End(false)) << "a state that cannot be saved does not hinder";
+    EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_Label));
+    EXPECT_EQ(S_OK, project->RedoOperation()) << "nor can it be brought back";
+    EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_Label));
+
+    const auto other = NewProject();
+    project->TakeUndoSnapshot(nullptr);
+    EXPECT_EQ(S_OK, project->Clear());
+    other->BeginUndo(nullptr);
+    EXPECT_EQ(KV_E_UNDO_STEP_OPEN, other->BeginUndo(nullptr));
+    EXPECT_EQ(E_UNEXPECTED, End(false)) << "what it would take back is forgotten";
+    other->BeginUndo(nullptr);
+    other->put_Label(Str(u"other").Get());
+    other->EndUndo(VARIANT_TRUE);
+    EXPECT_EQ(S_OK, End(false)) << "no step";
+    EXPECT_EQ(u"other", Text(*other.Get(), &IKVProjectData::get_Label));
 }
 
 TEST_F(UndoStepTest, ALockedProjectKeepsItsSnapshotForLater)
@@ -188,7 +279,6 @@ TEST_F(UndoStepTest, ALockedProjectKeepsItsSnapshotForLater)
     EXPECT_EQ(u"after", Label()) << "nothing was undone that could be redone";
     locking->UnlockObject(VARIANT_FALSE);
     EXPECT_EQ(S_OK, project->UndoOperation());
-    ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
     EXPECT_EQ(u"before", Label());
 }
 
