@@ -1,5 +1,5 @@
 #pragma once
-// Lets a node list its attributes once, for reading and for writing.
+// Lets a node list its attributes once, for documents and for undo.
 //
 // A node has one function `template <class Archive> void Attributes(Archive& archive)` that names its attributes in
 // the order of their names; `ArchivedNode` runs it in every direction.
@@ -37,46 +37,102 @@ struct OneOrZero {
     bool& value;
 };
 
-/// Counts the values that are recorded.
-class AttributeCounter {
+/// Counts the values that a record of the node holds.
+class RecordCounter {
 public:
-    std::size_t Count() const { return m_count; }
+    std::uint32_t Strings() const { return m_strings; }
+    std::uint32_t Numbers() const { return m_numbers; }
 
-    void ID(CProjectNode&) { ++m_count; }
+    void ID(CProjectNode&) { ++m_numbers; }
+    void operator()(std::string_view, Bstr&) { ++m_strings; }
     template <class Field>
     void operator()(std::string_view, Field&&)
     {
-        ++m_count;
+        ++m_numbers;
+    }
+    template <class Field, class Take>
+    void WriteRead(std::string_view name, Field& field, Take&&)
+    {
+        (*this)(name, field);
+    }
+    template <class Field>
+    void OnlyRecord(Field& field)
+    {
+        (*this)({}, field);
     }
     template <class T>
     void OnlyWrite(std::string_view, T)
     {
-        ++m_count;
-    }
-    template <class Field, class Take>
-    void WriteRead(std::string_view, const Field&, Take&&)
-    {
-        ++m_count;
     }
     template <class Field>
     void OnlyRead(std::string_view, Field&&)
     {
     }
-    template <class Field>
-    void OnlyRecord(Field&&)
+
+private:
+    std::uint32_t m_strings = 0;
+    std::uint32_t m_numbers = 0;
+};
+
+/// Fills a record, or exchanges the node's fields for what a record holds.
+template <bool kExchange>
+class RecordArchive {
+public:
+    explicit RecordArchive(RecordedValues& record) : m_record(record) {}
+
+    void ID(CProjectNode& node)
     {
-        ++m_count;
+        const LONG kept = m_record.Exchange(m_numbers++, node.ID());
+        if (kExchange) node.SetID(kept);
+    }
+    template <class T>
+    void operator()(std::string_view name, NamedField<T> field)
+    {
+        (*this)(name, field.value);
+    }
+    void operator()(std::string_view name, OneOrZero field) { (*this)(name, field.value); }
+    void operator()(std::string_view, Bstr& field)
+    {
+        if constexpr (kExchange) {
+            field = m_record.Exchange(m_strings++, std::move(field));
+        } else {
+            m_record.Exchange(m_strings++, field);
+        }
+    }
+    template <class Number>
+    void operator()(std::string_view, Number& field)
+    {
+        const Number kept = m_record.Exchange(m_numbers++, field);
+        if (kExchange) field = kept;
+    }
+    template <class Field, class Take>
+    void WriteRead(std::string_view name, Field& field, Take&&)
+    {
+        (*this)(name, field);
+    }
+    template <class Field>
+    void OnlyRecord(Field& field)
+    {
+        (*this)({}, field);
+    }
+    template <class T>
+    void OnlyWrite(std::string_view, T)
+    {
+    }
+    template <class Field>
+    void OnlyRead(std::string_view, Field&&)
+    {
     }
 
 private:
-    std::size_t m_count = 0;
+    RecordedValues& m_record;
+    std::uint32_t m_strings = 0;
+    std::uint32_t m_numbers = 0;
 };
 
-/// Appends to an AttributeMap, or to AttributeValues alone.
-template <class Target>
 class AttributeWriter {
 public:
-    explicit AttributeWriter(Target& attributes) : m_attributes(attributes) {}
+    explicit AttributeWriter(AttributeMap& attributes) : m_attributes(attributes) {}
 
     void ID(CProjectNode& node) { Set("ID", static_cast<ULONG>(node.ID())); }
 
@@ -109,15 +165,18 @@ public:
     }
     /// Undone, and in no document.
     template <class Field>
-    void OnlyRecord(const Field& value)
+    void OnlyRecord(Field&&)
     {
-        if constexpr (std::is_same_v<Target, AttributeValues>) Set({}, value);
     }
 
 private:
-    void Set(std::string_view name, AttributeValue value) { m_attributes.Append(name, std::move(value)); }
+    template <class Value>
+    void Set(std::string_view name, Value&& value)
+    {
+        m_attributes.Append(name, std::forward<Value>(value));
+    }
 
-    Target& m_attributes;
+    AttributeMap& m_attributes;
 };
 
 /// An attribute that is absent leaves its field as it is.
@@ -185,113 +244,49 @@ private:
     std::size_t m_hint = 0;
 };
 
-/// Exchanges the fields for the values that the same node has written.
-class AttributeExchanger {
-public:
-    explicit AttributeExchanger(AttributeValues& values) : m_values(values) {}
-
-    void ID(CProjectNode& node)
-    {
-        AttributeValue& stored = Next();
-        const auto before = static_cast<ULONG>(node.ID());
-        node.SetID(stored.ToID());
-        stored = before;
-    }
-    template <class T>
-    void operator()(std::string_view, NamedField<T> field)
-    {
-        AttributeValue& stored = Next();
-        const T before = std::exchange(field.value, static_cast<T>(stored.LeadingInteger()));
-        stored = NamedValue{static_cast<ULONG>(before), &field.names};
-    }
-    void operator()(std::string_view, OneOrZero field)
-    {
-        AttributeValue& stored = Next();
-        stored = LONG{std::exchange(field.value, stored.ToBool())};
-    }
-    void operator()(std::string_view, Bstr& field)
-    {
-        AttributeValue& stored = Next();
-        stored = std::exchange(field, stored.TakeBstr());
-    }
-    void operator()(std::string_view, LONG& field)
-    {
-        AttributeValue& stored = Next();
-        stored = std::exchange(field, stored.ToLong());
-    }
-    void operator()(std::string_view, ULONG& field)
-    {
-        AttributeValue& stored = Next();
-        stored = std::exchange(field, stored.ToULong());
-    }
-    void operator()(std::string_view, bool& field)
-    {
-        AttributeValue& stored = Next();
-        stored = std::exchange(field, stored.ToBool());
-    }
-    template <class T>
-    void OnlyWrite(std::string_view, T)
-    {
-        Next();
-    }
-    template <class Field, class Take>
-    void WriteRead(std::string_view, const Field& value, Take&& take)
-    {
-        AttributeValue& stored = Next();
-        const Field before = value;
-        take(stored);
-        stored = before;
-    }
-    template <class Field>
-    void OnlyRead(std::string_view, Field&&)
-    {
-    }
-    template <class Field>
-    void OnlyRecord(Field& field)
-    {
-        (*this)({}, field);
-    }
-
-private:
-    AttributeValue& Next() { return m_values.At(m_next++); }
-
-    AttributeValues& m_values;
-    std::size_t m_next = 0;
-};
-
 /// Implements the attributes of `Derived` by its `Attributes` function, on top of `Base`, a kind of node.
 template <class Derived, class Base = CProjectNode>
 class ArchivedNode : public Base {
 public:
-    void GetAttributes(AttributeMap& attributes) final { Write(attributes); }
+    void GetAttributes(AttributeMap& attributes) final
+    {
+        constexpr std::size_t kUsualCount = 16;
+        attributes.Clear();
+        attributes.Reserve(kUsualCount);
+        AttributeWriter writer(attributes);
+        Run(writer);
+    }
 
     void SetAttributes(const AttributeMap& attributes) final
     {
         AttributeReader reader(attributes);
-        static_cast<Derived&>(*this).Attributes(reader);
+        Run(reader);
     }
 
-    void GetState(AttributeValues& values) final { Write(values); }
-
-    void ExchangeState(AttributeValues& values) final
+    RecordedValues GetRecord() final
     {
-        AttributeExchanger exchanger(values);
-        static_cast<Derived&>(*this).Attributes(exchanger);
+        RecordCounter counter;
+        Run(counter);
+        RecordedValues record(counter.Strings(), counter.Numbers());
+        RecordArchive<false> writer(record);
+        Run(writer);
+        return record;
+    }
+
+    void ExchangeRecord(RecordedValues& record) final
+    {
+        RecordArchive<true> exchanger(record);
+        Run(exchanger);
     }
 
 protected:
     using Base::Base;
 
 private:
-    template <class Target>
-    void Write(Target& attributes)
+    template <class Archive>
+    void Run(Archive& archive)
     {
-        AttributeCounter counter;
-        static_cast<Derived&>(*this).Attributes(counter);
-        attributes.Clear();
-        attributes.Reserve(counter.Count());
-        AttributeWriter<Target> writer(attributes);
-        static_cast<Derived&>(*this).Attributes(writer);
+        static_cast<Derived&>(*this).Attributes(archive);
     }
 };
 

@@ -675,11 +675,11 @@ void CKVProjectData::Attributes(Archive& archive)
     archive.OnlyRecord(m_targetDrive);
 }
 
-template void CKVProjectData::Attributes(AttributeWriter<AttributeMap>&);
-template void CKVProjectData::Attributes(AttributeWriter<AttributeValues>&);
+template void CKVProjectData::Attributes(AttributeWriter&);
 template void CKVProjectData::Attributes(AttributeReader&);
-template void CKVProjectData::Attributes(AttributeExchanger&);
-template void CKVProjectData::Attributes(AttributeCounter&);
+template void CKVProjectData::Attributes(RecordCounter&);
+template void CKVProjectData::Attributes(RecordArchive<false>&);
+template void CKVProjectData::Attributes(RecordArchive<true>&);
 
 CProjectNode* CKVProjectData::CreateItem(NodeType type, CProjectNode& parent)
 {

@@ -76,11 +76,11 @@ void CKVTitle::Attributes(Archive& archive)
     archive.WriteRead("vobSize", m_vobSize, [this](const AttributeValue& value) { m_vobSize = ParseSize(value); });
 }
 
-template void CKVTitle::Attributes(AttributeWriter<AttributeMap>&);
-template void CKVTitle::Attributes(AttributeWriter<AttributeValues>&);
+template void CKVTitle::Attributes(AttributeWriter&);
 template void CKVTitle::Attributes(AttributeReader&);
-template void CKVTitle::Attributes(AttributeExchanger&);
-template void CKVTitle::Attributes(AttributeCounter&);
+template void CKVTitle::Attributes(RecordCounter&);
+template void CKVTitle::Attributes(RecordArchive<false>&);
+template void CKVTitle::Attributes(RecordArchive<true>&);
 
 HRESULT CKVTitle::get_ID(LONG* pVal)
 {

@@ -5,6 +5,7 @@
 
 #include <cassert>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kv {
@@ -13,18 +14,12 @@ struct Attribute {
     /// A literal, or borrowed from the document that is being read.
     std::string_view name;
     AttributeValue value;
-};
 
-/// The values alone, in the order of their names: what an undo record keeps of a node.
-class AttributeValues {
-public:
-    void Clear() { m_values.clear(); }
-    void Reserve(std::size_t count) { m_values.reserve(count); }
-    void Append(std::string_view, AttributeValue value) { m_values.push_back(std::move(value)); }
-    AttributeValue& At(std::size_t index) { return m_values[index]; }
-
-private:
-    std::vector<AttributeValue> m_values;
+    template <class Value>
+    Attribute(std::string_view attributeName, Value&& attributeValue)
+        : name(attributeName), value(std::forward<Value>(attributeValue))
+    {
+    }
 };
 
 class AttributeMap {
@@ -37,10 +32,11 @@ public:
     void Reserve(std::size_t count) { m_attributes.reserve(count); }
 
     /// Adds one behind the others; its name follows theirs in the order.
-    void Append(std::string_view name, AttributeValue value)
+    template <class Value>
+    void Append(std::string_view name, Value&& value)
     {
         assert(m_attributes.empty() || m_attributes.back().name < name);
-        m_attributes.push_back({name, std::move(value)});
+        m_attributes.emplace_back(name, std::forward<Value>(value));
     }
 
     /// Null when there is none. Asking for names in order is the cheap case: `hint` carries the position on.

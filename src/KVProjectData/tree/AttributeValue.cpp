@@ -97,12 +97,6 @@ Bstr AttributeValue::ToBstr() const
     return Bstr::Attach(ToVariant().As(VT_BSTR).Detach().bstrVal);
 }
 
-Bstr AttributeValue::TakeBstr()
-{
-    Bstr* string = std::get_if<Bstr>(&m_value);
-    return string ? std::move(*string) : ToBstr();
-}
-
 LONG AttributeValue::LeadingInteger() const
 {
     return std::visit(Match{[](LONG value) { return value; }, [](ULONG value) { return static_cast<LONG>(value); },

@@ -45,8 +45,6 @@ public:
     /// Any non-zero number, and the word true, is true.
     bool ToBool() const;
     Bstr ToBstr() const;
-    /// The same, without a copy where the value is a string; it is empty then.
-    Bstr TakeBstr();
     /// The integer that the text starts with, 0 when it starts with none; never fails.
     LONG LeadingInteger() const;
 

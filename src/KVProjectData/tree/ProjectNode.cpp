@@ -23,7 +23,7 @@ ComPtr<IXMLDOMNode> DomNode(IUnknown* object)
 
 class AttributeCollector final : public XMLAttributeVisitor {
 public:
-    void Attribute(std::string_view name, std::string_view value) override { attributes.push_back({name, value}); }
+    void Attribute(std::string_view name, std::string_view value) override { attributes.emplace_back(name, value); }
 
     std::vector<kv::Attribute> attributes;
 };

@@ -3,6 +3,7 @@
 
 #include "KVProjectData/tree/AttributeMap.h"
 #include "KVProjectData/tree/NodeType.h"
+#include "KVProjectData/tree/RecordedValues.h"
 #include "platform/com/Error.h"
 #include "platform/system/CriticalSection.h"
 #include "platform/xml/Dom.h"
@@ -58,10 +59,10 @@ public:
     virtual void GetAttributes(AttributeMap& attributes) = 0;
     /// Takes over the attributes that are there. Throws Error for a value that cannot be read.
     virtual void SetAttributes(const AttributeMap& attributes) = 0;
-    /// Gives the values of the node's attributes, for `ExchangeState` of this node or of its like.
-    virtual void GetState(AttributeValues& values) = 0;
-    /// Takes over these values and gives the present ones in their place.
-    virtual void ExchangeState(AttributeValues& values) = 0;
+    /// The values that an undo record keeps of the node.
+    virtual RecordedValues GetRecord() = 0;
+    /// Takes over what `GetRecord` of this node gave, and keeps the present values in its place.
+    virtual void ExchangeRecord(RecordedValues& record) = 0;
     virtual HRESULT LoadElement(IXMLDOMNode* element);
     virtual HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
     /// The object that the node is part of; not counted.

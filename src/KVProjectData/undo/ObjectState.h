@@ -6,10 +6,10 @@
 
 namespace kv {
 
-/// The attributes that the node would write into a document, and what else of it is recorded.
+/// The values that the node would write into a document, and what else of it is recorded.
 class CKVObjectState final : public StateRecord<CKVObjectState, 102> {
 public:
-    explicit CKVObjectState(CProjectNode& node) : m_node(node) { node.GetState(m_values); }
+    explicit CKVObjectState(CProjectNode& node) : m_node(node), m_record(node.GetRecord()) {}
 
 protected:
     Bstr Description() const override { return m_node.Description(); }
@@ -20,12 +20,12 @@ private:
         CProjectNode* node = m_node.Find();
         if (!node) return S_FALSE;
         const SectionLock lock(node->Section());
-        node->ExchangeState(m_values);
+        node->ExchangeRecord(m_record);
         return S_OK;
     }
 
     const RecordedNode m_node;
-    AttributeValues m_values;
+    RecordedValues m_record;
 };
 
 } // namespace kv

@@ -8,8 +8,11 @@
 namespace kv {
 
 /// Keeps the units of a step, which serve for undo and redo in turn: each knows the way back from the last way.
-class CStdOleParentUndoUnit : public CStdOleUndoUnit<CStdOleParentUndoUnit, 0, IOleParentUndoUnit, ICPSUndoParentEnum> {
+class CStdOleParentUndoUnit
+    : public CStdOleUndoUnit<CStdOleParentUndoUnit, 0, IOleParentUndoUnit, ICPSUndoParentEnum, IOwnedUndoUnit> {
 public:
+    explicit CStdOleParentUndoUnit(const void* owner) : m_owner(owner) {}
+
     /// While the units run, Open, Close and Add answer S_OK and do nothing.
     HRESULT Open(IOleParentUndoUnit* parent) override;
     /// S_FALSE when it is this unit that its manager may close, S_OK when it has rolled back or has closed a unit
@@ -24,6 +27,8 @@ public:
 
     HRESULT EnumChildren(IEnumOleUndoUnits** ppEnum) override;
 
+    HRESULT BelongsTo(const void* owner) override { return owner == m_owner ? S_OK : S_FALSE; }
+
     /// Takes in a unit that was opened within this one and not closed, or drops it where that cannot be.
     void EndOpenChild();
     /// Drops all units.
@@ -36,6 +41,7 @@ private:
     /// There is an open child; on failure it stays open.
     HRESULT CloseOpenChild();
 
+    const void* const m_owner;
     ComPtr<IOleParentUndoUnit> m_openChild;
     UnitStack m_children;
     DWORD m_state = UAS_NORMAL;

@@ -33,7 +33,7 @@ ProjectImage::ProjectImage(CProjectNode& project, IKVFileService& files)
     ThrowIfFailed(m_document->putref_documentElement(root.Get()));
     const SectionLock lock(project.Section());
     ThrowIfFailed(files.PersistToXML(root.Get(), project.Identity()));
-    project.GetState(m_settings);
+    m_settings = project.GetRecord();
     Visit(project, 0);
 }
 
@@ -61,7 +61,7 @@ HRESULT ProjectImage::Restore(CProjectNode& project, IKVFileService& files)
     m_next = 0;
     const SectionLock lock(project.Section());
     const HRESULT loaded = files.PersistFromXML(root.Get(), project.Identity());
-    if (SUCCEEDED(loaded)) project.ExchangeState(m_settings);
+    if (SUCCEEDED(loaded)) project.ExchangeRecord(m_settings);
     return loaded;
 }
 

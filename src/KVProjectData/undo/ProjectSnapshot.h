@@ -34,7 +34,7 @@ private:
     };
 
     ComPtr<IXMLDOMDocument> m_document;
-    AttributeValues m_settings;
+    RecordedValues m_settings;
     /// In the order of the document.
     std::vector<Item> m_items;
     std::size_t m_next = 0;

@@ -25,22 +25,8 @@ void ProjectUndo::Terminate()
     if (!m_manager) return;
     m_snapshotStep.Reset();
     m_snapshot.Reset();
-    RemoveSteps(&IOleUndoManager::EnumUndoable);
-    RemoveSteps(&IOleUndoManager::EnumRedoable);
+    if (const auto removal = Query<IUndoUnitRemoval>(m_manager)) removal->RemoveUnitsOf(&m_project);
     m_manager.Reset();
-}
-
-void ProjectUndo::RemoveSteps(HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndoUnits**))
-{
-    const auto removal = Query<IUndoUnitRemoval>(m_manager);
-    ComPtr<IEnumOleUndoUnits> units;
-    if (FAILED((m_manager.Get()->*enumerate)(units.Put()))) return;
-    for (ComPtr<IOleUndoUnit> unit; units->Next(1, unit.Put(), nullptr) == S_OK;) {
-        const auto step = Query<ProjectStep>(unit);
-        if (!step || !step->BelongsTo(m_project)) continue;
-        step->Empty();
-        if (removal) removal->RemoveUnit(unit.Get());
-    }
 }
 
 HRESULT ProjectUndo::Begin(BSTR description)
@@ -91,7 +77,7 @@ HRESULT ProjectUndo::CancelSnapshot()
     const HRESULT listed = m_manager->EnumUndoable(units.Put());
     if (FAILED(listed)) return listed;
     units->Next(1, newest.Put(), nullptr);
-    if (Query<ProjectStep>(newest) != m_snapshotStep) {
+    if (!IsSameObject(newest.Get(), m_snapshotStep->Controlling())) {
         // Other steps have come over it, or it was undone already: what is newest now is not to be taken back.
         m_snapshotStep.Reset();
         m_snapshot.Reset();

@@ -56,8 +56,6 @@ private:
     void CloseStoryboards(bool commit);
     /// Takes back the step that the pending snapshot consists of.
     HRESULT CancelSnapshot();
-    /// Removes this project's steps from the manager.
-    void RemoveSteps(HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndoUnits**));
 
     CProjectNode& m_project;
     ComPtr<IOleUndoManager> m_manager;

@@ -10,13 +10,7 @@ namespace kv {
 /// The compound unit of one project's step.
 class ProjectStep final : public CStdOleParentUndoUnit {
 public:
-    /// By which a step is told from the units of others.
-    static constexpr GUID IID = "6f0d2a51-2f6b-4c5e-9a84-7be1c9d3a0f4"_guid;
-
-    /// The project is not counted, and used for nothing but to tell its steps from others.
-    explicit ProjectStep(const CProjectNode& project) : m_project(&project) {}
-
-    bool BelongsTo(const CProjectNode& project) const { return m_project == &project; }
+    explicit ProjectStep(const CProjectNode& project) : CStdOleParentUndoUnit(&project) {}
 
     /// E_INVALIDARG, and nothing is taken back, for a unit that is not open here.
     HRESULT Close(IOleParentUndoUnit* parent, BOOL commit) override
@@ -25,17 +19,6 @@ public:
         if (!isThis && !HasOpenChild()) return E_INVALIDARG;
         return CStdOleParentUndoUnit::Close(parent, commit);
     }
-
-protected:
-    HRESULT FindInterface(REFIID iid, void** out) override
-    {
-        if (iid != IID) return CStdOleParentUndoUnit::FindInterface(iid, out);
-        *out = ComPtr<ProjectStep>(this).Detach();
-        return S_OK;
-    }
-
-private:
-    const CProjectNode* const m_project;
 };
 
 class UndoStep final : private StateRecorder {

@@ -82,11 +82,20 @@ struct IOleUndoManager : IUnknown {
     virtual HRESULT Enable(BOOL enable) = 0;
 };
 
-/// Beside IOleUndoManager: takes units out that have lost their meaning, whatever lies above or below.
+/// Beside IOleUndoUnit: a unit that means nothing without what it belongs to.
+struct IOwnedUndoUnit : IUnknown {
+    static constexpr GUID IID = "0d4cf6ae-6c35-4bb0-9c3e-52a31f1b6d22"_guid;
+    using Base = IUnknown;
+
+    /// S_OK or S_FALSE. The owner is used for nothing but to be told from others.
+    virtual HRESULT BelongsTo(const void* owner) = 0;
+};
+
+/// Beside IOleUndoManager: takes out the units of an owner that ends, whatever lies above or below.
 struct IUndoUnitRemoval : IUnknown {
     static constexpr GUID IID = "0d4cf6ae-6c35-4bb0-9c3e-52a31f1b6d21"_guid;
     using Base = IUnknown;
 
-    /// E_INVALIDARG for a unit on neither stack, E_UNEXPECTED while an undo or redo runs.
-    virtual HRESULT RemoveUnit(IOleUndoUnit* unit) = 0;
+    /// E_UNEXPECTED while an undo or redo runs.
+    virtual HRESULT RemoveUnitsOf(const void* owner) = 0;
 };

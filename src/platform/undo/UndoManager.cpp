@@ -1,6 +1,7 @@
 #include "platform/undo/UndoManager.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace kv {
 namespace {
@@ -110,18 +111,22 @@ HRESULT UndoManager::DiscardFrom(IOleUndoUnit* unit)
     });
 }
 
-HRESULT UndoManager::RemoveUnit(IOleUndoUnit* unit)
+HRESULT UndoManager::RemoveUnitsOf(const void* owner)
 {
-    if (!unit) return E_POINTER;
     if (m_state != State::Recording) return E_UNEXPECTED;
-    for (UnitStack* stack : {&m_undo, &m_redo}) {
-        const auto found = FindUnit(*stack, unit);
-        if (found == stack->end()) continue;
-        const ComPtr<IOleUndoUnit> removed = std::move(*found);
-        stack->erase(found);
+    const auto stays = [owner](const ComPtr<IOleUndoUnit>& unit) {
+        const auto owned = Query<IOwnedUndoUnit>(unit);
+        return !owned || owned->BelongsTo(owner) != S_OK;
+    };
+    return Guarded([&] {
+        UnitStack removed;
+        for (UnitStack* stack : {&m_undo, &m_redo}) {
+            const auto end = std::stable_partition(stack->begin(), stack->end(), stays);
+            std::move(end, stack->end(), std::back_inserter(removed));
+            stack->erase(end, stack->end());
+        }
         return S_OK;
-    }
-    return E_INVALIDARG;
+    });
 }
 
 HRESULT UndoManager::UndoTo(IOleUndoUnit* unit)

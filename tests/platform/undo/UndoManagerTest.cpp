@@ -16,7 +16,7 @@ using kv::ComPtr;
 using kv::Make;
 
 /// Writes down what it does, and adds itself for the way back.
-class Unit : public kv::Object<IOleUndoUnit> {
+class Unit : public kv::Object<IOleUndoUnit, IOwnedUndoUnit> {
 public:
     Unit(std::string name, std::vector<std::string>& log) : m_name(std::move(name)), m_log(log) {}
     ~Unit() override { m_log.push_back("~" + m_name); }
@@ -40,8 +40,11 @@ public:
         return S_OK;
     }
 
+    HRESULT BelongsTo(const void* other) override { return other == owner ? S_OK : S_FALSE; }
+
     HRESULT result = S_OK;
     std::function<void(IOleUndoManager*)> before;
+    const void* owner = nullptr;
 
 private:
     const std::string m_name;
@@ -230,7 +233,9 @@ TEST_F(UndoManagerTest, GivesUpWhenNeitherWayWorks)
 {
     const auto a = Add("a");
     const auto b = Add("b");
-    a->result = E_ACCESSDENIED;
+    a->result = E_ABORT;
+    EXPECT_EQ(E_FAIL, manager->UndoTo(a.Get())) << "nothing was lost";
+    EXPECT_EQ((Names{"b", "a"}), Undoable());
     a->before = [&](IOleUndoManager*) { b->result = E_FAIL; };
     EXPECT_EQ(E_ABORT, manager->UndoTo(a.Get()));
     EXPECT_EQ((Names{}), Undoable());
@@ -246,18 +251,29 @@ TEST_F(UndoManagerTest, DiscardsWhatIsOlderToo)
     EXPECT_EQ((Names{"c"}), Undoable());
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
     Add("d");
-    const auto removal = kv::Query<IUndoUnitRemoval>(manager);
-    Add("e");
-    const auto f = Add("f");
-    Add("g");
+    EXPECT_EQ((Names{"d"}), Undoable());
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
-    EXPECT_EQ(S_OK, removal->RemoveUnit(f.Get()));
-    EXPECT_EQ(E_INVALIDARG, removal->RemoveUnit(f.Get()));
-    EXPECT_EQ((Names{"e", "d"}), Undoable());
-    EXPECT_EQ((Names{"g"}), Redoable());
     EXPECT_EQ(S_OK, manager->DiscardFrom(nullptr));
     EXPECT_EQ((Names{}), Undoable());
     EXPECT_EQ((Names{}), Redoable());
+}
+
+TEST_F(UndoManagerTest, LetsGoOfTheUnitsOfAnOwner)
+{
+    const int owner = 0;
+    const auto removal = kv::Query<IUndoUnitRemoval>(manager);
+    for (const char* name : {"a", "b", "c", "d", "e"})
+        Add(name)->owner = *name == 'b' || *name == 'd' ? &owner : nullptr;
+    Add("f")->before = [&](IOleUndoManager*) { EXPECT_EQ(E_UNEXPECTED, removal->RemoveUnitsOf(&owner)); };
+    EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
+    EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
+    EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
+    EXPECT_EQ(S_OK, removal->RemoveUnitsOf(&owner));
+    EXPECT_EQ((Names{"c", "a"}), Undoable());
+    EXPECT_EQ((Names{"e", "f"}), Redoable());
+    const Names gone = Log();
+    EXPECT_EQ(1, std::ranges::count(gone, "~b"));
+    EXPECT_EQ(1, std::ranges::count(gone, "~d"));
 }
 
 TEST_F(UndoManagerTest, KeepsNothingWhileDisabled)
