@@ -30,6 +30,12 @@ public:
 
 } // namespace
 
+std::mutex& ParentLinks()
+{
+    static std::mutex links;
+    return links;
+}
+
 CProjectNode::~CProjectNode()
 {
     if (m_parent) std::erase(m_parent->m_children, this);
@@ -152,8 +158,9 @@ CProjectNode* CProjectNode::RemoveChildAt(LONG index)
 
 void CProjectNode::SetParent(CProjectNode* parent)
 {
-    // What is on its way up, inside this section, still finds the parent that it started for.
+    // What is on its way up, inside this section or by the links alone, still finds the parent that it started for.
     const SectionLock lock(m_section);
+    const std::lock_guard links(ParentLinks());
     m_parent = parent;
 }
 
@@ -174,7 +181,7 @@ HRESULT CProjectNode::MoveChild(LONG from, LONG to, CProjectNode** moved)
 
 CProjectNode* CProjectNode::FindChildByID(LONG id, LONG* index) const
 {
-    const auto found = std::ranges::find(m_children, id, &CProjectNode::m_ID);
+    const auto found = std::ranges::find(m_children, id, &CProjectNode::ID);
     if (found == m_children.end()) return nullptr;
     if (index) *index = static_cast<LONG>(found - m_children.begin());
     return *found;
@@ -200,7 +207,7 @@ LONG CProjectNode::IndexOf(const CProjectNode& child, LONG hint) const
 LONG CProjectNode::IndexInParent() const
 {
     LONG index = -1;
-    if (m_parent) m_parent->FindChildByID(m_ID, &index);
+    if (m_parent) m_parent->FindChildByID(ID(), &index);
     return index;
 }
 

@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -31,6 +32,10 @@ class CProjectNode;
 
 /// Leads to a node as long as it lives; null afterwards.
 using NodeLink = std::shared_ptr<CProjectNode*>;
+
+/// Held while a parent link changes. Whoever holds it may climb the tree without any section, as an engine's thread has
+/// to; nothing but the event queue is locked meanwhile.
+std::mutex& ParentLinks();
 
 /// A node does not own its children: whoever adds one keeps it alive (CNodeList does so by reference).
 /// Every public operation of a node's interface runs inside the node's section; operations that reach into
@@ -68,7 +73,7 @@ public:
     /// The object that the node is part of; not counted.
     virtual IUnknown* Identity() = 0;
 
-    LONG ID() const { return m_ID; }
+    LONG ID() const { return m_ID.load(std::memory_order_relaxed); }
     NodeType Type() const { return m_type; }
     CProjectNode* Parent() const { return m_parent; }
     CriticalSection& Section() { return m_section; }
@@ -205,7 +210,7 @@ private:
     bool Record(bool major, Keep&& keep);
 
     CriticalSection m_section;
-    LONG m_ID = 0;
+    std::atomic<LONG> m_ID{0};
     const NodeType m_type;
     std::vector<CProjectNode*> m_children;
     CProjectNode* m_parent = nullptr;

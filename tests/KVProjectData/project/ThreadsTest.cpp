@@ -1,0 +1,106 @@
+// What several threads may do at once with one project; the thread sanitizer looks on.
+
+#include "KVProjectData/Engine.h"
+#include "support/Host.h"
+
+#include <atomic>
+#include <thread>
+
+namespace kv::test {
+namespace {
+
+constexpr LONG kRounds = 200;
+
+/// Runs both at once until the second has made all its rounds.
+template <class Meanwhile, class Round>
+void Together(Meanwhile&& meanwhile, Round&& round)
+{
+    std::atomic<bool> done{false};
+    std::thread other([&] {
+        while (!done)
+            meanwhile();
+    });
+    for (LONG i = 0; i < kRounds; ++i)
+        round(i);
+    done = true;
+    other.join();
+}
+
+class ThreadsTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(S_OK, project->AddTitle(0, title.Put())); }
+
+    ComPtr<IKVProjectData> project = NewProject();
+    ComPtr<IKVTitle> title;
+};
+
+TEST_F(ThreadsTest, AnEngineTellsOfATitleThatComesAndGoes)
+{
+    const auto sink = Make<RecordingSink>();
+    const Connection connection(*project, *sink);
+    ComPtr<IUnknown> production;
+    ASSERT_EQ(S_OK, title->GetProduction(production.Put()));
+    const auto engine = Query<IZXEProductionNotify>(production);
+    const LONG id = ValueOf(*title.Get(), &IKVTitle::get_ID);
+    Together([&] { engine->Notify(0, 1, 0); },
+             [&](LONG round) {
+                 if (round % 2) {
+                     EXPECT_EQ(S_OK, project->UndoOperation());
+                 } else {
+                     project->BeginUndo(nullptr);
+                     EXPECT_EQ(S_OK, project->RemoveTitle(id, nullptr));
+                     project->EndUndo(VARIANT_TRUE);
+                 }
+                 if (round == kRounds - 1) {
+                     // For good now.
+                     project->Clear();
+                     title.Reset();
+                 }
+             });
+    EXPECT_TRUE(sink->WaitFor(EVENT_TitleProductionEvent));
+}
+
+TEST_F(ThreadsTest, AProductionIsReplacedWhileItIsAskedFor)
+{
+    const auto first = Create<IUnknown>(CLSID_ZXEProduction);
+    const auto second = Create<IUnknown>(CLSID_ZXEProduction);
+    const auto encoding = Query<IKVEncodingParams>(title);
+    Together(
+        [&] {
+            ValueOf(*project.Get(), &IKVProjectData::get_IsDirty);
+            ValueOf(*encoding.Get(), &IKVEncodingParams::get_AspectRatio);
+            Bstr source;
+            title->GetSourceFromProd(source.Put());
+        },
+        [&](LONG round) { title->SetProduction((round % 2 ? first : second).Get()); });
+}
+
+TEST_F(ThreadsTest, AProjectIsSavedWhileItIsEdited)
+{
+    const auto commands = Query<IKVCommandList>(title);
+    Together([&] { SaveToDocument(*project.Get()); },
+             [&](LONG round) {
+                 const std::u16string text(static_cast<std::size_t>(round), u'x');
+                 DiscCommandParams command{PlayMenu, round, 0, nullptr};
+                 title->put_Label(Bstr(text).Get());
+                 project->put_Label(Bstr(text).Get());
+                 commands->SetCommandList(round % 2, &command);
+                 project->AddDataFile(1, nullptr);
+                 project->RemoveDataFile(1, nullptr);
+             });
+}
+
+TEST_F(ThreadsTest, OneThreadsEditsAreRecordedInTheStepOfAnother)
+{
+    const auto other = NewProject();
+    Together([&] { other->put_TVStandard(PAL); },
+             [&](LONG) {
+                 project->BeginUndo(nullptr);
+                 title->put_Label(Str(u"x").Get());
+                 project->EndUndo(VARIANT_TRUE);
+                 project->UndoOperation();
+             });
+}
+
+} // namespace
+} // namespace kv::test
