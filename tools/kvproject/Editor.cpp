@@ -4,7 +4,7 @@
 #include "ObjectPath.h"
 #include "Tree.h"
 
-#include "platform/undo/OleUndo.h"
+#include "KVProjectData/ICPSUndoParentEnum.h"
 
 #include <algorithm>
 #include <charconv>
@@ -41,14 +41,36 @@ LONG ParsePosition(std::string_view text)
 }
 
 /// Takes " at N" from the end; 0, which is behind the last, without it.
-LONG TakePlace(std::string_view& arguments)
+LONG TakePlace(std::string_view& text)
 {
     constexpr std::string_view kAt = "at ";
-    const std::size_t at = arguments.rfind(kAt);
-    if (at == arguments.npos || (at > 0 && kBlanks.find(arguments[at - 1]) == kBlanks.npos)) return 0;
-    const LONG place = ParsePosition(Trimmed(arguments.substr(at + kAt.size())));
-    arguments = Trimmed(arguments.substr(0, at));
-    return place;
+    const std::size_t at = text.rfind(kAt);
+    if (at == text.npos || (at > 0 && kBlanks.find(text[at - 1]) == kBlanks.npos)) return 0;
+    const std::string_view number = Trimmed(text.substr(at + kAt.size()));
+    if (number.find_first_not_of("0123456789") != number.npos) return 0;
+    text = Trimmed(text.substr(0, at));
+    return ParsePosition(number);
+}
+
+/// What "add" names, and where it is to stand.
+struct Addition {
+    std::string name;
+    LONG place;
+};
+
+/// A name that ends like a place itself stands in double quotes.
+Addition ParseAddition(std::string_view text)
+{
+    if (!text.starts_with('"')) {
+        const LONG place = TakePlace(text);
+        return {std::string(text), place};
+    }
+    const std::size_t end = text.rfind('"');
+    if (end == 0) throw Failure("the closing quote is missing");
+    std::string_view rest = Trimmed(text.substr(end + 1));
+    const LONG place = TakePlace(rest);
+    if (!rest.empty()) throw Failure("'" + std::string(rest) + "' stands behind the closing quote");
+    return {std::string(text.substr(1, end - 1)), place};
 }
 
 void RequireFile(const std::string& file)
@@ -71,7 +93,7 @@ kv::ComPtr<IOleUndoManager> ManagerOf(IKVProjectData& project)
 
 std::string TextOf(const kv::Bstr& description)
 {
-    return description.Empty() ? "(without a name)" : kv::ToUtf8(description.View());
+    return description.Empty() ? "a step without a name" : kv::ToUtf8(description.View());
 }
 
 /// The descriptions of a stack, the next in turn first.
@@ -87,6 +109,29 @@ std::vector<std::string> Descriptions(IOleUndoManager& manager,
         texts.push_back(TextOf(description));
     }
     return texts;
+}
+
+/// Takes out the newest step when it holds nothing that could be undone.
+bool RemoveEmptyStep(IOleUndoManager& manager)
+{
+    kv::ComPtr<IEnumOleUndoUnits> steps;
+    kv::ComPtr<IOleUndoUnit> newest;
+    Require(manager.EnumUndoable(steps.Put()), "cannot list the steps");
+    if (steps->Next(1, newest.Put(), nullptr) != S_OK) return false;
+    kv::ComPtr<IEnumOleUndoUnits> children;
+    kv::ComPtr<IOleUndoUnit> child;
+    const auto step = kv::Query<ICPSUndoParentEnum>(newest);
+    if (!step || FAILED(step->EnumChildren(children.Put()))) return false;
+    if (children->Next(1, child.Put(), nullptr) == S_OK) return false;
+    const auto removal = kv::Query<IUndoUnitRemoval>(&manager);
+    return removal && SUCCEEDED(removal->RemoveUnit(newest.Get()));
+}
+
+kv::Bstr DocumentText(const Session& session)
+{
+    kv::Bstr text;
+    Require(session.Document()->get_xml(text.Put()), "cannot write the project");
+    return text;
 }
 
 } // namespace
@@ -118,7 +163,7 @@ constexpr Editor::Command Editor::kCommands[] = {
 };
 
 Editor::Editor(Session& session, EventPrinter& events, std::string file, std::ostream& out)
-    : m_session(session), m_events(events), m_file(std::move(file)), m_out(out)
+    : m_session(session), m_events(events), m_file(std::move(file)), m_out(out), m_saved(DocumentText(session))
 {
 }
 
@@ -145,22 +190,26 @@ bool Editor::Obey(std::string_view line)
     return !m_quit;
 }
 
+bool Editor::Unsaved() const
+{
+    return DocumentText(m_session).View() != m_saved.View();
+}
+
 template <class Edit>
 void Editor::Change(Edit&& edit)
 {
     if (m_stepOpen) {
         edit();
-    } else {
-        OpenStep(&IKVProjectData::BeginUndo, m_line);
-        try {
-            edit();
-        } catch (...) {
-            CloseStep(false);
-            throw;
-        }
-        CloseStep(true);
+        return;
     }
-    m_unsaved = true;
+    OpenStep(&IKVProjectData::BeginUndo, m_line);
+    try {
+        edit();
+        if (!CommitStep()) m_out << "(cannot be undone)\n";
+    } catch (...) {
+        if (m_stepOpen) CloseStep(false);
+        throw;
+    }
 }
 
 void Editor::OpenStep(HRESULT (IKVProjectData::*open)(BSTR), std::string_view description)
@@ -174,8 +223,14 @@ void Editor::OpenStep(HRESULT (IKVProjectData::*open)(BSTR), std::string_view de
 
 void Editor::CloseStep(bool commit)
 {
-    m_stepOpen = false;
     Require(m_session.Project().EndUndo(commit ? VARIANT_TRUE : VARIANT_FALSE), "cannot end the step");
+    m_stepOpen = false;
+}
+
+bool Editor::CommitStep()
+{
+    CloseStep(true);
+    return !RemoveEmptyStep(*ManagerOf(m_session.Project()));
 }
 
 void Editor::RequireNoStep() const
@@ -200,22 +255,28 @@ void Editor::Set(std::string_view arguments)
 void Editor::Add(std::string_view arguments)
 {
     const std::string_view kind = TakeWord(arguments);
-    const LONG place = TakePlace(arguments);
+    const Addition addition = ParseAddition(arguments);
+    const std::string& name = addition.name;
     if (kind == "title") {
-        const std::string clip(arguments);
-        if (!clip.empty()) RequireFile(clip);
-        Change([&] {
-            const auto title = m_events.AddTitle(clip.empty() ? kv::Bstr() : Wide(clip), place);
-            const std::string name = std::filesystem::path(clip).stem().string();
-            if (!clip.empty()) Require(title->put_Label(Wide(name).Get()), "cannot name the title");
-        });
+        if (!name.empty()) RequireFile(name);
+        Change([&] { AddTitle(name, addition.place); });
     } else if (kind == "file") {
-        if (arguments.empty()) throw Failure("add file: which file?");
-        RequireFile(std::string(arguments.substr(0, arguments.find('='))));
-        Change([&] { AddDataFile(m_session.Project(), std::string(arguments), place); });
+        if (name.empty()) throw Failure("add file: which file?");
+        RequireFile(name.substr(0, name.find('=')));
+        Change([&] { AddDataFile(m_session.Project(), name, addition.place); });
     } else {
         throw Failure("add what? A title or a file");
     }
+}
+
+void Editor::AddTitle(const std::string& clip, LONG place)
+{
+    const auto title = m_events.AddTitle(clip.empty() ? kv::Bstr() : Wide(clip), place);
+    if (clip.empty()) return;
+    const std::string label = std::filesystem::path(clip).stem().string();
+    Require(title->put_Label(Wide(label).Get()), "cannot name the title");
+    // What measuring the first clip changes belongs to the step.
+    m_events.WaitForAll();
 }
 
 void Editor::Remove(std::string_view arguments)
@@ -246,7 +307,7 @@ void Editor::Snapshot(std::string_view description)
 void Editor::End(std::string_view)
 {
     RequireStep();
-    CloseStep(true);
+    if (!CommitStep()) m_out << "(nothing in the step can be undone)\n";
 }
 
 void Editor::Cancel(std::string_view)
@@ -263,7 +324,6 @@ void Editor::Undo(std::string_view)
         throw Failure("there is nothing to undo");
     }
     Require(m_session.Project().UndoOperation(), "cannot undo");
-    m_unsaved = true;
     m_out << "undone: " << TextOf(description) << '\n';
 }
 
@@ -275,7 +335,6 @@ void Editor::Redo(std::string_view)
         throw Failure("there is nothing to redo");
     }
     Require(m_session.Project().RedoOperation(), "cannot redo");
-    m_unsaved = true;
     m_out << "redone: " << TextOf(description) << '\n';
 }
 
@@ -296,7 +355,7 @@ void Editor::Show(std::string_view path)
     if (path.empty()) {
         PrintTree(ReadTree(m_session.Project()), m_out);
     } else {
-        m_out << ValueText(GetMember(m_session.Project(), path)) << '\n';
+        m_out << GetMember(m_session.Project(), path) << '\n';
     }
 }
 
@@ -305,7 +364,7 @@ void Editor::Save(std::string_view file)
     const std::string target = file.empty() ? m_file : std::string(file);
     m_session.Save(target);
     m_file = target;
-    m_unsaved = false;
+    m_saved = DocumentText(m_session);
 }
 
 void Editor::Quit(std::string_view)

@@ -3,6 +3,7 @@
 
 #include "EventPrinter.h"
 #include "Session.h"
+#include "platform/automation/Bstr.h"
 
 #include <ostream>
 #include <string>
@@ -22,8 +23,8 @@ public:
     /// for a line that cannot be obeyed, which then has changed nothing.
     bool Obey(std::string_view line);
 
-    /// There are changes that were not saved.
-    bool Unsaved() const { return m_unsaved; }
+    /// A save would write another document than the last one did.
+    bool Unsaved() const;
 
 private:
     struct Command;
@@ -31,6 +32,8 @@ private:
 
     void Set(std::string_view arguments);
     void Add(std::string_view arguments);
+    /// A title of its own for a clip, or an empty one.
+    void AddTitle(const std::string& clip, LONG place);
     void Remove(std::string_view arguments);
     void Move(std::string_view arguments);
     void Begin(std::string_view description);
@@ -49,7 +52,10 @@ private:
     template <class Edit>
     void Change(Edit&& edit);
     void OpenStep(HRESULT (IKVProjectData::*open)(BSTR), std::string_view description);
+    /// The step stays open when that fails.
     void CloseStep(bool commit);
+    /// False for a step in which nothing was recorded: it is not kept.
+    bool CommitStep();
     void RequireNoStep() const;
     void RequireStep() const;
 
@@ -58,8 +64,9 @@ private:
     std::string m_file;
     std::ostream& m_out;
     std::string m_line;
+    /// The document as it was loaded, or saved last.
+    kv::Bstr m_saved;
     bool m_stepOpen = false;
-    bool m_unsaved = false;
     bool m_quit = false;
 };
 

@@ -4,7 +4,6 @@
 #include "platform/com/Object.h"
 
 #include <algorithm>
-#include <iostream>
 #include <sstream>
 
 namespace kvproject {
@@ -48,7 +47,7 @@ std::string Line(const kv::MemberDescription& event, const DISPPARAMS& params)
 
 class EventSink final : public kv::Object<_IKVProjectDataEvents> {
 public:
-    explicit EventSink(bool print) : m_print(print) {}
+    explicit EventSink(std::ostream* out) : m_out(out) {}
 
     HRESULT GetTypeInfoCount(ULONG* count) override
     {
@@ -79,7 +78,7 @@ public:
             return S_OK;
         }
         const kv::MemberDescription* event = FindEvent(member);
-        if (m_print && event) std::cout << Line(*event, *params) << std::endl;
+        if (m_out && event) *m_out << Line(*event, *params) << std::endl;
         return S_OK;
     }
 
@@ -94,14 +93,15 @@ public:
     }
 
 private:
-    const bool m_print;
+    std::ostream* const m_out;
     std::mutex m_gate;
     std::mutex m_mutex;
     std::condition_variable m_fenceArrived;
     int m_fences = 0;
 };
 
-EventPrinter::EventPrinter(IKVProjectData& project, bool print) : m_project(project), m_sink(kv::Make<EventSink>(print))
+EventPrinter::EventPrinter(IKVProjectData& project, std::ostream* out)
+    : m_project(project), m_sink(kv::Make<EventSink>(out))
 {
     const auto container = kv::Query<IConnectionPointContainer>(&project);
     if (!container) throw Failure("the project tells no events");

@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <ostream>
 
 namespace kvproject {
 
@@ -16,8 +17,8 @@ class EventSink;
 /// Connected to a project from construction to destruction.
 class EventPrinter {
 public:
-    /// With `print` off it only keeps the order of things. Throws Failure when it cannot connect.
-    EventPrinter(IKVProjectData& project, bool print);
+    /// Without a stream it only keeps the order of things. Throws Failure when it cannot connect.
+    EventPrinter(IKVProjectData& project, std::ostream* out);
     ~EventPrinter();
     EventPrinter(const EventPrinter&) = delete;
     EventPrinter& operator=(const EventPrinter&) = delete;

@@ -10,6 +10,7 @@ namespace kvproject {
 namespace {
 
 constexpr std::array kMeanings = std::to_array<std::pair<HRESULT, std::string_view>>({
+    {S_FALSE, "there is no value at the moment"},
     {E_NOTIMPL, "this operation is not available"},
     {E_NOINTERFACE, "the object does not offer what was asked of it"},
     {E_POINTER, "a value is missing"},
@@ -56,6 +57,11 @@ std::string Describe(HRESULT result)
     for (const auto& [code, text] : kMeanings) {
         if (code == result) meaning = text;
     }
+    return Describe(result, meaning);
+}
+
+std::string Describe(HRESULT result, std::string_view meaning)
+{
     char number[16];
     std::snprintf(number, sizeof number, "0x%08X", static_cast<ULONG>(result));
     return std::string(meaning) + " (" + number + ")";

@@ -17,6 +17,8 @@ public:
 
 /// What a result code says, with its number: "the object is locked (0xC201004E)".
 std::string Describe(HRESULT result);
+/// The same where the place tells more than the code does.
+std::string Describe(HRESULT result, std::string_view meaning);
 
 /// Throws a Failure that names what was tried, unless it succeeded.
 void Require(HRESULT result, std::string_view what);

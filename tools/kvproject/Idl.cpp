@@ -1,49 +1,15 @@
 #include "Idl.h"
 
 #include "Failure.h"
-#include "platform/automation/TypeInfo.h"
+#include "TypeRecords.h"
 #include "platform/com/Activation.h"
-#include "platform/com/ComPtr.h"
 
 #include <cstdio>
-#include <functional>
-#include <memory>
-#include <vector>
 
 namespace kvproject {
 namespace {
 
 using kv::ComPtr;
-
-/// Records of a type info, given back when they go.
-template <class Record>
-using Owned = std::unique_ptr<Record, std::function<void(Record*)>>;
-
-Owned<TYPEATTR> Attributes(ITypeInfo& info)
-{
-    TYPEATTR* attributes = nullptr;
-    Require(info.GetTypeAttr(&attributes), "the type library is damaged");
-    return {attributes, [&info](TYPEATTR* record) { info.ReleaseTypeAttr(record); }};
-}
-
-std::string Name(ITypeInfo& info)
-{
-    kv::Bstr name;
-    info.GetDocumentation(DISPID_UNKNOWN, name.Put(), nullptr);
-    return kv::ToUtf8(name.View());
-}
-
-std::vector<std::string> MemberNames(ITypeInfo& info, DISPID member)
-{
-    constexpr ULONG kRoom = 16;
-    BSTR names[kRoom]{};
-    ULONG count = 0;
-    info.GetNames(member, names, kRoom, &count);
-    std::vector<std::string> result;
-    for (ULONG i = 0; i < count; ++i)
-        result.push_back(kv::ToUtf8(kv::Bstr::Attach(names[i]).View()));
-    return result;
-}
 
 std::string Hex(ULONG value)
 {
@@ -66,7 +32,7 @@ std::string TypeName(ITypeInfo& info, const TYPEDESC& type)
     case VT_USERDEFINED: {
         ComPtr<ITypeInfo> referred;
         // A type of another library is known by its interface alone.
-        return SUCCEEDED(info.GetRefTypeInfo(type.hreftype, referred.Put())) ? Name(*referred) : "IUnknown";
+        return SUCCEEDED(info.GetRefTypeInfo(type.hreftype, referred.Put())) ? NameOf(*referred) : "IUnknown";
     }
     case VT_UI1:
         return "BYTE";
@@ -119,9 +85,7 @@ std::string Direction(WORD flags)
 void PrintFunctions(ITypeInfo& info, WORD count, std::ostream& out)
 {
     for (WORD i = 0; i < count; ++i) {
-        FUNCDESC* record = nullptr;
-        Require(info.GetFuncDesc(i, &record), "the type library is damaged");
-        const Owned<FUNCDESC> function(record, [&info](FUNCDESC* owned) { info.ReleaseFuncDesc(owned); });
+        const auto function = FunctionOf(info, i);
         const auto names = MemberNames(info, function->memid);
         out << "        [";
         if (function->invkind == DISPATCH_PROPERTYGET) out << "propget, ";
@@ -142,9 +106,7 @@ void PrintFunctions(ITypeInfo& info, WORD count, std::ostream& out)
 void PrintVariables(ITypeInfo& info, const TYPEATTR& attributes, std::ostream& out)
 {
     for (WORD i = 0; i < attributes.cVars; ++i) {
-        VARDESC* record = nullptr;
-        Require(info.GetVarDesc(i, &record), "the type library is damaged");
-        const Owned<VARDESC> variable(record, [&info](VARDESC* owned) { info.ReleaseVarDesc(owned); });
+        const auto variable = VariableOf(info, i);
         const std::string name = MemberNames(info, variable->memid).at(0);
         if (variable->lpvarValue) {
             out << "        " << name << " = " << variable->lpvarValue->lVal << (i + 1 < attributes.cVars ? "," : "")
@@ -162,13 +124,13 @@ void PrintInterface(ITypeInfo& info, const TYPEATTR& attributes, std::ostream& o
     out << "    [" << (eventsOnly ? "" : "object, ") << "uuid(" << Guid(attributes.guid) << ")"
         << (dual ? ", dual" : "") << "]\n    ";
     if (eventsOnly) {
-        out << "dispinterface " << Name(info) << " {\n        properties:\n        methods:\n";
+        out << "dispinterface " << NameOf(info) << " {\n        properties:\n        methods:\n";
     } else {
         HREFTYPE base = 0;
         ComPtr<ITypeInfo> baseInfo;
         Require(info.GetRefTypeOfImplType(0, &base), "the type library is damaged");
         Require(info.GetRefTypeInfo(base, baseInfo.Put()), "the type library is damaged");
-        out << "interface " << Name(info) << " : " << Name(*baseInfo) << " {\n";
+        out << "interface " << NameOf(info) << " : " << NameOf(*baseInfo) << " {\n";
     }
     PrintFunctions(info, attributes.cFuncs, out);
     out << "    };\n\n";
@@ -176,7 +138,7 @@ void PrintInterface(ITypeInfo& info, const TYPEATTR& attributes, std::ostream& o
 
 void PrintClass(ITypeInfo& info, const TYPEATTR& attributes, std::ostream& out)
 {
-    out << "    [uuid(" << Guid(attributes.guid) << ")]\n    coclass " << Name(info) << " {\n";
+    out << "    [uuid(" << Guid(attributes.guid) << ")]\n    coclass " << NameOf(info) << " {\n";
     for (WORD i = 0; i < attributes.cImplTypes; ++i) {
         LONG flags = 0;
         HREFTYPE type = 0;
@@ -185,7 +147,7 @@ void PrintClass(ITypeInfo& info, const TYPEATTR& attributes, std::ostream& out)
         Require(info.GetRefTypeOfImplType(i, &type), "the type library is damaged");
         Require(info.GetRefTypeInfo(type, implemented.Put()), "the type library is damaged");
         const bool source = flags & IMPLTYPEFLAG_FSOURCE;
-        out << "        [default" << (source ? ", source] dispinterface " : "] interface ") << Name(*implemented)
+        out << "        [default" << (source ? ", source] dispinterface " : "] interface ") << NameOf(*implemented)
             << ";\n";
     }
     out << "    };\n\n";
@@ -193,17 +155,17 @@ void PrintClass(ITypeInfo& info, const TYPEATTR& attributes, std::ostream& out)
 
 void PrintType(ITypeInfo& info, std::ostream& out)
 {
-    const auto attributes = Attributes(info);
+    const auto attributes = AttributesOf(info);
     switch (attributes->typekind) {
     case TKIND_ENUM:
         out << "    typedef enum {\n";
         PrintVariables(info, *attributes, out);
-        out << "    } " << Name(info) << ";\n\n";
+        out << "    } " << NameOf(info) << ";\n\n";
         break;
     case TKIND_RECORD:
         out << "    typedef struct {\n";
         PrintVariables(info, *attributes, out);
-        out << "    } " << Name(info) << ";\n\n";
+        out << "    } " << NameOf(info) << ";\n\n";
         break;
     case TKIND_COCLASS:
         PrintClass(info, *attributes, out);

@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <editline/readline.h>
 #include <iostream>
@@ -11,9 +12,12 @@
 namespace kvproject {
 
 Lines::Lines(const std::string& script)
-    : m_typed(script.empty() && isatty(STDIN_FILENO)), m_script(script), m_input(script.empty() ? std::cin : m_script)
+    : m_typed(script.empty() && isatty(STDIN_FILENO)),
+      m_name(script.empty() ? "the standard input" : script),
+      m_script(script),
+      m_input(script.empty() ? std::cin : m_script)
 {
-    if (!script.empty() && !m_script) throw Failure("cannot read " + script);
+    if (!m_input) throw Failure("cannot read " + m_name);
 }
 
 std::optional<std::string> Lines::Next()
@@ -21,7 +25,10 @@ std::optional<std::string> Lines::Next()
     ++m_number;
     if (!m_typed) {
         std::string line;
-        return std::getline(m_input, line) ? std::optional(std::move(line)) : std::nullopt;
+        if (std::getline(m_input, line)) return line;
+        // A folder can be opened, but not be read; of the standard input only the C library tells.
+        if (!m_input.eof() || std::ferror(stdin)) throw Failure("cannot read " + m_name);
+        return std::nullopt;
     }
     const std::unique_ptr<char, decltype(&std::free)> line(readline("kvproject> "), &std::free);
     if (!line) return std::nullopt;

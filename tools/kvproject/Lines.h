@@ -13,7 +13,7 @@ public:
     /// From a script, or without one from standard input. Throws Failure when the script cannot be read.
     explicit Lines(const std::string& script);
 
-    /// Empty at the end.
+    /// Empty at the end. Throws Failure when reading fails before it.
     std::optional<std::string> Next();
 
     /// Of the line that was read last; they count from 1.
@@ -23,6 +23,7 @@ public:
 
 private:
     const bool m_typed;
+    const std::string m_name;
     std::ifstream m_script;
     std::istream& m_input;
     int m_number = 0;

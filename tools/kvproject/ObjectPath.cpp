@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "KVProjectData/KVProjectData.h"
+#include "Properties.h"
 
 #include <algorithm>
 #include <array>
@@ -20,12 +21,6 @@ struct Segment {
     /// From 1; empty where the path has no brackets.
     std::optional<LONG> position;
 };
-
-bool SameName(std::string_view left, std::string_view right)
-{
-    const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::ranges::equal(left, right, {}, fold, fold);
-}
 
 Segment ParseSegment(std::string_view text)
 {
@@ -51,14 +46,19 @@ DISPID FindMember(IDispatch& object, std::string_view name)
     return member;
 }
 
-/// With one argument, or none.
-HRESULT Call(IDispatch& object, DISPID member, WORD flags, VARIANT* argument, Variant* result)
+HRESULT WriteProperty(IDispatch& object, DISPID property, Variant value)
 {
     DISPID put = DISPID_PROPERTYPUT;
-    const bool puts = flags == DISPATCH_PROPERTYPUT;
-    DISPPARAMS params{argument, puts ? &put : nullptr, argument ? 1u : 0u, puts ? 1u : 0u};
-    return object.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, result ? result->Put() : nullptr,
-                         nullptr, nullptr);
+    DISPPARAMS params{&value, &put, 1, 1};
+    return object.Invoke(property, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT, &params, nullptr, nullptr,
+                         nullptr);
+}
+
+HRESULT GetItem(IDispatch& object, DISPID getter, LONG position, Variant& item)
+{
+    Variant argument(position);
+    DISPPARAMS params{&argument, nullptr, 1, 0};
+    return object.Invoke(getter, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, item.Put(), nullptr, nullptr);
 }
 
 /// The member that hands out an item of a list.
@@ -75,16 +75,14 @@ std::string_view ItemGetter(std::string_view list)
 ComPtr<IDispatch> StepInto(IDispatch& object, const Segment& segment)
 {
     if (segment.position) {
-        Variant position(*segment.position);
         Variant item;
         const DISPID getter = FindMember(object, ItemGetter(segment.name));
-        Require(Call(object, getter, DISPATCH_METHOD, &position, &item),
+        Require(GetItem(object, getter, *segment.position, item),
                 std::string(segment.name) + "[" + std::to_string(*segment.position) + "]");
         return item.pdispVal;
     }
     ComPtr<IDispatch> part;
     if (SameName(segment.name, "encoding")) part = kv::Query<IKVEncodingParams>(&object);
-    if (SameName(segment.name, "locking")) part = kv::Query<IKVLocking>(&object);
     if (!part) throw Failure("'" + std::string(segment.name) + "' has no members");
     return part;
 }
@@ -106,63 +104,48 @@ Target Find(IKVProjectData& project, std::string_view path)
     return {object, FindMember(*object, path)};
 }
 
-/// The number that an enumerator's name stands for.
-std::optional<LONG> EnumeratorValue(std::string_view name)
+/// Empty for a member that is no property.
+std::optional<Property> PropertyAt(const Target& target)
 {
-    static constexpr std::array kEnums{
-        &kv::kEnumDescription<DiscFormat>,      &kv::kEnumDescription<TVStandard>,
-        &kv::kEnumDescription<TargetType>,      &kv::kEnumDescription<ProjectOptions>,
-        &kv::kEnumDescription<DiscSizeEnum>,    &kv::kEnumDescription<DiscVideoType>,
-        &kv::kEnumDescription<TitleFlags>,      &kv::kEnumDescription<TitleTypes>,
-        &kv::kEnumDescription<VideoResolution>, &kv::kEnumDescription<AspectRatio>,
-        &kv::kEnumDescription<VideoFormat>,     &kv::kEnumDescription<AudioFormat>,
-        &kv::kEnumDescription<WideDisplayMode>, &kv::kEnumDescription<SubpictureFormat>,
-        &kv::kEnumDescription<DiscCommand>,
-    };
-    for (const kv::EnumDescription* description : kEnums) {
-        for (const kv::EnumeratorDescription& enumerator : description->values) {
-            if (SameName(enumerator.name, name)) return enumerator.value;
-        }
+    for (Property& property : PropertiesOf(*target.object)) {
+        if (property.id == target.member) return std::move(property);
     }
     return std::nullopt;
 }
 
-/// "PAL", or "Archive_MenuSources|Audio_NormalizeLevels".
-std::optional<LONG> NamedValue(std::string_view text)
+std::string ValueText(const Variant& value)
 {
-    LONG value = 0;
-    while (true) {
-        const std::size_t bar = text.find('|');
-        const std::optional<LONG> part = EnumeratorValue(text.substr(0, bar));
-        if (!part) return std::nullopt;
-        value |= *part;
-        if (bar == text.npos) return value;
-        text.remove_prefix(bar + 1);
-    }
+    if (value.vt == VT_EMPTY) return {};
+    if (value.vt == VT_BOOL) return value.boolVal ? "true" : "false";
+    return kv::ToUtf8(kv::View(value.As(VT_BSTR).bstrVal));
 }
 
 } // namespace
 
-Variant GetMember(IKVProjectData& project, std::string_view path)
+std::string GetMember(IKVProjectData& project, std::string_view path)
 {
     const Target target = Find(project, path);
     Variant value;
-    Require(Call(*target.object, target.member, DISPATCH_PROPERTYGET, nullptr, &value), path);
-    return value;
+    const HRESULT result = ReadProperty(*target.object, target.member, value);
+    if (result != S_OK) throw Failure(std::string(path) + ": " + Describe(result));
+    const auto property = PropertyAt(target);
+    const auto name = property ? property->ValueName(value) : std::nullopt;
+    return name ? *name : ValueText(value);
 }
 
 void SetMember(IKVProjectData& project, std::string_view path, std::string_view value)
 {
     const Target target = Find(project, path);
-    Variant text(kv::ToUtf16(value));
-    HRESULT result = Call(*target.object, target.member, DISPATCH_PROPERTYPUT, &text, nullptr);
-    if (result == DISP_E_TYPEMISMATCH) {
-        if (const std::optional<LONG> number = NamedValue(value)) {
-            Variant named(*number);
-            result = Call(*target.object, target.member, DISPATCH_PROPERTYPUT, &named, nullptr);
-        }
+    const std::string what = std::string(path) + "=" + std::string(value);
+    HRESULT result = WriteProperty(*target.object, target.member, Variant(kv::ToUtf16(value)));
+    const auto property = result == DISP_E_TYPEMISMATCH ? PropertyAt(target) : std::nullopt;
+    if (property && property->enumeration) {
+        const Enumeration& names = *property->enumeration;
+        const std::optional<LONG> named = names.Value(value);
+        if (!named) throw Failure(what + ": the value is none of " + names.List());
+        result = WriteProperty(*target.object, target.member, Variant(*named));
     }
-    Require(result, std::string(path) + "=" + std::string(value));
+    Require(result, what);
 }
 
 Item ParseItem(std::string_view text)
@@ -205,13 +188,6 @@ void AddDataFile(IKVProjectData& project, const std::string& text, LONG position
     Require(project.AddDataFile(position, file.Put()), "cannot add a data file");
     Require(file->put_SourcePath(kv::Bstr(kv::ToUtf16(source)).Get()), source);
     Require(file->put_DestPath(kv::Bstr(kv::ToUtf16(destination)).Get()), destination);
-}
-
-std::string ValueText(const Variant& value)
-{
-    if (value.vt == VT_EMPTY) return {};
-    if (value.vt == VT_BOOL) return value.boolVal ? "true" : "false";
-    return kv::ToUtf8(kv::View(value.As(VT_BSTR).bstrVal));
 }
 
 } // namespace kvproject

@@ -17,13 +17,24 @@ namespace {
 std::string Library(const char* name)
 {
     const char* named = std::getenv("KVPROJECT_LIBRARY_DIR");
-    const std::filesystem::path folder =
-        named ? std::filesystem::path(named) : std::filesystem::path(kv::HostFolder()) / KVPROJECT_LIBRARY_DIR;
+    const std::filesystem::path folder = named && *named
+                                             ? std::filesystem::path(named)
+                                             : std::filesystem::path(kv::HostFolder()) / KVPROJECT_LIBRARY_DIR;
     std::error_code error;
     for (const auto& candidate : {folder / name, std::filesystem::path(kv::HostFolder()) / "../lib" / name}) {
-        if (std::filesystem::exists(candidate, error)) return std::filesystem::canonical(candidate, error).string();
+        // The name stays as it is: what it links to changes with every version.
+        if (std::filesystem::exists(candidate, error))
+            return (std::filesystem::canonical(candidate.parent_path(), error) / name).string();
     }
     return (folder / name).string();
+}
+
+void ForEachLibrary(HRESULT (*change)(std::u16string_view), std::string_view what)
+{
+    kv::Registry::Batch batch;
+    for (const std::string& library : {ProjectLibrary(), EngineLibrary()})
+        Require(change(kv::ToUtf16(library)), std::string(what) + " " + library);
+    Require(batch.Commit(), "cannot write the registry");
 }
 
 template <class T>
@@ -49,12 +60,20 @@ std::string EngineLibrary()
     return Library("libKVEngine.so");
 }
 
+void Register()
+{
+    ForEachLibrary(&kv::RegisterServer, "cannot register");
+}
+
+void Unregister()
+{
+    ForEachLibrary(&kv::UnregisterServer, "cannot unregister");
+}
+
 void RegisterForThisProcess()
 {
     kv::Registry::UseMemory();
-    for (const std::string& library : {ProjectLibrary(), EngineLibrary()}) {
-        Require(kv::RegisterServer(kv::ToUtf16(library)), "cannot use " + library);
-    }
+    Register();
     // The failures that a message box would tell are told by the commands themselves.
     kv::SetMessageBoxHook([](std::u16string_view, std::u16string_view) {});
 }
@@ -73,14 +92,33 @@ void Session::Load(const std::string& file)
     std::error_code error;
     if (!std::filesystem::exists(file, error)) throw Failure("cannot load " + file + ": the file does not exist");
     const HRESULT result = m_files->LoadProject(kv::Bstr(kv::ToUtf16(file)).Get(), m_project.Get());
-    if (result == KV_E_FILE_DOES_NOT_PARSE)
-        throw Failure("cannot load " + file + ": " + ParseFailure(file) + " " + Describe(result));
+    const std::string what = "cannot load " + file + ": ";
+    if (result == KV_E_FILE_DOES_NOT_PARSE) throw Failure(what + Describe(result) + ": " + ParseFailure(file));
+    if (result == REGDB_E_CLASSNOTREG)
+        throw Failure(what + Describe(result, "the file is of an older format whose importer is not installed"));
     Require(result, "cannot load " + file);
 }
 
 void Session::Save(const std::string& file)
 {
-    Require(m_files->SaveProject(kv::Bstr(kv::ToUtf16(file)).Get(), m_project.Get()), "cannot save " + file);
+    const HRESULT result = m_files->SaveProject(kv::Bstr(kv::ToUtf16(file)).Get(), m_project.Get());
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    std::error_code error;
+    if (FAILED(result) && !folder.empty() && !std::filesystem::is_directory(folder, error)) {
+        throw Failure("cannot save " + file + ": " + Describe(result, "there is no folder " + folder.string()));
+    }
+    Require(result, "cannot save " + file);
+}
+
+kv::ComPtr<IXMLDOMDocument> Session::Document() const
+{
+    kv::ComPtr<IXMLDOMDocument> document;
+    kv::ComPtr<IXMLDOMElement> root;
+    Require(kv::CreateInstance(CLSID_DOMDocument, document), "cannot create a document");
+    Require(document->createElement(kv::Bstr(u"Root").Get(), root.Put()), "cannot create a document");
+    Require(document->putref_documentElement(root.Get()), "cannot create a document");
+    Require(m_project->SaveXML(root.Get()), "cannot write the project");
+    return document;
 }
 
 std::string ParseFailure(const std::string& file)

@@ -13,6 +13,10 @@ namespace kvproject {
 std::string ProjectLibrary();
 std::string EngineLibrary();
 
+/// Registers both libraries in the registry in use, or takes them out of it: both or neither. Throws Failure.
+void Register();
+void Unregister();
+
 /// Registers the libraries for this process alone, in memory.
 void RegisterForThisProcess();
 
@@ -29,6 +33,9 @@ public:
     /// Throws Failure with the place and the reason for a file that does not parse.
     void Load(const std::string& file);
     void Save(const std::string& file);
+
+    /// A document of the project as it is now, as saving writes it.
+    kv::ComPtr<IXMLDOMDocument> Document() const;
 
 private:
     kv::ComPtr<IKVProjectData> m_project;

@@ -2,7 +2,7 @@
 
 #include "Failure.h"
 #include "KVProjectData/KVProjectData.h"
-#include "platform/automation/TypeInfo.h"
+#include "Properties.h"
 #include "platform/com/TaskMemory.h"
 
 #include <algorithm>
@@ -14,28 +14,7 @@ namespace {
 using kv::ComPtr;
 using kv::Variant;
 
-/// The name of an enumerator, or the number where the value has none.
-Json Named(const kv::EnumDescription& description, LONG value)
-{
-    const auto found = std::ranges::find(description.values, value, &kv::EnumeratorDescription::value);
-    return found == description.values.end() ? Json(value) : Json(found->name);
-}
-
-/// The enumeration of that name; null for what is none.
-const kv::EnumDescription* FindEnum(std::string_view name)
-{
-    static constexpr std::array kEnums{
-        &kv::kEnumDescription<DiscFormat>,      &kv::kEnumDescription<TVStandard>,
-        &kv::kEnumDescription<DiscSizeEnum>,    &kv::kEnumDescription<DiscVideoType>,
-        &kv::kEnumDescription<VideoFormat>,     &kv::kEnumDescription<VideoResolution>,
-        &kv::kEnumDescription<AspectRatio>,     &kv::kEnumDescription<AudioFormat>,
-        &kv::kEnumDescription<WideDisplayMode>, &kv::kEnumDescription<SubpictureFormat>,
-    };
-    const auto found = std::ranges::find(kEnums, name, &kv::EnumDescription::name);
-    return found == kEnums.end() ? nullptr : *found;
-}
-
-Json ToJson(const VARIANT& value, const kv::TypeDescription& type)
+Json ToJson(const VARIANT& value)
 {
     switch (value.vt) {
     case VT_BSTR:
@@ -44,34 +23,44 @@ Json ToJson(const VARIANT& value, const kv::TypeDescription& type)
         return value.boolVal != VARIANT_FALSE;
     case VT_R8:
         return value.dblVal;
+    case VT_I4:
+        return value.lVal;
     case VT_UI4:
         return value.ulVal;
     case VT_I8:
         return value.llVal;
-    case VT_I4: {
-        const kv::EnumDescription* names = FindEnum(type.name);
-        return names ? Named(*names, value.lVal) : Json(value.lVal);
-    }
     default:
         return {};
     }
 }
 
-/// Every property that can be read, late bound, in the order of the interface.
-template <class Interface>
-Json Properties(Interface& object)
-{
-    Json properties = Json::object();
-    for (const kv::MemberDescription& member : kv::kInterfaceDescription<Interface>.members) {
-        if (member.kind != DISPATCH_PROPERTYGET) continue;
-        Variant value;
-        DISPPARAMS none{};
-        const HRESULT result = object.Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
-                                             value.Put(), nullptr, nullptr);
-        // A property that has no value at the moment is left out.
-        if (result == S_OK) properties[std::string(member.name)] = ToJson(value, member.parameters[0].type);
+/// Reads objects of one interface. What they have is looked up at the first of them.
+class ObjectReader {
+public:
+    /// Every property that has a value at the moment, late bound, in the order of the interface.
+    Json Read(IDispatch& object)
+    {
+        if (m_properties.empty()) m_properties = PropertiesOf(object);
+        Json values = Json::object();
+        for (const Property& property : m_properties) {
+            Variant value;
+            if (ReadProperty(object, property.id, value) != S_OK) continue;
+            const auto name = property.ValueName(value);
+            values[property.name] = name ? Json(*name) : ToJson(value);
+        }
+        return values;
     }
-    return properties;
+
+private:
+    std::vector<Property> m_properties;
+};
+
+/// The name of a command, or the number of one without a name.
+Json CommandName(LONG command)
+{
+    const auto& names = kv::kEnumDescription<DiscCommand>.values;
+    const auto found = std::ranges::find(names, command, &kv::EnumeratorDescription::value);
+    return found == names.end() ? Json(command) : Json(found->name);
 }
 
 Json Commands(IUnknown* owner)
@@ -84,9 +73,8 @@ Json Commands(IUnknown* owner)
     const kv::UniqueTaskMem<DiscCommandParams> owned(records);
     for (LONG i = 0; i < count; ++i) {
         const auto xml = ComPtr<IXMLDOMNode>::Attach(records[i].pXMLData);
-        Json command{{"Command", Named(kv::kEnumDescription<DiscCommand>, records[i].cmd)},
-                     {"Param1", records[i].lParam1},
-                     {"Param2", records[i].lParam2}};
+        Json command{
+            {"Command", CommandName(records[i].cmd)}, {"Param1", records[i].lParam1}, {"Param2", records[i].lParam2}};
         kv::Bstr text;
         if (xml && SUCCEEDED(xml->get_xml(text.Put()))) command["XML"] = kv::ToUtf8(text.View());
         list.push_back(std::move(command));
@@ -95,9 +83,9 @@ Json Commands(IUnknown* owner)
 }
 
 /// What a project and a title have besides their properties.
-void AddParts(Json& tree, IUnknown* object)
+void AddParts(Json& tree, IUnknown* object, ObjectReader& encodings)
 {
-    if (const auto encoding = kv::Query<IKVEncodingParams>(object)) tree["Encoding"] = Properties(*encoding);
+    if (const auto encoding = kv::Query<IKVEncodingParams>(object)) tree["Encoding"] = encodings.Read(*encoding);
     tree["Commands"] = Commands(object);
 }
 
@@ -138,19 +126,23 @@ void Print(const Json& tree, int indent, std::ostream& out)
 
 Json ReadTree(IKVProjectData& project)
 {
-    Json tree = Properties(project);
-    AddParts(tree, &project);
-    Json& titles = tree["Titles"] = Json::array();
+    ObjectReader projects;
+    ObjectReader titles;
+    ObjectReader dataFiles;
+    ObjectReader encodings;
+    Json tree = projects.Read(project);
+    AddParts(tree, &project, encodings);
+    Json& titleList = tree["Titles"] = Json::array();
     ComPtr<IKVTitle> title;
     for (LONG i = 1; SUCCEEDED(project.GetTitle(i, title.Put())); ++i) {
-        Json item = Properties(*title);
-        AddParts(item, title.Get());
-        titles.push_back(std::move(item));
+        Json item = titles.Read(*title);
+        AddParts(item, title.Get(), encodings);
+        titleList.push_back(std::move(item));
     }
-    Json& files = tree["DataFiles"] = Json::array();
+    Json& fileList = tree["DataFiles"] = Json::array();
     ComPtr<IKVDataFile> file;
     for (LONG i = 1; SUCCEEDED(project.GetDataFile(i, file.Put())); ++i)
-        files.push_back(Properties(*file));
+        fileList.push_back(dataFiles.Read(*file));
     return tree;
 }
 

@@ -10,7 +10,7 @@ namespace kvproject {
 
 using Json = nlohmann::ordered_json;
 
-/// The properties of the project and its titles and data files; enumerations by name.
+/// The properties of the project and its titles and data files; enumerators and flags by name.
 Json ReadTree(IKVProjectData& project);
 
 /// An indented listing for a person.

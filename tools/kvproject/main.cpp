@@ -10,8 +10,6 @@
 #include "Session.h"
 #include "Tree.h"
 
-#include "platform/com/Activation.h"
-
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
@@ -29,6 +27,9 @@ constexpr int kUsage = 2;
 struct FileOptions {
     std::string file;
     bool events = false;
+
+    /// Where the events are printed; null for nowhere.
+    std::ostream* EventStream() const { return events ? &std::cout : nullptr; }
 };
 
 void AddFileOptions(CLI::App& command, FileOptions& options, bool events)
@@ -60,7 +61,7 @@ int RunNew(const NewOptions& options)
 {
     Session session;
     IKVProjectData& project = session.Project();
-    EventPrinter events(project, options.events);
+    EventPrinter events(project, options.EventStream());
     if (!options.format.empty()) SetMember(project, "DiscFormat", options.format);
     const std::string label =
         options.label.empty() ? std::filesystem::path(options.file).stem().string() : options.label;
@@ -80,7 +81,8 @@ int RunNew(const NewOptions& options)
 int RunShow(const FileOptions& options, bool json)
 {
     Session session;
-    EventPrinter events(session.Project(), options.events);
+    // The output is to be JSON and nothing else.
+    EventPrinter events(session.Project(), json && options.events ? &std::cerr : options.EventStream());
     session.Load(options.file);
     events.WaitForAll();
     const Json tree = ReadTree(session.Project());
@@ -96,18 +98,23 @@ int RunGet(const FileOptions& options, const std::string& path)
 {
     Session session;
     session.Load(options.file);
-    std::cout << ValueText(GetMember(session.Project(), path)) << '\n';
+    std::cout << GetMember(session.Project(), path) << '\n';
     return 0;
+}
+
+/// What is wrong with a "PATH=VALUE"; empty for one that is right.
+std::string CheckAssignment(const std::string& text)
+{
+    return text.find('=') == text.npos ? "'" + text + "' is not of that form" : "";
 }
 
 int RunSet(const FileOptions& options, const std::vector<std::string>& assignments)
 {
     Session session;
     session.Load(options.file);
-    EventPrinter events(session.Project(), options.events);
+    EventPrinter events(session.Project(), options.EventStream());
     for (const std::string& assignment : assignments) {
         const std::size_t equals = assignment.find('=');
-        if (equals == assignment.npos) throw Failure("'" + assignment + "' is not of the form PATH=VALUE");
         SetMember(session.Project(), std::string_view(assignment).substr(0, equals),
                   std::string_view(assignment).substr(equals + 1));
     }
@@ -124,9 +131,11 @@ int RunEdit(const EditOptions& options)
 {
     Session session;
     session.Load(options.file);
-    EventPrinter events(session.Project(), options.events);
+    EventPrinter events(session.Project(), options.EventStream());
     Editor editor(session, events, options.file, std::cout);
     Lines lines(options.script);
+    // Nothing is to be printed while a person types.
+    if (lines.Typed()) session.Project().EnableHeartBeatEvent(VARIANT_FALSE);
     for (bool more = true; more;) {
         const std::optional<std::string> line = lines.Next();
         if (!line) break;
@@ -154,22 +163,20 @@ int RunCheck(const FileOptions& options)
 
 int RunRegistration(bool add)
 {
-    for (const std::string& library : {ProjectLibrary(), EngineLibrary()}) {
-        const std::u16string path = kv::ToUtf16(library);
-        Require(add ? kv::RegisterServer(path) : kv::UnregisterServer(path),
-                (add ? "cannot register " : "cannot unregister ") + library);
+    add ? Register() : Unregister();
+    for (const std::string& library : {ProjectLibrary(), EngineLibrary()})
         std::cout << (add ? "registered " : "unregistered ") << library << '\n';
-    }
     return 0;
 }
 
 int Run(int argc, char** argv)
 {
     CLI::App app("Makes, shows, edits and checks disc project files.", "kvproject");
-    app.require_subcommand(1);
+    // A word that is no command is told by its name, before it is told that there is no command.
+    app.require_subcommand(0, 1);
     app.footer("PATH names a member: Label, titles[1].Label, dataFiles[1].DestPath, encoding.VideoBitrate,\n"
                "titles[2].encoding.SyncToProject. Lists count from 1. A VALUE is a text, a number, true or\n"
-               "false, or the name of an enumerator such as PAL; flags are joined by |.\n"
+               "false, or the name of one of the member's enumerators such as PAL; flags are joined by |.\n"
                "Exit codes: 0 done, 1 something is wrong (a message tells what), 2 wrong usage.");
     std::function<int()> run;
 
@@ -202,7 +209,7 @@ int Run(int argc, char** argv)
     auto assignments = std::make_shared<std::vector<std::string>>();
     CLI::App* set = app.add_subcommand("set", "Change values and save; nothing is saved when one of them is refused");
     AddFileOptions(*set, *changed, true);
-    set->add_option("PATH=VALUE", *assignments, "The changes, made in order")->required();
+    set->add_option("PATH=VALUE", *assignments, "The changes, made in order")->required()->check(CheckAssignment);
     set->callback(
         [&run, changed, assignments] { run = [changed, assignments] { return RunSet(*changed, *assignments); }; });
 
@@ -224,10 +231,10 @@ int Run(int argc, char** argv)
             return 0;
         };
     });
-    app.add_subcommand("register", "Register the libraries for all hosts of this user or machine")->callback([&run] {
+    app.add_subcommand("register", "Enter the libraries in the user's registry file, for all hosts")->callback([&run] {
         run = [] { return RunRegistration(true); };
     });
-    app.add_subcommand("unregister", "Take the registration back")->callback([&run] {
+    app.add_subcommand("unregister", "Take them out of the registry file")->callback([&run] {
         run = [] { return RunRegistration(false); };
     });
 
@@ -235,6 +242,10 @@ int Run(int argc, char** argv)
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kUsage;
+    }
+    if (!run) {
+        std::cerr << "A command is required\nRun with --help for more information.\n";
+        return kUsage;
     }
     return run();
 }

@@ -1,0 +1,49 @@
+#pragma once
+// The properties of an object as its type information tells them, and the names that their values have.
+
+#include "platform/automation/IDispatch.h"
+#include "platform/automation/Variant.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kvproject {
+
+/// Compares names without regard to the case of ASCII letters.
+bool SameName(std::string_view left, std::string_view right);
+
+/// The names of a property's values.
+struct Enumeration {
+    /// In the order of the type library.
+    std::vector<std::pair<std::string, LONG>> enumerators;
+    /// A value may join several of them.
+    bool flags = false;
+
+    /// "PAL", or for flags "Archive_MenuSources|Audio_NormalizeLevels". Empty for anything else.
+    std::optional<LONG> Value(std::string_view text) const;
+    /// The same the other way. Empty for a value that the names do not tell.
+    std::optional<std::string> Text(LONG value) const;
+    /// What Value takes: "NTSC, PAL".
+    std::string List() const;
+};
+
+struct Property {
+    std::string name;
+    DISPID id;
+    /// Empty where values have no names.
+    std::optional<Enumeration> enumeration;
+
+    /// The name of a value that was read from the property. Empty for one without a name.
+    std::optional<std::string> ValueName(const VARIANT& value) const;
+};
+
+/// Those that can be read, in the order of the object's interface. Throws Failure for a damaged type library.
+std::vector<Property> PropertiesOf(IDispatch& object);
+
+/// What the property returns: S_FALSE, with nothing read, where it has no value at the moment.
+HRESULT ReadProperty(IDispatch& object, DISPID property, kv::Variant& value);
+
+} // namespace kvproject
