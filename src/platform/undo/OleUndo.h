@@ -91,11 +91,13 @@ struct IOwnedUndoUnit : IUnknown {
     virtual HRESULT BelongsTo(const void* owner) = 0;
 };
 
-/// Beside IOleUndoManager: takes out the units of an owner that ends, whatever lies above or below.
+/// Beside IOleUndoManager: takes units out that have lost their meaning, whatever lies above or below.
 struct IUndoUnitRemoval : IUnknown {
     static constexpr GUID IID = "0d4cf6ae-6c35-4bb0-9c3e-52a31f1b6d21"_guid;
     using Base = IUnknown;
 
-    /// E_UNEXPECTED while an undo or redo runs.
+    /// E_INVALIDARG for a unit on neither stack, E_UNEXPECTED while an undo or redo runs.
+    virtual HRESULT RemoveUnit(IOleUndoUnit* unit) = 0;
+    /// All that belong to an owner that ends. E_UNEXPECTED while an undo or redo runs.
     virtual HRESULT RemoveUnitsOf(const void* owner) = 0;
 };

@@ -111,6 +111,20 @@ HRESULT UndoManager::DiscardFrom(IOleUndoUnit* unit)
     });
 }
 
+HRESULT UndoManager::RemoveUnit(IOleUndoUnit* unit)
+{
+    if (!unit) return E_POINTER;
+    if (m_state != State::Recording) return E_UNEXPECTED;
+    for (UnitStack* stack : {&m_undo, &m_redo}) {
+        const auto found = FindUnit(*stack, unit);
+        if (found == stack->end()) continue;
+        const ComPtr<IOleUndoUnit> removed = std::move(*found);
+        stack->erase(found);
+        return S_OK;
+    }
+    return E_INVALIDARG;
+}
+
 HRESULT UndoManager::RemoveUnitsOf(const void* owner)
 {
     if (m_state != State::Recording) return E_UNEXPECTED;

@@ -23,6 +23,7 @@ public:
     HRESULT GetLastRedoDescription(BSTR* description) override;
     HRESULT Enable(BOOL enable) override;
 
+    HRESULT RemoveUnit(IOleUndoUnit* unit) override;
     HRESULT RemoveUnitsOf(const void* owner) override;
 
 private:

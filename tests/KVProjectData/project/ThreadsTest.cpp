@@ -11,20 +11,24 @@ namespace {
 
 constexpr LONG kRounds = 200;
 
-/// Runs both at once until the second has made all its rounds.
-template <class Meanwhile, class Round>
-void Together(Meanwhile&& meanwhile, Round&& round)
+/// Runs both at once until each has made enough rounds; the first goes on during the last act.
+template <class Meanwhile, class Round, class Last>
+void Together(Meanwhile&& meanwhile, Round&& round, Last&& last)
 {
     std::atomic<bool> done{false};
+    std::atomic<LONG> others{0};
     std::thread other([&] {
-        while (!done)
+        for (; !done; ++others)
             meanwhile();
     });
-    for (LONG i = 0; i < kRounds; ++i)
+    for (LONG i = 0; i < kRounds || others < kRounds; ++i)
         round(i);
+    last();
     done = true;
     other.join();
 }
+
+void NoLastAct() {}
 
 class ThreadsTest : public testing::Test {
 protected:
@@ -51,11 +55,10 @@ TEST_F(ThreadsTest, AnEngineTellsOfATitleThatComesAndGoes)
                      EXPECT_EQ(S_OK, project->RemoveTitle(id, nullptr));
                      project->EndUndo(VARIANT_TRUE);
                  }
-                 if (round == kRounds - 1) {
-                     // For good now.
-                     project->Clear();
-                     title.Reset();
-                 }
+             },
+             [&] {
+                 project->Clear();
+                 title.Reset();
              });
     EXPECT_TRUE(sink->WaitFor(EVENT_TitleProductionEvent));
 }
@@ -72,7 +75,7 @@ TEST_F(ThreadsTest, AProductionIsReplacedWhileItIsAskedFor)
             Bstr source;
             title->GetSourceFromProd(source.Put());
         },
-        [&](LONG round) { title->SetProduction((round % 2 ? first : second).Get()); });
+        [&](LONG round) { title->SetProduction((round % 2 ? first : second).Get()); }, NoLastAct);
 }
 
 TEST_F(ThreadsTest, AProjectIsSavedWhileItIsEdited)
@@ -80,14 +83,15 @@ TEST_F(ThreadsTest, AProjectIsSavedWhileItIsEdited)
     const auto commands = Query<IKVCommandList>(title);
     Together([&] { SaveToDocument(*project.Get()); },
              [&](LONG round) {
-                 const std::u16string text(static_cast<std::size_t>(round), u'x');
+                 const std::u16string text(static_cast<std::size_t>(round % 100), u'x');
                  DiscCommandParams command{PlayMenu, round, 0, nullptr};
                  title->put_Label(Bstr(text).Get());
                  project->put_Label(Bstr(text).Get());
                  commands->SetCommandList(round % 2, &command);
                  project->AddDataFile(1, nullptr);
                  project->RemoveDataFile(1, nullptr);
-             });
+             },
+             NoLastAct);
 }
 
 TEST_F(ThreadsTest, OneThreadsEditsAreRecordedInTheStepOfAnother)
@@ -99,7 +103,8 @@ TEST_F(ThreadsTest, OneThreadsEditsAreRecordedInTheStepOfAnother)
                  title->put_Label(Str(u"x").Get());
                  project->EndUndo(VARIANT_TRUE);
                  project->UndoOperation();
-             });
+             },
+             NoLastAct);
 }
 
 } // namespace

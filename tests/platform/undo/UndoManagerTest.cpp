@@ -271,6 +271,10 @@ TEST_F(UndoManagerTest, LetsGoOfTheUnitsOfAnOwner)
     EXPECT_EQ(S_OK, removal->RemoveUnitsOf(&owner));
     EXPECT_EQ((Names{"c", "a"}), Undoable());
     EXPECT_EQ((Names{"e", "f"}), Redoable());
+    const auto g = Add("g");
+    EXPECT_EQ(S_OK, removal->RemoveUnit(g.Get()));
+    EXPECT_EQ(E_INVALIDARG, removal->RemoveUnit(g.Get()));
+    EXPECT_EQ((Names{"c", "a"}), Undoable());
     const Names gone = Log();
     EXPECT_EQ(1, std::ranges::count(gone, "~b"));
     EXPECT_EQ(1, std::ranges::count(gone, "~d"));
