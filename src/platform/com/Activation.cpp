@@ -7,16 +7,21 @@
 #include "platform/system/Paths.h"
 #include "platform/system/Registry.h"
 
+#include <chrono>
 #include <cstring>
 #include <dlfcn.h>
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace kv {
 namespace {
 
 using GetClassObjectEntry = HRESULT (*)(REFCLSID, REFIID, void**);
 using PlainEntry = HRESULT (*)();
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::minutes kUnloadDelay{10};
 
 /// A server library; unloaded with this object.
 class ServerLibrary {
@@ -38,14 +43,35 @@ public:
         return reinterpret_cast<Entry>(entry);
     }
 
+    /// While it is used the library stays, whatever it says of itself.
+    void BeginUse()
+    {
+        ++m_uses;
+        m_idleSince.reset();
+    }
+    void EndUse() { --m_uses; }
+
+    /// Whether the library has agreed to go for so long. Asks it, and starts the time when it agrees anew.
+    bool IsIdleFor(Clock::duration delay)
+    {
+        if (m_uses || !CanUnloadNow()) {
+            m_idleSince.reset();
+            return false;
+        }
+        if (!m_idleSince) m_idleSince = Clock::now();
+        return Clock::now() - *m_idleSince >= delay;
+    }
+
+private:
     bool CanUnloadNow() const
     {
         void* entry = dlsym(m_handle, "DllCanUnloadNow");
         return entry && reinterpret_cast<PlainEntry>(entry)() == S_OK;
     }
 
-private:
     void* m_handle;
+    unsigned m_uses = 0;
+    std::optional<Clock::time_point> m_idleSince;
 };
 
 struct RegisteredClass {
@@ -77,31 +103,65 @@ ComPtr<IUnknown> RegisteredObject(REFCLSID clsid)
     return nullptr;
 }
 
-/// Loads a library once; `section` is held.
-ServerLibrary& Load(Servers& servers, const std::string& path)
-{
-    auto& library = servers.libraries[path];
-    if (!library) {
-        try {
-            library = std::make_unique<ServerLibrary>(path);
-        } catch (...) {
-            servers.libraries.erase(path);
-            throw;
+/// One use of a server library, from before it is called until what it handed out speaks for it.
+class ServerUse {
+public:
+    /// Loads the library where needed. Throws Error.
+    explicit ServerUse(const std::string& path)
+    {
+        Servers& servers = Shared();
+        const SectionLock lock(servers.section);
+        auto loaded = servers.libraries.find(path);
+        if (loaded == servers.libraries.end()) {
+            loaded = servers.libraries.emplace(path, std::make_unique<ServerLibrary>(path)).first;
         }
+        m_library = loaded->second.get();
+        m_library->BeginUse();
     }
-    return *library;
-}
+    ServerUse(const ServerUse&) = delete;
+    ServerUse& operator=(const ServerUse&) = delete;
+    ~ServerUse()
+    {
+        const SectionLock lock(Shared().section);
+        m_library->EndUse();
+    }
 
-HRESULT ClassObjectFromServer(REFCLSID clsid, REFIID iid, void** out)
+    const ServerLibrary& Library() const { return *m_library; }
+
+private:
+    ServerLibrary* m_library;
+};
+
+HRESULT ClassObjectFromServer(REFCLSID clsid, REFIID iid, void** out, std::optional<ServerUse>& use)
 {
     const std::u16string path =
         Registry::QueryText(Hive::ClassesRoot, u"CLSID\\" + GuidText(clsid) + u"\\InprocServer32", {});
     if (path.empty()) return REGDB_E_CLASSNOTREG;
+    use.emplace(ToHostPath(path));
+    return use->Library().EntryPoint<GetClassObjectEntry>("DllGetClassObject")(clsid, iid, out);
+}
+
+/// `use` is set when the class object is a server library's.
+HRESULT FindClassObject(REFCLSID clsid, DWORD context, REFIID iid, void** out, std::optional<ServerUse>& use)
+{
+    if (!(context & CLSCTX_INPROC_SERVER)) return REGDB_E_CLASSNOTREG;
+    return Guarded([&] {
+        if (const auto registered = RegisteredObject(clsid)) return registered->QueryInterface(iid, out);
+        const HRESULT builtIn = GetBuiltInClassObject(clsid, iid, out);
+        return builtIn == REGDB_E_CLASSNOTREG ? ClassObjectFromServer(clsid, iid, out, use) : builtIn;
+    });
+}
+
+void FreeLibrariesUnusedFor(Clock::duration delay)
+{
     Servers& servers = Shared();
-    // Held while the class object is fetched, so that the library is not unloaded under it.
+    // Emptied outside the section, which a library that winds down may want on another thread.
+    decltype(servers.libraries) unused;
     const SectionLock lock(servers.section);
-    const auto getClassObject = Load(servers, ToHostPath(path)).EntryPoint<GetClassObjectEntry>("DllGetClassObject");
-    return getClassObject(clsid, iid, out);
+    for (auto next = servers.libraries.begin(); next != servers.libraries.end();) {
+        const auto library = next++;
+        if (library->second->IsIdleFor(delay)) unused.insert(servers.libraries.extract(library));
+    }
 }
 
 /// The value of a hexadecimal digit; 16 for anything else.
@@ -140,9 +200,8 @@ bool ParseGuid(std::u16string_view text, GUID& guid)
 HRESULT CallServer(std::u16string_view path, const char* entry)
 {
     return Guarded([&] {
-        Servers& servers = Shared();
-        const SectionLock lock(servers.section);
-        return Load(servers, ToHostPath(path)).EntryPoint<PlainEntry>(entry)();
+        const ServerUse use(ToHostPath(path));
+        return use.Library().EntryPoint<PlainEntry>(entry)();
     });
 }
 
@@ -184,20 +243,18 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void*, REFIID iid, void*
 {
     if (!out) return E_POINTER;
     *out = nullptr;
-    if (!(context & CLSCTX_INPROC_SERVER)) return REGDB_E_CLASSNOTREG;
-    return kv::Guarded([&] {
-        if (const auto registered = kv::RegisteredObject(clsid)) return registered->QueryInterface(iid, out);
-        const HRESULT builtIn = kv::GetBuiltInClassObject(clsid, iid, out);
-        return builtIn == REGDB_E_CLASSNOTREG ? kv::ClassObjectFromServer(clsid, iid, out) : builtIn;
-    });
+    std::optional<kv::ServerUse> use;
+    return kv::FindClassObject(clsid, context, iid, out, use);
 }
 
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID iid, void** out)
 {
     if (!out) return E_POINTER;
     *out = nullptr;
+    // Outlasts the creation: only then the new object speaks for its library.
+    std::optional<kv::ServerUse> use;
     kv::ComPtr<IClassFactory> factory;
-    const HRESULT result = CoGetClassObject(clsid, context, nullptr, IClassFactory::IID, factory.PutVoid());
+    const HRESULT result = kv::FindClassObject(clsid, context, IClassFactory::IID, factory.PutVoid(), use);
     return FAILED(result) ? result : factory->CreateInstance(outer, iid, out);
 }
 
@@ -227,11 +284,14 @@ HRESULT CoRevokeClassObject(DWORD cookie)
     return S_OK;
 }
 
+void CoFreeUnusedLibrariesEx(DWORD delay, DWORD)
+{
+    kv::FreeLibrariesUnusedFor(std::chrono::milliseconds(delay));
+}
+
 void CoFreeUnusedLibraries()
 {
-    kv::Servers& servers = kv::Shared();
-    const kv::SectionLock lock(servers.section);
-    std::erase_if(servers.libraries, [](const auto& entry) { return entry.second->CanUnloadNow(); });
+    kv::FreeLibrariesUnusedFor(kv::kUnloadDelay);
 }
 
 HRESULT CLSIDFromString(const OLECHAR* text, CLSID* clsid)

@@ -19,14 +19,23 @@ KV_EXPORT HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* classObject, D
                                         DWORD* cookie);
 KV_EXPORT HRESULT CoRevokeClassObject(DWORD cookie);
 
-/// Unloads every server library whose DllCanUnloadNow answers S_OK.
+/// Unloads the server libraries that nobody needs any more: those whose DllCanUnloadNow has answered S_OK in every call
+/// for `delay` milliseconds, this call included, and that nobody asked for anything in the meantime. Only the first
+/// call starts the time, so that with a delay it takes two calls to unload a library.
+///
+/// Other threads may create objects meanwhile. Two things a library cannot know, and the host sees to them: a thread
+/// that releases the last object must be back from Release before the library goes, which the delay is for; and who
+/// creates through a class object of his own instead of CoCreateInstance locks the server before (LockServer).
+KV_EXPORT void CoFreeUnusedLibrariesEx(DWORD delay, DWORD reserved);
+
+/// The same with a delay of ten minutes.
 KV_EXPORT void CoFreeUnusedLibraries();
 
 /// CO_E_CLASSSTRING for a name that the registry does not hold, or that names no identity.
 /// A version-independent name is followed through its "CurVer" when it has no "CLSID" of its own.
 KV_EXPORT HRESULT CLSIDFromProgID(const OLECHAR* progId, CLSID* clsid);
 
-/// "{01234567-89AB-CDEF-0123-456789ABCDEF}". CO_E_CLASSSTRING for anything else.
+/// "{01234567-89AB-CDEF-0123-456789ABCDEF}". S_OK with GUID_NULL for null, CO_E_CLASSSTRING for anything else.
 KV_EXPORT HRESULT CLSIDFromString(const OLECHAR* text, CLSID* clsid);
 
 /// A new string in task memory.

@@ -83,8 +83,8 @@ public:
     /// after the first failure, nothing.
     HRESULT RegisterServer() const;
 
-    /// Removes what `RegisterServer` wrote, in the order classes, type library, application identity. The first
-    /// failure ends it.
+    /// Removes what `RegisterServer` wrote, in the order classes, type library, application identity: all of it or,
+    /// after the first failure, nothing.
     HRESULT UnregisterServer() const;
 
 private:

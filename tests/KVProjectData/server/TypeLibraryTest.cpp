@@ -14,7 +14,7 @@ using kv::Variant;
 void UnloadUnusedLibrary()
 {
     const auto engine = kv::test::Create<IUnknown>(CLSID_ZXMediaInformation);
-    CoFreeUnusedLibraries();
+    CoFreeUnusedLibrariesEx(0, 0);
 }
 
 TEST(TypeLibraryTest, TypesOfTheRegisteredLibraryOutliveIt)

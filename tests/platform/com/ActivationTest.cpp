@@ -118,6 +118,9 @@ TEST_F(ActivationTest, ReadsAndWritesIdentities)
         EXPECT_EQ(CLSIDFromString(bad, &clsid), CO_E_CLASSSTRING) << kv::ToUtf8(bad);
         EXPECT_EQ(clsid, GUID_NULL);
     }
+    clsid = kOther;
+    EXPECT_EQ(CLSIDFromString(nullptr, &clsid), S_OK);
+    EXPECT_EQ(clsid, GUID_NULL);
     EXPECT_EQ(CLSIDFromString(u"", nullptr), E_POINTER);
     EXPECT_EQ(StringFromCLSID(kClass, nullptr), E_POINTER);
 }
@@ -154,7 +157,7 @@ TEST_F(ActivationTest, ALibraryThatDoesNotAgreeIsKept)
 {
     PutServer(kv::ToUtf16(kPlainLibrary));
     EXPECT_EQ(Create(), CO_E_ERRORINDLL);
-    CoFreeUnusedLibraries();
+    CoFreeUnusedLibrariesEx(0, 0);
     void* loaded = dlopen(kPlainLibrary, RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(loaded, nullptr);
     dlclose(loaded);
