@@ -85,5 +85,5 @@ struct kv::InterfaceTable<_IKVProjectDataEvents> {
         Event<LONG, LONG, LONG>("TitleProductionEvent", EVENT_TitleProductionEvent, "ID", "event", "param"),
         Event<LONG, LONG, LONG>("MenuProductionEvent", EVENT_MenuProductionEvent, "ID", "event", "param"),
         Event<LONG, LONG, LONG>("MessageBroadcast", EVENT_MessageBroadcast, "code", "param1", "param2"),
-        Event<LONG, LONG*>("ProjectChangeList", EVENT_ProjectChangeList, "count", "pIDList"));
+        Event<LONG, const LONG*>("ProjectChangeList", EVENT_ProjectChangeList, "count", "pIDList"));
 };

@@ -5,6 +5,10 @@
 #include "platform/com/Activation.h"
 
 #include <cstdio>
+#include <functional>
+#include <map>
+#include <memory>
+#include <vector>
 
 namespace kvproject {
 namespace {
@@ -31,8 +35,8 @@ std::string TypeName(ITypeInfo& info, const TYPEDESC& type)
         return TypeName(info, *type.lptdesc) + "*";
     case VT_USERDEFINED: {
         ComPtr<ITypeInfo> referred;
-        // A type of another library is known by its interface alone.
-        return SUCCEEDED(info.GetRefTypeInfo(type.hreftype, referred.Put())) ? NameOf(*referred) : "IUnknown";
+        Require(info.GetRefTypeInfo(type.hreftype, referred.Put()), "the type library is damaged");
+        return NameOf(*referred);
     }
     case VT_UI1:
         return "BYTE";
@@ -117,20 +121,34 @@ void PrintVariables(ITypeInfo& info, const TYPEATTR& attributes, std::ostream& o
     }
 }
 
+bool IsDual(const TYPEATTR& interface)
+{
+    return interface.wTypeFlags & TYPEFLAG_FDUAL;
+}
+
+bool IsEventsOnly(const TYPEATTR& interface)
+{
+    return interface.typekind == TKIND_DISPATCH && !IsDual(interface);
+}
+
+const char* Keyword(const TYPEATTR& interface)
+{
+    return IsEventsOnly(interface) ? "dispinterface" : "interface";
+}
+
 void PrintInterface(ITypeInfo& info, const TYPEATTR& attributes, std::ostream& out)
 {
-    const bool dual = attributes.wTypeFlags & TYPEFLAG_FDUAL;
-    const bool eventsOnly = attributes.typekind == TKIND_DISPATCH && !dual;
+    const bool eventsOnly = IsEventsOnly(attributes);
     out << "    [" << (eventsOnly ? "" : "object, ") << "uuid(" << Guid(attributes.guid) << ")"
-        << (dual ? ", dual" : "") << "]\n    ";
+        << (IsDual(attributes) ? ", dual" : "") << "]\n    " << Keyword(attributes) << ' ' << NameOf(info);
     if (eventsOnly) {
-        out << "dispinterface " << NameOf(info) << " {\n        properties:\n        methods:\n";
+        out << " {\n        properties:\n        methods:\n";
     } else {
         HREFTYPE base = 0;
         ComPtr<ITypeInfo> baseInfo;
         Require(info.GetRefTypeOfImplType(0, &base), "the type library is damaged");
         Require(info.GetRefTypeInfo(base, baseInfo.Put()), "the type library is damaged");
-        out << "interface " << NameOf(info) << " : " << NameOf(*baseInfo) << " {\n";
+        out << " : " << NameOf(*baseInfo) << " {\n";
     }
     PrintFunctions(info, attributes.cFuncs, out);
     out << "    };\n\n";
@@ -175,6 +193,60 @@ void PrintType(ITypeInfo& info, std::ostream& out)
     }
 }
 
+std::vector<ComPtr<ITypeInfo>> TypesOf(ITypeLib& library)
+{
+    std::vector<ComPtr<ITypeInfo>> types(library.GetTypeInfoCount());
+    for (ULONG i = 0; i < types.size(); ++i)
+        Require(library.GetTypeInfo(i, types[i].Put()), "the type library is damaged");
+    return types;
+}
+
+/// Names with identities.
+using Interfaces = std::map<std::string, GUID>;
+
+/// Adds the interface that a parameter or a field is of, unless the library itself has it.
+void AddForeign(ITypeInfo& info, const TYPEDESC& type, Interfaces& found)
+{
+    if (type.vt == VT_PTR) return AddForeign(info, *type.lptdesc, found);
+    if (type.vt != VT_USERDEFINED) return;
+    ComPtr<ITypeInfo> referred;
+    ComPtr<ITypeLib> home;
+    Require(info.GetRefTypeInfo(type.hreftype, referred.Put()), "the type library is damaged");
+    if (FAILED(referred->GetContainingTypeLib(home.Put(), nullptr))) {
+        found.emplace(NameOf(*referred), AttributesOf(*referred)->guid);
+    }
+}
+
+Interfaces ForeignInterfaces(const std::vector<ComPtr<ITypeInfo>>& types)
+{
+    Interfaces found;
+    for (const auto& info : types) {
+        const auto attributes = AttributesOf(*info);
+        for (WORD i = 0; i < attributes->cFuncs; ++i) {
+            const auto function = FunctionOf(*info, i);
+            for (SHORT k = 0; k < function->cParams; ++k)
+                AddForeign(*info, function->lprgelemdescParam[k].tdesc, found);
+        }
+        for (WORD i = 0; i < attributes->cVars; ++i)
+            AddForeign(*info, VariableOf(*info, i)->elemdescVar.tdesc, found);
+    }
+    return found;
+}
+
+/// Declares every interface that records and interfaces may name before it is described, or that is described
+/// elsewhere.
+void PrintForwardDeclarations(const std::vector<ComPtr<ITypeInfo>>& types, std::ostream& out)
+{
+    for (const auto& [name, identity] : ForeignInterfaces(types))
+        out << "    interface " << name << "; // elsewhere, uuid(" << Guid(identity) << ")\n";
+    for (const auto& info : types) {
+        const auto attributes = AttributesOf(*info);
+        if (attributes->typekind != TKIND_INTERFACE && attributes->typekind != TKIND_DISPATCH) continue;
+        out << "    " << Keyword(*attributes) << ' ' << NameOf(*info) << ";\n";
+    }
+    out << '\n';
+}
+
 } // namespace
 
 void PrintIdl(const std::string& serverLibrary, std::ostream& out)
@@ -191,11 +263,10 @@ void PrintIdl(const std::string& serverLibrary, std::ostream& out)
     out << "[\n    uuid(" << Guid(attributes->guid) << "),\n    version(" << attributes->wMajorVerNum << '.'
         << attributes->wMinorVerNum << "),\n    lcid(" << attributes->lcid << "),\n    helpstring(\""
         << kv::ToUtf8(help.View()) << "\")\n]\nlibrary " << kv::ToUtf8(name.View()) << "\n{\n";
-    for (ULONG i = 0; i < library->GetTypeInfoCount(); ++i) {
-        ComPtr<ITypeInfo> info;
-        Require(library->GetTypeInfo(i, info.Put()), "the type library is damaged");
+    const auto types = TypesOf(*library);
+    PrintForwardDeclarations(types, out);
+    for (const auto& info : types)
         PrintType(*info, out);
-    }
     out << "};\n";
 }
 

@@ -27,6 +27,9 @@ struct TypeDescription {
     BYTE pointers = 0;
     /// The name of a user-defined type.
     std::string_view name;
+    /// Gives the identity of a user-defined type, null when that is no interface. A function, since the type may not
+    /// be defined yet where the description is made.
+    const GUID* (*identity)() = nullptr;
 };
 
 struct ParameterDescription {
@@ -181,6 +184,16 @@ consteval VARTYPE ValueType()
 }
 
 template <class T>
+const GUID* InterfaceIdentity()
+{
+    if constexpr (std::is_base_of_v<IUnknown, T>) {
+        return &T::IID;
+    } else {
+        return nullptr;
+    }
+}
+
+template <class T>
 consteval TypeDescription Describe()
 {
     if constexpr (ValueType<T>() != VT_EMPTY) {
@@ -190,7 +203,7 @@ consteval TypeDescription Describe()
         ++type.pointers;
         return type;
     } else {
-        return {VT_USERDEFINED, 0, TypeName<T>()};
+        return {VT_USERDEFINED, 0, TypeName<T>(), &InterfaceIdentity<T>};
     }
 }
 
@@ -204,8 +217,10 @@ template <class T>
 requires(std::is_pointer_v<T> && !std::is_same_v<T, BSTR> && !std::is_same_v<T, IUnknown*> &&
          !std::is_same_v<T, IDispatch*>) struct ParameterTraits<T> {
     using Target = std::remove_pointer_t<T>;
-    /// A pointer to a value or to another pointer is written through; a pointer to an object is the object.
-    static constexpr bool kOut = ValueType<Target>() != VT_EMPTY || std::is_enum_v<Target> || std::is_pointer_v<Target>;
+    /// A pointer to a value or to another pointer is written through; a pointer to an object is the object. One to
+    /// something constant is a list that the callee reads.
+    static constexpr bool kOut = !std::is_const_v<Target> && (ValueType<Target>() != VT_EMPTY ||
+                                                              std::is_enum_v<Target> || std::is_pointer_v<Target>);
 };
 
 } // namespace detail

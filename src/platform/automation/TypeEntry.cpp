@@ -52,7 +52,7 @@ const GUID& IdentityOf(const TypeEntry& type)
 {
     if (const auto* entry = std::get_if<const InterfaceDescription*>(&type)) return *(*entry)->iid;
     if (const auto* entry = std::get_if<const ClassDescription*>(&type)) return *(*entry)->clsid;
-    if (const auto* entry = std::get_if<const OutsideType*>(&type)) return *(*entry)->iid;
+    if (const auto* entry = std::get_if<const TypeDescription*>(&type)) return *(*entry)->identity();
     return GUID_NULL;
 }
 
@@ -80,6 +80,22 @@ std::vector<std::string_view> MemberNames(const TypeEntry& type, DISPID member)
             names.push_back(parameter.name);
     }
     return names;
+}
+
+std::vector<const TypeDescription*> MentionedTypes(const TypeEntry& type)
+{
+    std::vector<const TypeDescription*> types;
+    if (const auto* record = std::get_if<const RecordDescription*>(&type)) {
+        for (const FieldDescription& field : (*record)->fields)
+            types.push_back(&field.type);
+    }
+    if (const auto* entry = std::get_if<const InterfaceDescription*>(&type)) {
+        for (const MemberDescription& member : (*entry)->members) {
+            for (const ParameterDescription& parameter : member.Parameters())
+                types.push_back(&parameter.type);
+        }
+    }
+    return types;
 }
 
 std::optional<DISPID> MemberNamed(const TypeEntry& type, std::u16string_view name)

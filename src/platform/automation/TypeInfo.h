@@ -35,7 +35,8 @@ inline constexpr WORD TYPEFLAG_FDISPATCHABLE = 0x1000;
 inline constexpr LONG IMPLTYPEFLAG_FDEFAULT = 0x1;
 inline constexpr LONG IMPLTYPEFLAG_FSOURCE = 0x2;
 
-/// VT_PTR leads on to `lptdesc`; VT_USERDEFINED names a type of the library by `hreftype`.
+/// VT_PTR leads on to `lptdesc`; VT_USERDEFINED names a type of the library, or an interface that it merely refers
+/// to, by `hreftype`.
 struct TYPEDESC {
     union {
         TYPEDESC* lptdesc;
@@ -107,7 +108,10 @@ struct ITypeInfo : IUnknown {
                            EXCEPINFO* exception, ULONG* badArgument) = 0;
     /// The name of a member, or of the type for DISPID_UNKNOWN. Both out-pointers may be null.
     virtual HRESULT GetDocumentation(DISPID member, BSTR* name, BSTR* help) = 0;
+    /// A reference is good for the type that gave it. Of an interface that the library merely refers to, name and
+    /// identity are known.
     virtual HRESULT GetRefTypeInfo(HREFTYPE type, ITypeInfo** info) = 0;
+    /// TYPE_E_ELEMENTNOTFOUND for a type that is in no library, or in another one.
     virtual HRESULT GetContainingTypeLib(ITypeLib** library, ULONG* index) = 0;
     virtual void ReleaseTypeAttr(TYPEATTR* attributes) = 0;
     virtual void ReleaseFuncDesc(FUNCDESC* description) = 0;

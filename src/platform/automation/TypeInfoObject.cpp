@@ -5,6 +5,12 @@
 #include <algorithm>
 
 namespace kv {
+namespace {
+
+/// Marks a reference that is a position among the types that the type mentions.
+constexpr HREFTYPE kMentioned = 0x80000000;
+
+} // namespace
 
 struct TypeInfo::FunctionRecord : FUNCDESC {
     std::vector<ELEMDESC> parameters;
@@ -34,12 +40,31 @@ std::vector<std::string_view> TypeInfo::Implemented() const
 TYPEDESC TypeInfo::Describe(const TypeDescription& type, TypeStorage& storage) const
 {
     TYPEDESC description{{nullptr}, type.vt};
-    if (type.vt == VT_USERDEFINED) description.hreftype = m_library->Reference(type.name);
+    if (type.vt == VT_USERDEFINED) description.hreftype = Reference(type);
     for (BYTE i = 0; i < type.pointers; ++i) {
         storage.push_back(std::make_unique<TYPEDESC>(description));
         description = {{storage.back().get()}, VT_PTR};
     }
     return description;
+}
+
+HREFTYPE TypeInfo::Reference(const TypeDescription& type) const
+{
+    const HREFTYPE known = m_library->Reference(type.name);
+    if (known || !type.identity || !type.identity()) return known;
+    const auto mentioned = MentionedTypes(m_type);
+    const auto first = std::ranges::find(mentioned, type.name, &TypeDescription::name);
+    return kMentioned | static_cast<HREFTYPE>(first - mentioned.begin());
+}
+
+std::optional<TypeEntry> TypeInfo::Find(HREFTYPE reference) const
+{
+    if (const TypeEntry* known = m_library->Find(reference)) return *known;
+    if (!(reference & kMentioned)) return std::nullopt;
+    const auto mentioned = MentionedTypes(m_type);
+    const std::size_t position = reference & ~kMentioned;
+    if (position >= mentioned.size() || Reference(*mentioned[position]) != reference) return std::nullopt;
+    return mentioned[position];
 }
 
 HRESULT TypeInfo::GetTypeAttr(TYPEATTR** attributes)
@@ -207,7 +232,7 @@ HRESULT TypeInfo::GetRefTypeInfo(HREFTYPE type, ITypeInfo** info)
     return Guarded([&] {
         if (!info) return E_POINTER;
         *info = nullptr;
-        const TypeEntry* found = m_library->Find(type);
+        const auto found = Find(type);
         return found ? ComPtr<ITypeInfo>(Make<TypeInfo>(m_library, *found)).CopyTo(info) : TYPE_E_ELEMENTNOTFOUND;
     });
 }

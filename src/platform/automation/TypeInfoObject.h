@@ -39,6 +39,11 @@ private:
     /// The names of what the type builds on, the default one first.
     std::vector<std::string_view> Implemented() const;
     TYPEDESC Describe(const TypeDescription& type, TypeStorage& storage) const;
+    /// What this type refers to another one by: the library's reference, or the place where it first mentions an
+    /// interface that the library does not have. 0 for anything else.
+    HREFTYPE Reference(const TypeDescription& type) const;
+    /// Empty for a reference that was never given.
+    std::optional<TypeEntry> Find(HREFTYPE reference) const;
 
     const ComPtr<TypeLibrary> m_library;
     const TypeEntry m_type;

@@ -9,8 +9,8 @@
 namespace kv {
 namespace {
 
-constexpr OutsideType kOutside[]{{"IUnknown", &IUnknown::IID}, {"IDispatch", &IDispatch::IID}};
-constexpr TypeEntry kOutsideEntries[]{&kOutside[0], &kOutside[1]};
+constexpr TypeDescription kPlatformTypes[]{detail::Describe<IUnknown>(), detail::Describe<IDispatch>()};
+constexpr TypeEntry kPlatformEntries[]{&kPlatformTypes[0], &kPlatformTypes[1]};
 
 /// What a name stands for within a type: the type itself (DISPID_UNKNOWN) or one of its members.
 std::optional<DISPID> NamedWithin(const TypeEntry& type, std::u16string_view name)
@@ -124,7 +124,7 @@ HRESULT TypeLibrary::FindName(const OLECHAR* name, ULONG, ITypeInfo** infos, DIS
 HREFTYPE TypeLibrary::Reference(std::string_view name) const
 {
     HREFTYPE reference = 0;
-    for (const OutsideType& type : kOutside) {
+    for (const TypeDescription& type : kPlatformTypes) {
         ++reference;
         if (type.name == name) return reference;
     }
@@ -138,8 +138,8 @@ HREFTYPE TypeLibrary::Reference(std::string_view name) const
 const TypeEntry* TypeLibrary::Find(HREFTYPE reference) const
 {
     if (reference == 0) return nullptr;
-    if (reference <= std::size(kOutsideEntries)) return &kOutsideEntries[reference - 1];
-    const std::size_t own = reference - std::size(kOutsideEntries) - 1;
+    if (reference <= std::size(kPlatformEntries)) return &kPlatformEntries[reference - 1];
+    const std::size_t own = reference - std::size(kPlatformEntries) - 1;
     return own < m_types.size() ? &m_types[own] : nullptr;
 }
 

@@ -384,7 +384,7 @@ TEST_F(DispatchTest, ObjectsAreAskedForTheInterfaceThatTheMemberWants)
 
 TEST_F(DispatchTest, RecordsPassByTheirAddress)
 {
-    SamplePoint points[] = {{1, 0.5, nullptr, Red, nullptr}, {2, 0.25, nullptr, Red, nullptr}};
+    SamplePoint points[] = {{1, 0.5, nullptr, Red, nullptr, nullptr}, {2, 0.25, nullptr, Red, nullptr, nullptr}};
     EXPECT_EQ(Text(Call(23, {Variant(LONG{2}), Reference(VT_RECORD, points)}).value), "3.75");
     EXPECT_EQ(Text(Call(23, {Variant(LONG{2}), VARIANT{}}).value), "0");
 }

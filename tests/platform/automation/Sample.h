@@ -6,19 +6,26 @@
 
 KV_ENUM(SampleColour, Red = 1, Green = 0x20, Blue = 48);
 
+/// An interface that the sample's type library refers to without having it.
+struct IForeign : IUnknown {
+    static constexpr GUID IID = "44444444-0000-0000-0000-000000000004"_guid;
+    using Base = IUnknown;
+};
+
 struct SamplePoint {
     LONG x;
     double y;
     BSTR label;
     SampleColour colour;
     IUnknown* tag;
+    IForeign* owner;
 };
 
 template <>
 struct kv::RecordTable<SamplePoint> {
-    static constexpr std::array fields{Field<&SamplePoint::x>("x"), Field<&SamplePoint::y>("y"),
+    static constexpr std::array fields{Field<&SamplePoint::x>("x"),         Field<&SamplePoint::y>("y"),
                                        Field<&SamplePoint::label>("label"), Field<&SamplePoint::colour>("colour"),
-                                       Field<&SamplePoint::tag>("tag")};
+                                       Field<&SamplePoint::tag>("tag"),     Field<&SamplePoint::owner>("owner")};
 };
 
 struct ISample : IDispatch {
@@ -101,7 +108,9 @@ template <>
 struct kv::InterfaceTable<_ISampleEvents> {
     static constexpr InterfaceKind kind = InterfaceKind::Dispatch;
     static constexpr auto members =
-        Members(Event<LONG, BSTR>("Renamed", 1, "id", "name"), Event<IDispatch*>("Moved", 2, "peer"));
+        Members(Event<LONG, BSTR>("Renamed", 1, "id", "name"), Event<IDispatch*>("Moved", 2, "peer"),
+                Event<LONG, const LONG*>("Changed", 3, "count", "ids"),
+                Event<IForeign*, ISample*, IForeign*>("Traded", 4, "from", "what", "to"));
 };
 
 inline constexpr GUID kSampleLibrary = "44444444-0000-0000-0000-000000000010"_guid;

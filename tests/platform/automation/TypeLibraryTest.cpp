@@ -109,10 +109,10 @@ TEST(TypeLibraryTest, ListsItsTypes)
     };
     const Row rows[] = {
         {"SampleColour", TKIND_ENUM, GUID_NULL, 0, 3, 0, 0},
-        {"SamplePoint", TKIND_RECORD, GUID_NULL, 0, 5, 0, 0},
+        {"SamplePoint", TKIND_RECORD, GUID_NULL, 0, 6, 0, 0},
         {"ISample", TKIND_DISPATCH, ISample::IID, 25, 0, 1, TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE},
         {"IPlainSample", TKIND_INTERFACE, IPlainSample::IID, 1, 0, 1, 0},
-        {"_ISampleEvents", TKIND_DISPATCH, _ISampleEvents::IID, 2, 0, 1, TYPEFLAG_FDISPATCHABLE},
+        {"_ISampleEvents", TKIND_DISPATCH, _ISampleEvents::IID, 4, 0, 1, TYPEFLAG_FDISPATCHABLE},
         {"Sample", TKIND_COCLASS, kSampleClass, 0, 0, 2, TYPEFLAG_FCANCREATE},
         {"Silent", TKIND_COCLASS, kSilentClass, 0, 0, 1, TYPEFLAG_FCANCREATE},
     };
@@ -185,7 +185,7 @@ TEST(TypeLibraryTest, WhatIsNotThereIsNotFound)
         HREFTYPE reference = 1;
         LONG flags = 1;
         EXPECT_EQ(type->GetFuncDesc(25, &function), TYPE_E_ELEMENTNOTFOUND);
-        EXPECT_EQ(type->GetVarDesc(5, &variable), TYPE_E_ELEMENTNOTFOUND);
+        EXPECT_EQ(type->GetVarDesc(6, &variable), TYPE_E_ELEMENTNOTFOUND);
         EXPECT_EQ(type->GetRefTypeOfImplType(2, &reference), TYPE_E_ELEMENTNOTFOUND);
         EXPECT_EQ(type->GetImplTypeFlags(2, &flags), TYPE_E_ELEMENTNOTFOUND);
         EXPECT_EQ(type->GetDocumentation(77, nullptr, nullptr), TYPE_E_ELEMENTNOTFOUND);
@@ -194,7 +194,8 @@ TEST(TypeLibraryTest, WhatIsNotThereIsNotFound)
         EXPECT_EQ(flags, 0);
     }
     const auto sample = Type(u"ISample");
-    for (HREFTYPE never : {0u, 10u, 0xffffffffu}) {
+    // 0x80000001 would stand for the type of a parameter that is no interface of another library.
+    for (HREFTYPE never : {0u, 10u, 0x80000001u, 0xffffffffu}) {
         EXPECT_EQ(sample->GetRefTypeInfo(never, info.Put()), TYPE_E_ELEMENTNOTFOUND);
         EXPECT_FALSE(info);
     }
@@ -221,6 +222,8 @@ TEST(TypeLibraryTest, DescribesFunctions)
     EXPECT_EQ(Function(*plain, 0), "1 1 24 0: 1 3, 10 3*, -> 25");
     EXPECT_EQ(Function(*events, 0), "1 1 0 0: 1 3, 1 8, -> 24");
     EXPECT_EQ(Function(*events, 1), "2 1 0 0: 1 9, -> 24");
+    EXPECT_EQ(Function(*events, 2), "3 1 0 0: 1 3, 1 3*, -> 24") << "a list that the callee reads";
+    EXPECT_EQ(Function(*events, 3), "4 1 0 0: 1 IForeign*, 1 ISample*, 1 IForeign*, -> 24");
     EXPECT_THAT(Names(*sample, 22), ElementsAre("Join", "first", "second", "third", "text"));
     EXPECT_THAT(Names(*sample, 22, 2), ElementsAre("Join", "first"));
     EXPECT_THAT(Names(*sample, 1), ElementsAre("Count"));
@@ -244,7 +247,7 @@ TEST(TypeLibraryTest, DescribesEnumerationsAndRecordsAsTheyAreDeclared)
 
     const auto point = Type(u"SamplePoint");
     const std::pair<std::string_view, std::string_view> fields[] = {
-        {"x", "3"}, {"y", "5"}, {"label", "8"}, {"colour", "SampleColour"}, {"tag", "13"}};
+        {"x", "3"}, {"y", "5"}, {"label", "8"}, {"colour", "SampleColour"}, {"tag", "13"}, {"owner", "IForeign*"}};
     for (ULONG i = 0; i < std::size(fields); ++i) {
         VARDESC* variable = nullptr;
         ASSERT_EQ(point->GetVarDesc(i, &variable), S_OK);
@@ -291,6 +294,29 @@ TEST(TypeLibraryTest, TypesReferToWhatTheyBuildOn)
     EXPECT_EQ(Attributes(*dispatch).facts.guid, IDispatch::IID);
     ComPtr<ITypeLib> container;
     EXPECT_EQ(dispatch->GetContainingTypeLib(container.Put(), nullptr), TYPE_E_ELEMENTNOTFOUND);
+}
+
+TEST(TypeLibraryTest, InterfacesOfOtherLibrariesAreKnownByNameAndIdentity)
+{
+    const auto events = Type(u"_ISampleEvents");
+    FUNCDESC* function = nullptr;
+    ASSERT_EQ(events->GetFuncDesc(3, &function), S_OK);
+    const HREFTYPE from = function->lprgelemdescParam[0].tdesc.lptdesc->hreftype;
+    const HREFTYPE to = function->lprgelemdescParam[2].tdesc.lptdesc->hreftype;
+    events->ReleaseFuncDesc(function);
+    EXPECT_EQ(from, to) << "one type, one reference";
+
+    ComPtr<ITypeInfo> foreign;
+    ComPtr<ITypeLib> container;
+    ASSERT_EQ(events->GetRefTypeInfo(from, foreign.Put()), S_OK);
+    const TYPEATTR facts = Attributes(*foreign).facts;
+    EXPECT_EQ(facts.guid, IForeign::IID);
+    EXPECT_EQ(facts.typekind, TKIND_INTERFACE);
+    EXPECT_EQ(facts.cFuncs, 0);
+    EXPECT_EQ(foreign->GetContainingTypeLib(container.Put(), nullptr), TYPE_E_ELEMENTNOTFOUND);
+    BOOL is = true;
+    EXPECT_EQ(Library()->IsName(u"IForeign", &is), S_OK);
+    EXPECT_FALSE(is);
 }
 
 TEST(TypeLibraryTest, NamesAreFoundInTypesMembersEnumeratorsAndFields)
@@ -382,6 +408,7 @@ TEST(TypeLibraryTest, ObjectsLeadToTheirTypeInfo)
     // Without a library the type still describes itself.
     ASSERT_EQ(kv::MakeTypeInfo(nullptr, kv::kInterfaceDescription<ISample>, info.Put()), S_OK);
     EXPECT_EQ(Function(*info, 0), "1 2 56 0: 10 3*, -> 25");
+    EXPECT_EQ(Function(*info, 12), "7 2 152 0: 10 ISample**, -> 25");
     EXPECT_EQ(info->GetContainingTypeLib(library.Put(), &index), TYPE_E_ELEMENTNOTFOUND);
 }
 
