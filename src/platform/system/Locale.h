@@ -28,10 +28,11 @@ private:
 /// Compares by the rules of the user's language, with regard to case; below, at or above 0. Equal texts are 0.
 KV_EXPORT int CompareStrings(std::u16string_view left, std::u16string_view right);
 
-/// A decimal number with "." as its point, with blanks around it; empty for anything else.
+/// A decimal number with "." as its point, with blanks around it. "," may part the digits before the point into groups
+/// of three. Empty for anything else.
 KV_EXPORT std::optional<double> ParseDoubleUS(std::u16string_view text);
 
-/// The same with the decimal point and the group separators of the user's language.
+/// The same with the decimal point, the separators and the groups of the user's language.
 KV_EXPORT std::optional<double> ParseDoubleUserLocale(std::u16string_view text);
 
 } // namespace kv

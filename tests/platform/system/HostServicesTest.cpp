@@ -202,6 +202,19 @@ TEST_F(LocaleTest, ReadsNumbers)
         EXPECT_EQ(kv::ParseDoubleUS(c.text), c.expected);
         EXPECT_EQ(kv::ParseDoubleUserLocale(c.text), c.expected);
     }
+
+    // The user's language has no separators.
+    const Case grouped[] = {
+        {u"1,234", 1234.0},       {u" -12,345,678.25 ", -12345678.25}, {u"+1,000e-3", 1.0},
+        {u"1,2,3", std::nullopt}, {u"1234,567", std::nullopt},         {u"1,23", std::nullopt},
+        {u",123", std::nullopt},  {u"1,,234", std::nullopt},           {u"1,234,", std::nullopt},
+        {u"1,-23", std::nullopt}, {u"1.234,567", std::nullopt},        {u"1e1,000", std::nullopt},
+    };
+    for (const Case& c : grouped) {
+        SCOPED_TRACE(kv::ToUtf8(c.text));
+        EXPECT_EQ(kv::ParseDoubleUS(c.text), c.expected);
+        EXPECT_EQ(kv::ParseDoubleUserLocale(c.text), std::nullopt);
+    }
 }
 
 TEST_F(LocaleTest, ComparesTextsAsAnOrder)
