@@ -70,16 +70,25 @@ State& Shared()
 /// The changes that this thread gathers; null outside a batch.
 thread_local std::vector<Change>* t_batch = nullptr;
 
+/// What the environment says; null for an empty value, too.
+const char* Environment(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value && *value ? value : nullptr;
+}
+
+std::filesystem::path ConfigurationFolder()
+{
+    if (const char* configuration = Environment("XDG_CONFIG_HOME")) return configuration;
+    const char* home = Environment("HOME");
+    if (!home) throw Error(REGISTRY_E_NO_HOME);
+    return std::filesystem::path(home) / ".config";
+}
+
 std::string DefaultPath()
 {
-    if (const char* named = std::getenv("KV_REGISTRY")) return named;
-    std::filesystem::path folder;
-    if (const char* configuration = std::getenv("XDG_CONFIG_HOME")) {
-        folder = configuration;
-    } else if (const char* home = std::getenv("HOME")) {
-        folder = std::filesystem::path(home) / ".config";
-    }
-    return (folder / "KVProjectData" / "registry.txt").string();
+    if (const char* named = Environment("KV_REGISTRY")) return named;
+    return (ConfigurationFolder() / "KVProjectData" / "registry.txt").string();
 }
 
 const std::string& PathOf(State& state)

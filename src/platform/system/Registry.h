@@ -16,6 +16,8 @@ namespace kv {
 inline constexpr HRESULT REGISTRY_E_NOT_FOUND = MakeResult(0x80070002);
 /// The registry file is not one; it is never overwritten.
 inline constexpr HRESULT REGISTRY_E_CORRUPT = MakeResult(0x800703F1);
+/// The environment says nothing of where the registry file is to be.
+inline constexpr HRESULT REGISTRY_E_NO_HOME = MakeResult(0x800700CB);
 
 enum class Hive {
     /// The classes of the current user over those of the machine; written to the machine's, or to the user's while
@@ -38,8 +40,9 @@ namespace Registry {
 
 /// Keeps everything in memory, starting empty.
 KV_EXPORT void UseMemory();
-/// Keeps everything in a file, which need not exist. At first that is the file that the environment variable
-/// KV_REGISTRY names, else KVProjectData/registry.txt in the user's configuration folder.
+/// Keeps everything in a file, which need not exist. At first, and for an empty path, that is the file that the
+/// environment variable KV_REGISTRY names, else KVProjectData/registry.txt in XDG_CONFIG_HOME, else the same in .config
+/// in HOME; an empty variable counts as none, and without any of them the result is REGISTRY_E_NO_HOME.
 KV_EXPORT void UseFile(std::string path);
 
 /// Classes are registered for the current user instead of the machine.

@@ -2,8 +2,11 @@
 
 #include "support/Files.h"
 
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
+#include <optional>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -340,6 +343,68 @@ TEST_F(RegistryFileTest, AFileThatIsGoneIsEmpty)
     EXPECT_FALSE(Registry::KeyExists(Hive::CurrentUser, u"Key"));
     EXPECT_EQ(SetUser(u"Other", u"new"), S_OK);
     EXPECT_THAT(SubKeys(Hive::CurrentUser, u""), ElementsAre(u"Other"));
+}
+
+/// Sets variables of the environment for a scope; null takes one out.
+class EnvironmentScope {
+public:
+    void Set(const char* name, const char* value)
+    {
+        const char* before = std::getenv(name);
+        m_before.emplace(name, before ? std::optional<std::string>(before) : std::nullopt);
+        Put(name, value);
+    }
+    ~EnvironmentScope()
+    {
+        for (const auto& [name, value] : m_before)
+            Put(name.c_str(), value ? value->c_str() : nullptr);
+    }
+
+private:
+    static void Put(const char* name, const char* value) { value ? setenv(name, value, 1) : unsetenv(name); }
+
+    std::map<std::string, std::optional<std::string>> m_before;
+};
+
+TEST_F(RegistryFileTest, TheEnvironmentSaysWhereItIs)
+{
+    const std::string home = folder.PathOf("home");
+    const std::string configuration = folder.PathOf("configuration");
+    const std::string named = folder.PathOf("named.txt");
+    const std::string working = folder.PathOf("working");
+    std::filesystem::create_directory(working);
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(working);
+    struct Case {
+        const char* registry;
+        const char* configuration;
+        const char* home;
+        /// In the folder.
+        std::string_view written;
+        HRESULT result = S_OK;
+    };
+    const Case cases[] = {
+        {named.c_str(), configuration.c_str(), home.c_str(), "named.txt"},
+        {"", configuration.c_str(), home.c_str(), "configuration/KVProjectData/registry.txt"},
+        {nullptr, configuration.c_str(), nullptr, "configuration/KVProjectData/registry.txt"},
+        {"", "", home.c_str(), "home/.config/KVProjectData/registry.txt"},
+        {nullptr, nullptr, home.c_str(), "home/.config/KVProjectData/registry.txt"},
+        {"", "", "", "nothing", kv::REGISTRY_E_NO_HOME},
+        {nullptr, nullptr, nullptr, "nothing", kv::REGISTRY_E_NO_HOME},
+    };
+    for (const Case& c : cases) {
+        EnvironmentScope environment;
+        environment.Set("KV_REGISTRY", c.registry);
+        environment.Set("XDG_CONFIG_HOME", c.configuration);
+        environment.Set("HOME", c.home);
+        Registry::UseFile({}); // asks the environment again
+        SCOPED_TRACE(c.written);
+        EXPECT_EQ(SetUser(u"Key", u"text"), c.result);
+        EXPECT_EQ(UserText(u"Key"), c.result == S_OK ? u"text" : u"");
+        EXPECT_EQ(std::filesystem::remove(folder.Path() / c.written), c.result == S_OK);
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(working)) << "nothing may land in the working folder";
+    std::filesystem::current_path(before);
 }
 
 } // namespace
