@@ -1,4 +1,5 @@
 #include "KVProjectData/Identities.h"
+#include "platform/automation/TypeInfo.h"
 #include "platform/system/Registry.h"
 #include "support/Host.h"
 
@@ -71,6 +72,38 @@ TEST_F(ServerTest, LeavesNothingBehindButTheApplicationsKey)
     ComPtr<IKVProjectData> none;
     EXPECT_EQ(REGDB_E_CLASSNOTREG, CreateInstance(CLSID_KVProjectData, none));
     ASSERT_EQ(S_OK, RegisterServer(path));
+}
+
+TEST_F(ServerTest, RegistersForOneUserWithoutTouchingTheMachine)
+{
+    const std::u16string path = DefaultOf(u"CLSID\\" + GuidText(CLSID_KVProjectData) + u"\\InprocServer32");
+    const auto keysIn = [](Hive hive) {
+        std::size_t found = 0;
+        for (const std::u16string& key :
+             {std::u16string(PROGID_KVProjectData), u"CLSID\\" + GuidText(CLSID_KVProjectData),
+              u"TypeLib\\" + GuidText(LIBID_KVProjectData), u"Interface\\" + GuidText(IKVTitle::IID),
+              u"AppID\\" + GuidText(LIBID_KVProjectData)}) {
+            found += Registry::KeyExists(hive, u"Software\\Classes\\" + key);
+        }
+        return found;
+    };
+    ASSERT_EQ(S_OK, UnregisterServer(path));
+    Registry::SetPerUser(true);
+    EXPECT_EQ(S_OK, RegisterServer(path));
+    EXPECT_EQ(5u, keysIn(Hive::CurrentUser));
+    EXPECT_EQ(0u, keysIn(Hive::LocalMachine));
+    EXPECT_TRUE(NewProject());
+    ComPtr<ITypeLib> library;
+    EXPECT_EQ(S_OK, LoadRegTypeLib(LIBID_KVProjectData, 1, 0, LOCALE_USER_DEFAULT, library.Put()));
+
+    // What is registered for the machine stays when a user's registration goes.
+    Registry::SetPerUser(false);
+    EXPECT_EQ(S_OK, RegisterServer(path));
+    Registry::SetPerUser(true);
+    EXPECT_EQ(S_OK, UnregisterServer(path));
+    Registry::SetPerUser(false);
+    EXPECT_EQ(0u, keysIn(Hive::CurrentUser));
+    EXPECT_EQ(5u, keysIn(Hive::LocalMachine));
 }
 
 TEST_F(ServerTest, HandsOutOneClassObjectForEachOfItsClasses)
