@@ -10,6 +10,11 @@ set(KV_INSTALL_PKGCONFIGDIR "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(GLOB KV_PLATFORM_PRIVATE_HEADERS CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}/src" src/platform/xml/*.h)
 list(REMOVE_ITEM KV_PLATFORM_PRIVATE_HEADERS platform/xml/Dom.h)
 list(APPEND KV_PLATFORM_PRIVATE_HEADERS
+  platform/automation/Names.h
+  platform/automation/TypeEntry.h
+  platform/automation/TypeInfoObject.h
+  platform/automation/TypeLibraryObject.h
+  platform/automation/ValueType.h
   platform/com/BuiltInClasses.h
   platform/system/RegistryScript.h
   platform/system/RegistryTree.h
