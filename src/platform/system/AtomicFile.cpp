@@ -12,13 +12,15 @@
 namespace kv {
 namespace {
 
-/// Creates a file beside the target, with the permissions of any new file. -1 on failure, with errno set.
+/// Creates a file beside the target, with the permissions of any new file. -1 on failure, with errno set. Its name is
+/// short, whatever the target's: that may be as long as the file system allows.
 int CreateBeside(const std::string& target, std::string& name)
 {
+    const std::filesystem::path folder = std::filesystem::path(target).parent_path();
     std::random_device random;
     int file = -1;
     do {
-        name = target + '.' + std::to_string(random());
+        name = (folder / (".save." + std::to_string(random()))).string();
         file = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (file < 0 && errno == EEXIST);
     return file;
@@ -78,6 +80,8 @@ HRESULT AtomicFile::Create(const std::string& target)
     std::error_code error;
     const std::filesystem::path real = std::filesystem::weakly_canonical(target, error);
     m_target = error ? target : real.string();
+    // The folder alone decides whether a file can be renamed over another; its own protection is to hold as well.
+    if (faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0 && errno != ENOENT) return ResultFromErrno(errno);
     std::string temporary;
     m_file = CreateBeside(m_target, temporary);
     if (m_file < 0) return ResultFromErrno(errno);

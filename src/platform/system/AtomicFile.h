@@ -20,7 +20,8 @@ public:
     /// Removes what was not committed.
     ~AtomicFile();
 
-    /// Opens a temporary file in the folder of the target, a host path.
+    /// Opens a temporary file in the folder of the target, a host path. E_ACCESSDENIED for a target that the process
+    /// may not write.
     HRESULT Create(const std::string& target);
     HRESULT Write(const void* data, std::size_t size);
     /// Syncs the file, gives it the target's name and permissions, and syncs the folder.

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -13,6 +14,7 @@ using kv::test::TemporaryFolder;
 
 constexpr HRESULT kFileNotFound = MakeResult(0x80070002);
 constexpr HRESULT kPathNotFound = MakeResult(0x80070003);
+constexpr HRESULT kNameTooLong = MakeResult(0x800700CE);
 constexpr HRESULT kFileTooLarge = MakeResult(0x800700DF);
 
 class AtomicFileTest : public testing::Test {
@@ -89,7 +91,7 @@ TEST_F(AtomicFileTest, ATargetThatCannotBeReplacedLeavesNothingBehind)
 TEST_F(AtomicFileTest, KeepsPermissions)
 {
     folder.Write("file", "old");
-    for (const mode_t mode : {0600u, 0640u, 0444u, 0755u}) {
+    for (const mode_t mode : {0600u, 0640u, 0755u}) {
         ASSERT_EQ(chmod(folder.PathOf("file").c_str(), mode), 0);
         EXPECT_EQ(Replace("file", "new"), S_OK);
         EXPECT_EQ(Permissions("file"), mode);
@@ -98,6 +100,49 @@ TEST_F(AtomicFileTest, KeepsPermissions)
     EXPECT_EQ(Replace("fresh", "new"), S_OK);
     EXPECT_EQ(umask(before), 027u) << "the process's mask was changed";
     EXPECT_EQ(Permissions("fresh"), 0640u);
+}
+
+/// Within its scope the process is bound by permissions, as any user but root is.
+class OrdinaryUser {
+public:
+    OrdinaryUser() { m_bound = geteuid() != 0 || seteuid(65534) == 0; }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+    ~OrdinaryUser()
+    {
+        EXPECT_EQ(seteuid(m_before), 0);
+    }
+
+    bool Bound() const { return m_bound; }
+
+private:
+    uid_t m_before = geteuid();
+    bool m_bound;
+};
+
+TEST_F(AtomicFileTest, AWriteProtectedFileIsLeftAlone)
+{
+    folder.Write("file", "old");
+    ASSERT_EQ(chmod(folder.PathOf("file").c_str(), 0444), 0);
+    ASSERT_EQ(chmod(folder.PathOf("").c_str(), 0777), 0);
+    {
+        const OrdinaryUser user;
+        if (!user.Bound()) GTEST_SKIP() << "root writes everything";
+        EXPECT_EQ(Replace("file", "new"), E_ACCESSDENIED);
+        EXPECT_EQ(Replace("fresh", "new"), S_OK);
+    }
+    EXPECT_EQ(folder.Read("file"), "old");
+    EXPECT_EQ(folder.Entries(), 2);
+}
+
+TEST_F(AtomicFileTest, TakesEveryNameThatTheFileSystemTakes)
+{
+    const std::string longest(255, 'n');
+    EXPECT_EQ(Replace(longest, "one"), S_OK);
+    EXPECT_EQ(Replace(longest, "two"), S_OK);
+    EXPECT_EQ(folder.Read(longest), "two");
+    EXPECT_EQ(Replace(longest + 'n', "three"), kNameTooLong);
+    EXPECT_EQ(folder.Entries(), 1);
 }
 
 TEST_F(AtomicFileTest, ReplacesTheFileBehindALink)
