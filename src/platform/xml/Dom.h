@@ -67,7 +67,9 @@ struct IXMLDOMNode : IUnknown {
     virtual HRESULT put_dataType(BSTR type) = 0;
     /// The markup of the node and its subtree.
     virtual HRESULT get_xml(BSTR* xml) = 0;
-    /// XPath 1.0. E_INVALIDARG for an expression that does not parse or selects no nodes by its kind.
+    /// XPath 1.0. E_INVALIDARG for an expression that does not parse or selects no nodes by its kind. A node without a
+    /// way up to the document finds only what hangs together with it. While somebody holds such nodes, an expression
+    /// with functions, axes or paths in its conditions takes as long as the whole document takes to copy.
     virtual HRESULT selectNodes(BSTR expression, IXMLDOMNodeList** nodes) = 0;
     virtual HRESULT selectSingleNode(BSTR expression, IXMLDOMNode** node) = 0;
 };
@@ -132,7 +134,8 @@ struct IXMLDOMDocument : IXMLDOMNode {
     virtual HRESULT get_documentElement(IXMLDOMElement** element) = 0;
     /// Replaces the document element.
     virtual HRESULT putref_documentElement(IXMLDOMElement* element) = 0;
-    /// New nodes have no parent. E_INVALIDARG for a name or text that XML does not allow.
+    /// New nodes have no parent. E_INVALIDARG for a name or text that XML does not allow: "--" in a comment, "?>" in an
+    /// instruction. An instruction "xml" is the declaration, and stands nowhere but first in a document.
     virtual HRESULT createElement(BSTR name, IXMLDOMElement** element) = 0;
     virtual HRESULT createTextNode(BSTR text, IXMLDOMNode** node) = 0;
     virtual HRESULT createComment(BSTR text, IXMLDOMNode** node) = 0;
@@ -145,12 +148,14 @@ struct IXMLDOMDocument : IXMLDOMNode {
     virtual HRESULT importNode(IXMLDOMNode* node, VARIANT_BOOL deep, IXMLDOMNode** copy) = 0;
     /// Loads a file (VT_BSTR path, read with either path separator). *success tells whether it parsed; the
     /// call then returns S_FALSE if not, and the document is empty. The encoding is taken from the
-    /// byte-order mark or the declaration: UTF-8 or UTF-16.
+    /// byte-order mark or the declaration: UTF-8 or UTF-16. Only regular files are read, and documents of up to
+    /// 256 MiB as UTF-8. E_INVALIDARG for a path that holds U+0000.
     virtual HRESULT load(VARIANT source, VARIANT_BOOL* success) = 0;
     virtual HRESULT loadXML(BSTR xml, VARIANT_BOOL* success) = 0;
     /// Writes to a temporary file in the same folder, syncs it and renames it over the target (VT_BSTR path).
     /// UTF-16 little-endian with byte-order mark when the document's xml instruction says encoding="UTF-16",
-    /// else UTF-8. On failure the old file is as it was, and the result is the system's error as a result code.
+    /// else UTF-8. On failure the old file is as it was, and the result is the system's error as a result code:
+    /// E_ACCESSDENIED for a write-protected target, 0x800700DF for a document too large to be loaded again.
     virtual HRESULT save(VARIANT target) = 0;
     virtual HRESULT get_parseError(IXMLDOMParseError** error) = 0;
     /// Loading is always synchronous; the flag is kept for hosts that set it.

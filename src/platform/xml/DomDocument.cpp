@@ -8,8 +8,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace kv {
@@ -84,19 +85,35 @@ struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-/// The text of a file. Throws Error with the system's code, or XmlError for a file that is none.
-std::string ReadXmlFile(const std::string& path)
+/// Opens a regular file; anything else is E_ACCESSDENIED. Throws Error with the system's code.
+std::unique_ptr<std::FILE, FileCloser> OpenRegularFile(const std::string& path, struct stat& facts)
 {
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rbe"));
-    struct stat facts {};
-    if (!file || fstat(fileno(file.get()), &facts) != 0) throw Error(ResultFromErrno(errno));
+    // A pipe must not keep the caller waiting for its other end.
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    std::unique_ptr<std::FILE, FileCloser> file(descriptor < 0 ? nullptr : fdopen(descriptor, "rb"));
+    if (!file || fstat(descriptor, &facts) != 0) {
+        const HRESULT result = ResultFromErrno(errno);
+        if (!file && descriptor >= 0) close(descriptor);
+        throw Error(result);
+    }
     if (!S_ISREG(facts.st_mode)) throw Error(E_ACCESSDENIED);
-    if (static_cast<std::size_t>(facts.st_size) > kMaxXmlSize) throw XmlError{"the document is too large", 0};
+    return file;
+}
+
+/// The text of a file. Throws Error with the system's code, or XmlError for a file that is none, with what stands
+/// before the error in `text`.
+void ReadXmlFile(const std::string& path, std::string& text)
+{
+    // The same text is at most twice as long in UTF-16.
+    constexpr std::size_t kMaxFileSize = 2 * kMaxXmlSize + 2;
+    struct stat facts {};
+    const auto file = OpenRegularFile(path, facts);
+    if (static_cast<std::size_t>(facts.st_size) > kMaxFileSize) throw XmlError{"the document is too large", 0};
     const auto size = static_cast<std::size_t>(facts.st_size);
     const auto bytes = std::make_unique_for_overwrite<char[]>(size);
     const std::size_t read = std::fread(bytes.get(), 1, size, file.get());
     if (std::ferror(file.get())) throw Error(ResultFromErrno(errno));
-    return DecodeXml({bytes.get(), read});
+    DecodeXml({bytes.get(), read}, text);
 }
 
 /// Builds the tree of a checked text.
@@ -109,18 +126,20 @@ std::shared_ptr<DomTree> BuildTree(std::string text)
     return tree;
 }
 
-/// The text that a processing instruction or a declaration for XML itself holds.
+/// Whether the declaration asks for UTF-16.
 bool SaysUtf16(pugi::xml_node document)
 {
-    for (pugi::xml_node child : document.children()) {
-        std::string data;
-        if (child.type() == pugi::node_declaration) data = child.attribute("encoding").value();
-        if (child.type() == pugi::node_pi && std::string_view(child.name()) == "xml") data = child.value();
-        std::ranges::transform(data, data.begin(),
-                               [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
-        if (data.find("UTF-16") != data.npos) return true;
-    }
-    return false;
+    if (!IsDeclaration(document.first_child())) return false;
+    std::string data = document.first_child().value();
+    std::ranges::transform(data, data.begin(),
+                           [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+    return data.find("UTF-16") != data.npos;
+}
+
+/// Whether a path holds U+0000, at which the system would cut it.
+bool IsCutPath(const VARIANT& path)
+{
+    return View(path.bstrVal).find(u'\0') != std::u16string_view::npos;
 }
 
 /// Appends well-formed UTF-8 as UTF-16, little-endian.
@@ -246,14 +265,13 @@ HRESULT DomDocument::createElement(BSTR name, IXMLDOMElement** element)
     });
 }
 
-HRESULT DomDocument::CreateText(pugi::xml_node_type type, BSTR text, std::string_view forbidden, IXMLDOMNode** out)
+HRESULT DomDocument::CreateText(pugi::xml_node_type type, BSTR text, IXMLDOMNode** out)
 {
     return Guarded([&] {
         if (!out) return E_POINTER;
         *out = nullptr;
         const std::string checked = XmlTextOf(text);
-        if (!forbidden.empty() && (checked.find(forbidden) != checked.npos || checked.ends_with('-')))
-            return E_INVALIDARG;
+        if (type == pugi::node_comment && !IsXmlComment(checked)) return E_INVALIDARG;
         pugi::xml_node node = m_tree->NewNode(type);
         if (!node.set_value(checked.c_str())) throw std::bad_alloc();
         return HandNew(node, out);
@@ -262,17 +280,17 @@ HRESULT DomDocument::CreateText(pugi::xml_node_type type, BSTR text, std::string
 
 HRESULT DomDocument::createTextNode(BSTR text, IXMLDOMNode** node)
 {
-    return CreateText(pugi::node_pcdata, text, {}, node);
+    return CreateText(pugi::node_pcdata, text, node);
 }
 
 HRESULT DomDocument::createComment(BSTR text, IXMLDOMNode** node)
 {
-    return CreateText(pugi::node_comment, text, "--", node);
+    return CreateText(pugi::node_comment, text, node);
 }
 
 HRESULT DomDocument::createCDATASection(BSTR text, IXMLDOMNode** node)
 {
-    return CreateText(pugi::node_cdata, text, {}, node);
+    return CreateText(pugi::node_cdata, text, node);
 }
 
 HRESULT DomDocument::createProcessingInstruction(BSTR target, BSTR data, IXMLDOMNode** out)
@@ -282,7 +300,7 @@ HRESULT DomDocument::createProcessingInstruction(BSTR target, BSTR data, IXMLDOM
         *out = nullptr;
         const std::string name = XmlNameOf(target);
         const std::string text = XmlTextOf(data);
-        if (text.find("?>") != text.npos) return E_INVALIDARG;
+        if (!IsXmlInstruction(name, text)) return E_INVALIDARG;
         pugi::xml_node node = m_tree->NewNode(pugi::node_pi);
         if (!node.set_name(name.c_str()) || !node.set_value(text.c_str())) throw std::bad_alloc();
         return HandNew(node, out);
@@ -316,7 +334,7 @@ HRESULT DomDocument::createNode(VARIANT type, BSTR name, BSTR namespaceURI, IXML
             return result;
         }
         if (kind == pugi::node_pi) return createProcessingInstruction(name, nullptr, node);
-        return CreateText(kind, nullptr, {}, node);
+        return CreateText(kind, nullptr, node);
     });
 }
 
@@ -333,7 +351,8 @@ HRESULT DomDocument::importNode(IXMLDOMNode* node, VARIANT_BOOL deep, IXMLDOMNod
     });
 }
 
-HRESULT DomDocument::Parse(std::u16string_view url, const std::function<std::string()>& read, VARIANT_BOOL* success)
+HRESULT DomDocument::Parse(std::u16string_view url, const std::function<void(std::string&)>& read,
+                           VARIANT_BOOL* success)
 {
     return Guarded([&] {
         if (success) *success = VARIANT_FALSE;
@@ -341,7 +360,7 @@ HRESULT DomDocument::Parse(std::u16string_view url, const std::function<std::str
         std::shared_ptr<DomTree> tree;
         std::string text;
         try {
-            text = read();
+            read(text);
             CheckXml(text);
             tree = BuildTree(std::move(text));
         } catch (const XmlError& error) {
@@ -362,22 +381,20 @@ HRESULT DomDocument::Parse(std::u16string_view url, const std::function<std::str
 HRESULT DomDocument::load(VARIANT source, VARIANT_BOOL* success)
 {
     if (success) *success = VARIANT_FALSE;
-    if (source.vt != VT_BSTR) return E_INVALIDARG;
+    if (source.vt != VT_BSTR || IsCutPath(source)) return E_INVALIDARG;
     const std::u16string_view path = View(source.bstrVal);
     return Parse(
-        path, [&] { return ReadXmlFile(ToHostPath(path)); }, success);
+        path, [&](std::string& text) { ReadXmlFile(ToHostPath(path), text); }, success);
 }
 
 HRESULT DomDocument::loadXML(BSTR xml, VARIANT_BOOL* success)
 {
     return Parse(
         {},
-        [&] {
-            std::string text;
+        [&](std::string& text) {
             if (SysStringLen(xml) > kMaxXmlSize) throw XmlError{"the document is too large", 0};
             if (!ToXmlUtf8(View(xml), text))
-                throw XmlError{"the document holds a character that XML does not allow", 0};
-            return text;
+                throw XmlError{"the document holds a character that XML does not allow", text.size()};
         },
         success);
 }
@@ -385,13 +402,16 @@ HRESULT DomDocument::loadXML(BSTR xml, VARIANT_BOOL* success)
 HRESULT DomDocument::save(VARIANT target)
 {
     return Guarded([&] {
-        if (target.vt != VT_BSTR || SysStringLen(target.bstrVal) == 0) return E_INVALIDARG;
+        if (target.vt != VT_BSTR || SysStringLen(target.bstrVal) == 0 || IsCutPath(target)) return E_INVALIDARG;
         AtomicFile file;
         ThrowIfFailed(file.Create(ToHostPath(View(target.bstrVal))));
         const bool utf16 = SaysUtf16(m_place.node);
+        std::size_t size = 0;
         std::vector<char> bytes;
         if (utf16) bytes = {'\xff', '\xfe'};
         WriteXml(m_place.node, m_tree->Nursery(), [&](std::string_view piece) {
+            size += piece.size();
+            if (size > kMaxXmlSize) throw Error(ResultFromErrno(EFBIG));
             if (utf16) {
                 AppendUtf16(piece, bytes);
                 ThrowIfFailed(file.Write(bytes.data(), bytes.size()));

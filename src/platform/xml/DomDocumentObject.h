@@ -35,9 +35,10 @@ protected:
 private:
     pugi::xml_node Root() const;
     HRESULT HandNew(pugi::xml_node node, IXMLDOMNode** out);
-    HRESULT CreateText(pugi::xml_node_type type, BSTR text, std::string_view forbidden, IXMLDOMNode** node);
-    /// Puts a new tree in force, or on failure an empty one with the error noted.
-    HRESULT Parse(std::u16string_view url, const std::function<std::string()>& read, VARIANT_BOOL* success);
+    HRESULT CreateText(pugi::xml_node_type type, BSTR text, IXMLDOMNode** node);
+    /// Puts a new tree in force, or on failure an empty one with the error noted. `read` throws what ReadXmlFile
+    /// throws.
+    HRESULT Parse(std::u16string_view url, const std::function<void(std::string&)>& read, VARIANT_BOOL* success);
 
     ComPtr<IXMLDOMParseError> m_parseError;
     VARIANT_BOOL m_async = VARIANT_FALSE;

@@ -47,7 +47,7 @@ HRESULT DomNamedNodeMap::getNamedItem(BSTR name, IXMLDOMNode** node)
         if (!node) return E_POINTER;
         *node = nullptr;
         const pugi::xml_node element = m_element.Place().node;
-        const pugi::xml_attribute found = element.attribute(ToUtf8(View(name)).c_str());
+        const pugi::xml_attribute found = AttributeOf(element, name);
         return found ? m_element.ObjectFor({element, found}).CopyTo(node) : S_FALSE;
     });
 }
@@ -78,7 +78,7 @@ HRESULT DomNamedNodeMap::removeNamedItem(BSTR name, IXMLDOMNode** removed)
     return Guarded([&] {
         if (removed) *removed = nullptr;
         const pugi::xml_node element = m_element.Place().node;
-        const pugi::xml_attribute found = element.attribute(ToUtf8(View(name)).c_str());
+        const pugi::xml_attribute found = AttributeOf(element, name);
         if (!found) return S_FALSE;
         if (removed) m_element.ObjectFor({element, found}).CopyTo(removed);
         RemoveAttribute(m_element.Tree(), element, found);

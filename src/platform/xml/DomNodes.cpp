@@ -69,7 +69,7 @@ HRESULT DomElement::getAttribute(BSTR name, VARIANT* value)
         if (!value) return E_POINTER;
         VariantInit(value);
         value->vt = VT_NULL;
-        const pugi::xml_attribute attribute = m_place.node.attribute(ToUtf8(View(name)).c_str());
+        const pugi::xml_attribute attribute = AttributeOf(m_place.node, name);
         if (!attribute) return S_FALSE;
         *value = Variant(ToUtf16(attribute.value())).Detach();
         return S_OK;
@@ -88,7 +88,7 @@ HRESULT DomElement::setAttribute(BSTR name, VARIANT value)
 HRESULT DomElement::removeAttribute(BSTR name)
 {
     return Guarded([&] {
-        const pugi::xml_attribute attribute = m_place.node.attribute(ToUtf8(View(name)).c_str());
+        const pugi::xml_attribute attribute = AttributeOf(m_place.node, name);
         if (!attribute) return S_FALSE;
         RemoveAttribute(*m_tree, m_place.node, attribute);
         return S_OK;

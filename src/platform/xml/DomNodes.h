@@ -40,7 +40,7 @@ public:
     HRESULT get_attributes(IXMLDOMNamedNodeMap** attributes) final { return Attributes(attributes); }
     HRESULT insertBefore(IXMLDOMNode* child, VARIANT reference, IXMLDOMNode** inserted) final
     {
-        return Insert(child, NodeIn(reference).Get(), inserted);
+        return Insert(child, ObjectIn(reference), inserted);
     }
     HRESULT replaceChild(IXMLDOMNode* child, IXMLDOMNode* old, IXMLDOMNode** replaced) final
     {

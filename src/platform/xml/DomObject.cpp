@@ -5,10 +5,9 @@
 #include "platform/xml/DomLists.h"
 #include "platform/xml/DomNodes.h"
 #include "platform/xml/DomTypes.h"
+#include "platform/xml/XPath.h"
 #include "platform/xml/XmlText.h"
 #include "platform/xml/XmlWriter.h"
-
-#include <cstring>
 
 namespace kv {
 namespace {
@@ -26,17 +25,6 @@ void AppendText(pugi::xml_node node, std::string& text)
     if (IsText(node)) text += node.value();
     for (pugi::xml_node child : node.children())
         AppendText(child, text);
-}
-
-/// What a declaration says, as the data of an instruction.
-std::string DeclarationData(pugi::xml_node declaration)
-{
-    std::string data;
-    for (pugi::xml_attribute attribute : declaration.attributes()) {
-        if (!data.empty()) data += ' ';
-        data.append(attribute.name()).append("=\"").append(attribute.value()).append(1, '"');
-    }
-    return data;
 }
 
 /// Copies a node without its children from any tree.
@@ -118,7 +106,8 @@ void DomObject::MoveTo(const DomPlace& place)
 {
     const DomPlace from = std::exchange(m_place, place);
     m_tree->Replace(from, place, *this);
-    if (m_tree->IsDetached(from.node)) m_tree->Detach(from.node);
+    // The holder of an attribute that had no element has served.
+    if (from.node.parent() == m_tree->Nursery()) m_tree->Detach(from.node);
 }
 
 HRESULT DomObject::NodeName(BSTR* name) const
@@ -230,7 +219,21 @@ HRESULT DomObject::Attributes(IXMLDOMNamedNodeMap** attributes)
     });
 }
 
-HRESULT DomObject::CheckInsertion(const DomObject& child) const
+HRESULT DomObject::CheckInDocument(pugi::xml_node child, pugi::xml_node before) const
+{
+    if (IsText(child)) return E_INVALIDARG;
+    pugi::xml_node first;
+    for (pugi::xml_node sibling : m_place.node.children()) {
+        if (sibling == child || m_tree->IsHidden(sibling)) continue;
+        if (!first) first = sibling;
+        if (child.type() == pugi::node_element && sibling.type() == pugi::node_element) return E_INVALIDARG;
+    }
+    // Nothing stands before the declaration, and it stands nowhere else.
+    const bool becomesFirst = !first || before == first;
+    return IsDeclaration(becomesFirst ? first : child) ? E_INVALIDARG : S_OK;
+}
+
+HRESULT DomObject::CheckInsertion(const DomObject& child, pugi::xml_node before) const
 {
     const pugi::xml_node_type parentType = m_place.node.type();
     const pugi::xml_node node = child.m_place.node;
@@ -243,35 +246,29 @@ HRESULT DomObject::CheckInsertion(const DomObject& child) const
         if (above == node) return E_INVALIDARG;
     }
     if (parentType == pugi::node_document) {
-        if (IsText(node)) return E_INVALIDARG;
-        for (pugi::xml_node sibling : m_place.node.children()) {
-            const bool isRoot = sibling.type() == pugi::node_element && !m_tree->IsHidden(sibling);
-            if (node.type() == pugi::node_element && isRoot && sibling != node) return E_INVALIDARG;
-        }
+        const HRESULT allowed = CheckInDocument(node, before);
+        if (FAILED(allowed)) return allowed;
+    } else if (IsDeclaration(node)) {
+        return E_INVALIDARG;
     }
     // The nursery counts as a level, which makes the bound for detached parts one lower.
     return DepthOf(m_place.node) + HeightOf(node) > kMaxXmlDepth ? E_INVALIDARG : S_OK;
 }
 
-HRESULT DomObject::Insert(IXMLDOMNode* child, IXMLDOMNode* before, IXMLDOMNode** inserted)
+HRESULT DomObject::Insert(IXMLDOMNode* child, IUnknown* before, IXMLDOMNode** inserted)
 {
     return Guarded([&] {
         if (inserted) *inserted = nullptr;
         DomObject* object = ObjectOf(child);
         DomObject* reference = ObjectOf(before);
         if (!object || (before && !reference)) return E_INVALIDARG;
-        const HRESULT allowed = CheckInsertion(*object);
-        if (FAILED(allowed)) return allowed;
         if (reference && (reference->IsAttribute() || reference->m_place.node.parent() != m_place.node))
             return E_INVALIDARG;
-
-        pugi::xml_node target = m_place.node;
-        if (!reference && target.type() == pugi::node_document) {
-            target.insert_move_before(object->m_place.node, m_tree->Nursery());
-        } else if (!reference) {
-            target.append_move(object->m_place.node);
-        } else if (reference != object) {
-            target.insert_move_before(object->m_place.node, reference->m_place.node);
+        const pugi::xml_node next = reference ? reference->m_place.node : pugi::xml_node();
+        if (object != reference) {
+            const HRESULT allowed = CheckInsertion(*object, next);
+            if (FAILED(allowed)) return allowed;
+            m_tree->Move(object->m_place.node, m_place.node, next);
         }
         return inserted ? ComPtr<IXMLDOMNode>(child).CopyTo(inserted) : S_OK;
     });
@@ -287,16 +284,15 @@ HRESULT DomObject::ReplaceChild(IXMLDOMNode* child, IXMLDOMNode* old, IXMLDOMNod
             return E_INVALIDARG;
         if (object == leaving) return S_OK;
         // The place is taken by the newcomer only when it may stand there.
-        pugi::xml_node parent = m_place.node;
-        const pugi::xml_node next = leaving->m_place.node.next_sibling();
+        const pugi::xml_node next = m_tree->Visible(leaving->m_place.node.next_sibling());
         m_tree->Detach(leaving->m_place.node);
-        const HRESULT allowed = CheckInsertion(*object);
+        const pugi::xml_node anchor = next == object->m_place.node ? m_tree->Visible(next.next_sibling()) : next;
+        const HRESULT allowed = CheckInsertion(*object, anchor);
         if (FAILED(allowed)) {
-            next ? parent.insert_move_before(leaving->m_place.node, next) : parent.append_move(leaving->m_place.node);
+            m_tree->Move(leaving->m_place.node, m_place.node, next);
             return allowed;
         }
-        const pugi::xml_node anchor = next == object->m_place.node ? next.next_sibling() : next;
-        anchor ? parent.insert_move_before(object->m_place.node, anchor) : parent.append_move(object->m_place.node);
+        m_tree->Move(object->m_place.node, m_place.node, anchor);
         return replaced ? ComPtr<IXMLDOMNode>(old).CopyTo(replaced) : S_OK;
     });
 }
@@ -330,7 +326,6 @@ HRESULT DomObject::Clone(bool deep, IXMLDOMNode** copy)
                 for (pugi::xml_node child : m_place.node.children()) {
                     if (!m_tree->IsHidden(child)) document->Tree().Document().append_copy(child);
                 }
-                document->Tree().PlaceNursery();
             }
             return ComPtr<IXMLDOMNode>(document->Node()).CopyTo(copy);
         }
@@ -342,8 +337,6 @@ std::string DomObject::PlainText() const
 {
     if (IsAttribute()) return m_place.attribute.value();
     switch (m_place.node.type()) {
-    case pugi::node_declaration:
-        return DeclarationData(m_place.node);
     case pugi::node_element: {
         std::string text;
         AppendText(m_place.node, text);
@@ -368,10 +361,10 @@ void DomObject::SetPlainText(const std::string& text)
         set = attribute.set_value(text.c_str());
     } else {
         const pugi::xml_node_type type = m_place.node.type();
-        const bool badComment = type == pugi::node_comment && (text.find("--") != text.npos || text.ends_with('-'));
-        const bool badInstruction = type == pugi::node_pi && text.find("?>") != text.npos;
-        if (badComment || badInstruction || type == pugi::node_declaration) throw Error(E_INVALIDARG);
         pugi::xml_node node = m_place.node;
+        const bool badComment = type == pugi::node_comment && !IsXmlComment(text);
+        const bool badInstruction = type == pugi::node_pi && !IsXmlInstruction(node.name(), text);
+        if (badComment || badInstruction) throw Error(E_INVALIDARG);
         set = node.set_value(text.c_str());
     }
     if (!set) throw std::bad_alloc();
@@ -463,28 +456,15 @@ HRESULT DomObject::Xml(BSTR* xml) const
         if (!xml) return E_POINTER;
         *xml = nullptr;
         std::string text;
+        const auto append = [&text](std::string_view piece) { text += piece; };
         if (IsAttribute()) {
-            text = std::string(m_place.attribute.name()) + "=\"" + m_place.attribute.value() + '"';
+            WriteXml(m_place.attribute, append);
         } else {
-            WriteXml(m_place.node, m_tree->Nursery(), [&](std::string_view piece) { text += piece; });
+            WriteXml(m_place.node, m_tree->Nursery(), append);
         }
         *xml = Bstr(ToUtf16(text)).Detach();
         return S_OK;
     });
-}
-
-pugi::xpath_node_set DomObject::Select(BSTR expression) const
-{
-    constexpr std::size_t kLongest = 4096;
-    const std::string text = ToUtf8(View(expression));
-    if (text.empty() || text.size() > kLongest) throw Error(E_INVALIDARG);
-    try {
-        pugi::xpath_node_set found = m_place.node.select_nodes(text.c_str());
-        found.sort();
-        return found;
-    } catch (const pugi::xpath_exception&) {
-        throw Error(E_INVALIDARG);
-    }
 }
 
 HRESULT DomObject::SelectNodes(BSTR expression, IXMLDOMNodeList** nodes)
@@ -492,14 +472,7 @@ HRESULT DomObject::SelectNodes(BSTR expression, IXMLDOMNodeList** nodes)
     return Guarded([&] {
         if (!nodes) return E_POINTER;
         *nodes = nullptr;
-        const bool detached = m_tree->IsDetached(m_place.node);
-        std::vector<DomPlace> places;
-        for (const pugi::xpath_node& found : Select(expression)) {
-            const pugi::xml_node node = found.attribute() ? found.parent() : found.node();
-            // Detached parts are seen from within alone.
-            if (m_tree->IsHidden(node) || (!detached && m_tree->IsDetached(node))) continue;
-            places.push_back({node, found.attribute()});
-        }
+        const std::vector<DomPlace> places = SelectPlaces(*m_tree, m_place, XmlTextOf(expression));
         return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, places)).CopyTo(nodes);
     });
 }
@@ -521,10 +494,15 @@ DomObject* ObjectOf(IUnknown* node)
     return object ? &object->Self() : nullptr;
 }
 
-ComPtr<IXMLDOMNode> NodeIn(const VARIANT& value)
+IUnknown* ObjectIn(const VARIANT& value)
 {
-    const bool holds = (value.vt == VT_UNKNOWN || value.vt == VT_DISPATCH) && value.punkVal;
-    return holds ? Query<IXMLDOMNode>(value.punkVal) : nullptr;
+    return value.vt == VT_UNKNOWN || value.vt == VT_DISPATCH ? value.punkVal : nullptr;
+}
+
+pugi::xml_attribute AttributeOf(pugi::xml_node element, BSTR name)
+{
+    const std::string utf8 = ToUtf8(View(name));
+    return IsXmlName(utf8) ? element.attribute(utf8.c_str()) : pugi::xml_attribute();
 }
 
 std::string XmlTextOf(BSTR text)

@@ -41,7 +41,7 @@ public:
     HRESULT Children(IXMLDOMNodeList** children);
     HRESULT Hand(pugi::xml_node node, IXMLDOMNode** out);
     HRESULT Attributes(IXMLDOMNamedNodeMap** attributes);
-    HRESULT Insert(IXMLDOMNode* child, IXMLDOMNode* before, IXMLDOMNode** inserted);
+    HRESULT Insert(IXMLDOMNode* child, IUnknown* before, IXMLDOMNode** inserted);
     HRESULT ReplaceChild(IXMLDOMNode* child, IXMLDOMNode* old, IXMLDOMNode** replaced);
     HRESULT RemoveChild(IXMLDOMNode* child, IXMLDOMNode** removed);
     HRESULT OwnerDocument(IXMLDOMDocument** document) const;
@@ -78,8 +78,9 @@ protected:
 private:
     std::string PlainText() const;
     void SetPlainText(const std::string& text);
-    HRESULT CheckInsertion(const DomObject& child) const;
-    pugi::xpath_node_set Select(BSTR expression) const;
+    /// Whether a node may stand before one of the children, or last.
+    HRESULT CheckInsertion(const DomObject& child, pugi::xml_node before) const;
+    HRESULT CheckInDocument(pugi::xml_node child, pugi::xml_node before) const;
 
     /// Null for the document itself.
     ComPtr<DomDocument> m_document;
@@ -88,8 +89,11 @@ private:
 /// The object behind an interface pointer; null for null and for other implementations' objects.
 DomObject* ObjectOf(IUnknown* node);
 
-/// The object that a variant holds; null when it holds none.
-ComPtr<IXMLDOMNode> NodeIn(const VARIANT& value);
+/// The object that a variant holds, borrowed; null when it holds none.
+IUnknown* ObjectIn(const VARIANT& value);
+
+/// Empty when the element has none by this name.
+pugi::xml_attribute AttributeOf(pugi::xml_node element, BSTR name);
 
 /// UTF-8 of what a variant says. Throws Error(E_INVALIDARG) for text that XML cannot hold.
 std::string XmlTextOf(const VARIANT& value);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <optional>
 #include <vector>
 
 namespace kv {
@@ -57,7 +57,8 @@ bool IsNameStart(char32_t c)
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
            (c >= 0xc0 && c != 0xd7 && c != 0xf7 && c != 0x37e && !(c >= 0x300 && c <= 0x36f) &&
             !(c >= 0x2000 && c <= 0x206f && c != 0x200c && c != 0x200d) && !(c >= 0x2190 && c <= 0x2bff) &&
-            !(c >= 0x2ff0 && c <= 0x3000) && !(c >= 0xd800 && c <= 0xf8ff) && c <= 0xeffff);
+            !(c >= 0x2ff0 && c <= 0x3000) && !(c >= 0xd800 && c <= 0xf8ff) && !(c >= 0xfdd0 && c <= 0xfdef) &&
+            c != 0xfffe && c != 0xffff && c <= 0xeffff);
 }
 
 bool IsNameChar(char32_t c)
@@ -68,23 +69,21 @@ bool IsNameChar(char32_t c)
 
 /// UTF-16 of either byte order to UTF-8.
 template <bool kSwap>
-std::string DecodeUtf16(std::string_view bytes)
+void DecodeUtf16(std::string_view bytes, std::string& text)
 {
-    if (bytes.size() % 2) throw XmlError{"the UTF-16 text ends within a character", bytes.size()};
     const auto unit = [&](std::size_t i) {
         const auto low = static_cast<unsigned char>(bytes[kSwap ? i + 1 : i]);
         const auto high = static_cast<unsigned char>(bytes[kSwap ? i : i + 1]);
         return static_cast<char32_t>(high << 8 | low);
     };
-    std::string text;
     text.reserve(bytes.size() / 2 + bytes.size() / 16);
-    for (std::size_t i = 0; i < bytes.size(); i += 2) {
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
         char32_t c = unit(i);
         if (c < 0x80) {
             text += static_cast<char>(c);
             continue;
         }
-        if ((c & 0xfc00) == 0xd800 && i + 2 < bytes.size() && (unit(i + 2) & 0xfc00) == 0xdc00) {
+        if ((c & 0xfc00) == 0xd800 && i + 3 < bytes.size() && (unit(i + 2) & 0xfc00) == 0xdc00) {
             c = 0x10000 + ((c - 0xd800) << 10) + (unit(i + 2) - 0xdc00);
             i += 2;
         } else if (c >= 0xd800 && c <= 0xdfff) {
@@ -92,7 +91,12 @@ std::string DecodeUtf16(std::string_view bytes)
         }
         AppendUtf8(c, text);
     }
-    return text;
+    if (bytes.size() % 2) throw XmlError{"the UTF-16 text ends within a character", text.size()};
+}
+
+bool IsBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
 bool SameAsciiWord(std::string_view left, std::string_view right)
@@ -100,15 +104,39 @@ bool SameAsciiWord(std::string_view left, std::string_view right)
     return std::ranges::equal(left, right, [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
 }
 
+/// Whether the text starts with a declaration, and not with an instruction whose name starts alike.
+bool StartsWithDeclaration(std::string_view text)
+{
+    return text.starts_with("<?xml") && text.size() > 5 && (IsBlank(text[5]) || text[5] == '?');
+}
+
 /// The encoding that a declaration at the start of the text names; empty when it names none.
 std::string_view DeclaredEncoding(std::string_view text)
 {
-    if (!text.starts_with("<?xml")) return {};
+    if (!StartsWithDeclaration(text)) return {};
     const std::string_view declaration = text.substr(0, text.find("?>"));
     const std::size_t at = declaration.find("encoding");
     const std::size_t open = at == declaration.npos ? at : declaration.find_first_of("\"'", at);
     const std::size_t close = open == declaration.npos ? open : declaration.find(declaration[open], open + 1);
     return close == declaration.npos ? std::string_view() : declaration.substr(open + 1, close - open - 1);
+}
+
+bool IsUtf16Name(std::string_view encoding)
+{
+    return SameAsciiWord(encoding, "utf-16") || SameAsciiWord(encoding, "utf-16le") ||
+           SameAsciiWord(encoding, "utf-16be");
+}
+
+bool IsEncodingName(std::string_view encoding)
+{
+    return SameAsciiWord(encoding, "utf-8") || SameAsciiWord(encoding, "us-ascii") || IsUtf16Name(encoding);
+}
+
+/// 1.0, and what later editions add within the same rules.
+bool IsVersion(std::string_view version)
+{
+    return version.starts_with("1.") && version.size() > 2 &&
+           version.find_first_not_of("0123456789", 2) == version.npos;
 }
 
 /// Walks over a document once.
@@ -118,8 +146,8 @@ public:
 
     void Run()
     {
-        if (Rest().starts_with("<?xml") && Rest().size() > 5 && IsBlank(Rest()[5]))
-            Skip("?>", "the declaration does not end");
+        if (m_text.size() > kMaxXmlSize) Fail("the document is too large");
+        if (StartsWithDeclaration(m_text)) Declaration();
         while (!AtEnd()) {
             if (Current() == '<') {
                 Markup();
@@ -131,10 +159,21 @@ public:
         if (!m_rootSeen) Fail("the document has no element");
     }
 
+    /// For a text that is to be nothing but a declaration.
+    void RunDeclaration()
+    {
+        Declaration();
+        if (!AtEnd()) Fail("something follows the declaration");
+    }
+
 private:
     [[noreturn]] void Fail(const char* reason) const { throw XmlError{reason, m_at}; }
 
-    static bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+    /// Fails at a part of the text.
+    [[noreturn]] void FailAt(std::string_view part, const char* reason) const
+    {
+        throw XmlError{reason, static_cast<std::size_t>(part.data() - m_text.data())};
+    }
 
     bool AtEnd() const { return m_at >= m_text.size(); }
     char Current() const { return AtEnd() ? '\0' : m_text[m_at]; }
@@ -147,14 +186,17 @@ private:
     }
 
     /// One character that XML can hold.
-    char32_t TakeChar()
+    void TakeChar()
     {
+        if (kPlain[static_cast<unsigned char>(m_text[m_at])]) {
+            ++m_at;
+            return;
+        }
         std::size_t length = 1;
         const char32_t c = DecodeUtf8(Rest(), length);
         if (c == kMalformed) Fail("the text is not UTF-8");
         if (!IsXmlChar(c)) Fail("the document holds a character that XML does not allow");
         m_at += length;
-        return c;
     }
 
     /// To behind an ending, with every character checked.
@@ -167,12 +209,58 @@ private:
         m_at = found + ending.size();
     }
 
+    /// What the declaration tells, in the order that XML fixes.
+    void Declaration()
+    {
+        m_at = 5;
+        const auto version = DeclaredValue("version");
+        if (!version) Fail("the declaration does not tell the version of XML");
+        if (!IsVersion(*version)) FailAt(*version, "the version of XML is not supported");
+        const auto encoding = DeclaredValue("encoding");
+        if (encoding && !IsEncodingName(*encoding)) FailAt(*encoding, "the encoding is not supported");
+        const auto standalone = DeclaredValue("standalone");
+        if (standalone && *standalone != "yes" && *standalone != "no")
+            FailAt(*standalone, "'standalone' is neither \"yes\" nor \"no\"");
+        SkipBlanks();
+        if (!Rest().starts_with("?>"))
+            Fail("the declaration holds more than version, encoding and standalone, in this order");
+        m_at += 2;
+    }
+
+    /// The value of a part of the declaration, when it is this part that stands next.
+    std::optional<std::string_view> DeclaredValue(std::string_view name)
+    {
+        const std::size_t start = m_at;
+        SkipBlanks();
+        if (m_at == start || !Rest().starts_with(name)) {
+            m_at = start;
+            return std::nullopt;
+        }
+        m_at += name.size();
+        const std::size_t open = TakeQuote("the declaration is malformed") + 1;
+        const std::size_t close = m_text.find(m_text[open - 1], open);
+        if (close == m_text.npos) Fail("the declaration does not end");
+        m_at = close + 1;
+        return m_text.substr(open, close - open);
+    }
+
+    /// "=" and the opening quote, whose offset is the result.
+    std::size_t TakeQuote(const char* noValue)
+    {
+        SkipBlanks();
+        if (Current() != '=') Fail(noValue);
+        ++m_at;
+        SkipBlanks();
+        if (Current() != '"' && Current() != '\'') Fail("a value is not quoted");
+        return m_at++;
+    }
+
     void Markup()
     {
         const std::string_view rest = Rest();
         if (rest.starts_with("<!--")) {
             m_at += 4;
-            Skip("-->", "the comment does not end");
+            Comment();
         } else if (rest.starts_with("<![CDATA[")) {
             if (m_depth == 0) Fail("text stands outside of the root element");
             m_at += 9;
@@ -186,6 +274,17 @@ private:
         } else {
             StartTag();
         }
+    }
+
+    void Comment()
+    {
+        Skip("--", "the comment does not end");
+        if (Current() == '>') {
+            ++m_at;
+            return;
+        }
+        m_at -= 2;
+        Fail("a comment holds '--'");
     }
 
     void Instruction()
@@ -204,7 +303,8 @@ private:
             if (m_depth == 0 && !IsBlank(c)) Fail("text stands outside of the root element");
             if (c == '&') {
                 Reference();
-            } else if (kPlain[static_cast<unsigned char>(c)]) {
+            } else if (c == '>') {
+                if (m_text.substr(0, m_at).ends_with("]]")) Fail("text holds ']]>'");
                 ++m_at;
             } else {
                 TakeChar();
@@ -265,21 +365,13 @@ private:
     void Attribute()
     {
         m_attributes.push_back(TakeName());
-        SkipBlanks();
-        if (Current() != '=') Fail("an attribute has no value");
-        ++m_at;
-        SkipBlanks();
-        const char quote = Current();
-        if (quote != '"' && quote != '\'') Fail("the value of an attribute is not quoted");
-        ++m_at;
+        const char quote = m_text[TakeQuote("an attribute has no value")];
         while (Current() != quote || AtEnd()) {
             const char c = Current();
             if (AtEnd()) Fail("the value of an attribute does not end");
             if (c == '<') Fail("the value of an attribute holds '<'");
             if (c == '&') {
                 Reference();
-            } else if (kPlain[static_cast<unsigned char>(c)]) {
-                ++m_at;
             } else {
                 TakeChar();
             }
@@ -293,12 +385,15 @@ private:
         const auto begin = m_attributes.begin();
         if (m_attributes.size() <= kFew) {
             for (auto at = begin; at != m_attributes.end(); ++at) {
-                if (std::find(begin, at, *at) != at) Fail("an attribute is told twice");
+                if (std::find(begin, at, *at) != at) FailAt(*at, "an attribute is told twice");
             }
             return;
         }
         std::sort(begin, m_attributes.end());
-        if (std::adjacent_find(begin, m_attributes.end()) != m_attributes.end()) Fail("an attribute is told twice");
+        const auto twin = std::adjacent_find(begin, m_attributes.end());
+        if (twin == m_attributes.end()) return;
+        FailAt(std::max(twin[0], twin[1], [](auto a, auto b) { return a.data() < b.data(); }),
+               "an attribute is told twice");
     }
 
     void EndTag()
@@ -348,12 +443,12 @@ private:
         return digits.empty() ? kMalformed : number;
     }
 
-    /// ASCII characters that need no further look in text and in values.
+    /// ASCII characters that need no further look wherever they stand.
     static constexpr std::array<bool, 256> kPlain = [] {
         std::array<bool, 256> plain{};
         for (std::size_t c = 0x20; c < 0x80; ++c)
-            plain[c] = c != '<' && c != '&' && c != '"' && c != '\'';
-        plain['\t'] = plain['\n'] = plain['\r'] = plain['"'] = plain['\''] = true;
+            plain[c] = true;
+        plain['\t'] = plain['\n'] = plain['\r'] = true;
         return plain;
     }();
 
@@ -397,13 +492,12 @@ bool ToXmlUtf8(std::u16string_view text, std::string& utf8)
 
 bool IsXmlUtf8(std::string_view text)
 {
-    // Nearly all text is plain.
-    while (!text.empty() && text.front() >= 0x20)
-        text.remove_prefix(1);
-    while (!text.empty()) {
-        std::size_t length = 1;
+    for (std::size_t length = 1; !text.empty(); text.remove_prefix(length)) {
+        const auto c = static_cast<unsigned char>(text.front());
+        // Nearly all text is plain.
+        length = 1;
+        if (c >= 0x20 && c < 0x80) continue;
         if (!IsXmlChar(DecodeUtf8(text, length))) return false;
-        text.remove_prefix(length);
     }
     return true;
 }
@@ -421,21 +515,37 @@ bool IsXmlName(std::string_view name)
     return !first;
 }
 
-std::string DecodeXml(std::string_view bytes)
+bool IsXmlComment(std::string_view text)
 {
-    if (bytes.size() > kMaxXmlSize) throw XmlError{"the document is too large", 0};
-    if (bytes.starts_with("\xff\xfe")) return DecodeUtf16<false>(bytes.substr(2));
-    if (bytes.starts_with("\xfe\xff")) return DecodeUtf16<true>(bytes.substr(2));
-    if (bytes.starts_with(std::string_view("<\0", 2))) return DecodeUtf16<false>(bytes);
-    if (bytes.starts_with(std::string_view("\0<", 2))) return DecodeUtf16<true>(bytes);
-    if (bytes.starts_with("\xef\xbb\xbf")) bytes.remove_prefix(3);
-    const std::string_view encoding = DeclaredEncoding(bytes);
-    if (!encoding.empty() && !SameAsciiWord(encoding, "utf-8") && !SameAsciiWord(encoding, "us-ascii")) {
-        throw XmlError{SameAsciiWord(encoding, "utf-16") ? "the document says UTF-16 but is not"
-                                                         : "the encoding is not supported",
-                       0};
+    return text.find("--") == text.npos && !text.ends_with('-');
+}
+
+bool IsXmlInstruction(std::string_view target, std::string_view data)
+{
+    if (!SameAsciiWord(target, "xml")) return data.find("?>") == data.npos;
+    if (target != "xml") return false;
+    const std::string declaration = std::string("<?xml ").append(data).append("?>");
+    try {
+        Checker(declaration).RunDeclaration();
+        return true;
+    } catch (const XmlError&) {
+        return false;
     }
-    return std::string(bytes);
+}
+
+void DecodeXml(std::string_view bytes, std::string& text)
+{
+    text.clear();
+    if (bytes.starts_with("\xff\xfe")) return DecodeUtf16<false>(bytes.substr(2), text);
+    if (bytes.starts_with("\xfe\xff")) return DecodeUtf16<true>(bytes.substr(2), text);
+    if (bytes.starts_with(std::string_view("<\0", 2))) return DecodeUtf16<false>(bytes, text);
+    if (bytes.starts_with(std::string_view("\0<", 2))) return DecodeUtf16<true>(bytes, text);
+    if (bytes.starts_with("\xef\xbb\xbf")) bytes.remove_prefix(3);
+    text = bytes;
+    const std::string_view encoding = DeclaredEncoding(text);
+    if (IsUtf16Name(encoding)) {
+        throw XmlError{"the document says UTF-16 but is not", static_cast<std::size_t>(encoding.data() - text.data())};
+    }
 }
 
 void CheckXml(std::string_view text)

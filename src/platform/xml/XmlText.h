@@ -11,8 +11,9 @@ namespace kv {
 /// Nesting of elements that a document may have; recursion over a tree stays within the stack.
 inline constexpr int kMaxXmlDepth = 256;
 
-/// Bytes that a document may have as a file or as UTF-8.
-inline constexpr std::size_t kMaxXmlSize = std::size_t{1} << 30;
+/// Bytes of UTF-8 that a document may have, whatever its encoding: 256 MiB. The tree of a document of tiny elements
+/// takes many times its text.
+inline constexpr std::size_t kMaxXmlSize = std::size_t{256} << 20;
 
 /// Why and where a text is no document. Throughout parsing an offset counts bytes of the UTF-8 text.
 struct XmlError {
@@ -27,12 +28,18 @@ bool ToXmlUtf8(std::u16string_view text, std::string& utf8);
 bool IsXmlUtf8(std::string_view text);
 
 bool IsXmlName(std::string_view name);
+/// The content of a comment must not hold or begin an end mark.
+bool IsXmlComment(std::string_view text);
+/// "xml" in any case names the declaration, which XML sets apart from instructions; it is allowed here in lower case,
+/// with data that makes a declaration.
+bool IsXmlInstruction(std::string_view target, std::string_view data);
 
-/// Decodes a file by its byte-order mark or its declaration: UTF-8 or UTF-16. Throws XmlError.
-std::string DecodeXml(std::string_view bytes);
+/// Decodes a file by its byte-order mark or its declaration: UTF-8 or UTF-16. Throws XmlError, with what stands before
+/// the error in `text`.
+void DecodeXml(std::string_view bytes, std::string& text);
 
-/// Checks everything that the tree builder lets through: one root, nesting, names, attributes told once, references,
-/// characters, no document type. Throws XmlError.
+/// Checks everything that the tree builder lets through: size, declaration, one root, nesting, names, attributes told
+/// once, references, characters, comments, no document type. Throws XmlError.
 void CheckXml(std::string_view text);
 
 } // namespace kv

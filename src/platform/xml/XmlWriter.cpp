@@ -42,6 +42,12 @@ public:
         Flush();
     }
 
+    void Run(pugi::xml_attribute attribute)
+    {
+        Attribute(attribute);
+        Flush();
+    }
+
 private:
     void Flush()
     {
@@ -67,11 +73,6 @@ private:
         case pugi::node_pi:
             m_text.append("<?").append(node.name());
             if (*node.value()) m_text.append(1, ' ').append(node.value());
-            m_text += "?>";
-            break;
-        case pugi::node_declaration:
-            m_text.append("<?").append(node.name());
-            Attributes(node);
             m_text += "?>";
             break;
         default:
@@ -101,10 +102,16 @@ private:
     void Attributes(pugi::xml_node node)
     {
         for (pugi::xml_attribute attribute : node.attributes()) {
-            m_text.append(1, ' ').append(attribute.name()).append("=\"");
-            Escape(attribute.value(), true);
-            m_text += '"';
+            m_text += ' ';
+            Attribute(attribute);
         }
+    }
+
+    void Attribute(pugi::xml_attribute attribute)
+    {
+        m_text.append(attribute.name()).append("=\"");
+        Escape(attribute.value(), true);
+        m_text += '"';
     }
 
     static bool HoldsText(pugi::xml_node element)
@@ -161,16 +168,19 @@ private:
         }
     }
 
-    /// The end mark within the text is split over two sections.
+    /// The end mark within the text is split over two sections; a carriage return stands as a reference between two.
     void CData(std::string_view text)
     {
-        constexpr std::string_view kEnd = "]]>";
         m_text += "<![CDATA[";
-        for (auto at = text.find(kEnd); at != text.npos; at = text.find(kEnd)) {
-            m_text.append(text.substr(0, at + 2)).append("]]><![CDATA[");
-            text.remove_prefix(at + 2);
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (text[i] == '\r') {
+                m_text += "]]>&#13;<![CDATA[";
+                continue;
+            }
+            if (text[i] == '>' && text.substr(0, i).ends_with("]]")) m_text += "]]><![CDATA[";
+            m_text += text[i];
         }
-        m_text.append(text).append(kEnd);
+        m_text += "]]>";
     }
 
     pugi::xml_node m_hidden;
@@ -183,6 +193,11 @@ private:
 void WriteXml(pugi::xml_node node, pugi::xml_node hidden, const XmlOutput& output)
 {
     Writer(hidden, output).Run(node);
+}
+
+void WriteXml(pugi::xml_attribute attribute, const XmlOutput& output)
+{
+    Writer({}, output).Run(attribute);
 }
 
 } // namespace kv
