@@ -1,0 +1,407 @@
+#include "platform/automation/SafeArray.h"
+#include "platform/com/Object.h"
+#include "platform/xml/Documents.h"
+
+#include <functional>
+
+namespace kv::test {
+namespace {
+
+class Foreign : public Object<IUnknown> {};
+
+template <class Interface>
+ComPtr<IXMLDOMNode> Made(IXMLDOMDocument& document, HRESULT (IXMLDOMDocument::*create)(BSTR, Interface**),
+                         std::string_view content)
+{
+    ComPtr<Interface> node;
+    EXPECT_EQ((document.*create)(Text(content).Get(), node.Put()), S_OK) << content;
+    return ComPtr<IXMLDOMNode>(node.Get());
+}
+
+ComPtr<IXMLDOMNode> MadeElement(IXMLDOMDocument& document, std::string_view name)
+{
+    return Made(document, &IXMLDOMDocument::createElement, name);
+}
+
+ComPtr<IXMLDOMNamedNodeMap> AttributesOf(IXMLDOMNode& element)
+{
+    ComPtr<IXMLDOMNamedNodeMap> map;
+    EXPECT_EQ(element.get_attributes(map.Put()), S_OK);
+    return map;
+}
+
+ComPtr<IXMLDOMNode> ParentOf(IXMLDOMNode& node)
+{
+    ComPtr<IXMLDOMNode> parent;
+    EXPECT_GE(node.get_parentNode(parent.Put()), S_OK);
+    return parent;
+}
+
+HRESULT InsertBefore(IXMLDOMNode& parent, IXMLDOMNode* child, IUnknown* reference)
+{
+    return parent.insertBefore(child, Variant(reference), nullptr);
+}
+
+/// What an expression selects: attributes as their markup, other nodes by name, in order.
+std::string Selected(IXMLDOMNode& from, std::string_view expression)
+{
+    ComPtr<IXMLDOMNodeList> nodes;
+    const HRESULT result = from.selectNodes(Text(expression).Get(), nodes.Put());
+    if (FAILED(result)) return result == E_INVALIDARG ? "refused" : "other";
+    std::string names;
+    ComPtr<IXMLDOMNode> node;
+    while (nodes->nextNode(node.Put()) == S_OK) {
+        DOMNodeType type = NODE_INVALID;
+        EXPECT_EQ(node->get_nodeType(&type), S_OK);
+        names += type == NODE_ATTRIBUTE ? XmlOf(*node) : Read(*node, &IXMLDOMNode::get_nodeName);
+        names += ' ';
+    }
+    return names.substr(0, names.empty() ? 0 : names.size() - 1);
+}
+
+TEST(Dom, MovesNodesBetweenParents)
+{
+    struct Case {
+        std::string_view child;
+        std::string_view parent;
+        std::string_view reference; // empty: the last place
+        bool replaces;
+        std::string_view expected;
+    };
+    const Case cases[]{
+        {"//c", "/r", "", false, "<r><a/><b>t<d/></b><c/></r>"},
+        {"//c", "/r", "//a", false, "<r><c/><a/><b>t<d/></b></r>"},
+        {"//c", "//a", "", false, "<r><a><c/></a><b>t<d/></b></r>"},
+        {"//d", "//b", "//c", false, "<r><a/><b><d/><c/>t</b></r>"},
+        {"//a", "/r", "", false, "<r><b><c/>t<d/></b><a/></r>"},
+        {"//b", "/r", "//b", false, "<r><a/><b><c/>t<d/></b></r>"},
+        {"//c", "/r", "//a", true, "<r><c/><b>t<d/></b></r>"},
+        {"//c", "/r", "//b", true, "<r><a/><c/></r>"},
+        {"//b", "/r", "//a", true, "<r><b><c/>t<d/></b></r>"},
+        {"//a", "/r", "//b", true, "<r><a/></r>"},
+        {"//a", "/r", "//a", true, "<r><a/><b><c/>t<d/></b></r>"},
+        {"//d", "/", "/r", true, "<d/>"},
+    };
+    for (const Case& c : cases) {
+        const auto document = Parsed("<r><a/><b><c/>t<d/></b></r>");
+        const auto child = Find(*document, c.child);
+        const auto reference = c.reference.empty() ? nullptr : Find(*document, c.reference);
+        const auto parent = c.parent == "/" ? ComPtr<IXMLDOMNode>(document.Get()) : Find(*document, c.parent);
+        EXPECT_EQ(c.replaces ? parent->replaceChild(child.Get(), reference.Get(), nullptr)
+                             : InsertBefore(*parent, child.Get(), reference.Get()),
+                  S_OK);
+        EXPECT_EQ(XmlOf(*document), c.expected) << c.child << " to " << c.parent << ' ' << c.reference;
+        EXPECT_EQ(ParentOf(*child).Get(), parent.Get());
+        const bool leaves = c.replaces && reference != child;
+        EXPECT_TRUE(!leaves || !ParentOf(*reference)) << "a replaced node has no parent";
+    }
+}
+
+TEST(Dom, RefusesWhatTheRulesOfTheTreeForbid)
+{
+    const auto document = Parsed("<?xml version='1.0'?><!--c--><r><a><b/></a>text</r>");
+    const auto other = Parsed("<other/>");
+    const auto root = Find(*document, "/r");
+    const auto a = Find(*document, "//a");
+    const auto b = Find(*document, "//b");
+    const auto text = Find(*document, "//text()");
+    const auto comment = Find(*document, "/comment()");
+    const auto attribute = Made(*document, &IXMLDOMDocument::createAttribute, "x");
+    const auto element = MadeElement(*document, "new");
+    ComPtr<IXMLDOMNode> ours;
+    ComPtr<IXMLDOMNode> declaration;
+    ASSERT_EQ(document->get_firstChild(ours.Put()), S_OK);
+    ASSERT_EQ(ours->cloneNode(VARIANT_TRUE, declaration.Put()), S_OK);
+    const auto foreign = Make<Foreign>();
+    const std::string before = XmlOf(*document);
+    const std::pair<std::string_view, HRESULT> results[]{
+        {"below itself", b->appendChild(a.Get(), nullptr)},
+        {"replacing below itself", a->replaceChild(root.Get(), b.Get(), nullptr)},
+        {"of another document", root->appendChild(Find(*other, "/other").Get(), nullptr)},
+        {"nothing", root->appendChild(nullptr, nullptr)},
+        {"text in the document", document->appendChild(text.Get(), nullptr)},
+        {"a second root", document->appendChild(element.Get(), nullptr)},
+        {"a second root for a comment", document->replaceChild(element.Get(), comment.Get(), nullptr)},
+        {"below an attribute", attribute->appendChild(element.Get(), nullptr)},
+        {"an attribute as a child", root->appendChild(attribute.Get(), nullptr)},
+        {"before a node elsewhere", InsertBefore(*root, element.Get(), b.Get())},
+        {"before an object that is no node", InsertBefore(*root, element.Get(), foreign.Get())},
+        {"removed from where it is not", root->removeChild(b.Get(), nullptr)},
+        {"a declaration in an element", root->appendChild(declaration.Get(), nullptr)},
+        {"a declaration behind", document->appendChild(declaration.Get(), nullptr)},
+        {"a second declaration", InsertBefore(*document, declaration.Get(), ours.Get())},
+        {"before the declaration", InsertBefore(*document, comment.Get(), ours.Get())},
+    };
+    for (const auto& [what, result] : results)
+        EXPECT_EQ(result, E_INVALIDARG) << what;
+    EXPECT_EQ(XmlOf(*document), before);
+    EXPECT_EQ(document->replaceChild(declaration.Get(), ours.Get(), nullptr), S_OK);
+    EXPECT_EQ(document->removeChild(declaration.Get(), nullptr), S_OK);
+    EXPECT_EQ(XmlOf(*document), "<!--c--><r><a><b/></a>text</r>");
+    EXPECT_EQ(InsertBefore(*document, ours.Get(), comment.Get()), S_OK);
+    EXPECT_EQ(XmlOf(*document), before);
+}
+
+TEST(Dom, NestsNoDeeperThanDocumentsMay)
+{
+    const auto document = Parsed("<r/>");
+    auto deepest = Find(*document, "/r");
+    HRESULT result = S_OK;
+    int levels = 1;
+    while (levels < 1000 && result == S_OK) {
+        const auto next = MadeElement(*document, "e");
+        result = deepest->appendChild(next.Get(), nullptr);
+        if (result == S_OK) ++levels, deepest = next;
+    }
+    EXPECT_EQ(result, E_INVALIDARG);
+    EXPECT_EQ(levels, 256);
+    Parsed(XmlOf(*document));
+}
+
+TEST(Dom, RefusesWhatXmlCannotHold)
+{
+    const auto document = Parsed("<r a='1'><!--c--><?p d?>t</r>");
+    const auto root = FindElement(*document, "/r");
+    using Create = std::function<HRESULT(BSTR)>;
+    ComPtr<IXMLDOMNode> made;
+    const auto by = [&](HRESULT (IXMLDOMDocument::*create)(BSTR, IXMLDOMNode**)) -> Create {
+        return [&, create](BSTR text) { return (*document.*create)(text, made.Put()); };
+    };
+    const auto value = [&](std::string_view expression) -> Create {
+        return [node = Find(*document, expression)](BSTR text) { return node->put_nodeValue(Variant(View(text))); };
+    };
+    const auto instruction = [&](std::string_view target) -> Create {
+        return [&, target](BSTR data) {
+            return document->createProcessingInstruction(Text(target).Get(), data, made.Put());
+        };
+    };
+    const Create comment = by(&IXMLDOMDocument::createComment);
+    const Create attribute = by(&IXMLDOMDocument::createAttribute);
+    const std::tuple<std::string_view, Create, std::u16string_view, HRESULT> cases[]{
+        {"comment", comment, u"a-b >", S_OK},
+        {"comment", comment, u"a--b", E_INVALIDARG},
+        {"comment", comment, u"a-", E_INVALIDARG},
+        {"comment's value", value("//comment()"), u"--", E_INVALIDARG},
+        {"section", by(&IXMLDOMDocument::createCDATASection), u"a]]>b", S_OK},
+        {"text", by(&IXMLDOMDocument::createTextNode), u"]]> \x7f \xfffd", S_OK},
+        {"text", by(&IXMLDOMDocument::createTextNode), {u"a\0b", 3}, E_INVALIDARG},
+        {"text's value", value("//text()"), u"\xd800", E_INVALIDARG},
+        {"attribute's value", value("//@a"), u"\xffff", E_INVALIDARG},
+        {"instruction", instruction("p"), u"x?y", S_OK},
+        {"instruction", instruction("p"), u"x?>y", E_INVALIDARG},
+        {"instruction's value", value("//processing-instruction()"), u"?>", E_INVALIDARG},
+        {"declaration", instruction("xml"), u"version='1.0' encoding=\"utf-16\" standalone='yes'", S_OK},
+        {"declaration", instruction("xml"), u"", E_INVALIDARG},
+        {"declaration", instruction("xml"), u"version='1.0' encoding='latin1'", E_INVALIDARG},
+        {"declaration", instruction("xml"), u"version='1.0'?><r/><?x ", E_INVALIDARG},
+        {"declaration in capitals", instruction("XML"), u"version='1.0'", E_INVALIDARG},
+        {"name", attribute, u"_\x00e4-.7", S_OK},
+        {"name", attribute, u"", E_INVALIDARG},
+        {"name", attribute, {u"a\0", 2}, E_INVALIDARG},
+        {"name", attribute, u"a\xfdd0", E_INVALIDARG},
+        {"name", attribute, u"\xfdef", E_INVALIDARG},
+        {"name", attribute, u"a\xfdcf\xfdf0\xfffd", S_OK},
+        {"set attribute", [&](BSTR n) { return root->setAttribute(n, Variant(u"")); }, u"a=", E_INVALIDARG},
+        {"set text", [&](BSTR text) { return root->put_text(text); }, u"\xfffe", E_INVALIDARG},
+        {"remove attribute", [&](BSTR n) { return root->removeAttribute(n); }, {u"a\0", 2}, S_FALSE},
+    };
+    for (const auto& [what, create, text, expected] : cases)
+        EXPECT_EQ(create(Bstr(text).Get()), expected) << what << ' ' << ToUtf8(text);
+    EXPECT_EQ(XmlOf(*document), "<r a=\"1\"><!--c--><?p d?>t</r>");
+
+    ComPtr<IXMLElementAttributes> attributes = Query<IXMLElementAttributes>(root);
+    for (const std::string_view bad : {"\xff", "\xc3", "a\xed\xa0\x80", "\x1f", "\xc0\x80", "\xef\xbf\xbf"})
+        EXPECT_EQ(attributes->WriteAttribute("a", bad), E_INVALIDARG);
+    EXPECT_EQ(attributes->WriteAttribute("a", "\t\xc3\xa4\xf0\x9f\x8e\xac"), S_OK);
+    EXPECT_EQ(XmlOf(*Find(*root, "@a")), "a=\"&#9;\xc3\xa4\xf0\x9f\x8e\xac\"");
+}
+
+TEST(Dom, AttributesOfDetachedPartsLeaveThePartWhole)
+{
+    for (const bool byMap : {false, true}) {
+        const auto document = Parsed("<r><a><b x='1' y='2'/></a></r>");
+        const auto a = Find(*document, "//a");
+        const auto b = FindElement(*document, "//b");
+        const auto x = Find(*b, "@x");
+        ASSERT_EQ(Find(*document, "/r")->removeChild(a.Get(), nullptr), S_OK);
+        EXPECT_EQ(byMap ? AttributesOf(*b)->removeNamedItem(Text("x").Get(), nullptr)
+                        : b->removeAttribute(Text("x").Get()),
+                  S_OK);
+        EXPECT_EQ(XmlOf(*a), "<a><b y=\"2\"/></a>");
+        EXPECT_EQ(ParentOf(*b).Get(), a.Get());
+        EXPECT_EQ(XmlOf(*x), "x=\"1\"") << "it lives on";
+        EXPECT_EQ(AttributesOf(*a)->setNamedItem(x.Get(), nullptr), S_OK);
+        EXPECT_EQ(XmlOf(*a), "<a x=\"1\"><b y=\"2\"/></a>");
+        EXPECT_EQ(Find(*document, "/r")->appendChild(b.Get(), nullptr), S_OK);
+        EXPECT_EQ(XmlOf(*document), "<r><b y=\"2\"/></r>");
+    }
+}
+
+TEST(Dom, NamedMapsShowTheAttributesAsTheyAre)
+{
+    const auto document = Parsed("<r a='1' b='2'><c d='3'/></r>");
+    const auto root = FindElement(*document, "/r");
+    const auto map = AttributesOf(*root);
+    const auto made = Made(*document, &IXMLDOMDocument::createAttribute, "a");
+    ASSERT_EQ(made->put_nodeValue(Variant(u"new < & \"")), S_OK);
+    ComPtr<IXMLDOMNode> node;
+    ASSERT_EQ(map->setNamedItem(made.Get(), node.Put()), S_OK);
+    EXPECT_EQ(XmlOf(*node), "a=\"1\"");
+    EXPECT_EQ(XmlOf(*made), "a=\"new &lt; &amp; &quot;\"");
+    EXPECT_EQ(Selected(*root, "@*"), "b=\"2\" a=\"new &lt; &amp; &quot;\"");
+    EXPECT_EQ(made->put_text(Text("x").Get()), S_OK) << "the object stands for the element's attribute";
+    EXPECT_EQ(XmlOf(*document), "<r b=\"2\" a=\"x\"><c d=\"3\"/></r>");
+
+    EXPECT_EQ(map->setNamedItem(Find(*document, "//@d").Get(), nullptr), E_INVALIDARG) << "it has an element";
+    EXPECT_EQ(map->setNamedItem(root.Get(), nullptr), E_INVALIDARG);
+    EXPECT_EQ(map->getNamedItem(Text("d").Get(), node.Put()), S_FALSE);
+    EXPECT_FALSE(node);
+    ASSERT_EQ(map->removeNamedItem(Text("b").Get(), node.Put()), S_OK);
+    EXPECT_EQ(map->removeNamedItem(Text("b").Get(), nullptr), S_FALSE);
+    EXPECT_EQ(map->setNamedItem(node.Get(), nullptr), S_OK);
+    LONG length = 0;
+    EXPECT_EQ(map->get_length(&length), S_OK);
+    EXPECT_EQ(length, 2);
+    for (const auto& [index, expected] : {std::pair{-1, ""}, {0, "a=\"x\""}, {1, "b=\"2\""}, {2, ""}}) {
+        EXPECT_EQ(map->get_item(index, node.Put()), *expected ? S_OK : S_FALSE);
+        EXPECT_EQ(node ? XmlOf(*node) : "", expected);
+    }
+}
+
+TEST(Dom, ConvertsTypedValues)
+{
+    Variant bytes;
+    bytes.parray = SafeArrayCreateVector(VT_UI1, 0, 4);
+    bytes.vt = VT_ARRAY | VT_UI1;
+    std::string_view("\x00\xff\x10M", 4).copy(static_cast<char*>(bytes.parray->pvData), 4);
+    Variant small;
+    small.vt = VT_I2;
+    small.iVal = -32768;
+    const std::tuple<std::u16string_view, Variant, std::string_view> cases[]{
+        {u"string", Variant(u" a "), " a "}, {u"i2", small, "-32768"},
+        {u"i4", Variant(LONG{-5}), "-5"},    {u"ui4", Variant(ULONG{4'000'000'000}), "4000000000"},
+        {u"r8", Variant(0.1), "0.1"},        {u"boolean", Variant(true), "1"},
+        {u"bin.hex", bytes, "00ff104d"},     {u"bin.base64", bytes, "AP8QTQ=="},
+    };
+    for (const auto& [type, value, text] : cases) {
+        const auto document = Parsed("<r/>");
+        const auto root = Find(*document, "/r");
+        ASSERT_EQ(root->put_dataType(Bstr(type).Get()), S_OK) << text;
+        ASSERT_EQ(root->put_nodeTypedValue(value), S_OK) << text;
+        EXPECT_EQ(TextOf(*root), text);
+        Variant read;
+        ASSERT_EQ(root->get_nodeTypedValue(read.Put()), S_OK) << text;
+        EXPECT_EQ(read.vt, value.vt) << text;
+        ASSERT_EQ(root->put_nodeTypedValue(read), S_OK);
+        EXPECT_EQ(TextOf(*root), text);
+    }
+    const auto root = Find(*Parsed("<r xmlns:dt='x' dt:dt='i2'>70000</r>"), "/r");
+    Variant value;
+    EXPECT_EQ(root->get_nodeTypedValue(value.Put()), DISP_E_OVERFLOW);
+    EXPECT_EQ(root->put_nodeTypedValue(Variant(u"x")), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(root->put_dataType(Text("date").Get()), E_INVALIDARG);
+}
+
+TEST(Dom, CopiesAreWholeAndStandAlone)
+{
+    const std::string_view xml = "<?xml version=\"1.0\"?><!--c--><r a=\"1\">t<b><![CDATA[d]]></b><?p q?></r>";
+    const auto document = Parsed(xml);
+    const auto root = Find(*document, "/r");
+    ComPtr<IXMLDOMNode> copy;
+    for (const auto& [deep, expected] :
+         {std::pair{VARIANT_FALSE, "<r a=\"1\"/>"}, {VARIANT_TRUE, "<r a=\"1\">t<b><![CDATA[d]]></b><?p q?></r>"}}) {
+        ASSERT_EQ(root->cloneNode(deep, copy.Put()), S_OK);
+        EXPECT_EQ(XmlOf(*copy), expected);
+        EXPECT_FALSE(ParentOf(*copy));
+        ASSERT_EQ(Query<IXMLDOMElement>(copy)->setAttribute(Text("a").Get(), Variant(u"2")), S_OK);
+        EXPECT_EQ(XmlOf(*document), xml);
+        ASSERT_EQ(NewDocument()->importNode(root.Get(), deep, copy.Put()), S_OK);
+        EXPECT_EQ(XmlOf(*copy), expected);
+    }
+    ASSERT_EQ(Find(*root, "@a")->cloneNode(VARIANT_TRUE, copy.Put()), S_OK);
+    EXPECT_EQ(XmlOf(*copy), "a=\"1\"");
+    ComPtr<IXMLDOMNode> declaration;
+    ASSERT_EQ(document->get_firstChild(declaration.Put()), S_OK);
+    ASSERT_EQ(declaration->cloneNode(VARIANT_TRUE, copy.Put()), S_OK);
+    EXPECT_EQ(XmlOf(*copy), "<?xml version=\"1.0\"?>");
+    ASSERT_EQ(document->cloneNode(VARIANT_TRUE, copy.Put()), S_OK);
+    ASSERT_EQ(document->removeChild(root.Get(), nullptr), S_OK);
+    EXPECT_EQ(XmlOf(*copy), xml);
+}
+
+TEST(Dom, SelectsAsThoughNothingDetachedWereThere)
+{
+    const std::pair<std::string_view, std::string_view> cases[]{
+        {"/*", "r"},
+        {"/*[last()]", "r"},
+        {"/*[count(/*)=1]", "r"},
+        {"//b/@id", "id=\"1\" id=\"2\""},
+        {"(//b)[last()]/@id", "id=\"2\""},
+        {"//b[count(//b)=2]", "b b"},
+        {"//c/ancestor::*", "r b"},
+        {"/r/following::*", ""},
+        {"//b[//new]", ""},
+        {"b[c]/@id | b[not(c)]/@id", "id=\"1\" id=\"2\""},
+        {"//@id/..", "b b"},
+        {"..", "#document"},
+        {"count(//b)", "refused"},
+        {"//b[", "refused"},
+        {"", "refused"},
+    };
+    const auto document = Parsed("<r><b id='1'><c/></b><b id='2'/></r>");
+    const auto root = Find(*document, "/r");
+    for (const bool holding : {false, true}) {
+        const auto made = holding ? MadeElement(*document, "new") : nullptr;
+        const auto attribute = holding ? Made(*document, &IXMLDOMDocument::createAttribute, "x") : nullptr;
+        ComPtr<IXMLDOMNode> copy;
+        EXPECT_EQ(holding ? root->cloneNode(VARIANT_TRUE, copy.Put()) : S_OK, S_OK);
+        for (const auto& [expression, expected] : cases)
+            EXPECT_EQ(Selected(*root, expression), expected) << expression << (holding ? " beside detached parts" : "");
+        EXPECT_EQ(Find(*document, "(//b)[1]").Get(), Find(*root, "b").Get()) << "the same object";
+        if (!holding) continue;
+        EXPECT_EQ(Selected(*attribute, ".."), "");
+        EXPECT_EQ(Selected(*copy, "/*"), "r");
+        EXPECT_EQ(Selected(*copy, "//b/@id"), "id=\"1\" id=\"2\"");
+        EXPECT_EQ(Selected(*Find(*copy, "//c"), "/ | ancestor::* | /r/b[last()]"), "r b b");
+        EXPECT_EQ(ParentOf(*Find(*copy, "b")).Get(), copy.Get()) << "a node of the copy, not of the document";
+    }
+    EXPECT_EQ(document->selectNodes(Bstr({u"/r\0", 3}).Get(), ComPtr<IXMLDOMNodeList>().Put()), E_INVALIDARG);
+}
+
+TEST(Dom, DetachedPartsLiveAsLongAsAnyNodeOfThemIsHeld)
+{
+    auto document = Parsed("<r><a k='v'><b>text<c/></b></a></r>");
+    auto a = Find(*document, "//a");
+    auto c = Find(*document, "//c");
+    auto k = Find(*document, "//@k");
+    ASSERT_EQ(Find(*document, "/r")->removeChild(a.Get(), nullptr), S_OK);
+    a.Reset();
+    // What is made meanwhile must not take the place of what is held.
+    for (int i = 0; i < 100; ++i)
+        MadeElement(*document, "other");
+    document.Reset();
+    EXPECT_EQ(XmlOf(*ParentOf(*ParentOf(*c))), "<a k=\"v\"><b>text<c/></b></a>");
+    c.Reset();
+    EXPECT_EQ(XmlOf(*k), "k=\"v\"");
+
+    ComPtr<IXMLDOMDocument> owner;
+    ASSERT_EQ(k->get_ownerDocument(owner.Put()), S_OK);
+    EXPECT_EQ(XmlOf(*owner), "<r/>");
+    VARIANT_BOOL parsed = VARIANT_FALSE;
+    ASSERT_EQ(owner->loadXML(Text("<new/>").Get(), &parsed), S_OK);
+    EXPECT_EQ(XmlOf(*k), "k=\"v\"") << "nodes of an earlier load keep their tree";
+    EXPECT_EQ(AttributesOf(*Find(*owner, "/new"))->setNamedItem(k.Get(), nullptr), E_INVALIDARG);
+
+    ComPtr<IXMLDOMNodeList> list;
+    ComPtr<IXMLDOMNode> made = MadeElement(*owner, "p");
+    for (const std::string_view name : {"x", "y"})
+        ASSERT_EQ(made->appendChild(MadeElement(*owner, name).Get(), nullptr), S_OK);
+    ASSERT_EQ(made->get_childNodes(list.Put()), S_OK);
+    ASSERT_EQ(made->put_text(nullptr), S_OK) << "drops the children that the list holds";
+    made.Reset();
+    ASSERT_EQ(list->get_item(1, made.Put()), S_OK);
+    EXPECT_EQ(XmlOf(*made), "<y/>");
+}
+
+} // namespace
+} // namespace kv::test
