@@ -10,7 +10,7 @@ struct DiscCommandParams {
     DiscCommand cmd;
     LONG lParam1;
     LONG lParam2;
-    /// A "file" or "effect" element, or null.
+    /// An element, or null. Documents bring back "file" and "effect" elements alone.
     IXMLDOMNode* pXMLData;
 };
 
@@ -25,12 +25,15 @@ struct IKVCommandList : IDispatch {
     static constexpr GUID IID = "004498f4-b987-47c1-8c9c-26a813678d7a"_guid;
     using Base = IDispatch;
 
-    /// The array is in task memory; the caller frees it and releases each pXMLData, which is a copy. Null for
-    /// an empty list.
+    /// The array is in task memory; the caller frees it and releases each pXMLData. These are copies without a
+    /// parent, in a document that the array's copies share with each other and with nothing else: calls on several
+    /// threads do not meet. Null for an empty list.
     virtual HRESULT GetCommandList(LONG* plCount, DiscCommandParams** ppCmdList) = 0;
 
     /// Replaces the commands by `lCount` records, whose XML is copied; none for a count below 1.
-    /// E_POINTER for null with a positive count, KV_E_LOCKED when locked.
+    /// E_POINTER for null with a positive count, KV_E_LOCKED when locked. E_INVALIDARG for XML that is no element, or
+    /// that a project's document could not hold (248 levels of elements at most); the list then holds the commands
+    /// before that record.
     virtual HRESULT SetCommandList(LONG lCount, DiscCommandParams* pCmdList) = 0;
 };
 

@@ -23,10 +23,9 @@ HRESULT CKVCommandList::GetCommandList(LONG* plCount, DiscCommandParams** ppCmdL
         std::memset(commands, 0, size);
         *plCount = count;
         *ppCmdList = commands;
-        for (LONG i = 0; i < count; ++i) {
-            const HRESULT result = static_cast<CDiscCommandNode*>(GetChild(i))->CopyTo(commands[i]);
-            if (FAILED(result)) return result;
-        }
+        ComPtr<IXMLDOMDocument> document;
+        for (LONG i = 0; i < count; ++i)
+            static_cast<CDiscCommandNode*>(GetChild(i))->CopyTo(commands[i], document);
         return S_OK;
     });
 }
@@ -50,8 +49,7 @@ HRESULT CKVCommandList::ReplaceCommands(LONG count, const DiscCommandParams* com
         DropAll();
         for (LONG i = 0; i < count; ++i) {
             const auto command = Make<CDiscCommandNode>();
-            const HRESULT result = command->Assign(commands[i]);
-            if (FAILED(result)) return result;
+            command->Assign(commands[i]);
             Adopt(*command, -1, true);
         }
         return S_OK;

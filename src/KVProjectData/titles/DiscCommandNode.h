@@ -3,6 +3,7 @@
 
 #include "KVProjectData/IKVCommandList.h"
 #include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/titles/XmlFragment.h"
 #include "platform/com/Object.h"
 
 namespace kv {
@@ -11,11 +12,13 @@ class CDiscCommandNode final : public ArchivedNode<CDiscCommandNode>, public Obj
 public:
     CDiscCommandNode() : ArchivedNode(typeCommand) {}
 
-    /// Takes the code, the parameters and a copy of the XML data. On failure the node is unchanged.
-    HRESULT Assign(const DiscCommandParams& params);
+    /// Takes the code, the parameters and a copy of the XML data. Throws Error, with the node unchanged, for XML data
+    /// that makes no fragment.
+    void Assign(const DiscCommandParams& params);
 
-    /// Fills a zeroed record; the XML data is a copy that the caller releases.
-    HRESULT CopyTo(DiscCommandParams& params) const;
+    /// Fills a zeroed record. The XML data is a copy in `document`, which is made when there is none yet; the record's
+    /// owner releases it.
+    void CopyTo(DiscCommandParams& params, ComPtr<IXMLDOMDocument>& document) const;
 
     std::string_view GetName(ULONG flags) const override;
     HRESULT LoadElement(IXMLDOMNode* element) override;
@@ -34,7 +37,7 @@ private:
     LONG m_cmd = PlayTitleFromChapter;
     LONG m_param1 = 0;
     LONG m_param2 = 0;
-    ComPtr<IXMLDOMNode> m_xmlData;
+    XmlFragment m_xml;
 };
 
 } // namespace kv

@@ -1,6 +1,8 @@
 #include "platform/com/TaskMemory.h"
 #include "support/Host.h"
 
+#include <thread>
+
 namespace kv::test {
 namespace {
 
@@ -106,6 +108,79 @@ TEST_F(CommandListTest, SurvivesADocument)
         EXPECT_EQ(kept, Commands(title.Get())) << "only file and effect elements are kept";
         EXPECT_EQ(1u, Commands(project.Get()).size()) << "loading again doubles nothing";
     }
+}
+
+TEST_F(CommandListTest, HandsOutXmlThatStandsForItself)
+{
+    const auto file = Fragment(u"<file><name>a.mpg</name></file>");
+    std::array records{DiscCommandParams{PlayClip, 1, 2, file.Get()}, DiscCommandParams{PlayMenu, 3, 4, file.Get()}};
+    ASSERT_EQ(S_OK, project->AddTitle(0, nullptr));
+    for (LONG position : {1, 2}) {
+        ASSERT_EQ(S_OK, project->GetTitle(position, title.Put()));
+        ASSERT_EQ(S_OK, Query<IKVCommandList>(title)->SetCommandList(2, records.data()));
+    }
+    ASSERT_EQ(S_OK, project->loadXML(SaveToDocument(*project.Get()).Get()));
+
+    const auto read = [this](LONG position) {
+        ComPtr<IKVTitle> own;
+        project->GetTitle(position, own.Put());
+        for (int i = 0; i < 200; ++i) {
+            EXPECT_EQ((std::vector<std::u16string>{u"6 1 2 <file><name>a.mpg</name></file>",
+                                                   u"2 3 4 <file><name>a.mpg</name></file>"}),
+                      Commands(own.Get()));
+        }
+    };
+    std::thread other(read, 2);
+    read(1);
+    other.join();
+
+    ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
+    LONG count = 0;
+    DiscCommandParams* handed = nullptr;
+    ASSERT_EQ(S_OK, Query<IKVCommandList>(title)->GetCommandList(&count, &handed));
+    const UniqueTaskMem<DiscCommandParams> owned(handed);
+    const auto first = ComPtr<IXMLDOMNode>::Attach(handed[0].pXMLData);
+    ComPtr<IXMLDOMNode>::Attach(handed[1].pXMLData).Reset();
+    ComPtr<IXMLDOMDocument> document;
+    ComPtr<IXMLDOMElement> root;
+    ComPtr<IXMLDOMNode> parent;
+    EXPECT_EQ(S_OK, first->get_ownerDocument(document.Put()));
+    EXPECT_EQ(S_FALSE, document->get_documentElement(root.Put())) << "not the document that was loaded";
+    EXPECT_EQ(S_FALSE, first->get_parentNode(parent.Put()));
+}
+
+TEST_F(CommandListTest, RefusesXmlThatNoDocumentCouldHold)
+{
+    const auto nested = [](int levels) {
+        std::u16string xml;
+        for (int i = 1; i < levels; ++i)
+            xml += u"<file>";
+        xml += u"<file/>";
+        for (int i = 1; i < levels; ++i)
+            xml += u"</file>";
+        return Fragment(xml);
+    };
+    const auto document = ParseXml(u"<file/>");
+    const auto hybrid = Fragment(u"<file/>");
+    ComPtr<IXMLDOMDocument> owner;
+    ComPtr<IXMLDOMNode> text;
+    ComPtr<IXMLDOMNode> declaration;
+    hybrid->get_ownerDocument(owner.Put());
+    owner->createTextNode(Str(u"a").Get(), text.Put());
+    owner->createProcessingInstruction(Str(u"xml").Get(), Str(u"version='1.0'").Get(), declaration.Put());
+    hybrid->appendChild(declaration.Get(), nullptr);
+    const auto commands = Query<IKVCommandList>(title);
+    for (const ComPtr<IXMLDOMNode>& bad : {ComPtr<IXMLDOMNode>(document.Get()), text, hybrid, nested(249)}) {
+        std::array records{DiscCommandParams{PlayMenu, 0, 0, nullptr}, DiscCommandParams{PlayClip, 0, 0, bad.Get()}};
+        EXPECT_EQ(E_INVALIDARG, commands->SetCommandList(2, records.data())) << ToUtf8(XmlOf(*bad.Get()));
+        EXPECT_EQ(std::vector<std::u16string>{u"2 0 0"}, Commands(title.Get()));
+    }
+    const auto deep = nested(248);
+    DiscCommandParams deepest{PlayClip, 0, 0, deep.Get()};
+    ASSERT_EQ(S_OK, commands->SetCommandList(1, &deepest));
+    ASSERT_EQ(S_OK, project->loadXML(SaveToDocument(*project.Get()).Get()));
+    ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
+    EXPECT_EQ(std::vector{u"6 0 0 " + XmlOf(*deep.Get())}, Commands(title.Get()));
 }
 
 } // namespace
