@@ -32,8 +32,12 @@ struct IKVEncodingParams : IDispatch {
     virtual HRESULT put_AudioBitrate(LONG newVal) = 0;
     virtual HRESULT get_WideDisplayMode(WideDisplayMode* pVal) = 0;
     virtual HRESULT put_WideDisplayMode(WideDisplayMode newVal) = 0;
+
+    /// While it is false, only VARIANT_TRUE changes it: any other value, 1 included, changes nothing and returns S_OK.
     virtual HRESULT get_VBREncoding(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_VBREncoding(VARIANT_BOOL newVal) = 0;
+
+    /// Changes as VBREncoding does.
     virtual HRESULT get_TwoPassEncoding(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_TwoPassEncoding(VARIANT_BOOL newVal) = 0;
 

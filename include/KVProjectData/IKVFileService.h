@@ -13,6 +13,8 @@ struct IKVFileService : IDispatch {
     /// Writes the project file; on failure an older file stays as it was. Sets ProjectDirectory. E_INVALIDARG for
     /// an empty name.
     virtual HRESULT SaveProject(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
+
+    /// To gather a project and its source files in a folder. Not available yet: E_NOTIMPL for every project.
     virtual HRESULT Archive(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
     /// Replaces the project by a project file. KV_E_FILE_DOES_NOT_PARSE, KV_E_FILE_TOO_OLD, E_INVALIDARG (after a

@@ -97,8 +97,8 @@ HRESULT CKVFileService::SaveProject(BSTR bstrFileName, IUnknown* pUnkProject)
 {
     return Guarded([&] {
         const auto project = ProjectOf(pUnkProject);
-        if (View(bstrFileName).empty()) return E_INVALIDARG;
         const std::u16string_view fileName = WithoutPrefix(View(bstrFileName));
+        if (fileName.empty()) return E_INVALIDARG;
         const HRESULT placed = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());
         return FAILED(placed) ? placed : WriteProjectFile(*project, fileName);
     });

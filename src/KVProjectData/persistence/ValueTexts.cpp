@@ -113,11 +113,6 @@ std::string FormatHex(ULONG value)
     return text;
 }
 
-LONG ParseLeadingInteger(std::u16string_view text)
-{
-    return AttributeValue(Bstr(text)).LeadingInteger();
-}
-
 LONG ParseHex(std::u16string_view text)
 {
     if (!text.starts_with(u"0x")) return -1;

@@ -3,8 +3,8 @@
 
 #include "KVProjectData/tree/AttributeValue.h"
 
-#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace kv {
@@ -54,9 +54,6 @@ extern const FlagNames kTitleTypeNames;
 
 /// "0x%08X".
 std::string FormatHex(ULONG value);
-
-/// The integer that the text starts with; 0 when it starts with none.
-LONG ParseLeadingInteger(std::u16string_view text);
 
 /// The digits after a lower-case "0x"; -1 for any other text.
 LONG ParseHex(std::u16string_view text);

@@ -15,13 +15,21 @@ template <class Each>
 void ForEachChild(IXMLDOMNode* parent, Each&& each)
 {
     ComPtr<IXMLDOMNode> child;
-    parent->get_firstChild(child.Put());
+    ThrowIfFailed(parent->get_firstChild(child.Put()));
     while (child) {
         each(child.Get());
         ComPtr<IXMLDOMNode> next;
-        child->get_nextSibling(next.Put());
+        ThrowIfFailed(child->get_nextSibling(next.Put()));
         child = std::move(next);
     }
+}
+
+/// False for a node that cannot read its element. Lack of memory is no fault of the element: it ends the load.
+bool ReadElement(CProjectNode& node, IXMLDOMNode* element)
+{
+    const HRESULT result = Guarded([&] { return node.LoadXML(element); });
+    if (result == E_OUTOFMEMORY) throw Error(result);
+    return SUCCEEDED(result);
 }
 
 } // namespace
@@ -31,10 +39,7 @@ HRESULT CKVXMLDataLoader::Load(IXMLDOMNode* root)
     const std::string_view name = ElementName(root);
     const ElementRow* row = FindElement(name);
     CProjectNode* node = FindNode(row, name, nullptr);
-    if (node) {
-        const HRESULT loaded = Guarded([&] { return node->LoadXML(root); });
-        if (FAILED(loaded)) return S_OK;
-    }
+    if (node && !ReadElement(*node, root)) return S_OK;
     if (!row || !row->Leaf()) {
         ForEachChild(root, [&](IXMLDOMNode* child) { LoadElement(child, node); });
     }
@@ -55,12 +60,9 @@ void CKVXMLDataLoader::LoadElement(IXMLDOMNode* element, CProjectNode* parent)
     if (name.empty()) return;
     const ElementRow* row = FindElement(name);
     CProjectNode* node = FindNode(row, name, parent);
-    if (node) {
-        const HRESULT loaded = Guarded([&] { return node->LoadXML(element); });
-        if (row->Item()) node->AssignID();
-        if (FAILED(loaded) || row->Leaf()) return;
-    }
-    LoadChildren(element, node);
+    const bool read = !node || ReadElement(*node, element);
+    if (node && row->Item()) node->AssignID();
+    if (read && !(row && row->Leaf())) LoadChildren(element, node);
 }
 
 void CKVXMLDataLoader::LoadChildren(IXMLDOMNode* element, CProjectNode* node)

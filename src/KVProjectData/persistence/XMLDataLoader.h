@@ -23,7 +23,7 @@ public:
     CKVXMLDataLoader(CProjectNode& project, NodeFactory& factory) : m_project(project), m_factory(factory) {}
 
     /// Loads a document, or an element with what is below it. Elements that no node is found for, and nodes that
-    /// cannot read their element, are passed over with what is below them.
+    /// cannot read their element, are passed over with what is below them. Throws Error on lack of memory.
     HRESULT Load(IXMLDOMNode* root);
 
 private:

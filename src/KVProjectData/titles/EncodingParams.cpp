@@ -173,7 +173,7 @@ HRESULT CKVEncodingParams::put_SyncToProject(VARIANT_BOOL newVal)
 {
     return Edit([&](EditScope& edit) {
         const CProjectNode* owner = Parent();
-        if (!owner || owner->Type() == typeProject || !owner->Parent()) return KV_E_CANNOT_FOLLOW_PROJECT;
+        if (!owner || IsProjectsOwn() || !owner->Parent()) return KV_E_CANNOT_FOLLOW_PROJECT;
         edit.Record();
         const bool follow = newVal != VARIANT_FALSE;
         if (m_syncToProject && !follow) {

@@ -68,7 +68,9 @@ public:
         archive("audioChannels", m_own.audioChannels);
         archive("audioFormat", Enumeration(m_own.audioFormat, kAudioFormatNames));
         archive("subpictureFormat", Enumeration(m_own.subpictureFormat, kSubpictureFormatNames));
-        archive("syncToProject", OneOrZero{m_syncToProject});
+        archive.WriteRead("syncToProject", LONG{m_syncToProject}, [this](const AttributeValue& value) {
+            m_syncToProject = value.ToBool() && !IsProjectsOwn();
+        });
         archive("twoPassEncoding", OneOrZero{m_own.twoPass});
         archive("videoBitrate", m_own.videoBitrate);
         archive("videoFormat", Enumeration(m_own.videoFormat, kVideoFormatNames));
@@ -94,6 +96,8 @@ private:
         bool twoPass = false;
     };
 
+    /// The set that the others follow; it follows none.
+    bool IsProjectsOwn() const { return Parent() && Parent()->Type() == typeProject; }
     /// The project's own set above this one; null when the owner stands in no project.
     CKVEncodingParams* ProjectSet() const;
 

@@ -1,5 +1,6 @@
 #include "KVProjectData/tree/AttributeValue.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -16,7 +17,7 @@ Match(Handlers...) -> Match<Handlers...>;
 template <class Number>
 void AppendNumber(Number value, std::string& text)
 {
-    char digits[32];
+    char digits[16];
     const auto end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
     text.append(digits, end);
 }
@@ -39,13 +40,14 @@ LONG ParseLeading(std::basic_string_view<Char> text)
     const bool negative = !text.empty() && text.front() == '-';
     if (negative || (!text.empty() && text.front() == '+')) text.remove_prefix(1);
 
-    // Beyond its range a number stays at the limit.
-    constexpr LONGLONG kLimit = std::numeric_limits<LONG>::max();
+    // Flags are unsigned, so that a number may take all 32 bits; beyond them it stays at the limit.
+    constexpr LONGLONG kHighest = std::numeric_limits<ULONG>::max();
+    constexpr LONGLONG kLowest = std::numeric_limits<LONG>::min();
     LONGLONG value = 0;
     for (; !text.empty() && text.front() >= '0' && text.front() <= '9'; text.remove_prefix(1)) {
-        value = std::min(value * 10 + (text.front() - '0'), kLimit + 1);
+        value = std::min(value * 10 + (text.front() - '0'), kHighest);
     }
-    return static_cast<LONG>(negative ? -value : std::min(value, kLimit));
+    return static_cast<LONG>(negative ? std::max(-value, kLowest) : value);
 }
 
 } // namespace
@@ -111,7 +113,7 @@ LONG AttributeValue::LeadingInteger() const
 void AttributeValue::AppendText(std::string& text) const
 {
     std::visit(Match{[&](LONG value) { AppendNumber(value, text); }, [&](ULONG value) { AppendNumber(value, text); },
-                     [&](double value) { AppendNumber(value, text); }, [&](bool value) { text += value ? "-1" : "0"; },
+                     [&](double) { text += ToUtf8(ToBstr().View()); }, [&](bool value) { text += value ? "-1" : "0"; },
                      [&](NamedValue named) { named.names->AppendText(named.value, text); },
                      [&](const Bstr&) { throw Error(E_UNEXPECTED); }, [&](std::string_view value) { text += value; }},
                m_value);

@@ -45,13 +45,15 @@ public:
     /// Any non-zero number, and the word true, is true.
     bool ToBool() const;
     Bstr ToBstr() const;
-    /// The integer that the text starts with, 0 when it starts with none; never fails.
+    /// The 32 bits of the integer, signed or unsigned, that the text starts with; 0 when it starts with none. Never
+    /// fails.
     LONG LeadingInteger() const;
 
     /// The real number that the value is already, or null.
     const double* AsReal() const { return std::get_if<double>(&m_value); }
 
-    /// UTF-8 text as a document holds it. Throws for a string, which `AsString` gives.
+    /// UTF-8 text as a document holds it. Throws for a string, which `AsString` gives, and for a real number that is
+    /// not finite, which has no text.
     void AppendText(std::string& text) const;
 
     /// The string, or null for every other kind of value.

@@ -92,7 +92,10 @@ TEST_F(FileServiceTest, RefusesArgumentsThatAreNone)
     const auto stranger = ParseXml(u"<a/>");
     const Bstr file = folder.File("x.xml");
     EXPECT_EQ(E_INVALIDARG, files->SaveProject(nullptr, project.Get()));
+    project->put_ProjectDirectory(Str(u"kept").Get());
     EXPECT_EQ(E_INVALIDARG, files->SaveProject(Str(u"").Get(), project.Get()));
+    EXPECT_EQ(E_INVALIDARG, files->SaveProject(Str(u"file::").Get(), project.Get()));
+    EXPECT_EQ(u"kept", Text(*project.Get(), &IKVProjectData::get_ProjectDirectory));
     for (IUnknown* object : {static_cast<IUnknown*>(nullptr), static_cast<IUnknown*>(stranger.Get())}) {
         EXPECT_EQ(E_POINTER, files->SaveProject(file.Get(), object));
         EXPECT_EQ(E_POINTER, files->LoadProject(file.Get(), object));

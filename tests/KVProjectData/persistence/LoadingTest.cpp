@@ -1,7 +1,11 @@
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/persistence/XMLDataLoader.h"
 #include "platform/com/TaskMemory.h"
+#include "platform/system/Locale.h"
 #include "support/Host.h"
 
+#include <cstdlib>
 #include <limits>
 
 namespace kv::test {
@@ -104,6 +108,74 @@ TEST_F(LoadingTest, ReadsTheNumberInFrontOfAName)
     }
 }
 
+TEST_F(LoadingTest, ReadsAllBitsOfFlags)
+{
+    struct Case {
+        std::u16string_view text;
+        ULONG value;
+    };
+    for (const Case& c : {Case{u"2147483648 ()", 0x80000000},
+                          {u"4294967295", 0xFFFFFFFF},
+                          {u"-1", 0xFFFFFFFF},
+                          {u"-2147483648", 0x80000000},
+                          {u"-99999999999999999999", 0x80000000},
+                          {u"99999999999999999999", 0xFFFFFFFF}}) {
+        Load(u"", std::u16string(u"options='").append(c.text).append(u"'"));
+        for (int turn = 0; turn < 2; ++turn) {
+            EXPECT_EQ(c.value, ValueOf(*project.Get(), &IKVProjectData::get_Options)) << ToUtf8(c.text);
+            EXPECT_EQ(S_OK, project->loadXML(SaveToDocument(*project.Get()).Get()));
+        }
+    }
+}
+
+TEST_F(LoadingTest, ReadsSizesInEveryLanguage)
+{
+    // Taken up by the first number that is read in the process; where the machine has no German, it stays as it is.
+    setenv("LC_ALL", "de_DE.UTF-8", 1);
+    const double ofComma = ParseDoubleUserLocale(u"12,5").value_or(0);
+    const std::vector<std::pair<std::u16string_view, double>> cases{{u"1234.5", 1234.5}, {u"4700000000", 4.7e9},
+                                                                    {u"1e+300", 1e300},  {u"1.5e-7", 1.5e-7},
+                                                                    {u"12,5", ofComma},  {u"inf", 0},
+                                                                    {u"nan", 0},         {u"1e999", 0}};
+    for (const auto& [text, size] : cases) {
+        Load(std::u16string(u"<Titles><Title vobSize='").append(text).append(u"'/></Titles>"));
+        ASSERT_EQ(1u, TitleIds().size());
+        EXPECT_EQ(size, ValueOf(*Title(1).Get(), &IKVTitle::get_VOBSize)) << ToUtf8(text);
+    }
+}
+
+/// A project whose attributes cannot be read for lack of memory, or for another failure.
+class FailingProject final : public ArchivedNode<FailingProject>, public Object<IUnknown>, public NodeFactory {
+public:
+    explicit FailingProject(HRESULT failure) : ArchivedNode(typeProject), m_failure(failure) {}
+
+    IUnknown* Identity() override { return Controlling(); }
+    CProjectNode* CreateItem(NodeType, CProjectNode&) override { return nullptr; }
+
+    template <class Archive>
+    void Attributes(Archive&)
+    {
+        throw Error(m_failure);
+    }
+
+private:
+    const HRESULT m_failure;
+};
+
+TEST(LoaderTest, EndsForLackOfMemoryOnly)
+{
+    const auto document = ParseXml(u"<Root><Project/></Root>");
+    for (const char16_t* path : {u"/Root", u"/Root/Project"}) {
+        ComPtr<IXMLDOMNode> node;
+        document->selectSingleNode(Str(path).Get(), node.Put());
+        for (const auto& [failure, result] : {std::pair{E_OUTOFMEMORY, E_OUTOFMEMORY}, {DISP_E_OVERFLOW, S_OK}}) {
+            const auto failing = Make<FailingProject>(failure);
+            CKVXMLDataLoader loader(*failing.Get(), *failing.Get());
+            EXPECT_EQ(result, Guarded([&] { return loader.Load(node.Get()); })) << ToUtf8(path);
+        }
+    }
+}
+
 TEST_F(LoadingTest, TakesIdsFromTheDocumentAndCountsOnFromThem)
 {
     const LONG next = [this] {
@@ -148,7 +220,8 @@ TEST_F(LoadingTest, PassesOverWhatItDoesNotKnow)
     Load(u"<!-- note --><?target data?>text<Unknown><Titles><Title/></Titles><Commands><PlayMenu/></Commands></Unknown>"
          u"<titles><Title/></titles><Titles NumItems='99' other='1'><Unknown/><Title label='one'><Title/>"
          u"<Palette/><Encoding videoBitrate='5'><Commands/></Encoding></Title><File/></Titles>"
-         u"<DataFiles><Title/><File tag='3'><Title/></File></DataFiles><Title/>",
+         u"<DataFiles><Title/><File tag='3'><Title/></File></DataFiles><Title/>"
+         u"<Palette><Project label='below a leaf'/></Palette><File><Project label='below a leaf'/></File>",
          u"unknown='1' label='L'");
     EXPECT_EQ(u"L", Text(*project.Get(), &IKVProjectData::get_Label));
     ASSERT_EQ(1u, TitleIds().size());

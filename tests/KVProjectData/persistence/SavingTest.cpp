@@ -1,3 +1,4 @@
+#include "KVProjectData/persistence/ValueTexts.h"
 #include "support/Host.h"
 
 namespace kv::test {
@@ -67,7 +68,7 @@ TEST_F(SavingTest, WritesSizesAsTheShortestTextThatReadsBack)
 {
     ComPtr<IKVTitle> title;
     project->AddTitle(0, title.Put());
-    for (const auto& [size, text] : {std::pair{0.1, u"0.1"}, {1e300, u"1e+300"}, {4.7e9, u"4.7e+09"}}) {
+    for (const auto& [size, text] : {std::pair{0.1, u"0.1"}, {1e300, u"1e+300"}, {4.7e9, u"4700000000"}}) {
         title->put_VOBSize(size);
         const auto document = SaveToDocument(*project.Get());
         EXPECT_EQ(text, AttributeText(*document.Get(), u"//Title", u"vobSize"));
@@ -77,6 +78,23 @@ TEST_F(SavingTest, WritesSizesAsTheShortestTextThatReadsBack)
         ASSERT_EQ(S_OK, loaded->GetTitle(1, again.Put()));
         EXPECT_EQ(size, ValueOf(*again.Get(), &IKVTitle::get_VOBSize));
     }
+}
+
+TEST(HexadecimalTextTest, TakesDigitsBehindASmallXAlone)
+{
+    for (const ULONG value : {0u, 0x00FF00FFu, 0x80000000u, 0xFFFFFFFFu})
+        EXPECT_EQ(static_cast<LONG>(value), ParseHex(ToUtf16(FormatHex(value)))) << FormatHex(value);
+    EXPECT_EQ("0x00FF00FF", FormatHex(0x00FF00FF));
+    for (const auto& [text, value] : {std::pair{u"0xaBc", 0xABC},
+                                      {u"0x12 rest", 0x12},
+                                      {u"0x123456789", -1},
+                                      {u"0X00FF", -1},
+                                      {u"255", -1},
+                                      {u" 0x1", -1},
+                                      {u"0xg", -1},
+                                      {u"0x", -1},
+                                      {u"", -1}})
+        EXPECT_EQ(value, ParseHex(text)) << ToUtf8(text);
 }
 
 TEST_F(SavingTest, RefusesTextThatXmlCannotHold)

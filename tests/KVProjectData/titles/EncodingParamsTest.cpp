@@ -105,5 +105,29 @@ TEST_F(EncodingParamsTest, NewTitlesTakeTheProjectsAspectRatio)
     EXPECT_EQ(AspectRatio_16x9, ValueOf(*Query<IKVEncodingParams>(title).Get(), &IKVEncodingParams::get_AspectRatio));
 }
 
+TEST_F(EncodingParamsTest, ReadsWhatOtherVersionsWrote)
+{
+    struct Case {
+        std::u16string_view attributes;
+        VideoFormat format;
+        VideoResolution resolution;
+    };
+    for (const Case& c : {Case{u"HDVideoFormat='1 (AVC/H.264)'", VideoFormat_AVC, VideoResolution_Full_D1},
+                          {u"videoFormat='3 (MPEG-1)' HDVideoFormat='1'", VideoFormat_MPEG1, VideoResolution_Full_D1},
+                          {u"videoResolution='17 (unknown)'", VideoFormat_MPEG2, VideoResolution_2160p_3840},
+                          {u"syncToProject='1' videoFormat='2'", VideoFormat_VC1, VideoResolution_Full_D1}}) {
+        const auto document =
+            ParseXml(std::u16string(u"<Project><Encoding ").append(c.attributes).append(u"/></Project>"));
+        ASSERT_EQ(S_OK, project->loadXML(document.Get()));
+        EXPECT_EQ(c.format, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VideoFormat)) << ToUtf8(c.attributes);
+        EXPECT_EQ(c.resolution, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VideoResolution));
+        EXPECT_EQ(VARIANT_FALSE, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_SyncToProject))
+            << "the project's own";
+        EXPECT_EQ(S_OK, ofProject->put_VideoBitrate(1));
+    }
+    ofProject->put_VideoResolution(VideoResolution_2160p_3840);
+    EXPECT_EQ(u"17 (unknown)", AttributeText(*SaveToDocument(*project.Get()).Get(), u"//Encoding", u"videoResolution"));
+}
+
 } // namespace
 } // namespace kv::test
