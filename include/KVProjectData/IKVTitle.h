@@ -49,14 +49,17 @@ struct IKVTitle : IDispatch {
     virtual HRESULT get_VOBDuration(ULONG* pVal) = 0;
     virtual HRESULT put_VOBDuration(ULONG newVal) = 0;
 
-    /// The size of a VOB title.
+    /// The size of a VOB title. E_INVALIDARG unless finite.
     virtual HRESULT get_VOBSize(double* pVal) = 0;
     virtual HRESULT put_VOBSize(double newVal) = 0;
 
-    /// The production of the storyboard engine, created on first use.
+    /// The production of the storyboard engine, created on first use. A failure of the engine, or of the connection to
+    /// it, is returned; the production stays with the title all the same, and the next call hands it out.
     virtual HRESULT GetProduction(IUnknown** ppProduction) = 0;
 
-    /// Replaces the production; the old one is closed. E_POINTER for null.
+    /// Replaces the production; the old one is closed. E_POINTER for null. When the old one cannot be left, its failure
+    /// is returned and it stays. When the new one cannot be connected, that failure is returned and the new one stays,
+    /// without its events.
     virtual HRESULT SetProduction(IUnknown* pProduction) = 0;
 
     /// Null and S_FALSE for a title that is in no project.
@@ -64,7 +67,8 @@ struct IKVTitle : IDispatch {
     virtual HRESULT get_IsResolved(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_IsResolved(VARIANT_BOOL newVal) = 0;
 
-    /// The first source file of the production. Left untouched when there is none.
+    /// The first source file of the production, which is created on first use. Left untouched when there is none, and
+    /// when the production's sources are no strings. Failures of the engine are returned.
     virtual HRESULT GetSourceFromProd(BSTR* pbstrSource) = 0;
 };
 

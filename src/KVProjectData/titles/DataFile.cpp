@@ -2,7 +2,6 @@
 
 #include "KVProjectData/ProjectDataEvents.h"
 #include "KVProjectData/ResultCodes.h"
-#include "platform/system/Locale.h"
 #include "platform/system/Paths.h"
 
 namespace kv {
@@ -58,14 +57,14 @@ HRESULT CKVDataFile::IncrementUseCount()
 bool CKVDataFile::Matches(BSTR sourcePath, BSTR destPath, ULONG tag)
 {
     const SectionLock lock(Section());
-    return (!sourcePath || CompareStrings(m_sourcePath.View(), View(sourcePath)) == 0) &&
-           (!destPath || CompareStrings(m_destPath.View(), View(destPath)) == 0) && (tag == 0 || m_tag == tag);
+    return (!sourcePath || m_sourcePath.View() == View(sourcePath)) &&
+           (!destPath || m_destPath.View() == View(destPath)) && (tag == 0 || m_tag == tag);
 }
 
 bool CKVDataFile::HasSource(BSTR sourcePath)
 {
     const SectionLock lock(Section());
-    return CompareStrings(m_sourcePath.View(), View(sourcePath)) == 0;
+    return m_sourcePath.View() == View(sourcePath);
 }
 
 bool CKVDataFile::DropUser()

@@ -23,7 +23,7 @@ public:
     HRESULT put_Tag(ULONG newVal) override;
     HRESULT IncrementUseCount() override;
 
-    /// Paths compare case-sensitively, by the rules of the user's language. Null and 0 match anything.
+    /// Paths compare exactly, with regard to case. Null and 0 match anything.
     bool Matches(BSTR sourcePath, BSTR destPath, ULONG tag);
     bool HasSource(BSTR sourcePath);
 

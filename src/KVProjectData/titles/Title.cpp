@@ -5,10 +5,16 @@
 #include "KVProjectData/ResultCodes.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Activation.h"
+#include "platform/system/ErrorReporter.h"
 #include "platform/system/Locale.h"
+
+#include <cmath>
 
 namespace kv {
 namespace {
+
+/// What the host's diagnostics call this source.
+constexpr std::string_view kSourceName = "KVTitle";
 
 double RatioOf(AspectRatio aspect)
 {
@@ -26,6 +32,20 @@ double ParseSize(const AttributeValue& value)
         point && !comma ? ParseDoubleUS(text.View()) : ParseDoubleUserLocale(text.View());
     if (!size) throw Error(DISP_E_TYPEMISMATCH);
     return *size;
+}
+
+/// Reports a call to the engine that failed, from the caller's line, and gives its result on.
+HRESULT Checked(HRESULT result, std::string_view call, int line = __builtin_LINE())
+{
+    if (FAILED(result)) ZXUReportError(ZXUErrResultStr({kSourceName, line}, call, result));
+    return result;
+}
+
+/// The same for an argument that is null.
+HRESULT NullArgument(std::string_view parameter, int line = __builtin_LINE())
+{
+    ZXUReportError(ZXUErrNullStr({kSourceName, line}, parameter));
+    return E_POINTER;
 }
 
 } // namespace
@@ -195,7 +215,13 @@ HRESULT CKVTitle::get_VOBSize(double* pVal)
 
 HRESULT CKVTitle::put_VOBSize(double newVal)
 {
-    return Put(m_vobSize, newVal, Undo);
+    return Edit([&](EditScope& edit) {
+        // It has no text that a document could hold.
+        if (!std::isfinite(newVal)) return E_INVALIDARG;
+        edit.Record();
+        m_vobSize = newVal;
+        return S_OK;
+    });
 }
 
 HRESULT CKVTitle::get_IsResolved(VARIANT_BOOL* pVal)
@@ -224,7 +250,8 @@ HRESULT CKVTitle::GetProject(IKVProjectData** ppProject)
 HRESULT CKVTitle::GetProduction(IUnknown** ppProduction)
 {
     return Read([&] {
-        if (!ppProduction) return E_POINTER;
+        ZXUClearErrorStack();
+        if (!ppProduction) return NullArgument("ppProduction");
         *ppProduction = nullptr;
         const HRESULT result = Production() ? S_OK : CreateProduction();
         return FAILED(result) ? result : Production().CopyTo(ppProduction);
@@ -236,16 +263,16 @@ HRESULT CKVTitle::CreateProduction()
     AspectRatio aspect = AspectRatio_None;
     m_encodingParams->get_AspectRatio(&aspect);
     ComPtr<IUnknown> production;
-    HRESULT result = CreateInstance(CLSID_ZXEProduction, production);
+    HRESULT result = Checked(CreateInstance(CLSID_ZXEProduction, production), "CreateInstance(CLSID_ZXEProduction)");
     if (FAILED(result)) return result;
     HoldProduction(std::move(production));
     const auto data = ProductionData();
-    if (!data) return E_NOINTERFACE;
-    result = data->Initialise();
+    if (!data) return Checked(E_NOINTERFACE, "Query<IZXEProductionData>");
+    result = Checked(data->Initialise(), "Initialise()");
     if (FAILED(result)) return result;
     if (const auto info = ProductionInfo()) {
-        info->put_AspectRatio(RatioOf(aspect));
-        info->put_Stereoscopic(m_stereoscopic ? VARIANT_TRUE : VARIANT_FALSE);
+        Checked(info->put_AspectRatio(RatioOf(aspect)), "put_AspectRatio()");
+        Checked(info->put_Stereoscopic(m_stereoscopic ? VARIANT_TRUE : VARIANT_FALSE), "put_Stereoscopic()");
     }
     return ConnectSink();
 }
@@ -253,13 +280,14 @@ HRESULT CKVTitle::CreateProduction()
 HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
 {
     return Read([&] {
-        if (!pProduction) return E_POINTER;
+        ZXUClearErrorStack();
+        if (!pProduction) return NullArgument("pProduction");
         // The production being set may be the one held, which must live on.
         ComPtr<IUnknown> next = Query<IUnknown>(pProduction);
         HRESULT result = DisconnectSink();
         if (FAILED(result)) return result;
         const auto data = ProductionData();
-        result = data ? data->Close() : S_OK;
+        result = data ? Checked(data->Close(), "Close()") : S_OK;
         if (FAILED(result)) return result;
         HoldProduction(std::move(next));
         const HRESULT connected = ConnectSink();
@@ -272,11 +300,12 @@ HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
 HRESULT CKVTitle::ConnectSink()
 {
     const auto container = Query<IConnectionPointContainer>(Production());
-    if (!container) return E_NOINTERFACE;
+    if (!container) return Checked(E_NOINTERFACE, "Query<IConnectionPointContainer>");
     ComPtr<IConnectionPoint> point;
-    HRESULT result = container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put());
+    HRESULT result = Checked(container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()),
+                             "FindConnectionPoint(IZXEProductionDataEvents)");
     if (FAILED(result)) return result;
-    result = point->Advise(static_cast<IZXEProductionDataEvents*>(this), &m_adviseCookie);
+    result = Checked(point->Advise(static_cast<IZXEProductionDataEvents*>(this), &m_adviseCookie), "Advise()");
     // The production's hold must not keep the title alive.
     if (SUCCEEDED(result)) Release();
     return result;
@@ -292,7 +321,7 @@ HRESULT CKVTitle::DisconnectSink()
     HRESULT result =
         container ? container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()) : E_NOINTERFACE;
     if (SUCCEEDED(result)) result = point->Unadvise(m_adviseCookie);
-    if (FAILED(result)) {
+    if (FAILED(Checked(result, "Unadvise()"))) {
         Release();
         return result;
     }
@@ -309,18 +338,19 @@ void CKVTitle::ProductionChanged(LONG event, LONG param)
 HRESULT CKVTitle::GetSourceFromProd(BSTR* pbstrSource)
 {
     return Read([&] {
-        if (!pbstrSource) return E_POINTER;
+        ZXUClearErrorStack();
+        if (!pbstrSource) return NullArgument("pbstrSource");
         ComPtr<IUnknown> production;
         HRESULT result = GetProduction(production.Put());
         if (FAILED(result)) return result;
         const auto data = ProductionData();
         if (!data) return S_OK;
         SafeArray sources;
-        result = data->GetSourceList(0, 0, 0, sources.Put());
+        result = Checked(data->GetSourceList(0, 0, 0, sources.Put()), "GetSourceList()");
         if (FAILED(result)) return result;
         LONG first = 0;
         LONG last = -1;
-        if (!sources.Get() || FAILED(SafeArrayGetLBound(sources.Get(), 1, &first)) ||
+        if (!sources.Get() || sources.Get()->vt != VT_BSTR || FAILED(SafeArrayGetLBound(sources.Get(), 1, &first)) ||
             FAILED(SafeArrayGetUBound(sources.Get(), 1, &last)) || last < first) {
             return S_OK;
         }

@@ -1,7 +1,10 @@
 #include "KVProjectData/Engine.h"
+#include "platform/system/ErrorReporter.h"
 #include "support/Host.h"
 
-#include <functional>
+#include <gmock/gmock.h>
+
+#include <limits>
 
 namespace kv::test {
 namespace {
@@ -63,6 +66,8 @@ TEST_F(TitleTest, SettersValidateStoreAndTell)
     Events();
     EXPECT_EQ(E_INVALIDARG, title->put_StillWaitTime(-1));
     EXPECT_EQ(E_INVALIDARG, title->put_DiscIndex(-1));
+    EXPECT_EQ(E_INVALIDARG, title->put_VOBSize(std::numeric_limits<double>::infinity()));
+    EXPECT_EQ(E_INVALIDARG, title->put_VOBSize(std::numeric_limits<double>::quiet_NaN()));
     EXPECT_EQ(S_OK, title->put_Source(Str(u"s").Get()));
     EXPECT_EQ(S_OK, title->put_DiscIndex(3));
     EXPECT_EQ(S_OK, title->put_IsResolved(1));
@@ -187,6 +192,59 @@ TEST_F(TitleTest, TakesItsSourceFromTheProduction)
     Bstr source;
     EXPECT_EQ(S_OK, title->GetSourceFromProd(source.Put()));
     EXPECT_EQ(u"first.mpg", source.View());
+}
+
+/// A production without a connection point, whose list of sources is what a test says.
+class OddProduction final : public Object<IZXEProductionData> {
+public:
+    explicit OddProduction(VARTYPE sources) : m_sources(sources) {}
+
+    HRESULT GetSourceList(LONG, LONG, LONG, SAFEARRAY** sources) override
+    {
+        *sources = SafeArrayCreateVector(m_sources, 0, 1);
+        return *sources ? S_OK : E_FAIL;
+    }
+    HRESULT GetProductionObj(IUnknown**) override { return E_NOTIMPL; }
+    HRESULT GetPanelCount(LONG*) override { return E_NOTIMPL; }
+    HRESULT GetPanelBaseObject(LONG, IUnknown**) override { return E_NOTIMPL; }
+    HRESULT DeletePanel(LONG) override { return E_NOTIMPL; }
+    HRESULT get_UseSourceAspectRatio(VARIANT_BOOL*) override { return E_NOTIMPL; }
+    HRESULT put_UseSourceAspectRatio(VARIANT_BOOL) override { return E_NOTIMPL; }
+    HRESULT Initialise() override { return S_OK; }
+    HRESULT Close() override { return S_OK; }
+    HRESULT get_Flags(ULONG*) override { return E_NOTIMPL; }
+    HRESULT ClearModified() override { return S_OK; }
+    HRESULT OpenUndoBlock() override { return E_NOTIMPL; }
+    HRESULT CloseUndoBlock(VARIANT_BOOL) override { return E_NOTIMPL; }
+    HRESULT AddUndoUnit(IUnknown*) override { return E_NOTIMPL; }
+    HRESULT CanUndo(VARIANT_BOOL*, BSTR*) override { return E_NOTIMPL; }
+    HRESULT CanRedo(VARIANT_BOOL*, BSTR*) override { return E_NOTIMPL; }
+    HRESULT Undo() override { return E_NOTIMPL; }
+    HRESULT Redo() override { return E_NOTIMPL; }
+
+private:
+    const VARTYPE m_sources;
+};
+
+TEST_F(TitleTest, ReportsWhatTheEngineFails)
+{
+    const auto reported = [](std::string_view end) {
+        return testing::ElementsAre(testing::AllOf(testing::StartsWith("KVTitle("),
+                                                   testing::EndsWith("): *** Error " + std::string(end) + "\n")));
+    };
+    title->GetProduction(nullptr);
+    EXPECT_THAT(ZXUErrorStack(), reported("NULL = ppProduction"));
+    for (const auto& [type, result] : {std::pair{VT_I4, S_OK}, {VT_UNKNOWN, S_OK}, {VT_EMPTY, E_FAIL}}) {
+        const auto odd = Make<OddProduction>(static_cast<VARTYPE>(type));
+        EXPECT_EQ(E_NOINTERFACE, title->SetProduction(odd.Get()));
+        EXPECT_THAT(ZXUErrorStack(), reported("Query<IConnectionPointContainer> = 0x80004002"));
+        EXPECT_EQ(Query<IUnknown>(odd.Get()), Production()) << "kept without its events";
+        BSTR source = nullptr;
+        EXPECT_EQ(result, title->GetSourceFromProd(&source));
+        EXPECT_EQ(nullptr, source) << "no strings, no source";
+        EXPECT_EQ(FAILED(result) ? 1u : 0u, ZXUErrorStack().size());
+    }
+    EXPECT_THAT(ZXUErrorStack(), reported("GetSourceList() = 0x80004005"));
 }
 
 TEST_F(TitleTest, AModifiedProductionMakesTheProjectDirty)
