@@ -23,7 +23,9 @@ add_library(kv_options INTERFACE)
 target_compile_options(kv_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wold-style-cast
   -Wcast-qual -Woverloaded-virtual -Wconversion -Wno-sign-conversion -Werror
   # g++ 12 sees overlaps in the standard library's strings that are none.
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+  # A server library with a symbol that g++ makes unique in the process would never be unloaded.
+  $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 if(KV_SANITIZE)
   target_compile_options(kv_options INTERFACE -fsanitize=${KV_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(kv_options INTERFACE -fsanitize=${KV_SANITIZE})
