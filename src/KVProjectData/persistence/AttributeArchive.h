@@ -51,9 +51,9 @@ public:
         ++m_numbers;
     }
     template <class Field, class Take>
-    void WriteRead(std::string_view name, Field& field, Take&&)
+    void WriteRead(std::string_view name, Field&& field, Take&&)
     {
-        (*this)(name, field);
+        (*this)(name, std::forward<Field>(field));
     }
     template <class Field>
     void OnlyRecord(Field& field)
@@ -106,9 +106,9 @@ public:
         if (kExchange) field = kept;
     }
     template <class Field, class Take>
-    void WriteRead(std::string_view name, Field& field, Take&&)
+    void WriteRead(std::string_view name, Field&& field, Take&&)
     {
-        (*this)(name, field);
+        (*this)(name, std::forward<Field>(field));
     }
     template <class Field>
     void OnlyRecord(Field& field)
@@ -155,9 +155,9 @@ public:
         Set(name, value);
     }
     template <class Field, class Take>
-    void WriteRead(std::string_view name, const Field& value, Take&&)
+    void WriteRead(std::string_view name, Field&& field, Take&&)
     {
-        Set(name, value);
+        (*this)(name, std::forward<Field>(field));
     }
     template <class Field>
     void OnlyRead(std::string_view, Field&&)

@@ -68,7 +68,7 @@ public:
         archive("audioChannels", m_own.audioChannels);
         archive("audioFormat", Enumeration(m_own.audioFormat, kAudioFormatNames));
         archive("subpictureFormat", Enumeration(m_own.subpictureFormat, kSubpictureFormatNames));
-        archive.WriteRead("syncToProject", LONG{m_syncToProject}, [this](const AttributeValue& value) {
+        archive.WriteRead("syncToProject", OneOrZero{m_syncToProject}, [this](const AttributeValue& value) {
             m_syncToProject = value.ToBool() && !IsProjectsOwn();
         });
         archive("twoPassEncoding", OneOrZero{m_own.twoPass});

@@ -67,6 +67,7 @@ void CKVTitle::FinalRelease()
     DisconnectSink();
     if (const auto data = ProductionData()) data->Close();
     HoldProduction(nullptr);
+    if (m_sink) m_sink->Forget();
 }
 
 HRESULT CKVTitle::FindInterface(REFIID iid, void** out)
@@ -305,26 +306,19 @@ HRESULT CKVTitle::ConnectSink()
     HRESULT result = Checked(container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()),
                              "FindConnectionPoint(IZXEProductionDataEvents)");
     if (FAILED(result)) return result;
-    result = Checked(point->Advise(static_cast<IZXEProductionDataEvents*>(this), &m_adviseCookie), "Advise()");
-    // The production's hold must not keep the title alive.
-    if (SUCCEEDED(result)) Release();
-    return result;
+    if (!m_sink) m_sink = Make<TitleSink>(*this);
+    return Checked(point->Advise(m_sink->Controlling(), &m_adviseCookie), "Advise()");
 }
 
 HRESULT CKVTitle::DisconnectSink()
 {
     if (m_adviseCookie == 0) return S_OK;
-    // The reference that connecting took back from the production.
-    AddRef();
     const auto container = Query<IConnectionPointContainer>(Production());
     ComPtr<IConnectionPoint> point;
     HRESULT result =
         container ? container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()) : E_NOINTERFACE;
     if (SUCCEEDED(result)) result = point->Unadvise(m_adviseCookie);
-    if (FAILED(Checked(result, "Unadvise()"))) {
-        Release();
-        return result;
-    }
+    if (FAILED(Checked(result, "Unadvise()"))) return result;
     m_adviseCookie = 0;
     return S_OK;
 }

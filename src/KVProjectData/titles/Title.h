@@ -6,7 +6,7 @@
 #include "KVProjectData/persistence/AttributeArchive.h"
 #include "KVProjectData/titles/CommandList.h"
 #include "KVProjectData/titles/EncodingParams.h"
-#include "KVProjectData/titles/ProductionSink.h"
+#include "KVProjectData/titles/TitleSink.h"
 #include "KVProjectData/tree/Locking.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Object.h"
@@ -98,6 +98,8 @@ private:
     /// Guards the pointer alone: encoding parameters read it inside their own section.
     std::mutex m_productionGuard;
     ComPtr<IUnknown> m_production;
+    /// Made with the first connection.
+    ComPtr<TitleSink> m_sink;
     DWORD m_adviseCookie = 0;
 };
 
