@@ -50,6 +50,7 @@ TEST_F(ThreadsTest, AnEngineTellsOfATitleThatComesAndGoes)
              [&](LONG round) {
                  if (round % 2) {
                      EXPECT_EQ(S_OK, project->UndoOperation());
+                     engine->Notify(0, 2, 0);
                  } else {
                      project->BeginUndo(nullptr);
                      EXPECT_EQ(S_OK, project->RemoveTitle(id, nullptr));
@@ -60,7 +61,7 @@ TEST_F(ThreadsTest, AnEngineTellsOfATitleThatComesAndGoes)
                  project->Clear();
                  title.Reset();
              });
-    EXPECT_TRUE(sink->WaitFor(EVENT_TitleProductionEvent));
+    EXPECT_TRUE(sink->WaitFor(Event(EVENT_TitleProductionEvent, {id, 0, 2})));
 }
 
 TEST_F(ThreadsTest, AProductionIsReplacedWhileItIsAskedFor)
