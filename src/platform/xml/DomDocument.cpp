@@ -6,6 +6,7 @@
 #include "platform/xml/XmlWriter.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -109,11 +110,15 @@ void ReadXmlFile(const std::string& path, std::string& text)
     struct stat facts {};
     const auto file = OpenRegularFile(path, facts);
     if (static_cast<std::size_t>(facts.st_size) > kMaxFileSize) throw XmlError{"the document is too large", 0};
-    const auto size = static_cast<std::size_t>(facts.st_size);
-    const auto bytes = std::make_unique_for_overwrite<char[]>(size);
-    const std::size_t read = std::fread(bytes.get(), 1, size, file.get());
+    XmlDecoder decoder(text, static_cast<std::size_t>(facts.st_size));
+    std::array<char, std::size_t{128} * 1024> piece;
+    while (const std::size_t read = std::fread(piece.data(), 1, piece.size(), file.get())) {
+        decoder.Append({piece.data(), read});
+        // The file may have grown since its size was asked for.
+        if (text.size() > kMaxXmlSize) throw XmlError{"the document is too large", 0};
+    }
     if (std::ferror(file.get())) throw Error(ResultFromErrno(errno));
-    DecodeXml({bytes.get(), read}, text);
+    decoder.Finish();
 }
 
 /// Builds the tree of a checked text.
@@ -142,13 +147,12 @@ bool IsCutPath(const VARIANT& path)
     return View(path.bstrVal).find(u'\0') != std::u16string_view::npos;
 }
 
-/// Appends well-formed UTF-8 as UTF-16, little-endian.
-void AppendUtf16(std::string_view utf8, std::vector<char>& bytes)
+/// Well-formed UTF-8 as UTF-16, little-endian, in a buffer that is used again and again and only grows.
+std::string_view EncodeUtf16(std::string_view utf8, std::vector<char>& bytes)
 {
-    const std::size_t start = bytes.size();
     // No character takes more units than it takes bytes.
-    bytes.resize(start + 2 * utf8.size());
-    char* out = bytes.data() + start;
+    bytes.resize(std::max(bytes.size(), 2 * utf8.size()));
+    char* out = bytes.data();
     const auto put = [&out](char32_t unit) {
         *out++ = static_cast<char>(unit & 0xff);
         *out++ = static_cast<char>(unit >> 8);
@@ -174,7 +178,7 @@ void AppendUtf16(std::string_view utf8, std::vector<char>& bytes)
             i += 4;
         }
     }
-    bytes.resize(static_cast<std::size_t>(out - bytes.data()));
+    return {bytes.data(), static_cast<std::size_t>(out - bytes.data())};
 }
 
 pugi::xml_node_type NodeTypeOf(const VARIANT& type)
@@ -408,17 +412,12 @@ HRESULT DomDocument::save(VARIANT target)
         const bool utf16 = SaysUtf16(m_place.node);
         std::size_t size = 0;
         std::vector<char> bytes;
-        if (utf16) bytes = {'\xff', '\xfe'};
+        if (utf16) ThrowIfFailed(file.Write("\xff\xfe", 2));
         WriteXml(m_place.node, m_tree->Nursery(), [&](std::string_view piece) {
             size += piece.size();
             if (size > kMaxXmlSize) throw Error(ResultFromErrno(EFBIG));
-            if (utf16) {
-                AppendUtf16(piece, bytes);
-                ThrowIfFailed(file.Write(bytes.data(), bytes.size()));
-                bytes.clear();
-            } else {
-                ThrowIfFailed(file.Write(piece.data(), piece.size()));
-            }
+            if (utf16) piece = EncodeUtf16(piece, bytes);
+            ThrowIfFailed(file.Write(piece.data(), piece.size()));
         });
         return file.Commit();
     });

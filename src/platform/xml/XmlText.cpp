@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <optional>
+#include <sys/mman.h>
+#include <utility>
 #include <vector>
 
 namespace kv {
@@ -67,22 +70,33 @@ bool IsNameChar(char32_t c)
            (c >= 0x300 && c <= 0x36f) || c == 0x203f || c == 0x2040;
 }
 
-/// UTF-16 of either byte order to UTF-8.
+/// A large buffer is touched page by page, once; large pages make that cheap where the system has them.
+void UseLargePages(const std::string& buffer)
+{
+    constexpr std::uintptr_t kPage = std::uintptr_t{2} << 20;
+    const auto start = (reinterpret_cast<std::uintptr_t>(buffer.data()) + kPage - 1) / kPage * kPage;
+    const auto end = (reinterpret_cast<std::uintptr_t>(buffer.data()) + buffer.capacity()) / kPage * kPage;
+    if (start < end) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+}
+
+/// UTF-16 of either byte order to UTF-8. How many bytes were taken: all of the last piece; else the beginning of a
+/// character may be left.
 template <bool kSwap>
-void DecodeUtf16(std::string_view bytes, std::string& text)
+std::size_t DecodeUtf16(std::string_view bytes, std::string& text, bool last)
 {
     const auto unit = [&](std::size_t i) {
         const auto low = static_cast<unsigned char>(bytes[kSwap ? i + 1 : i]);
         const auto high = static_cast<unsigned char>(bytes[kSwap ? i : i + 1]);
         return static_cast<char32_t>(high << 8 | low);
     };
-    text.reserve(bytes.size() / 2 + bytes.size() / 16);
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    std::size_t i = 0;
+    for (; i + 1 < bytes.size(); i += 2) {
         char32_t c = unit(i);
         if (c < 0x80) {
             text += static_cast<char>(c);
             continue;
         }
+        if ((c & 0xfc00) == 0xd800 && !last && i + 3 >= bytes.size()) return i;
         if ((c & 0xfc00) == 0xd800 && i + 3 < bytes.size() && (unit(i + 2) & 0xfc00) == 0xdc00) {
             c = 0x10000 + ((c - 0xd800) << 10) + (unit(i + 2) - 0xdc00);
             i += 2;
@@ -91,7 +105,8 @@ void DecodeUtf16(std::string_view bytes, std::string& text)
         }
         AppendUtf8(c, text);
     }
-    if (bytes.size() % 2) throw XmlError{"the UTF-16 text ends within a character", text.size()};
+    if (last && bytes.size() % 2) throw XmlError{"the UTF-16 text ends within a character", text.size()};
+    return i;
 }
 
 bool IsBlank(char c)
@@ -533,18 +548,60 @@ bool IsXmlInstruction(std::string_view target, std::string_view data)
     }
 }
 
-void DecodeXml(std::string_view bytes, std::string& text)
+XmlDecoder::XmlDecoder(std::string& text, std::size_t size) : m_text(text), m_size(size)
 {
-    text.clear();
-    if (bytes.starts_with("\xff\xfe")) return DecodeUtf16<false>(bytes.substr(2), text);
-    if (bytes.starts_with("\xfe\xff")) return DecodeUtf16<true>(bytes.substr(2), text);
-    if (bytes.starts_with(std::string_view("<\0", 2))) return DecodeUtf16<false>(bytes, text);
-    if (bytes.starts_with(std::string_view("\0<", 2))) return DecodeUtf16<true>(bytes, text);
-    if (bytes.starts_with("\xef\xbb\xbf")) bytes.remove_prefix(3);
-    text = bytes;
-    const std::string_view encoding = DeclaredEncoding(text);
+    m_text.clear();
+}
+
+XmlDecoder::Encoding XmlDecoder::Detect(std::string_view& bytes) const
+{
+    const auto take = [&bytes](std::string_view mark) {
+        if (!bytes.starts_with(mark)) return false;
+        bytes.remove_prefix(mark.size());
+        return true;
+    };
+    if (take("\xff\xfe") || bytes.starts_with(std::string_view("<\0", 2))) return Encoding::Utf16;
+    if (take("\xfe\xff") || bytes.starts_with(std::string_view("\0<", 2))) return Encoding::Utf16Swapped;
+    take("\xef\xbb\xbf");
+    return Encoding::Utf8;
+}
+
+void XmlDecoder::Append(std::string_view bytes)
+{
+    if (m_encoding == Encoding::Unknown) {
+        m_encoding = Detect(bytes);
+        const std::size_t expected = m_encoding == Encoding::Utf8 ? m_size : m_size / 2 + m_size / 32;
+        m_text.reserve(std::min(expected, kMaxXmlSize));
+        UseLargePages(m_text);
+    }
+    if (m_rest.empty()) {
+        Decode(bytes, false);
+    } else {
+        Decode(std::exchange(m_rest, {}).append(bytes), false);
+    }
+}
+
+void XmlDecoder::Decode(std::string_view bytes, bool last)
+{
+    std::size_t taken = bytes.size();
+    if (m_encoding == Encoding::Utf16) {
+        taken = DecodeUtf16<false>(bytes, m_text, last);
+    } else if (m_encoding == Encoding::Utf16Swapped) {
+        taken = DecodeUtf16<true>(bytes, m_text, last);
+    } else {
+        m_text += bytes;
+    }
+    m_rest = bytes.substr(taken);
+}
+
+void XmlDecoder::Finish()
+{
+    if (!m_rest.empty()) Decode(std::exchange(m_rest, {}), true);
+    if (m_encoding != Encoding::Utf8) return;
+    const std::string_view encoding = DeclaredEncoding(m_text);
     if (IsUtf16Name(encoding)) {
-        throw XmlError{"the document says UTF-16 but is not", static_cast<std::size_t>(encoding.data() - text.data())};
+        throw XmlError{"the document says UTF-16 but is not",
+                       static_cast<std::size_t>(encoding.data() - m_text.data())};
     }
 }
 
