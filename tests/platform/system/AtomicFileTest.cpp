@@ -108,10 +108,7 @@ public:
     OrdinaryUser() { m_bound = geteuid() != 0 || seteuid(65534) == 0; }
     OrdinaryUser(const OrdinaryUser&) = delete;
     OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-    ~OrdinaryUser()
-    {
-        EXPECT_EQ(seteuid(m_before), 0);
-    }
+    ~OrdinaryUser() { EXPECT_EQ(seteuid(m_before), 0); }
 
     bool Bound() const { return m_bound; }
 
