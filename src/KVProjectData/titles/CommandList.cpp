@@ -1,7 +1,6 @@
 #include "KVProjectData/titles/CommandList.h"
 
 #include "KVProjectData/ProjectDataEvents.h"
-#include "KVProjectData/titles/DiscCommandNode.h"
 #include "platform/com/TaskMemory.h"
 
 #include <cstring>
@@ -56,8 +55,31 @@ HRESULT CKVCommandList::ReplaceCommands(LONG count, const DiscCommandParams* com
     });
 }
 
+CKVCommandList::Commands CKVCommandList::KeepCommands()
+{
+    const SectionLock lock(Section());
+    Commands commands;
+    commands.reserve(static_cast<std::size_t>(ChildCount()));
+    for (LONG i = 0; i < ChildCount(); ++i)
+        commands.emplace_back(static_cast<CDiscCommandNode*>(GetChild(i)));
+    return commands;
+}
+
+HRESULT CKVCommandList::ExchangeCommands(Commands& commands)
+{
+    return Edit([&](EditScope&) {
+        Commands before = KeepCommands();
+        DropAll();
+        for (const auto& command : commands)
+            Adopt(*command, -1, false);
+        commands = std::move(before);
+        return S_OK;
+    });
+}
+
 CProjectNode& CKVCommandList::AppendCommand()
 {
+    const SectionLock lock(Section());
     const auto command = Make<CDiscCommandNode>();
     Adopt(*command, -1, false);
     return *command;

@@ -3,9 +3,12 @@
 
 #include "KVProjectData/IKVCommandList.h"
 #include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/titles/DiscCommandNode.h"
 #include "KVProjectData/tree/NodeList.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Object.h"
+
+#include <vector>
 
 namespace kv {
 
@@ -19,6 +22,14 @@ public:
     /// Replaces the commands without undo record and event. A record whose XML cannot be copied ends the
     /// replacement with the commands before it.
     HRESULT ReplaceCommands(LONG count, const DiscCommandParams* commands);
+
+    using Commands = std::vector<ComPtr<CDiscCommandNode>>;
+
+    /// The commands themselves, for `ExchangeCommands`; they stay in the list.
+    Commands KeepCommands();
+    /// Puts commands that were kept in the place of those in the list, and gives those; without undo record and event.
+    /// KV_E_LOCKED changes nothing.
+    HRESULT ExchangeCommands(Commands& commands);
 
     /// Appends a new command, which a document then fills.
     CProjectNode& AppendCommand();

@@ -8,7 +8,6 @@
 #include <langinfo.h>
 #include <locale.h>
 #include <string>
-#include <wchar.h>
 
 namespace {
 
@@ -22,21 +21,6 @@ locale_t UserLocale()
         return user ? user : newlocale(LC_ALL_MASK, "C", nullptr);
     }();
     return locale;
-}
-
-std::wstring Wide(std::u16string_view text)
-{
-    std::wstring wide;
-    wide.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char32_t unit = text[i];
-        const bool pair = (unit & 0xfc00) == 0xd800 && i + 1 < text.size() && (text[i + 1] & 0xfc00) == 0xdc00;
-        // A zero would end the comparison; nothing else stands for itself in the private area's end.
-        wide += unit == 0
-                    ? L'\U0010fffd'
-                    : static_cast<wchar_t>(pair ? 0x10000 + ((unit - 0xd800) << 10) + (text[++i] - 0xdc00) : unit);
-    }
-    return wide;
 }
 
 /// How a language writes numbers.
@@ -114,14 +98,6 @@ void SetThreadLocale(LCID locale)
 }
 
 namespace kv {
-
-int CompareStrings(std::u16string_view left, std::u16string_view right)
-{
-    if (left == right) return 0;
-    const int order = wcscoll_l(Wide(left).c_str(), Wide(right).c_str(), UserLocale());
-    // Texts that a language merely sorts together are different paths all the same.
-    return order != 0 ? order : left.compare(right);
-}
 
 std::optional<double> ParseDoubleUS(std::u16string_view text)
 {

@@ -25,9 +25,6 @@ private:
     LCID m_before;
 };
 
-/// Compares by the rules of the user's language, with regard to case; below, at or above 0. Equal texts are 0.
-KV_EXPORT int CompareStrings(std::u16string_view left, std::u16string_view right);
-
 /// A decimal number with "." as its point, with blanks around it. "," may part the digits before the point into groups
 /// of three. Empty for anything else.
 KV_EXPORT std::optional<double> ParseDoubleUS(std::u16string_view text);

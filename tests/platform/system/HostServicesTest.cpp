@@ -217,20 +217,4 @@ TEST_F(LocaleTest, ReadsNumbers)
     }
 }
 
-TEST_F(LocaleTest, ComparesTextsAsAnOrder)
-{
-    const std::u16string_view ordered[] = {u"",   u"A", u"B",      u"a",      std::u16string_view(u"a\0", 2),
-                                           u"aa", u"b", u"\u00e4", u"\ue000", u"\U0001f3b5"};
-    for (const std::u16string_view left : ordered) {
-        for (const std::u16string_view right : ordered) {
-            const int order = kv::CompareStrings(left, right);
-            EXPECT_EQ(order == 0, left == right);
-            EXPECT_EQ(order<0, kv::CompareStrings(right, left)> 0);
-        }
-    }
-    EXPECT_LT(kv::CompareStrings(u"A", u"B"), 0);
-    EXPECT_LT(kv::CompareStrings(u"a", u"aa"), 0);
-    EXPECT_LT(kv::CompareStrings(u"\ue000", u"\U0001f3b5"), 0) << "by characters, not by code units";
-}
-
 } // namespace
