@@ -70,18 +70,19 @@ std::optional<double> ParseNumber(std::string_view text, const NumberRules& rule
     if (negative || text.starts_with('+')) text.remove_prefix(1);
 
     const std::string_view whole = text.substr(0, std::min(text.find(rules.point), text.find_first_of("eE")));
-    std::optional<std::string> plain = JoinGroups(whole, rules);
-    if (!plain) return std::nullopt;
+    const std::optional<std::string> digits = JoinGroups(whole, rules);
+    if (!digits) return std::nullopt;
+    std::string plain = *digits;
     text.remove_prefix(whole.size());
     if (text.starts_with(rules.point)) {
-        plain->append(1, '.');
+        plain += '.';
         text.remove_prefix(rules.point.size());
     }
-    plain->append(text);
+    plain += text;
 
     double value = 0;
-    const auto [end, error] = std::from_chars(plain->data(), plain->data() + plain->size(), value);
-    if (error != std::errc() || end != plain->data() + plain->size()) return std::nullopt;
+    const auto [end, error] = std::from_chars(plain.data(), plain.data() + plain.size(), value);
+    if (error != std::errc() || end != plain.data() + plain.size()) return std::nullopt;
     return negative ? -value : value;
 }
 
