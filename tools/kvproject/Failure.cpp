@@ -33,6 +33,7 @@ constexpr std::array kMeanings = std::to_array<std::pair<HRESULT, std::string_vi
     {MakeResult(0x80070003), "the folder does not exist"},
     {MakeResult(0x80070013), "the disk is write protected"},
     {MakeResult(0x80070070), "the disk is full"},
+    {MakeResult(0x800700CB), "there is no home folder to keep the registry in"},
     {MakeResult(0x800703F1), "the registry file is damaged"},
     {KV_E_NO_SUCH_SOURCE, "no data file has that source"},
     {KV_E_DATA_FILE_NOT_FOUND, "no data file matches"},
