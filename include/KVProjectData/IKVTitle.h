@@ -57,9 +57,9 @@ struct IKVTitle : IDispatch {
     /// it, is returned; the production stays with the title all the same, and the next call hands it out.
     virtual HRESULT GetProduction(IUnknown** ppProduction) = 0;
 
-    /// Replaces the production; the old one is closed. E_POINTER for null. When the old one cannot be left, its failure
-    /// is returned and it stays. When the new one cannot be connected, that failure is returned and the new one stays,
-    /// without its events.
+    /// Replaces the production; the old one is closed. E_POINTER for null, E_INVALIDARG for a title or a project. When
+    /// the old one cannot be left, its failure is returned and it stays. When the new one cannot be connected, that
+    /// failure is returned and the new one stays, without its events.
     virtual HRESULT SetProduction(IUnknown* pProduction) = 0;
 
     /// Null and S_FALSE for a title that is in no project.

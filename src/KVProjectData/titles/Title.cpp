@@ -283,6 +283,10 @@ HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
     return Read([&] {
         ZXUClearErrorStack();
         if (!pProduction) return NullArgument("pProduction");
+        // A title that held itself, or its project, would never end.
+        if (Query<IKVTitle>(pProduction) || Query<IKVProjectData>(pProduction)) {
+            return Checked(E_INVALIDARG, "pProduction");
+        }
         // The production being set may be the one held, which must live on.
         ComPtr<IUnknown> next = Query<IUnknown>(pProduction);
         HRESULT result = DisconnectSink();

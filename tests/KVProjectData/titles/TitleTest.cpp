@@ -155,6 +155,8 @@ TEST_F(TitleTest, PassesOnWhatTheProductionTells)
 TEST_F(TitleTest, ReplacesItsProduction)
 {
     EXPECT_EQ(E_POINTER, title->SetProduction(nullptr));
+    EXPECT_EQ(E_INVALIDARG, title->SetProduction(title.Get())) << "would never end";
+    EXPECT_EQ(E_INVALIDARG, title->SetProduction(project.Get()));
     const auto old = Production();
     const auto next = Create<IZXEProductionData>(CLSID_ZXEProduction);
     ASSERT_EQ(S_OK, next->Initialise());
