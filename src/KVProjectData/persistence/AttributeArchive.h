@@ -37,8 +37,32 @@ struct OneOrZero {
     bool& value;
 };
 
+/// What a record holds of the fields that only one direction of a document concerns.
+template <class Derived>
+class RecordRules {
+public:
+    template <class Field, class Take>
+    void WriteRead(std::string_view name, Field&& field, Take&&)
+    {
+        static_cast<Derived&> (*this)(name, std::forward<Field>(field));
+    }
+    template <class Field>
+    void OnlyRecord(Field& field)
+    {
+        static_cast<Derived&> (*this)({}, field);
+    }
+    template <class T>
+    void OnlyWrite(std::string_view, T)
+    {
+    }
+    template <class Field>
+    void OnlyRead(std::string_view, Field&&)
+    {
+    }
+};
+
 /// Counts the values that a record of the node holds.
-class RecordCounter {
+class RecordCounter : public RecordRules<RecordCounter> {
 public:
     std::uint32_t Strings() const { return m_strings; }
     std::uint32_t Numbers() const { return m_numbers; }
@@ -50,24 +74,6 @@ public:
     {
         ++m_numbers;
     }
-    template <class Field, class Take>
-    void WriteRead(std::string_view name, Field&& field, Take&&)
-    {
-        (*this)(name, std::forward<Field>(field));
-    }
-    template <class Field>
-    void OnlyRecord(Field& field)
-    {
-        (*this)({}, field);
-    }
-    template <class T>
-    void OnlyWrite(std::string_view, T)
-    {
-    }
-    template <class Field>
-    void OnlyRead(std::string_view, Field&&)
-    {
-    }
 
 private:
     std::uint32_t m_strings = 0;
@@ -76,7 +82,7 @@ private:
 
 /// Fills a record, or exchanges the node's fields for what a record holds.
 template <bool kExchange>
-class RecordArchive {
+class RecordArchive : public RecordRules<RecordArchive<kExchange>> {
 public:
     explicit RecordArchive(RecordedValues& record) : m_record(record) {}
 
@@ -104,24 +110,6 @@ public:
     {
         const Number kept = m_record.Exchange(m_numbers++, field);
         if (kExchange) field = kept;
-    }
-    template <class Field, class Take>
-    void WriteRead(std::string_view name, Field&& field, Take&&)
-    {
-        (*this)(name, std::forward<Field>(field));
-    }
-    template <class Field>
-    void OnlyRecord(Field& field)
-    {
-        (*this)({}, field);
-    }
-    template <class T>
-    void OnlyWrite(std::string_view, T)
-    {
-    }
-    template <class Field>
-    void OnlyRead(std::string_view, Field&&)
-    {
     }
 
 private:
