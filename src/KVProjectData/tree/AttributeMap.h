@@ -46,7 +46,6 @@ public:
         return isNext ? &m_attributes[hint++].value : Search(name, hint);
     }
 
-    std::size_t Size() const { return m_attributes.size(); }
     auto begin() const { return m_attributes.begin(); }
     auto end() const { return m_attributes.end(); }
 
