@@ -80,6 +80,9 @@ struct RegisteredClass {
 };
 
 struct Servers {
+    /// Held while a library is loaded or unloaded, so that one that comes back is set up after it was wound down.
+    /// Entered before the section, which stays free meanwhile: the library may want it on another thread.
+    CriticalSection loading;
     CriticalSection section;
     std::map<std::string, std::unique_ptr<ServerLibrary>> libraries;
     std::map<DWORD, RegisteredClass> classObjects;
@@ -103,21 +106,38 @@ ComPtr<IUnknown> RegisteredObject(REFCLSID clsid)
     return nullptr;
 }
 
+/// Begins a use of the library when it is loaded; nullptr when it is not.
+ServerLibrary* BeginUseOfLoaded(const std::string& path)
+{
+    Servers& servers = Shared();
+    const SectionLock lock(servers.section);
+    const auto loaded = servers.libraries.find(path);
+    if (loaded == servers.libraries.end()) return nullptr;
+    loaded->second->BeginUse();
+    return loaded->second.get();
+}
+
+/// Begins a use of the library, which it loads where needed. Throws Error.
+ServerLibrary* BeginUse(const std::string& path)
+{
+    if (ServerLibrary* const loaded = BeginUseOfLoaded(path)) return loaded;
+    Servers& servers = Shared();
+    const SectionLock loading(servers.loading);
+    // Another thread may have been first.
+    if (ServerLibrary* const loaded = BeginUseOfLoaded(path)) return loaded;
+    auto library = std::make_unique<ServerLibrary>(path);
+    const SectionLock lock(servers.section);
+    // The library may have asked for a class of its own while it was loaded, and then is there.
+    ServerLibrary* const kept = servers.libraries.try_emplace(path, std::move(library)).first->second.get();
+    kept->BeginUse();
+    return kept;
+}
+
 /// One use of a server library, from before it is called until what it handed out speaks for it.
 class ServerUse {
 public:
     /// Loads the library where needed. Throws Error.
-    explicit ServerUse(const std::string& path)
-    {
-        Servers& servers = Shared();
-        const SectionLock lock(servers.section);
-        auto loaded = servers.libraries.find(path);
-        if (loaded == servers.libraries.end()) {
-            loaded = servers.libraries.emplace(path, std::make_unique<ServerLibrary>(path)).first;
-        }
-        m_library = loaded->second.get();
-        m_library->BeginUse();
-    }
+    explicit ServerUse(const std::string& path) : m_library(BeginUse(path)) {}
     ServerUse(const ServerUse&) = delete;
     ServerUse& operator=(const ServerUse&) = delete;
     ~ServerUse()
@@ -155,7 +175,8 @@ HRESULT FindClassObject(REFCLSID clsid, DWORD context, REFIID iid, void** out, s
 void FreeLibrariesUnusedFor(Clock::duration delay)
 {
     Servers& servers = Shared();
-    // Emptied outside the section, which a library that winds down may want on another thread.
+    const SectionLock loading(servers.loading);
+    // Emptied outside the section.
     decltype(servers.libraries) unused;
     const SectionLock lock(servers.section);
     for (auto next = servers.libraries.begin(); next != servers.libraries.end();) {
