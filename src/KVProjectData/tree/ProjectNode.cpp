@@ -28,6 +28,31 @@ public:
     std::vector<kv::Attribute> attributes;
 };
 
+class AttributeGiver final : public XMLAttributeSource {
+public:
+    explicit AttributeGiver(const AttributeMap& attributes) : m_next(attributes.begin()), m_end(attributes.end()) {}
+
+    bool Next(XMLAttribute& attribute) override
+    {
+        if (m_next == m_end) return false;
+        attribute.name = m_next->name;
+        if (const Bstr* string = m_next->value.AsString()) {
+            attribute.value = string->View();
+        } else {
+            m_text.clear();
+            m_next->value.AppendText(m_text);
+            attribute.value = std::string_view(m_text);
+        }
+        ++m_next;
+        return true;
+    }
+
+private:
+    std::vector<Attribute>::const_iterator m_next;
+    const std::vector<Attribute>::const_iterator m_end;
+    std::string m_text;
+};
+
 } // namespace
 
 std::mutex& ParentLinks()
@@ -106,23 +131,8 @@ HRESULT CProjectNode::SaveElement(IXMLDOMNode* element, ULONG)
     if (!target) return E_NOINTERFACE;
     AttributeMap attributes;
     GetAttributes(attributes);
-    std::string text;
-    for (const Attribute& attribute : attributes) {
-        HRESULT result = S_OK;
-        if (const Bstr* string = attribute.value.AsString()) {
-            VARIANT value;
-            VariantInit(&value);
-            value.vt = VT_BSTR;
-            value.bstrVal = string->Get();
-            result = target->WriteValue(attribute.name, value);
-        } else {
-            text.clear();
-            attribute.value.AppendText(text);
-            result = target->WriteAttribute(attribute.name, text);
-        }
-        if (FAILED(result)) return result;
-    }
-    return S_OK;
+    AttributeGiver giver(attributes);
+    return target->WriteAttributes(&giver);
 }
 
 CProjectNode* CProjectNode::GetChild(LONG index) const

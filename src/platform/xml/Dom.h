@@ -10,6 +10,7 @@
 #include "platform/com/Unknown.h"
 
 #include <string_view>
+#include <variant>
 
 struct IXMLDOMDocument;
 struct IXMLDOMNamedNodeMap;
@@ -172,6 +173,22 @@ protected:
     ~XMLAttributeVisitor() = default;
 };
 
+/// An attribute on its way to an element. The text is UTF-8 or UTF-16.
+struct XMLAttribute {
+    std::string_view name;
+    std::variant<std::string_view, std::u16string_view> value;
+};
+
+/// Gives attributes one by one.
+class XMLAttributeSource {
+public:
+    /// False when there is no other. The value stays until the next one is asked for, the name until all are taken.
+    virtual bool Next(XMLAttribute& attribute) = 0;
+
+protected:
+    ~XMLAttributeSource() = default;
+};
+
 /// All attributes of an element without a string or an object for each: every element of this document
 /// object model offers it beside IXMLDOMElement.
 struct IXMLElementAttributes : IUnknown {
@@ -182,10 +199,9 @@ struct IXMLElementAttributes : IUnknown {
     virtual HRESULT ElementName(std::string_view* name) = 0;
     /// In document order. The names and values stay valid until the element is changed or released.
     virtual HRESULT ReadAttributes(XMLAttributeVisitor* visitor) = 0;
-    /// Sets one attribute, as IXMLDOMElement::setAttribute does.
-    virtual HRESULT WriteAttribute(std::string_view name, std::string_view value) = 0;
-    /// The same with a value that is converted as setAttribute converts it.
-    virtual HRESULT WriteValue(std::string_view name, const VARIANT& value) = 0;
+    /// Sets each attribute as IXMLDOMElement::setAttribute does, up to the first that is refused. An element without
+    /// attributes takes them fastest in the order of their names.
+    virtual HRESULT WriteAttributes(XMLAttributeSource* source) = 0;
 };
 
 /// The class identity of documents, for CoCreateInstance.

@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -147,6 +149,15 @@ bool IsCutPath(const VARIANT& path)
     return View(path.bstrVal).find(u'\0') != std::u16string_view::npos;
 }
 
+/// Whether the next eight bytes are there and all plain; nearly all text is.
+bool ArePlain(std::string_view text, std::size_t at)
+{
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    std::uint64_t bytes = kHighBits;
+    if (text.size() - at >= sizeof bytes) std::memcpy(&bytes, text.data() + at, sizeof bytes);
+    return !(bytes & kHighBits);
+}
+
 /// Well-formed UTF-8 as UTF-16, little-endian, in a buffer that is used again and again and only grows.
 std::string_view EncodeUtf16(std::string_view utf8, std::vector<char>& bytes)
 {
@@ -160,7 +171,11 @@ std::string_view EncodeUtf16(std::string_view utf8, std::vector<char>& bytes)
     for (std::size_t i = 0; i < utf8.size();) {
         const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(utf8[i + k]); };
         const unsigned first = byte(0);
-        if (first < 0x80) {
+        if (ArePlain(utf8, i)) {
+            for (std::size_t k = 0; k < sizeof(std::uint64_t); ++k)
+                put(byte(k));
+            i += sizeof(std::uint64_t);
+        } else if (first < 0x80) {
             put(first);
             i += 1;
         } else if (first < 0xe0) {

@@ -3,8 +3,6 @@
 #include "platform/xml/DomLists.h"
 #include "platform/xml/XmlText.h"
 
-#include <cstring>
-
 namespace kv {
 namespace {
 
@@ -37,6 +35,25 @@ void CollectByName(pugi::xml_node node, std::string_view name, std::vector<DomPl
     }
 }
 
+/// Sets an attribute to checked text; appends it where it is empty.
+void SetAttribute(pugi::xml_node element, pugi::xml_attribute attribute, const char* name, std::string_view text)
+{
+    if (!attribute) attribute = element.append_attribute(name);
+    if (!attribute || !attribute.set_value(text.data(), text.size())) throw std::bad_alloc();
+}
+
+/// The text of an attribute as checked UTF-8, in `buffer` where it is not that already. False when XML cannot hold it.
+bool CheckedText(const XMLAttribute& attribute, std::string& buffer, std::string_view& text)
+{
+    if (const auto* utf8 = std::get_if<std::string_view>(&attribute.value)) {
+        text = *utf8;
+        return IsXmlUtf8(text);
+    }
+    if (!ToXmlUtf8(std::get<std::u16string_view>(attribute.value), buffer)) return false;
+    text = buffer;
+    return true;
+}
+
 } // namespace
 
 void RemoveAttribute(DomTree& tree, pugi::xml_node element, pugi::xml_attribute attribute)
@@ -46,21 +63,6 @@ void RemoveAttribute(DomTree& tree, pugi::xml_node element, pugi::xml_attribute 
         object->MoveTo({holder, holder.append_copy(attribute)});
     }
     element.remove_attribute(attribute);
-    if (DomObject* object = tree.Find({element, {}})) object->AttributeRemoved();
-}
-
-void DomElement::Write(const char* name, std::string_view value)
-{
-    // A writer that names its attributes in order needs no search for one that is there already.
-    const bool inOrder =
-        m_newest && m_newest == m_place.node.last_attribute() && std::strcmp(m_newest.name(), name) < 0;
-    pugi::xml_attribute attribute = inOrder ? pugi::xml_attribute() : m_place.node.attribute(name);
-    if (!attribute) {
-        const bool first = !m_place.node.first_attribute();
-        attribute = m_place.node.append_attribute(name);
-        m_newest = inOrder || first ? attribute : pugi::xml_attribute();
-    }
-    if (!attribute || !attribute.set_value(value.data(), value.size())) throw std::bad_alloc();
 }
 
 HRESULT DomElement::getAttribute(BSTR name, VARIANT* value)
@@ -80,7 +82,8 @@ HRESULT DomElement::setAttribute(BSTR name, VARIANT value)
 {
     return Guarded([&] {
         const std::string checked = XmlNameOf(name);
-        Write(checked.c_str(), XmlTextOf(value));
+        const std::string text = XmlTextOf(value);
+        SetAttribute(m_place.node, m_place.node.attribute(checked.c_str()), checked.c_str(), text);
         return S_OK;
     });
 }
@@ -124,20 +127,24 @@ HRESULT DomElement::ReadAttributes(XMLAttributeVisitor* visitor)
     });
 }
 
-HRESULT DomElement::WriteAttribute(std::string_view name, std::string_view value)
+HRESULT DomElement::WriteAttributes(XMLAttributeSource* source)
 {
+    if (!source) return E_POINTER;
     return Guarded([&] {
-        if (!IsXmlName(name) || !IsXmlUtf8(value)) return E_INVALIDARG;
-        Write(Terminated(name).Get(), value);
-        return S_OK;
-    });
-}
-
-HRESULT DomElement::WriteValue(std::string_view name, const VARIANT& value)
-{
-    return Guarded([&] {
-        if (!IsXmlName(name)) return E_INVALIDARG;
-        Write(Terminated(name).Get(), XmlTextOf(value));
+        XMLAttribute next;
+        std::string buffer;
+        std::string_view text;
+        // Names that follow one another in order need no search for one that is there already.
+        bool inOrder = !m_place.node.first_attribute();
+        std::string_view last;
+        while (source->Next(next)) {
+            if (!IsXmlName(next.name) || !CheckedText(next, buffer, text)) return E_INVALIDARG;
+            const Terminated name(next.name);
+            inOrder = inOrder && last < next.name;
+            const pugi::xml_attribute known = inOrder ? pugi::xml_attribute() : m_place.node.attribute(name.Get());
+            SetAttribute(m_place.node, known, name.Get(), text);
+            last = next.name;
+        }
         return S_OK;
     });
 }

@@ -90,17 +90,7 @@ public:
 
     HRESULT ElementName(std::string_view* name) override;
     HRESULT ReadAttributes(XMLAttributeVisitor* visitor) override;
-    HRESULT WriteAttribute(std::string_view name, std::string_view value) override;
-    HRESULT WriteValue(std::string_view name, const VARIANT& value) override;
-
-    void AttributeRemoved() override { m_newest = pugi::xml_attribute(); }
-
-private:
-    /// Sets an attribute to checked text.
-    void Write(const char* name, std::string_view value);
-
-    /// The last attribute, when all were written through this object in the order of their names.
-    pugi::xml_attribute m_newest;
+    HRESULT WriteAttributes(XMLAttributeSource* source) override;
 };
 
 /// Takes an attribute off its element; an object that stands for it lives on with a copy of its own.

@@ -61,8 +61,6 @@ public:
     pugi::xml_node FirstVisible() const { return m_tree->Visible(m_place.node.first_child()); }
     /// A copy of a node, of this or another tree, in the nursery of this one.
     DomPlace CopyOf(const DomPlace& source, bool deep);
-    /// An attribute left the element.
-    virtual void AttributeRemoved() {}
     /// Follows an attribute that left its element.
     void MoveTo(const DomPlace& place);
 

@@ -42,6 +42,27 @@ HRESULT InsertBefore(IXMLDOMNode& parent, IXMLDOMNode* child, IUnknown* referenc
     return parent.insertBefore(child, Variant(reference), nullptr);
 }
 
+/// Writes attributes in one go.
+HRESULT Write(IXMLDOMNode& element, std::vector<XMLAttribute> attributes)
+{
+    class Source final : public XMLAttributeSource {
+    public:
+        explicit Source(std::vector<XMLAttribute> all) : m_all(std::move(all)) {}
+        bool Next(XMLAttribute& attribute) override
+        {
+            if (m_next == m_all.size()) return false;
+            attribute = m_all[m_next++];
+            return true;
+        }
+
+    private:
+        std::vector<XMLAttribute> m_all;
+        std::size_t m_next = 0;
+    };
+    Source source(std::move(attributes));
+    return Query<IXMLElementAttributes>(&element)->WriteAttributes(&source);
+}
+
 /// What an expression selects: attributes as their markup, other nodes by name, in order.
 std::string Selected(IXMLDOMNode& from, std::string_view expression)
 {
@@ -209,11 +230,36 @@ TEST(Dom, RefusesWhatXmlCannotHold)
         EXPECT_EQ(create(Bstr(text).Get()), expected) << what << ' ' << ToUtf8(text);
     EXPECT_EQ(XmlOf(*document), "<r a=\"1\"><!--c--><?p d?>t</r>");
 
-    ComPtr<IXMLElementAttributes> attributes = Query<IXMLElementAttributes>(root);
     for (const std::string_view bad : {"\xff", "\xc3", "a\xed\xa0\x80", "\x1f", "\xc0\x80", "\xef\xbf\xbf"})
-        EXPECT_EQ(attributes->WriteAttribute("a", bad), E_INVALIDARG);
-    EXPECT_EQ(attributes->WriteAttribute("a", "\t\xc3\xa4\xf0\x9f\x8e\xac"), S_OK);
+        EXPECT_EQ(Write(*root, {{"a", bad}}), E_INVALIDARG);
+    EXPECT_EQ(Write(*root, {{"a", "\t\xc3\xa4\xf0\x9f\x8e\xac"}}), S_OK);
     EXPECT_EQ(XmlOf(*Find(*root, "@a")), "a=\"&#9;\xc3\xa4\xf0\x9f\x8e\xac\"");
+}
+
+TEST(Dom, AttributesWrittenTogetherAreSetOneByOne)
+{
+    using namespace std::string_view_literals;
+    struct Case {
+        std::string_view before;
+        std::vector<XMLAttribute> attributes;
+        HRESULT result;
+        std::string_view after;
+    };
+    const Case cases[]{
+        {"<r/>", {}, S_OK, "<r/>"},
+        {"<r/>", {{"a", "1"sv}, {"b", u"\xe4"sv}, {"c", ""sv}}, S_OK, "<r a=\"1\" b=\"\xc3\xa4\" c=\"\"/>"},
+        {"<r/>", {{"b", "1"sv}, {"a", "2"sv}, {"b", "3"sv}, {"c", "4"sv}}, S_OK, "<r b=\"3\" a=\"2\" c=\"4\"/>"},
+        {"<r/>", {{"a", "1"sv}, {"a", "2"sv}}, S_OK, "<r a=\"2\"/>"},
+        {"<r b='0'/>", {{"a", "1"sv}, {"b", "2"sv}}, S_OK, "<r b=\"2\" a=\"1\"/>"},
+        {"<r/>", {{"a", "1"sv}, {"b", u"\xd800"sv}, {"c", "3"sv}}, E_INVALIDARG, "<r a=\"1\"/>"},
+        {"<r/>", {{"a", "1"sv}, {"b c", "2"sv}}, E_INVALIDARG, "<r a=\"1\"/>"},
+    };
+    for (const auto& [before, attributes, result, after] : cases) {
+        const auto document = Parsed(before);
+        EXPECT_EQ(Write(*Find(*document, "/r"), attributes), result) << after;
+        EXPECT_EQ(XmlOf(*document), after);
+    }
+    EXPECT_EQ(Query<IXMLElementAttributes>(Find(*Parsed("<r/>"), "/r"))->WriteAttributes(nullptr), E_POINTER);
 }
 
 TEST(Dom, AttributesOfDetachedPartsLeaveThePartWhole)
