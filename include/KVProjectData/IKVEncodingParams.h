@@ -14,8 +14,9 @@ struct IKVEncodingParams : IDispatch {
     virtual HRESULT get_VideoResolution(VideoResolution* pVal) = 0;
     virtual HRESULT put_VideoResolution(VideoResolution newVal) = 0;
 
-    /// A title's set reads and writes the ratio of the title's production, where there is one.
-    /// Neither blocked nor followed by SyncToProject.
+    /// A title's set reads and writes the ratio of the title's production, where there is one: a change is then the
+    /// production's, and undone with its undo block (IKVProjectData::BeginStoryboardUndo). Neither blocked nor followed
+    /// by SyncToProject.
     virtual HRESULT get_AspectRatio(AspectRatio* pVal) = 0;
     virtual HRESULT put_AspectRatio(AspectRatio newVal) = 0;
     virtual HRESULT get_VideoFormat(VideoFormat* pVal) = 0;

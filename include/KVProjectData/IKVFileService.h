@@ -17,8 +17,10 @@ struct IKVFileService : IDispatch {
     /// To gather a project and its source files in a folder. Not available yet: E_NOTIMPL for every project.
     virtual HRESULT Archive(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
-    /// Replaces the project by a project file. KV_E_FILE_DOES_NOT_PARSE, KV_E_FILE_TOO_OLD, E_INVALIDARG (after a
-    /// message box) for a file that does not exist.
+    /// Replaces the project by a project file, sets ProjectDirectory, and names a project without Label or DisplayName
+    /// after the file. KV_E_FILE_DOES_NOT_PARSE, KV_E_FILE_TOO_OLD (below 700), E_INVALIDARG (after a message box) for
+    /// a file that does not exist, E_POINTER for a document without a root, DISP_E_TYPEMISMATCH for a version that is
+    /// no number; for the versions 700 to 799 what their importer says, or REGDB_E_CLASSNOTREG without one.
     virtual HRESULT LoadProject(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
     /// As IKVProjectData::SaveXML and loadXML.

@@ -6,6 +6,11 @@
 // lists count from 1: a member that takes one returns KV_E_BAD_POSITION where there is nothing at it. Objects that
 // are handed out carry a reference; the out-pointers of members that add or remove may be null. A project also
 // answers for IKVCommandList, IKVEncodingParams, IKVLocking and IConnectionPointContainer.
+//
+// Changes are recorded for undo, which makes the project dirty, and told by an event. Without a record are ThemeSource,
+// FrameRate, IsOnDisc, ProjectSize, OnDiscSize, RemainingCaptures, DiscSize and MenuLess; without an event ThemeSource,
+// FrameRate and MenuLess. Undo belongs to the process: its members, Clear and loadXML are called by one thread at a
+// time, whichever projects they are of.
 
 #include "KVProjectData/Enumerations.h"
 #include "KVProjectData/IKVDataFile.h"
@@ -31,6 +36,8 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT put_VolumeName(BSTR newVal) = 0;
     virtual HRESULT get_ThemeSource(BSTR* pVal) = 0;
     virtual HRESULT put_ThemeSource(BSTR newVal) = 0;
+
+    /// Set with FrameRate by the library, too: see AddTitle.
     virtual HRESULT get_TVStandard(TVStandard* pVal) = 0;
     virtual HRESULT put_TVStandard(TVStandard newVal) = 0;
 
@@ -76,7 +83,8 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT get_Options(ULONG* pVal) = 0;
     virtual HRESULT put_Options(ULONG newVal) = 0;
 
-    /// True after a recorded edit, and when the production of a title says that it was modified.
+    /// True after a recorded edit, and when the production of a title says that it was modified. Undo leaves it as it
+    /// is.
     virtual HRESULT get_IsDirty(VARIANT_BOOL* pVal) = 0;
 
     /// Clears the modified state of the titles' productions, too.
@@ -88,7 +96,8 @@ struct IKVProjectData : IDispatch {
 
     virtual HRESULT GetTitle(LONG index, IKVTitle** ppTitle) = 0;
 
-    /// At a position, or last for 0 and below.
+    /// At a position, or last for 0 and below. When the event that tells of the only title finds it with a source, the
+    /// worker thread measures that clip and sets TVStandard and FrameRate by it.
     virtual HRESULT AddTitle(LONG index, IKVTitle** ppTitle) = 0;
 
     /// KV_E_NO_SUCH_ID.
@@ -103,7 +112,7 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT RemoveMenu(LONG ID, IKVMenu** ppMenu) = 0;
     virtual HRESULT MoveMenu(LONG fromPos, LONG toPos) = 0;
 
-    /// Inserts a menu that exists already. E_POINTER for null.
+    /// Inserts a menu that exists already. E_POINTER for null, E_INVALIDARG for what is no menu of this library.
     virtual HRESULT InsertMenuW(LONG index, IKVMenu* pMenu) = 0;
 
     /// As with titles.
@@ -123,10 +132,12 @@ struct IKVProjectData : IDispatch {
     /// KV_E_NO_SUCH_ID.
     virtual HRESULT FindByID(LONG ID, IUnknown** ppUnkObj) = 0;
 
-    /// Replaces the project by a document, or by what stands below a node. KV_E_NO_XML_NODE for null.
+    /// Replaces the project by a document, or by what stands below a node, and forgets what could be undone as Clear
+    /// does. What cannot be read is left out. KV_E_NO_XML_NODE for null.
     virtual HRESULT loadXML(IXMLDOMNode* pRootNode) = 0;
 
-    /// Writes the project below an element of a document.
+    /// Writes the project below an element of a document. E_POINTER for null, E_INVALIDARG for a node that cannot have
+    /// children or the document itself, and when a text of the project holds what XML cannot hold.
     virtual HRESULT SaveXML(IXMLDOMNode* pRootNode) = 0;
 
     /// Opens a step: recorded edits from here to EndUndo are undone and redone together. The description, a copy of
@@ -145,15 +156,16 @@ struct IKVProjectData : IDispatch {
     /// The same; `bSbdHint` says that storyboards were changed in the step. Makes the project dirty with `bCommit`.
     virtual HRESULT EndUndoEx(VARIANT_BOOL bCommit, VARIANT_BOOL bSbdHint) = 0;
 
-    /// Undoes, or redoes, the last step of the process, whichever project it is of. S_FALSE without an undo manager,
-    /// E_FAIL when there is none to undo, E_UNEXPECTED while a step is open.
+    /// Undoes, or redoes, the last step of the process, whichever project it is of. No event tells of it, but for a
+    /// snapshot, which sends MessageBroadcast(2, 0, 0): read everything anew. S_FALSE without an undo manager, E_FAIL
+    /// when there is none to undo, E_UNEXPECTED while a step is open.
     virtual HRESULT UndoOperation() = 0;
     virtual HRESULT RedoOperation() = 0;
 
     /// The manager that all projects of the process share. KV_E_NO_UNDO_MANAGER.
     virtual HRESULT GetUndoManager(IOleUndoManager** ppUndoMgr) = 0;
 
-    /// Sends MajorProjectChange for code 4, else MessageBroadcast.
+    /// Sends MajorProjectChange for code 4, else MessageBroadcast. The library itself sends code 2.
     virtual HRESULT BroadcastMessage(LONG code, LONG param1, LONG param2) = 0;
 
     /// Whatever the host counts. Not kept in the document.
@@ -168,7 +180,7 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT get_RemainingCaptures(LONG* pVal) = 0;
     virtual HRESULT put_RemainingCaptures(LONG newVal) = 0;
 
-    /// Turns EmptyQueue and ProjectChangeList on or off.
+    /// Turns EmptyQueue and ProjectChangeList, which come after 3 seconds without another event, on or off.
     virtual HRESULT EnableHeartBeatEvent(VARIANT_BOOL bEnable) = 0;
 
     /// Lets go of the undo manager that the projects of the process share; those that are there keep it, the next

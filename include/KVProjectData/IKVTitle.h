@@ -53,8 +53,9 @@ struct IKVTitle : IDispatch {
     virtual HRESULT get_VOBSize(double* pVal) = 0;
     virtual HRESULT put_VOBSize(double newVal) = 0;
 
-    /// The production of the storyboard engine, created on first use. A failure of the engine, or of the connection to
-    /// it, is returned; the production stays with the title all the same, and the next call hands it out.
+    /// The production of the storyboard engine, created on first use. A failure to create, initialise or connect it is
+    /// returned; one that could not be connected stays with the title all the same, and the next call hands it out. A
+    /// refused setting is only reported.
     virtual HRESULT GetProduction(IUnknown** ppProduction) = 0;
 
     /// Replaces the production; the old one is closed. E_POINTER for null, E_INVALIDARG for a title or a project. When

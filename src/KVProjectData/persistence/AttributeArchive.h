@@ -167,7 +167,7 @@ private:
     AttributeMap& m_attributes;
 };
 
-/// An attribute that is absent leaves its field as it is.
+/// An attribute that is absent leaves its field as it is, and so does one that cannot be read; the others are taken.
 class AttributeReader {
 public:
     explicit AttributeReader(const AttributeMap& attributes) : m_attributes(attributes) {}
@@ -176,33 +176,33 @@ public:
     void ID(CProjectNode& node)
     {
         constexpr LONG kHighest = std::numeric_limits<LONG>::max() - 1'000'000;
-        if (const AttributeValue* value = Find("ID")) {
-            const LONG id = value->ToID();
+        Read("ID", [&](const AttributeValue& value) {
+            const LONG id = value.ToID();
             if (id != 0 && id <= kHighest) node.SetID(id);
-        }
+        });
     }
 
     template <class T>
     void operator()(std::string_view name, NamedField<T> field)
     {
-        if (const AttributeValue* value = Find(name)) field.value = static_cast<T>(value->LeadingInteger());
+        Read(name, [&](const AttributeValue& value) { field.value = static_cast<T>(value.LeadingInteger()); });
     }
     void operator()(std::string_view name, OneOrZero field) { (*this)(name, field.value); }
     void operator()(std::string_view name, LONG& field)
     {
-        if (const AttributeValue* value = Find(name)) field = value->ToLong();
+        Read(name, [&](const AttributeValue& value) { field = value.ToLong(); });
     }
     void operator()(std::string_view name, ULONG& field)
     {
-        if (const AttributeValue* value = Find(name)) field = value->ToULong();
+        Read(name, [&](const AttributeValue& value) { field = value.ToULong(); });
     }
     void operator()(std::string_view name, bool& field)
     {
-        if (const AttributeValue* value = Find(name)) field = value->ToBool();
+        Read(name, [&](const AttributeValue& value) { field = value.ToBool(); });
     }
     void operator()(std::string_view name, Bstr& field)
     {
-        if (const AttributeValue* value = Find(name)) field = value->ToBstr();
+        Read(name, [&](const AttributeValue& value) { field = value.ToBstr(); });
     }
 
     template <class T>
@@ -213,7 +213,7 @@ public:
     template <class Field, class Take>
     void WriteRead(std::string_view name, const Field&, Take&& take)
     {
-        if (const AttributeValue* value = Find(name)) take(*value);
+        Read(name, take);
     }
     template <class Field>
     void OnlyRead(std::string_view name, Field&& field)
@@ -225,11 +225,25 @@ public:
     {
     }
 
+    /// Throws Error for the first attribute that could not be read.
+    void Finish() const { ThrowIfFailed(m_failure); }
+
 private:
-    const AttributeValue* Find(std::string_view name) { return m_attributes.Find(name, m_hint); }
+    template <class Take>
+    void Read(std::string_view name, Take&& take)
+    {
+        const AttributeValue* value = m_attributes.Find(name, m_hint);
+        if (!value) return;
+        try {
+            take(*value);
+        } catch (const Error& error) {
+            if (SUCCEEDED(m_failure)) m_failure = error.Result();
+        }
+    }
 
     const AttributeMap& m_attributes;
     std::size_t m_hint = 0;
+    HRESULT m_failure = S_OK;
 };
 
 /// Implements the attributes of `Derived` by its `Attributes` function, on top of `Base`, a kind of node.
@@ -249,6 +263,7 @@ public:
     {
         AttributeReader reader(attributes);
         Run(reader);
+        reader.Finish();
     }
 
     RecordedValues GetRecord() final

@@ -75,11 +75,12 @@ CAsyncEventDispatcher::~CAsyncEventDispatcher() = default;
 
 HRESULT CAsyncEventDispatcher::Start(ULONG periodMilliseconds)
 {
+    std::function<void()> run = [worker = m_worker, this] { worker->Run(*this); };
     m_worker->periodMilliseconds = periodMilliseconds;
     const HRESULT created = m_worker->wake.Create();
     if (FAILED(created)) return created;
     m_worker->state = State::Running;
-    const HRESULT started = m_worker->thread.Start([worker = m_worker, this] { worker->Run(*this); }, g_moduleLocks);
+    const HRESULT started = m_worker->thread.Start(std::move(run), g_moduleLocks);
     if (FAILED(started)) {
         m_worker->state = State::NotStarted;
         m_worker->wake.Close();

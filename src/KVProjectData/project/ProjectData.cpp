@@ -6,6 +6,7 @@
 #include "KVProjectData/persistence/XMLPersistor.h"
 #include "KVProjectData/titles/DataFile.h"
 #include "KVProjectData/titles/Title.h"
+#include "KVProjectData/tree/EngineCalls.h"
 #include "platform/com/Activation.h"
 
 #include <cmath>
@@ -20,6 +21,8 @@ constexpr DISPID kIsDirty = 11;
 
 /// Titles of these types have a production that tells whether it was modified.
 constexpr ULONG kTypesWithProduction = TitleType_Normal | TitleType_FirstPlay;
+
+constexpr EngineCalls kEngine("KVProjectData");
 
 HWND CreateEventWindow()
 {
@@ -406,10 +409,12 @@ void CKVProjectData::ForEachProduction(Visit&& visit)
 HRESULT CKVProjectData::get_IsDirty(VARIANT_BOOL* pVal)
 {
     return Read([&] {
-        if (!pVal) return E_POINTER;
+        EngineCalls::Begin();
+        if (!pVal) return kEngine.NullArgument("pVal");
         ForEachProduction([this](IZXEProductionData& production) {
             ULONG flags = 0;
-            if (SUCCEEDED(production.get_Flags(&flags)) && (flags & ZXE_PRODUCTION_MODIFIED)) m_dirty = true;
+            const HRESULT asked = kEngine.Checked(production.get_Flags(&flags), "get_Flags()");
+            if (SUCCEEDED(asked) && (flags & ZXE_PRODUCTION_MODIFIED)) m_dirty = true;
         });
         *pVal = m_dirty ? VARIANT_TRUE : VARIANT_FALSE;
         return S_OK;
@@ -419,7 +424,9 @@ HRESULT CKVProjectData::get_IsDirty(VARIANT_BOOL* pVal)
 HRESULT CKVProjectData::ClearDirtyFlag()
 {
     return Edit([&](EditScope& edit) {
-        ForEachProduction([](IZXEProductionData& production) { production.ClearModified(); });
+        EngineCalls::Begin();
+        ForEachProduction(
+            [](IZXEProductionData& production) { kEngine.Checked(production.ClearModified(), "ClearModified()"); });
         if (m_dirty.exchange(false)) edit.Changed(kIsDirty);
         return S_OK;
     });
@@ -488,12 +495,10 @@ HRESULT CKVProjectData::RemoveItem(CKVList& list, LONG index, HRESULT notFound, 
 HRESULT CKVProjectData::MoveItem(CKVList& list, LONG from, LONG to, const ListEvents& events)
 {
     return Edit([&](EditScope&) {
-        CProjectNode* item = nullptr;
-        // A move onto itself succeeds for any index, so that whether there is an item is asked first.
-        if (from < 1 || !list.GetChild(from - 1)) return KV_E_BAD_POSITION;
-        const HRESULT moved = to < 1 ? KV_E_BAD_POSITION : list.MoveChild(from - 1, to - 1, &item);
-        if (FAILED(moved)) return moved;
+        CProjectNode* item = from < 1 ? nullptr : list.GetChild(from - 1);
+        if (!item || to < 1 || !list.GetChild(to - 1)) return KV_E_BAD_POSITION;
         list.RecordChange(ListChange::Move, *item, from - 1);
+        list.MoveChild(from - 1, to - 1);
         FireEvent(events.moved, item->ID(), from, to);
         return S_OK;
     });
@@ -768,7 +773,9 @@ HRESULT CKVProjectData::GetUndoManager(IOleUndoManager** ppUndoMgr)
 
 HRESULT CKVProjectData::BeginStoryboardUndo(IUnknown* pUnkSbd, ULONG)
 {
-    return m_undo.BeginStoryboard(pUnkSbd);
+    EngineCalls::Begin();
+    return pUnkSbd ? kEngine.Checked(m_undo.BeginStoryboard(pUnkSbd), "OpenUndoBlock()")
+                   : kEngine.NullArgument("pUnkSbd");
 }
 
 HRESULT CKVProjectData::get_UndoEnable(VARIANT_BOOL* pVal)

@@ -69,6 +69,7 @@ HRESULT CKVCommandList::ExchangeCommands(Commands& commands)
 {
     return Edit([&](EditScope&) {
         Commands before = KeepCommands();
+        ReserveChildren(commands.size());
         DropAll();
         for (const auto& command : commands)
             Adopt(*command, -1, false);

@@ -3,9 +3,9 @@
 #include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/ProjectDataEvents.h"
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/tree/EngineCalls.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Activation.h"
-#include "platform/system/ErrorReporter.h"
 #include "platform/system/Locale.h"
 
 #include <cmath>
@@ -13,8 +13,7 @@
 namespace kv {
 namespace {
 
-/// What the host's diagnostics call this source.
-constexpr std::string_view kSourceName = "KVTitle";
+constexpr EngineCalls kEngine("KVTitle");
 
 double RatioOf(AspectRatio aspect)
 {
@@ -24,7 +23,6 @@ double RatioOf(AspectRatio aspect)
 /// Reads a size as it was written: by US-English rules where the text can only be meant so, else by the user's.
 double ParseSize(const AttributeValue& value)
 {
-    if (const double* number = value.AsReal()) return *number;
     const Bstr text = value.ToBstr();
     const bool point = text.View().find(u'.') != std::u16string_view::npos;
     const bool comma = text.View().find(u',') != std::u16string_view::npos;
@@ -32,20 +30,6 @@ double ParseSize(const AttributeValue& value)
         point && !comma ? ParseDoubleUS(text.View()) : ParseDoubleUserLocale(text.View());
     if (!size) throw Error(DISP_E_TYPEMISMATCH);
     return *size;
-}
-
-/// Reports a call to the engine that failed, from the caller's line, and gives its result on.
-HRESULT Checked(HRESULT result, std::string_view call, int line = __builtin_LINE())
-{
-    if (FAILED(result)) ZXUReportError(ZXUErrResultStr({kSourceName, line}, call, result));
-    return result;
-}
-
-/// The same for an argument that is null.
-HRESULT NullArgument(std::string_view parameter, int line = __builtin_LINE())
-{
-    ZXUReportError(ZXUErrNullStr({kSourceName, line}, parameter));
-    return E_POINTER;
 }
 
 } // namespace
@@ -251,8 +235,8 @@ HRESULT CKVTitle::GetProject(IKVProjectData** ppProject)
 HRESULT CKVTitle::GetProduction(IUnknown** ppProduction)
 {
     return Read([&] {
-        ZXUClearErrorStack();
-        if (!ppProduction) return NullArgument("ppProduction");
+        EngineCalls::Begin();
+        if (!ppProduction) return kEngine.NullArgument("ppProduction");
         *ppProduction = nullptr;
         const HRESULT result = Production() ? S_OK : CreateProduction();
         return FAILED(result) ? result : Production().CopyTo(ppProduction);
@@ -264,16 +248,17 @@ HRESULT CKVTitle::CreateProduction()
     AspectRatio aspect = AspectRatio_None;
     m_encodingParams->get_AspectRatio(&aspect);
     ComPtr<IUnknown> production;
-    HRESULT result = Checked(CreateInstance(CLSID_ZXEProduction, production), "CreateInstance(CLSID_ZXEProduction)");
+    HRESULT result =
+        kEngine.Checked(CreateInstance(CLSID_ZXEProduction, production), "CreateInstance(CLSID_ZXEProduction)");
     if (FAILED(result)) return result;
     HoldProduction(std::move(production));
     const auto data = ProductionData();
-    if (!data) return Checked(E_NOINTERFACE, "Query<IZXEProductionData>");
-    result = Checked(data->Initialise(), "Initialise()");
+    if (!data) return kEngine.Checked(E_NOINTERFACE, "Query<IZXEProductionData>");
+    result = kEngine.Checked(data->Initialise(), "Initialise()");
     if (FAILED(result)) return result;
     if (const auto info = ProductionInfo()) {
-        Checked(info->put_AspectRatio(RatioOf(aspect)), "put_AspectRatio()");
-        Checked(info->put_Stereoscopic(m_stereoscopic ? VARIANT_TRUE : VARIANT_FALSE), "put_Stereoscopic()");
+        kEngine.Checked(info->put_AspectRatio(RatioOf(aspect)), "put_AspectRatio()");
+        kEngine.Checked(info->put_Stereoscopic(m_stereoscopic ? VARIANT_TRUE : VARIANT_FALSE), "put_Stereoscopic()");
     }
     return ConnectSink();
 }
@@ -281,18 +266,18 @@ HRESULT CKVTitle::CreateProduction()
 HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
 {
     return Read([&] {
-        ZXUClearErrorStack();
-        if (!pProduction) return NullArgument("pProduction");
+        EngineCalls::Begin();
+        if (!pProduction) return kEngine.NullArgument("pProduction");
         // A title that held itself, or its project, would never end.
         if (Query<IKVTitle>(pProduction) || Query<IKVProjectData>(pProduction)) {
-            return Checked(E_INVALIDARG, "pProduction");
+            return kEngine.Checked(E_INVALIDARG, "pProduction");
         }
         // The production being set may be the one held, which must live on.
         ComPtr<IUnknown> next = Query<IUnknown>(pProduction);
         HRESULT result = DisconnectSink();
         if (FAILED(result)) return result;
         const auto data = ProductionData();
-        result = data ? Checked(data->Close(), "Close()") : S_OK;
+        result = data ? kEngine.Checked(data->Close(), "Close()") : S_OK;
         if (FAILED(result)) return result;
         HoldProduction(std::move(next));
         const HRESULT connected = ConnectSink();
@@ -305,13 +290,13 @@ HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
 HRESULT CKVTitle::ConnectSink()
 {
     const auto container = Query<IConnectionPointContainer>(Production());
-    if (!container) return Checked(E_NOINTERFACE, "Query<IConnectionPointContainer>");
+    if (!container) return kEngine.Checked(E_NOINTERFACE, "Query<IConnectionPointContainer>");
     ComPtr<IConnectionPoint> point;
-    HRESULT result = Checked(container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()),
-                             "FindConnectionPoint(IZXEProductionDataEvents)");
+    HRESULT result = kEngine.Checked(container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()),
+                                     "FindConnectionPoint(IZXEProductionDataEvents)");
     if (FAILED(result)) return result;
     if (!m_sink) m_sink = Make<TitleSink>(*this);
-    return Checked(point->Advise(m_sink->Controlling(), &m_adviseCookie), "Advise()");
+    return kEngine.Checked(point->Advise(m_sink->Controlling(), &m_adviseCookie), "Advise()");
 }
 
 HRESULT CKVTitle::DisconnectSink()
@@ -322,7 +307,7 @@ HRESULT CKVTitle::DisconnectSink()
     HRESULT result =
         container ? container->FindConnectionPoint(IZXEProductionDataEvents::IID, point.Put()) : E_NOINTERFACE;
     if (SUCCEEDED(result)) result = point->Unadvise(m_adviseCookie);
-    if (FAILED(Checked(result, "Unadvise()"))) return result;
+    if (FAILED(kEngine.Checked(result, "Unadvise()"))) return result;
     m_adviseCookie = 0;
     return S_OK;
 }
@@ -336,15 +321,15 @@ void CKVTitle::ProductionChanged(LONG event, LONG param)
 HRESULT CKVTitle::GetSourceFromProd(BSTR* pbstrSource)
 {
     return Read([&] {
-        ZXUClearErrorStack();
-        if (!pbstrSource) return NullArgument("pbstrSource");
+        EngineCalls::Begin();
+        if (!pbstrSource) return kEngine.NullArgument("pbstrSource");
         ComPtr<IUnknown> production;
         HRESULT result = GetProduction(production.Put());
         if (FAILED(result)) return result;
         const auto data = ProductionData();
         if (!data) return S_OK;
         SafeArray sources;
-        result = Checked(data->GetSourceList(0, 0, 0, sources.Put()), "GetSourceList()");
+        result = kEngine.Checked(data->GetSourceList(0, 0, 0, sources.Put()), "GetSourceList()");
         if (FAILED(result)) return result;
         LONG first = 0;
         LONG last = -1;

@@ -30,11 +30,10 @@ bool ParsePlain(std::string_view text, Number& number)
     return error == std::errc() && end == text.data() + text.size();
 }
 
-/// Works on any character type: blanks, a sign, digits, and whatever follows.
-template <class Char>
-LONG ParseLeading(std::basic_string_view<Char> text)
+/// Blanks, a sign, digits, and whatever follows.
+LONG ParseLeading(std::string_view text)
 {
-    const auto isBlank = [](Char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+    const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
     while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
     const bool negative = !text.empty() && text.front() == '-';
@@ -62,7 +61,6 @@ Variant AttributeValue::ToVariant() const
 
 LONG AttributeValue::ToLong() const
 {
-    if (const LONG* value = std::get_if<LONG>(&m_value)) return *value;
     LONG number = 0;
     const auto* text = std::get_if<std::string_view>(&m_value);
     return text && ParsePlain(*text, number) ? number : ToVariant().As(VT_I4).lVal;
@@ -70,7 +68,6 @@ LONG AttributeValue::ToLong() const
 
 ULONG AttributeValue::ToULong() const
 {
-    if (const ULONG* value = std::get_if<ULONG>(&m_value)) return *value;
     ULONG number = 0;
     const auto* text = std::get_if<std::string_view>(&m_value);
     return text && ParsePlain(*text, number) ? number : ToVariant().As(VT_UI4).ulVal;
@@ -78,7 +75,6 @@ ULONG AttributeValue::ToULong() const
 
 LONG AttributeValue::ToID() const
 {
-    if (const ULONG* value = std::get_if<ULONG>(&m_value)) return static_cast<LONG>(*value);
     const LONGLONG id = ToVariant().As(VT_I8).llVal;
     if (id < std::numeric_limits<LONG>::min() || id > std::numeric_limits<ULONG>::max()) throw Error(DISP_E_OVERFLOW);
     return static_cast<LONG>(id);
@@ -86,7 +82,6 @@ LONG AttributeValue::ToID() const
 
 bool AttributeValue::ToBool() const
 {
-    if (const bool* value = std::get_if<bool>(&m_value)) return *value;
     LONG number = 0;
     const auto* text = std::get_if<std::string_view>(&m_value);
     return text && ParsePlain(*text, number) ? number != 0 : ToVariant().As(VT_BOOL).boolVal != VARIANT_FALSE;
@@ -94,20 +89,14 @@ bool AttributeValue::ToBool() const
 
 Bstr AttributeValue::ToBstr() const
 {
-    if (const Bstr* string = AsString()) return *string;
     if (const auto* text = std::get_if<std::string_view>(&m_value)) return Bstr(ToUtf16(*text));
     return Bstr::Attach(ToVariant().As(VT_BSTR).Detach().bstrVal);
 }
 
 LONG AttributeValue::LeadingInteger() const
 {
-    return std::visit(Match{[](LONG value) { return value; }, [](ULONG value) { return static_cast<LONG>(value); },
-                            [](double) { return LONG{0}; },
-                            [](bool value) { return static_cast<LONG>(value ? -1 : 0); },
-                            [](NamedValue named) { return static_cast<LONG>(named.value); },
-                            [](const Bstr& text) { return ParseLeading(text.View()); },
-                            [](std::string_view text) { return ParseLeading(text); }},
-                      m_value);
+    const auto* text = std::get_if<std::string_view>(&m_value);
+    return text ? ParseLeading(*text) : ParseLeading(ToUtf8(ToBstr().View()));
 }
 
 void AttributeValue::AppendText(std::string& text) const

@@ -1,5 +1,5 @@
 #pragma once
-// The value of one attribute on its way between a node and a document or an undo record.
+// The value of one attribute on its way between a node and a document.
 
 #include "platform/automation/Variant.h"
 
@@ -48,9 +48,6 @@ public:
     /// The 32 bits of the integer, signed or unsigned, that the text starts with; 0 when it starts with none. Never
     /// fails.
     LONG LeadingInteger() const;
-
-    /// The real number that the value is already, or null.
-    const double* AsReal() const { return std::get_if<double>(&m_value); }
 
     /// UTF-8 text as a document holds it. Throws for a string, which `AsString` gives, and for a real number that is
     /// not finite, which has no text.

@@ -4,6 +4,7 @@
 #include "KVProjectData/tree/ObjectID.h"
 #include "KVProjectData/tree/UndoContext.h"
 #include "platform/com/ComPtr.h"
+#include "platform/system/Trace.h"
 
 #include <algorithm>
 
@@ -43,14 +44,19 @@ public:
             m_next->value.AppendText(m_text);
             attribute.value = std::string_view(m_text);
         }
+        m_last = attribute.name;
         ++m_next;
         return true;
     }
+
+    /// The name of the attribute that was given last.
+    std::string_view Last() const { return m_last; }
 
 private:
     std::vector<Attribute>::const_iterator m_next;
     const std::vector<Attribute>::const_iterator m_end;
     std::string m_text;
+    std::string_view m_last;
 };
 
 } // namespace
@@ -63,7 +69,7 @@ std::mutex& ParentLinks()
 
 CProjectNode::~CProjectNode()
 {
-    if (m_parent) std::erase(m_parent->m_children, this);
+    if (CProjectNode* parent = Parent()) std::erase(parent->m_children, this);
     for (CProjectNode* child : m_children)
         child->SetParent(nullptr);
     if (m_recorded) {
@@ -88,12 +94,13 @@ HRESULT CProjectNode::SaveXML(IUnknown* node, ULONG flags)
 
 HRESULT CProjectNode::FireEvent(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c)
 {
-    return m_parent ? m_parent->FireEvent(event, a, b, c) : KV_E_NO_PARENT;
+    CProjectNode* parent = Parent();
+    return parent ? parent->FireEvent(event, a, b, c) : KV_E_NO_PARENT;
 }
 
 void CProjectNode::SetModified(bool major)
 {
-    if (m_parent) m_parent->SetModified(major);
+    if (CProjectNode* parent = Parent()) parent->SetModified(major);
 }
 
 std::string_view CProjectNode::GetName(ULONG) const
@@ -132,7 +139,9 @@ HRESULT CProjectNode::SaveElement(IXMLDOMNode* element, ULONG)
     AttributeMap attributes;
     GetAttributes(attributes);
     AttributeGiver giver(attributes);
-    return target->WriteAttributes(&giver);
+    const HRESULT written = target->WriteAttributes(&giver);
+    if (FAILED(written)) Trace("Failed on attribute: " + std::string(giver.Last()) + '\n');
+    return written;
 }
 
 CProjectNode* CProjectNode::GetChild(LONG index) const
@@ -171,7 +180,7 @@ void CProjectNode::SetParent(CProjectNode* parent)
     // What is on its way up, inside this section or by the links alone, still finds the parent that it started for.
     const SectionLock lock(m_section);
     const std::lock_guard links(ParentLinks());
-    m_parent = parent;
+    m_parent.store(parent, std::memory_order_release);
 }
 
 HRESULT CProjectNode::MoveChild(LONG from, LONG to, CProjectNode** moved)
@@ -217,13 +226,14 @@ LONG CProjectNode::IndexOf(const CProjectNode& child, LONG hint) const
 LONG CProjectNode::IndexInParent() const
 {
     LONG index = -1;
-    if (m_parent) m_parent->FindChildByID(ID(), &index);
+    if (const CProjectNode* parent = Parent()) parent->FindChildByID(ID(), &index);
     return index;
 }
 
 bool CProjectNode::RemoveFromParent()
 {
-    return m_parent && m_parent->RemoveChildAt(IndexInParent()) != nullptr;
+    CProjectNode* parent = Parent();
+    return parent && parent->RemoveChildAt(IndexInParent()) != nullptr;
 }
 
 void CProjectNode::SetID(LONG id)
@@ -299,8 +309,8 @@ const NodeLink& CProjectNode::Link()
 CProjectNode* CProjectNode::Project()
 {
     CProjectNode* root = this;
-    while (root->m_parent)
-        root = root->m_parent;
+    while (CProjectNode* parent = root->Parent())
+        root = parent;
     return root->m_type == typeProject ? root : nullptr;
 }
 

@@ -62,7 +62,7 @@ public:
     virtual HRESULT DetachEffect();
     /// Replaces the map's content by the node's attributes.
     virtual void GetAttributes(AttributeMap& attributes) = 0;
-    /// Takes over the attributes that are there. Throws Error for a value that cannot be read.
+    /// Takes over the attributes that are there. Throws Error when one cannot be read, after the others were taken.
     virtual void SetAttributes(const AttributeMap& attributes) = 0;
     /// The values that an undo record keeps of the node.
     virtual RecordedValues GetRecord() = 0;
@@ -75,7 +75,7 @@ public:
 
     LONG ID() const { return m_ID.load(std::memory_order_relaxed); }
     NodeType Type() const { return m_type; }
-    CProjectNode* Parent() const { return m_parent; }
+    CProjectNode* Parent() const { return m_parent.load(std::memory_order_acquire); }
     CriticalSection& Section() { return m_section; }
 
     /// Null for an index outside the children. Indices count from 0.
@@ -121,6 +121,9 @@ public:
 
 protected:
     explicit CProjectNode(NodeType type) : m_type(type) {}
+
+    /// So many children can be added without fail.
+    void ReserveChildren(std::size_t count) { m_children.reserve(count); }
 
     /// Fires the event that tells of a changed property of this node.
     virtual void FirePropertyChanged(DISPID propId);
@@ -213,7 +216,8 @@ private:
     std::atomic<LONG> m_ID{0};
     const NodeType m_type;
     std::vector<CProjectNode*> m_children;
-    CProjectNode* m_parent = nullptr;
+    /// Changed inside the section, with the links held; read by whoever comes up from below.
+    std::atomic<CProjectNode*> m_parent{nullptr};
     std::atomic<bool> m_recorded{false};
     LONG m_lockCount = 0;
     NodeLink m_link;

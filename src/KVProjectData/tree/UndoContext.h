@@ -52,8 +52,10 @@ struct UndoContext {
     bool recordingEnabled = true;
     /// A change of the storyboards belongs to the open step.
     std::atomic<bool> majorChange{false};
-    /// What the snapshot that is being restored kept; null at all other times.
-    KeptObjects* restoring = nullptr;
+    /// The project that a snapshot is being restored in, and what the snapshot kept; null at all other times. Used
+    /// inside the section.
+    const CProjectNode* restored = nullptr;
+    KeptObjects* kept = nullptr;
     /// Nodes whose state the open step keeps.
     CLockNodeList recordedNodes;
     /// Nodes that bind their effects anew after a storyboard's undo.

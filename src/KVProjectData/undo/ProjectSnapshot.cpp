@@ -14,13 +14,19 @@ constexpr LONG kProjectReplaced = 2;
 /// For as long as the project is cleared and loaded by a snapshot.
 class Restoring {
 public:
-    explicit Restoring(KeptObjects& kept) : m_before(std::exchange(SharedUndoContext().restoring, &kept)) {}
+    Restoring(const CProjectNode& project, KeptObjects& kept) { Set(&project, &kept); }
     Restoring(const Restoring&) = delete;
     Restoring& operator=(const Restoring&) = delete;
-    ~Restoring() { SharedUndoContext().restoring = m_before; }
+    ~Restoring() { Set(nullptr, nullptr); }
 
 private:
-    KeptObjects* const m_before;
+    static void Set(const CProjectNode* project, KeptObjects* kept)
+    {
+        UndoContext& context = SharedUndoContext();
+        const SectionLock lock(context.section);
+        context.restored = project;
+        context.kept = kept;
+    }
 };
 
 } // namespace
@@ -57,9 +63,9 @@ HRESULT ProjectImage::Restore(CProjectNode& project, IKVFileService& files)
     ComPtr<IXMLDOMElement> root;
     const HRESULT found = m_document->get_documentElement(root.Put());
     if (FAILED(found)) return found;
-    const Restoring restoring(*this);
     m_next = 0;
     const SectionLock lock(project.Section());
+    const Restoring restoring(project, *this);
     const HRESULT loaded = files.PersistFromXML(root.Get(), project.Identity());
     if (SUCCEEDED(loaded)) project.ExchangeRecord(m_settings);
     return loaded;

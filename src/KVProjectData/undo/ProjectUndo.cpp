@@ -38,6 +38,7 @@ HRESULT ProjectUndo::Begin(BSTR description)
         if (context.owner) return KV_E_UNDO_STEP_OPEN;
         context.majorChange = false;
         context.attachNodes.Restart();
+        context.recordedNodes.Restart();
         auto unit = Make<ProjectStep>(m_project);
         unit->SetDescription(Bstr::CopyOf(description));
         const HRESULT opened = m_manager->Open(unit.Get());
@@ -45,7 +46,6 @@ HRESULT ProjectUndo::Begin(BSTR description)
         m_step.emplace(*m_manager.Get(), std::move(unit));
         m_snapshotStep.Reset();
         m_snapshot.Reset();
-        context.recordedNodes.Restart();
         context.owner = &m_project;
         context.step.store(m_step->Recorder(), std::memory_order_release);
         return S_OK;
@@ -136,7 +136,6 @@ void ProjectUndo::Release()
 
 HRESULT ProjectUndo::BeginStoryboard(IUnknown* storyboard)
 {
-    if (!storyboard) return E_POINTER;
     return Guarded([&] {
         const SectionLock projectLock(m_project.Section());
         if (!m_step) return S_FALSE;

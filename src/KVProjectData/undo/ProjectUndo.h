@@ -9,8 +9,8 @@
 
 namespace kv {
 
-/// Every operation takes the project's section. Without an undo manager there is nothing to undo, and the result codes
-/// say so.
+/// What opens, ends, undoes and redoes takes the project's section. Without an undo manager there is nothing to undo,
+/// and the result codes say so.
 class ProjectUndo {
 public:
     explicit ProjectUndo(CProjectNode& project) : m_project(project) {}
@@ -28,6 +28,7 @@ public:
     {
         if (m_step) SharedUndoContext().majorChange = true;
     }
+    /// `storyboard` is not null.
     HRESULT BeginStoryboard(IUnknown* storyboard);
     HRESULT Undo();
     HRESULT Redo();
@@ -39,15 +40,22 @@ public:
     void DiscardAll();
 
     /// A snapshot is being restored, which loads the project.
-    bool IsRestoring() const { return SharedUndoContext().restoring != nullptr; }
+    bool IsRestoring() const { return Kept() != nullptr; }
     /// The object that the snapshot being restored has for the next item of its document; null when it has none.
-    CProjectNode* TakeKept(NodeType type)
+    CProjectNode* TakeKept(NodeType type) const
     {
-        KeptObjects* kept = SharedUndoContext().restoring;
+        KeptObjects* kept = Kept();
         return kept ? kept->TakeNext(type) : nullptr;
     }
 
 private:
+    /// What the snapshot that is being restored in this project kept; null when none is.
+    KeptObjects* Kept() const
+    {
+        UndoContext& context = SharedUndoContext();
+        const SectionLock lock(context.section);
+        return context.restored == &m_project ? context.kept : nullptr;
+    }
     HRESULT Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*));
     /// From here on nothing is recorded in the step; the next one records all nodes anew.
     void StopRecording();

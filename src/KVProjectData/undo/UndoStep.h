@@ -30,7 +30,11 @@ public:
     const ComPtr<ProjectStep>& Unit() const { return m_unit; }
 
     /// Adds a unit that is complete.
-    HRESULT Add(const ComPtr<IOleUndoUnit>& unit) { return m_manager.Add(unit.Get()); }
+    HRESULT Add(const ComPtr<IOleUndoUnit>& unit)
+    {
+        const SectionLock lock(SharedUndoContext().section);
+        return m_manager.Add(unit.Get());
+    }
 
     /// A storyboard whose undo block is open takes part in the step.
     void AppendStoryboard(ComPtr<IZXEProductionData> storyboard) { Storyboards().Append(std::move(storyboard)); }

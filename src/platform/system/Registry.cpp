@@ -337,6 +337,7 @@ std::u16string QueryText(Hive hive, std::u16string_view key, std::u16string_view
 {
     RegistryValue value;
     const HRESULT result = Query(hive, key, name, value);
+    if (result == E_OUTOFMEMORY) throw Error(result);
     const auto* text = std::get_if<std::u16string>(&value);
     return SUCCEEDED(result) && text ? *text : std::u16string();
 }

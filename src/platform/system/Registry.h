@@ -51,7 +51,7 @@ KV_EXPORT bool PerUser();
 
 /// REGISTRY_E_NOT_FOUND when the key or the value does not exist.
 KV_EXPORT HRESULT Query(Hive hive, std::u16string_view key, std::u16string_view name, RegistryValue& value);
-/// The text of a value; empty when it does not exist or is no text.
+/// The text of a value; empty when it does not exist or is no text. Throws Error for lack of memory.
 KV_EXPORT std::u16string QueryText(Hive hive, std::u16string_view key, std::u16string_view name);
 KV_EXPORT bool KeyExists(Hive hive, std::u16string_view key);
 /// Names in order.

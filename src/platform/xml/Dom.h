@@ -45,7 +45,8 @@ struct IXMLDOMNode : IUnknown {
     virtual HRESULT get_nextSibling(IXMLDOMNode** sibling) = 0;
     virtual HRESULT get_attributes(IXMLDOMNamedNodeMap** attributes) = 0;
     /// Before `reference` (a child, as a VT_UNKNOWN), or last when it is VT_EMPTY, VT_NULL or null. A node
-    /// that stands elsewhere is moved. E_INVALIDARG when the tree rules forbid it, or for another document.
+    /// that stands elsewhere is moved. E_INVALIDARG when the tree rules forbid it, for another document, and beyond
+    /// 256 levels of elements.
     virtual HRESULT insertBefore(IXMLDOMNode* child, VARIANT reference, IXMLDOMNode** inserted) = 0;
     virtual HRESULT replaceChild(IXMLDOMNode* child, IXMLDOMNode* old, IXMLDOMNode** replaced) = 0;
     virtual HRESULT removeChild(IXMLDOMNode* child, IXMLDOMNode** removed) = 0;
@@ -149,8 +150,8 @@ struct IXMLDOMDocument : IXMLDOMNode {
     virtual HRESULT importNode(IXMLDOMNode* node, VARIANT_BOOL deep, IXMLDOMNode** copy) = 0;
     /// Loads a file (VT_BSTR path, read with either path separator). *success tells whether it parsed; the
     /// call then returns S_FALSE if not, and the document is empty. The encoding is taken from the
-    /// byte-order mark or the declaration: UTF-8 or UTF-16. Only regular files are read, and documents of up to
-    /// 256 MiB as UTF-8. E_INVALIDARG for a path that holds U+0000.
+    /// byte-order mark or the declaration, which must not differ: UTF-8 or UTF-16. Only regular files are read, and
+    /// documents of up to 256 MiB as UTF-8 and 256 levels of elements. E_INVALIDARG for a path that holds U+0000.
     virtual HRESULT load(VARIANT source, VARIANT_BOOL* success) = 0;
     virtual HRESULT loadXML(BSTR xml, VARIANT_BOOL* success) = 0;
     /// Writes to a temporary file in the same folder, syncs it and renames it over the target (VT_BSTR path).

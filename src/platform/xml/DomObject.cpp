@@ -324,7 +324,8 @@ HRESULT DomObject::Clone(bool deep, IXMLDOMNode** copy)
             const auto document = Make<DomDocument>();
             if (deep) {
                 for (pugi::xml_node child : m_place.node.children()) {
-                    if (!m_tree->IsHidden(child)) document->Tree().Document().append_copy(child);
+                    if (m_tree->IsHidden(child)) continue;
+                    if (!document->Tree().Document().append_copy(child)) throw std::bad_alloc();
                 }
             }
             return ComPtr<IXMLDOMNode>(document->Node()).CopyTo(copy);
@@ -389,7 +390,6 @@ HRESULT DomObject::SetText(BSTR text)
             SetPlainText(plain);
             return S_OK;
         }
-        if (DepthOf(m_place.node) >= kMaxXmlDepth) return E_INVALIDARG;
         while (const pugi::xml_node child = m_place.node.first_child())
             m_tree->Detach(child);
         if (plain.empty()) return S_OK;
@@ -482,9 +482,9 @@ HRESULT DomObject::SelectSingleNode(BSTR expression, IXMLDOMNode** node)
     return Guarded([&] {
         if (!node) return E_POINTER;
         *node = nullptr;
-        ComPtr<IXMLDOMNodeList> nodes;
-        const HRESULT result = SelectNodes(expression, nodes.Put());
-        return FAILED(result) ? result : nodes->get_item(0, node);
+        const std::vector<DomPlace> places = SelectPlaces(*m_tree, m_place, XmlTextOf(expression));
+        if (places.empty()) return S_FALSE;
+        return ObjectFor(places.front()).CopyTo(node);
     });
 }
 

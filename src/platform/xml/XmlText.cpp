@@ -597,12 +597,11 @@ void XmlDecoder::Decode(std::string_view bytes, bool last)
 void XmlDecoder::Finish()
 {
     if (!m_rest.empty()) Decode(std::exchange(m_rest, {}), true);
-    if (m_encoding != Encoding::Utf8) return;
     const std::string_view encoding = DeclaredEncoding(m_text);
-    if (IsUtf16Name(encoding)) {
-        throw XmlError{"the document says UTF-16 but is not",
-                       static_cast<std::size_t>(encoding.data() - m_text.data())};
-    }
+    const bool isUtf16 = m_encoding != Encoding::Utf8;
+    if (encoding.empty() || IsUtf16Name(encoding) == isUtf16) return;
+    throw XmlError{isUtf16 ? "the document is UTF-16 but says otherwise" : "the document says UTF-16 but is not",
+                   static_cast<std::size_t>(encoding.data() - m_text.data())};
 }
 
 void CheckXml(std::string_view text)

@@ -236,11 +236,12 @@ TEST_F(LoadingTest, PassesOverWhatItDoesNotKnow)
 
 TEST_F(LoadingTest, LeavesOutOnlyTheElementThatCannotBeRead)
 {
-    Load(u"<Titles><Title label='bad' stillWaitSecs='many'><Encoding videoBitrate='5'/></Title>"
+    Load(u"<Titles><Title label='bad' stillWaitSecs='many' tag='2'><Encoding videoBitrate='5'/></Title>"
          u"<Title label='good' stillWaitSecs='7'/></Titles>");
     ASSERT_EQ(2u, TitleIds().size());
     EXPECT_EQ(8000000, ValueOf(*Query<IKVEncodingParams>(Title(1)).Get(), &IKVEncodingParams::get_VideoBitrate));
     EXPECT_EQ(5, ValueOf(*Title(1).Get(), &IKVTitle::get_StillWaitTime));
+    EXPECT_EQ(2u, ValueOf(*Title(1).Get(), &IKVTitle::get_Tag)) << "read all the same";
     EXPECT_EQ(u"good", Text(*Title(2).Get(), &IKVTitle::get_Label));
     EXPECT_EQ(7, ValueOf(*Title(2).Get(), &IKVTitle::get_StillWaitTime));
     for (const char16_t* number : {u"99999999999", u"-2147483649", u"1e40", u"NaN"}) {

@@ -99,10 +99,14 @@ TEST_F(ThreadsTest, OneThreadsEditsAreRecordedInTheStepOfAnother)
 {
     const auto other = NewProject();
     Together([&] { other->put_TVStandard(PAL); },
-             [&](LONG) {
-                 project->BeginUndo(nullptr);
+             [&](LONG round) {
+                 if (round % 8 == 0) {
+                     project->TakeUndoSnapshot(nullptr);
+                 } else {
+                     project->BeginUndo(nullptr);
+                 }
                  title->put_Label(Str(u"x").Get());
-                 project->EndUndo(VARIANT_TRUE);
+                 project->EndUndoEx(VARIANT_TRUE, round % 2 ? VARIANT_TRUE : VARIANT_FALSE);
                  project->UndoOperation();
              },
              NoLastAct);

@@ -1,39 +1,13 @@
 #include "platform/com/ConnectionPoint.h"
 
 #include "platform/com/Object.h"
+#include "support/Memory.h"
 
-#include <cstdlib>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
 #include <thread>
-
-namespace {
-
-/// While set, this thread has no memory.
-thread_local bool g_outOfMemory = false;
-
-} // namespace
-
-// Not inlined, so that the compiler sees pairs of new and delete rather than of new and free.
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
-    if (!g_outOfMemory) {
-        if (void* memory = std::malloc(size ? size : 1)) return memory;
-    }
-    throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
@@ -160,10 +134,10 @@ TEST_F(ConnectionPointTest, SaysWhenThereIsNoRoom)
 {
     const auto sink = kv::Make<Sink>(1, calls);
     DWORD cookie = 7;
-    g_outOfMemory = true;
-    const HRESULT advised = point->Advise(sink->Unknown(), &cookie);
-    g_outOfMemory = false;
-    EXPECT_EQ(advised, CONNECT_E_ADVISELIMIT);
+    {
+        const kv::test::LittleMemory memory;
+        EXPECT_EQ(point->Advise(sink->Unknown(), &cookie), CONNECT_E_ADVISELIMIT);
+    }
     EXPECT_EQ(cookie, 0u);
     EXPECT_THAT(Fired(), ElementsAre());
     EXPECT_EQ(point->Advise(sink->Unknown(), &cookie), S_OK);

@@ -165,6 +165,7 @@ TEST_F(DocumentTest, ReadsTheEncodings)
         {low + Utf16Bytes(said + "Utf-16'?>" + text, false), "", 0},
         {Utf16Bytes(said + "UTF-16'?>" + text, true), "", 0},
         {said + "UTF-16'?>" + text, "says UTF-16", 31},
+        {low + Utf16Bytes(said + "UTF-8'?>" + text, false), "UTF-16 but says otherwise", 31},
         {said + "ISO-8859-1'?><r a='\xe4'/>", "encoding is not supported", 31},
         {"<r a='\xe4'/>", "not UTF-8", 7},
         {"<r>\xc3\xa4\xc0\x80</r>", "not UTF-8", 5},

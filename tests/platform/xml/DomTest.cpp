@@ -176,6 +176,7 @@ TEST(Dom, NestsNoDeeperThanDocumentsMay)
     }
     EXPECT_EQ(result, E_INVALIDARG);
     EXPECT_EQ(levels, 256);
+    EXPECT_EQ(deepest->put_text(Text("text is no level").Get()), S_OK);
     Parsed(XmlOf(*document));
 }
 
