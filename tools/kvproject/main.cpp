@@ -15,7 +15,9 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <map>
 #include <memory>
+#include <optional>
 
 namespace kvproject {
 namespace {
@@ -108,19 +110,51 @@ std::string CheckAssignment(const std::string& text)
     return text.find('=') == text.npos ? "'" + text + "' is not of that form" : "";
 }
 
-int RunSet(const FileOptions& options, const std::vector<std::string>& assignments)
+/// The values of members by path. Empty for one without a value.
+using MemberValues = std::map<std::string, std::optional<std::string>>;
+
+std::optional<std::string> ValueOf(IKVProjectData& project, const std::string& path)
+{
+    try {
+        return GetMember(project, path);
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+}
+
+/// What the assignments made of their members.
+MemberValues SetAndSave(const FileOptions& options, const std::vector<std::string>& assignments)
 {
     Session session;
     session.Load(options.file);
     EventPrinter events(session.Project(), options.EventStream());
+    MemberValues values;
     for (const std::string& assignment : assignments) {
         const std::size_t equals = assignment.find('=');
-        SetMember(session.Project(), std::string_view(assignment).substr(0, equals),
-                  std::string_view(assignment).substr(equals + 1));
+        const std::string path = assignment.substr(0, equals);
+        SetMember(session.Project(), path, std::string_view(assignment).substr(equals + 1));
+        values.try_emplace(path);
     }
+    // Before saving, which sets the project's directory.
+    for (auto& [path, value] : values)
+        value = ValueOf(session.Project(), path);
     session.Save(options.file);
     events.WaitForAll();
-    return 0;
+    return values;
+}
+
+int RunSet(const FileOptions& options, const std::vector<std::string>& assignments)
+{
+    const MemberValues values = SetAndSave(options, assignments);
+    Session saved;
+    saved.Load(options.file);
+    int result = 0;
+    for (const auto& [path, value] : values) {
+        if (ValueOf(saved.Project(), path) == value) continue;
+        std::cerr << "kvproject: " << options.file << " does not hold " << path << '\n';
+        result = kFault;
+    }
+    return result;
 }
 
 struct EditOptions : FileOptions {
