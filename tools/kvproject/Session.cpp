@@ -48,6 +48,12 @@ kv::ComPtr<T> CreateByName(const OLECHAR* progId)
     return object;
 }
 
+/// The library drops a leading "file::", which is a part of the name here.
+kv::Bstr FileName(const std::string& file)
+{
+    return kv::Bstr(kv::ToUtf16(file.starts_with("file::") ? "./" + file : file));
+}
+
 } // namespace
 
 std::string ProjectLibrary()
@@ -91,7 +97,7 @@ void Session::Load(const std::string& file)
 {
     std::error_code error;
     if (!std::filesystem::exists(file, error)) throw Failure("cannot load " + file + ": the file does not exist");
-    const HRESULT result = m_files->LoadProject(kv::Bstr(kv::ToUtf16(file)).Get(), m_project.Get());
+    const HRESULT result = m_files->LoadProject(FileName(file).Get(), m_project.Get());
     const std::string what = "cannot load " + file + ": ";
     if (result == KV_E_FILE_DOES_NOT_PARSE) throw Failure(what + Describe(result) + ": " + ParseFailure(file));
     if (result == REGDB_E_CLASSNOTREG)
@@ -101,7 +107,7 @@ void Session::Load(const std::string& file)
 
 void Session::Save(const std::string& file)
 {
-    const HRESULT result = m_files->SaveProject(kv::Bstr(kv::ToUtf16(file)).Get(), m_project.Get());
+    const HRESULT result = m_files->SaveProject(FileName(file).Get(), m_project.Get());
     const std::filesystem::path folder = std::filesystem::path(file).parent_path();
     std::error_code error;
     if (FAILED(result) && !folder.empty() && !std::filesystem::is_directory(folder, error)) {
