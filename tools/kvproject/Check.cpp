@@ -176,12 +176,14 @@ public:
     /// What stands around the first project.
     void RunOutside(const Element& root)
     {
+        ReportAttributes(root, root.Name());
         bool first = true;
         ForEachChild(root, {}, [&](const Element& child, const std::string& path) {
             const std::string name = child.Name();
             if (name == kProject && std::exchange(first, false)) return;
-            if (name == kProductions) return ReportProjectsIn(child, path);
-            ReportUnread(child, path);
+            if (name != kProductions) return ReportUnread(child, path);
+            ReportAttributes(child, path);
+            ReportProjectsIn(child, path);
         });
     }
 
@@ -196,12 +198,25 @@ private:
             const bool oldName = name == "HDVideoFormat" && !attributes.contains("videoFormat");
             const auto found = kept.find(oldName ? "videoFormat" : name);
             if (found == kept.end()) {
-                m_faults.push_back(path + ": the attribute \"" + name + "\" is ignored");
+                ReportIgnored(name, path);
             } else if (!MeansTheSame(name, value, found->second)) {
                 m_faults.push_back(path + ": the attribute \"" + name + "\" is read as \"" + found->second +
                                    "\", not \"" + value + "\"");
             }
         }
+    }
+
+    /// Of an element that has none of its own: it may declare the namespace of data types.
+    void ReportAttributes(const Element& element, const std::string& path)
+    {
+        for (const auto& [name, value] : element.Attributes()) {
+            if (name != "xmlns:dt") ReportIgnored(name, path);
+        }
+    }
+
+    void ReportIgnored(const std::string& attribute, const std::string& path)
+    {
+        m_faults.push_back(path + ": the attribute \"" + attribute + "\" is ignored");
     }
 
     void ReportUnread(const Element& element, const std::string& path)
@@ -266,15 +281,19 @@ std::vector<std::string> CheckFile(const std::string& file)
     // Once more from its element alone, without what loading a file adds.
     Require(session.Project().loadXML(original.Get()), "cannot load " + file);
     const auto written = session.Document();
-    ComPtr<IXMLDOMElement> root;
-    Require(document->get_documentElement(root.Put()), "cannot load " + file);
+    ComPtr<IXMLDOMElement> element;
+    Require(document->get_documentElement(element.Put()), "cannot load " + file);
+    const Element root(element);
 
     std::vector<std::string> faults;
     Comparison comparison(faults);
     comparison.Run(Element(original), Element(FindProject(*written)), "Project[1]");
-    comparison.RunOutside(Element(root));
+    comparison.RunOutside(root);
     std::set<ULONG> seen;
-    FindDoubleIds(Element(root), {}, seen, faults);
+    ForEachChild(root, {}, [&](const Element& child, const std::string& path) {
+        // The IDs of productions are the host's.
+        if (child.Name() != kProductions) FindDoubleIds(child, path, seen, faults);
+    });
     FindMissingFiles(session.Project(), faults);
     return faults;
 }
