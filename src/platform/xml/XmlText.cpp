@@ -55,6 +55,14 @@ char32_t DecodeUtf8(std::string_view text, std::size_t& length)
     return c < kLeast[length] ? kMalformed : c;
 }
 
+/// For the names that nearly all names are like.
+constexpr auto kIsLetter = [] {
+    std::array<bool, 256> letters{};
+    for (unsigned char c = 0; c < 26; ++c)
+        letters['a' + c] = letters['A' + c] = true;
+    return letters;
+}();
+
 bool IsNameStart(char32_t c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
@@ -519,7 +527,7 @@ bool IsXmlUtf8(std::string_view text)
 
 bool IsXmlName(std::string_view name)
 {
-    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    const auto isLetter = [](char c) { return kIsLetter[static_cast<unsigned char>(c)]; };
     if (!name.empty() && std::ranges::all_of(name, isLetter)) return true;
     bool first = true;
     for (std::size_t length = 0; !name.empty(); name.remove_prefix(length)) {

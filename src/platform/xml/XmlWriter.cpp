@@ -1,6 +1,9 @@
 #include "platform/xml/XmlWriter.h"
 
 #include <array>
+#include <cstring>
+#include <string>
+#include <string_view>
 
 namespace kv {
 namespace {
@@ -17,15 +20,13 @@ constexpr CharacterSet SetOf(std::string_view characters)
     return set;
 }
 
-constexpr CharacterSet kSpecialInText = SetOf("&<>\r");
-constexpr CharacterSet kSpecialInAttribute = SetOf("&<>\"\t\n\r");
+/// The zero at the end of every text is one of them.
+constexpr CharacterSet kSpecialInText = SetOf({"&<>\r", 5});
+constexpr CharacterSet kSpecialInAttribute = SetOf({"&<>\"\t\n\r", 8});
 
 class Writer {
 public:
-    Writer(pugi::xml_node hidden, const XmlOutput& output) : m_hidden(hidden), m_output(output)
-    {
-        m_text.reserve(2 * kPiece);
-    }
+    Writer(pugi::xml_node hidden, const XmlOutput& output) : m_hidden(hidden), m_output(output) {}
 
     /// A document, or one node without the layout around it.
     void Run(pugi::xml_node node)
@@ -34,7 +35,7 @@ public:
             for (pugi::xml_node child : node.children()) {
                 if (child == m_hidden) continue;
                 Node(child, 0, true);
-                m_text += '\n';
+                Put('\n');
             }
         } else {
             Node(node, 0, true);
@@ -51,8 +52,27 @@ public:
 private:
     void Flush()
     {
-        if (!m_text.empty()) m_output(m_text);
-        m_text.clear();
+        if (m_size) m_output({m_buffer.data(), m_size});
+        m_size = 0;
+    }
+
+    /// Where the next so many bytes go.
+    char* Room(std::size_t count)
+    {
+        if (m_buffer.size() - m_size < count) m_buffer.resize(2 * m_buffer.size() + count);
+        return m_buffer.data() + m_size;
+    }
+
+    void Put(char c)
+    {
+        *Room(1) = c;
+        ++m_size;
+    }
+
+    void Put(std::string_view text)
+    {
+        std::memcpy(Room(text.size()), text.data(), text.size());
+        m_size += text.size();
     }
 
     void Node(pugi::xml_node node, int level, bool layout)
@@ -62,56 +82,64 @@ private:
             Element(node, level, layout);
             break;
         case pugi::node_pcdata:
-            Escape(node.value(), false);
+            Text(node.value());
             break;
         case pugi::node_cdata:
             CData(node.value());
             break;
         case pugi::node_comment:
-            m_text.append("<!--").append(node.value()).append("-->");
+            Put("<!--");
+            Put(node.value());
+            Put("-->");
             break;
         case pugi::node_pi:
-            m_text.append("<?").append(node.name());
-            if (*node.value()) m_text.append(1, ' ').append(node.value());
-            m_text += "?>";
+            Put("<?");
+            Put(node.name());
+            if (*node.value()) Put(' ');
+            Put(node.value());
+            Put("?>");
             break;
         default:
             break;
         }
-        if (m_text.size() >= kPiece) Flush();
+        if (m_size >= kPiece) Flush();
     }
 
     void Element(pugi::xml_node element, int level, bool layout)
     {
-        m_text.append(1, '<').append(element.name());
+        Put('<');
+        Put(element.name());
         Attributes(element);
         if (!element.first_child()) {
-            m_text += "/>";
+            Put("/>");
             return;
         }
-        m_text += '>';
+        Put('>');
         const bool lines = layout && !HoldsText(element);
         for (pugi::xml_node child : element.children()) {
             if (lines) NewLine(level + 1);
             Node(child, level + 1, lines);
         }
         if (lines) NewLine(level);
-        m_text.append("</").append(element.name()).append(1, '>');
+        Put("</");
+        Put(element.name());
+        Put('>');
     }
 
     void Attributes(pugi::xml_node node)
     {
         for (pugi::xml_attribute attribute : node.attributes()) {
-            m_text += ' ';
+            Put(' ');
             Attribute(attribute);
         }
     }
 
     void Attribute(pugi::xml_attribute attribute)
     {
-        m_text.append(attribute.name()).append("=\"");
-        Escape(attribute.value(), true);
-        m_text += '"';
+        Put(attribute.name());
+        Put("=\"");
+        Escape(attribute.value(), kSpecialInAttribute);
+        Put('"');
     }
 
     static bool HoldsText(pugi::xml_node element)
@@ -124,68 +152,77 @@ private:
 
     void NewLine(int level)
     {
-        m_text += '\n';
-        m_text.append(static_cast<std::size_t>(level) * 2, ' ');
+        const std::size_t indent = static_cast<std::size_t>(level) * 2;
+        Put('\n');
+        std::memset(Room(indent), ' ', indent);
+        m_size += indent;
     }
 
-    void Escape(std::string_view text, bool attribute)
+    void Escape(const char* text, const CharacterSet& special)
     {
-        const auto& special = attribute ? kSpecialInAttribute : kSpecialInText;
-        // White space alone would be taken for layout when it is read.
-        const bool keepFirst = !attribute && text.find_first_not_of(" \t\n\r") == text.npos && !text.empty();
-        if (keepFirst) {
-            Reference(text.front());
-            text.remove_prefix(1);
-        }
+        constexpr std::size_t kPortion = 128;
         while (true) {
-            std::size_t at = 0;
-            while (at < text.size() && !special[static_cast<unsigned char>(text[at])])
-                ++at;
-            m_text += text.substr(0, at);
-            if (at == text.size()) return;
-            Reference(text[at]);
-            text.remove_prefix(at + 1);
+            char* out = Room(kPortion);
+            const char* const end = out + kPortion;
+            while (out != end && !special[static_cast<unsigned char>(*text)])
+                *out++ = *text++;
+            m_size = static_cast<std::size_t>(out - m_buffer.data());
+            if (out == end) continue;
+            if (!*text) return;
+            Reference(*text++);
         }
+    }
+
+    void Text(const char* text)
+    {
+        // White space alone would be taken for layout when it is read.
+        const bool isLayout = *text && !text[std::strspn(text, " \t\n\r")];
+        if (isLayout) Reference(*text++);
+        Escape(text, kSpecialInText);
     }
 
     void Reference(char c)
     {
         switch (c) {
         case '&':
-            m_text += "&amp;";
+            Put("&amp;");
             break;
         case '<':
-            m_text += "&lt;";
+            Put("&lt;");
             break;
         case '>':
-            m_text += "&gt;";
+            Put("&gt;");
             break;
         case '"':
-            m_text += "&quot;";
+            Put("&quot;");
             break;
         default:
-            m_text.append("&#").append(std::to_string(static_cast<unsigned char>(c))).append(1, ';');
+            Put("&#");
+            Put(std::to_string(static_cast<unsigned char>(c)));
+            Put(';');
         }
     }
 
     /// The end mark within the text is split over two sections; a carriage return stands as a reference between two.
     void CData(std::string_view text)
     {
-        m_text += "<![CDATA[";
+        Put("<![CDATA[");
         for (std::size_t i = 0; i < text.size(); ++i) {
             if (text[i] == '\r') {
-                m_text += "]]>&#13;<![CDATA[";
+                Put("]]>&#13;<![CDATA[");
                 continue;
             }
-            if (text[i] == '>' && text.substr(0, i).ends_with("]]")) m_text += "]]><![CDATA[";
-            m_text += text[i];
+            if (text[i] == '>' && text.substr(0, i).ends_with("]]")) Put("]]><![CDATA[");
+            Put(text[i]);
         }
-        m_text += "]]>";
+        Put("]]>");
     }
 
     pugi::xml_node m_hidden;
     const XmlOutput& m_output;
-    std::string m_text;
+    /// Grows where the text between two nodes is longer.
+    std::string m_buffer = std::string(kPiece / 16, '\0');
+    std::size_t m_size = 0;
 };
 
 } // namespace

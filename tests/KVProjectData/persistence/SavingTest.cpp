@@ -106,7 +106,13 @@ TEST_F(SavingTest, RefusesTextThatXmlCannotHold)
     document->get_documentElement(root.Put());
     for (std::u16string_view bad : {std::u16string_view(u"a\u0001b"), std::u16string_view(u"a\xD800z")}) {
         title->put_Label(Bstr(bad).Get());
+        testing::internal::CaptureStderr();
         EXPECT_EQ(E_INVALIDARG, project->SaveXML(root.Get()));
+#ifdef NDEBUG
+        EXPECT_EQ("", testing::internal::GetCapturedStderr());
+#else
+        EXPECT_EQ("Failed on attribute: label\n", testing::internal::GetCapturedStderr());
+#endif
     }
     title->put_Label(Str(u"tab\tline\n<&>\"' \u00e9 \U0001F4C0").Get());
     const auto loaded = NewProject();

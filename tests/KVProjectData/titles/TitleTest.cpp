@@ -230,9 +230,9 @@ private:
 
 TEST_F(TitleTest, ReportsWhatTheEngineFails)
 {
-    const auto reported = [](std::string_view end) {
-        return testing::ElementsAre(testing::AllOf(testing::StartsWith("KVTitle("),
-                                                   testing::EndsWith("): *** Error " + std::string(end) + "\n")));
+    const auto reported = [](std::string_view end, const char* source = "KVTitle(") {
+        return testing::ElementsAre(
+            testing::AllOf(testing::StartsWith(source), testing::EndsWith("): *** Error " + std::string(end) + "\n")));
     };
     title->GetProduction(nullptr);
     EXPECT_THAT(ZXUErrorStack(), reported("NULL = ppProduction"));
@@ -247,6 +247,12 @@ TEST_F(TitleTest, ReportsWhatTheEngineFails)
         EXPECT_EQ(FAILED(result) ? 1u : 0u, ZXUErrorStack().size());
     }
     EXPECT_THAT(ZXUErrorStack(), reported("GetSourceList() = 0x80004005"));
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    EXPECT_THAT(ZXUErrorStack(), reported("get_Flags() = 0x80004001", "KVProjectData("));
+    EXPECT_EQ(S_OK, project->ClearDirtyFlag());
+    EXPECT_THAT(ZXUErrorStack(), testing::IsEmpty());
+    EXPECT_EQ(E_POINTER, project->BeginStoryboardUndo(nullptr, 1));
+    EXPECT_THAT(ZXUErrorStack(), reported("NULL = pUnkSbd", "KVProjectData("));
 }
 
 TEST_F(TitleTest, AModifiedProductionMakesTheProjectDirty)
