@@ -12,17 +12,18 @@ constexpr std::size_t kPiece = std::size_t{64} * 1024;
 
 using CharacterSet = std::array<bool, 256>;
 
+/// The characters, and the zero at the end of every text.
 constexpr CharacterSet SetOf(std::string_view characters)
 {
     CharacterSet set{};
+    set[0] = true;
     for (char c : characters)
         set[static_cast<unsigned char>(c)] = true;
     return set;
 }
 
-/// The zero at the end of every text is one of them.
-constexpr CharacterSet kSpecialInText = SetOf({"&<>\r", 5});
-constexpr CharacterSet kSpecialInAttribute = SetOf({"&<>\"\t\n\r", 8});
+constexpr CharacterSet kSpecialInText = SetOf("&<>\r");
+constexpr CharacterSet kSpecialInAttribute = SetOf("&<>\"\t\n\r");
 
 class Writer {
 public:
