@@ -18,7 +18,7 @@ enum class ListChange : ULONG { Add = 0, Remove = 1, Move = 2 };
 /// Keeps what an edit is about to replace: the open undo step.
 class StateRecorder {
 public:
-    /// False when the state could not be kept.
+    /// False when the state is not kept. Throws for lack of memory, before the edit.
     virtual bool KeepState(CProjectNode& node) = 0;
     virtual bool KeepCommands(CKVCommandList& commandList) = 0;
     /// `index` is where the child stands; for a move, where it came from.

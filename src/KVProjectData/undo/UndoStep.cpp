@@ -32,19 +32,26 @@ void UndoStep::Abandon()
     m_manager.Close(m_unit.Get(), false);
 }
 
+bool UndoStep::Keep(const ComPtr<IOleUndoUnit>& record)
+{
+    const HRESULT added = Add(record);
+    if (added == E_OUTOFMEMORY) throw Error(added);
+    return added == S_OK;
+}
+
 bool UndoStep::KeepState(CProjectNode& node)
 {
-    return Add(Make<CKVObjectState>(node)) == S_OK;
+    return Keep(Make<CKVObjectState>(node));
 }
 
 bool UndoStep::KeepCommands(CKVCommandList& commandList)
 {
-    return Add(Make<CKVCmdListState>(commandList)) == S_OK;
+    return Keep(Make<CKVCmdListState>(commandList));
 }
 
 bool UndoStep::KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
 {
-    return Add(Make<CKVListState>(list, change, child, index)) == S_OK;
+    return Keep(Make<CKVListState>(list, change, child, index));
 }
 
 } // namespace kv

@@ -49,6 +49,8 @@ public:
 private:
     CKVSbdProxy& Storyboards();
 
+    /// An edit goes on where the step takes no records; for lack of memory it must not: throws Error.
+    bool Keep(const ComPtr<IOleUndoUnit>& record);
     bool KeepState(CProjectNode& node) override;
     bool KeepCommands(CKVCommandList& commandList) override;
     bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) override;
