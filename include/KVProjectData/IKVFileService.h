@@ -27,10 +27,11 @@ struct IKVFileService : IDispatch {
     virtual HRESULT PersistToXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) = 0;
     virtual HRESULT PersistFromXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) = 0;
 
-    /// Puts the folder for a path variable at the start of the name.
+    /// Puts the folder in the place of a path variable at the start of the name: "%CONTENT%", "%SKINS%", "%PLUGINS%"
+    /// and "%TEMP%", as the registry named them when the service was created. A variable without a folder stays.
     virtual HRESULT ResolveFilePath(BSTR* bstrFileName) = 0;
 
-    /// Puts path variables for their folders.
+    /// Puts path variables in the place of their folders.
     virtual HRESULT UnresolveFilePath(BSTR* bstrFileName) = 0;
 };
 

@@ -77,14 +77,6 @@ HRESULT SetIfEmpty(IKVProjectData& project, StringGetter getter, StringSetter se
     return FAILED(read) || !current.Empty() ? read : (project.*setter)(value.Get());
 }
 
-std::u16string ReplaceAll(std::u16string text, std::u16string_view what, std::u16string_view with)
-{
-    for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size())) {
-        text.replace(at, what.size(), with);
-    }
-    return text;
-}
-
 /// Replaces a string that belongs to a caller.
 void ReplaceString(BSTR& string, std::u16string_view text)
 {
@@ -155,12 +147,7 @@ HRESULT CKVFileService::ResolveFilePath(BSTR* bstrFileName)
 {
     return Guarded([&] {
         if (!bstrFileName) return E_POINTER;
-        std::u16string path(View(*bstrFileName));
-        for (const auto& [variable, folder] : m_variables) {
-            if (!path.starts_with(variable)) continue;
-            path = PathAppend(folder, ReplaceAll(std::move(path), variable, {}));
-        }
-        ReplaceString(*bstrFileName, path);
+        ReplaceString(*bstrFileName, m_paths.Resolve(View(*bstrFileName)));
         return S_OK;
     });
 }
@@ -169,10 +156,7 @@ HRESULT CKVFileService::UnresolveFilePath(BSTR* bstrFileName)
 {
     return Guarded([&] {
         if (!bstrFileName) return E_POINTER;
-        std::u16string path(View(*bstrFileName));
-        for (const auto& [variable, folder] : m_variables)
-            path = ReplaceAll(std::move(path), folder, variable);
-        ReplaceString(*bstrFileName, path);
+        ReplaceString(*bstrFileName, m_paths.Unresolve(View(*bstrFileName)));
         return S_OK;
     });
 }

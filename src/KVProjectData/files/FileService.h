@@ -3,11 +3,9 @@
 
 #include "KVProjectData/IKVFileService.h"
 #include "KVProjectData/IKVProjectData.h"
+#include "KVProjectData/content/ContentPaths.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Object.h"
-
-#include <map>
-#include <string>
 
 namespace kv {
 
@@ -24,8 +22,7 @@ public:
     HRESULT UnresolveFilePath(BSTR* bstrFileName) override;
 
 private:
-    /// Replacement folders by path variable.
-    std::map<std::u16string, std::u16string> m_variables;
+    const ContentPaths m_paths;
 };
 
 } // namespace kv

@@ -1,0 +1,98 @@
+#include "KVProjectData/content/ContentPaths.h"
+
+#include "platform/system/Paths.h"
+#include "platform/system/Registry.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+namespace kv {
+namespace {
+
+constexpr std::u16string_view kPathsKey = u"SOFTWARE\\KORVA\\ZENDA\\Zenda\\Paths";
+constexpr std::u16string_view kSkinKey = u"SOFTWARE\\KORVA\\ZENDA\\Orvel\\BRXOPTIONS";
+constexpr std::u16string_view kPlugInsKey = u"SOFTWARE\\Korva\\ZENDA\\Tarnex\\Album";
+
+constexpr std::u16string_view kUsualContent = u"K:\\Orvel\\AppData\\Content";
+constexpr std::u16string_view kUsualSkins = u"K:\\Orvel\\skins";
+constexpr std::u16string_view kUsualPlugIns = u"K:\\Orvel\\AppData\\PlugIns";
+
+constexpr std::size_t kLongestPath = 260;
+
+std::u16string Setting(std::u16string_view key, std::u16string_view name)
+{
+    std::u16string text = Registry::QueryText(Hive::LocalMachine, key, name);
+    if (text.size() > kLongestPath) text.clear();
+    return text;
+}
+
+/// Empty when none of them exists.
+std::u16string_view FirstThatExists(std::initializer_list<std::u16string_view> paths)
+{
+    const auto found = std::ranges::find_if(paths, [](auto path) { return !path.empty() && PathFileExists(path); });
+    return found == paths.end() ? std::u16string_view() : *found;
+}
+
+std::u16string ReplaceAll(std::u16string text, std::u16string_view what, std::u16string_view with)
+{
+    for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size()))
+        text.replace(at, what.size(), with);
+    return text;
+}
+
+} // namespace
+
+ContentPaths::ContentPaths()
+{
+    AddContent();
+    AddSkins();
+    AddPlugIns();
+    Add(u"%TEMP%", TemporaryFolder());
+}
+
+void ContentPaths::AddContent()
+{
+    const std::u16string named = Setting(kPathsKey, u"AppDataContent");
+    // A name that is no path of its own continues the path of the host's folder.
+    const std::u16string besideHost = named.empty() ? named : HostFolder() + named;
+    Add(u"%CONTENT%", FirstThatExists({Setting(kPathsKey, u"AlternateContent"), named, besideHost, kUsualContent}));
+}
+
+void ContentPaths::AddSkins()
+{
+    std::u16string skin = Setting(kSkinKey, u"Current Skin");
+    if (!skin.empty()) skin = PathAppend(HostFolder(), skin);
+    if (skin.size() > kLongestPath) skin.clear();
+    Add(u"%SKINS%", FirstThatExists({skin, kUsualSkins}));
+}
+
+void ContentPaths::AddPlugIns()
+{
+    Add(u"%PLUGINS%", FirstThatExists({Setting(kPlugInsKey, u"EffectsFilesPath"), kUsualPlugIns}));
+}
+
+void ContentPaths::Add(std::u16string_view macro, std::u16string_view folder)
+{
+    if (!folder.empty()) m_macros.emplace(macro, folder);
+}
+
+std::u16string ContentPaths::Resolve(std::u16string_view path) const
+{
+    std::u16string resolved(path);
+    for (const auto& [macro, folder] : m_macros) {
+        if (!resolved.starts_with(macro)) continue;
+        const std::u16string rest = ReplaceAll(std::move(resolved), macro, {});
+        resolved = rest.empty() ? folder : PathAppend(folder, rest);
+    }
+    return resolved;
+}
+
+std::u16string ContentPaths::Unresolve(std::u16string_view path) const
+{
+    std::u16string unresolved(path);
+    for (const auto& [macro, folder] : m_macros)
+        unresolved = ReplaceAll(std::move(unresolved), folder, macro);
+    return unresolved;
+}
+
+} // namespace kv
