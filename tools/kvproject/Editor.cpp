@@ -157,13 +157,14 @@ constexpr Editor::Command Editor::kCommands[] = {
     {"redo", &Editor::Redo, "", "make it again"},
     {"history", &Editor::History, "", "list the steps"},
     {"show", &Editor::Show, "[PATH]", "show the project, or one value"},
-    {"save", &Editor::Save, "[FILE]", "save, here or elsewhere"},
+    {"save", &Editor::Save, "[--force] [FILE]", "save, here or elsewhere; forced even where that loses something"},
+    {"status", &Editor::Status, "", "tell whether the file holds what is shown"},
     {"help", &Editor::Help, "", "show this"},
     {"quit", &Editor::Quit, "", "end without saving"},
 };
 
-Editor::Editor(Session& session, EventPrinter& events, std::string file, std::ostream& out)
-    : m_session(session), m_events(events), m_file(std::move(file)), m_out(out), m_saved(DocumentText(session))
+Editor::Editor(Session& session, EventPrinter& events, ProjectFile& file, std::ostream& out)
+    : m_session(session), m_events(events), m_file(file), m_out(out), m_saved(DocumentText(session))
 {
 }
 
@@ -359,12 +360,21 @@ void Editor::Show(std::string_view path)
     }
 }
 
-void Editor::Save(std::string_view file)
+void Editor::Save(std::string_view arguments)
 {
-    const std::string target = file.empty() ? m_file : std::string(file);
-    m_session.Save(target);
-    m_file = target;
+    std::string_view file = arguments;
+    const bool force = TakeWord(file) == "--force";
+    if (!force) file = arguments;
+    m_file.Save(file.empty() ? m_file.Name() : std::string(file), force);
     m_saved = DocumentText(m_session);
+}
+
+void Editor::Status(std::string_view)
+{
+    if (m_file.ChangedByOthers()) m_out << m_file.Name() << " was changed by somebody else\n";
+    for (const std::string& loss : m_file.Losses())
+        m_out << m_file.Name() << ": " << loss << '\n';
+    m_out << (Unsaved() ? "there are changes that are not saved\n" : "all changes are saved\n");
 }
 
 void Editor::Quit(std::string_view)

@@ -2,7 +2,7 @@
 // Edits a project by commands, one a line: every edit is a step that can be undone, or part of one.
 
 #include "EventPrinter.h"
-#include "Session.h"
+#include "ProjectFile.h"
 #include "platform/automation/Bstr.h"
 
 #include <ostream>
@@ -14,7 +14,7 @@ namespace kvproject {
 class Editor {
 public:
     /// A step that is left open is cancelled at the end.
-    Editor(Session& session, EventPrinter& events, std::string file, std::ostream& out);
+    Editor(Session& session, EventPrinter& events, ProjectFile& file, std::ostream& out);
     ~Editor();
     Editor(const Editor&) = delete;
     Editor& operator=(const Editor&) = delete;
@@ -23,7 +23,7 @@ public:
     /// for a line that cannot be obeyed, which then has changed nothing.
     bool Obey(std::string_view line);
 
-    /// A save would write another document than the last one did.
+    /// A save would write another document than the one that was loaded or saved last.
     bool Unsaved() const;
 
 private:
@@ -44,7 +44,8 @@ private:
     void Redo(std::string_view);
     void History(std::string_view);
     void Show(std::string_view path);
-    void Save(std::string_view file);
+    void Save(std::string_view arguments);
+    void Status(std::string_view);
     void Quit(std::string_view);
     void Help(std::string_view);
 
@@ -61,7 +62,7 @@ private:
 
     Session& m_session;
     EventPrinter& m_events;
-    std::string m_file;
+    ProjectFile& m_file;
     std::ostream& m_out;
     std::string m_line;
     /// The document as it was loaded, or saved last.

@@ -7,6 +7,7 @@
 #include "Idl.h"
 #include "Lines.h"
 #include "ObjectPath.h"
+#include "ProjectFile.h"
 #include "Session.h"
 #include "Tree.h"
 
@@ -29,6 +30,8 @@ constexpr int kUsage = 2;
 struct FileOptions {
     std::string file;
     bool events = false;
+    /// A save may lose what was not read.
+    bool force = false;
 
     /// Where the events are printed; null for nowhere.
     std::ostream* EventStream() const { return events ? &std::cout : nullptr; }
@@ -61,6 +64,7 @@ void AddClip(EventPrinter& events, const std::string& clip)
 
 int RunNew(const NewOptions& options)
 {
+    if (!options.force) RequireNew(options.file);
     Session session;
     IKVProjectData& project = session.Project();
     EventPrinter events(project, options.EventStream());
@@ -122,11 +126,19 @@ std::optional<std::string> ValueOf(IKVProjectData& project, const std::string& p
     }
 }
 
+/// Tells a person what a save would lose of the file.
+void TellLosses(const ProjectFile& file)
+{
+    for (const std::string& loss : file.Losses())
+        std::cerr << "kvproject: " << file.Name() << ": " << loss << '\n';
+}
+
 /// What the assignments made of their members.
 MemberValues SetAndSave(const FileOptions& options, const std::vector<std::string>& assignments)
 {
     Session session;
-    session.Load(options.file);
+    ProjectFile file(session, options.file);
+    TellLosses(file);
     EventPrinter events(session.Project(), options.EventStream());
     MemberValues values;
     for (const std::string& assignment : assignments) {
@@ -138,7 +150,7 @@ MemberValues SetAndSave(const FileOptions& options, const std::vector<std::strin
     // Before saving, which sets the project's directory.
     for (auto& [path, value] : values)
         value = ValueOf(session.Project(), path);
-    session.Save(options.file);
+    file.Save(options.file, options.force);
     events.WaitForAll();
     return values;
 }
@@ -164,9 +176,10 @@ struct EditOptions : FileOptions {
 int RunEdit(const EditOptions& options)
 {
     Session session;
-    session.Load(options.file);
+    ProjectFile file(session, options.file);
+    TellLosses(file);
     EventPrinter events(session.Project(), options.EventStream());
-    Editor editor(session, events, options.file, std::cout);
+    Editor editor(session, events, file, std::cout);
     Lines lines(options.script);
     // Nothing is to be printed while a person types.
     if (lines.Typed()) session.Project().EnableHeartBeatEvent(VARIANT_FALSE);
@@ -217,6 +230,7 @@ int Run(int argc, char** argv)
     auto made = std::make_shared<NewOptions>();
     CLI::App* make = app.add_subcommand("new", "Make a project file");
     AddFileOptions(*make, *made, true);
+    make->add_flag("--force", made->force, "Replace an existing file");
     make->add_option("--format", made->format, "Disc format, such as DVD_Video or AVCHD");
     make->add_option("--standard", made->standard, "NTSC or PAL; without it the first clip decides");
     make->add_option("--label", made->label, "Label and name of the project; without it the name of the file");
@@ -243,6 +257,7 @@ int Run(int argc, char** argv)
     auto assignments = std::make_shared<std::vector<std::string>>();
     CLI::App* set = app.add_subcommand("set", "Change values and save; nothing is saved when one of them is refused");
     AddFileOptions(*set, *changed, true);
+    set->add_flag("--force", changed->force, "Save even where that loses what the file holds");
     set->add_option("PATH=VALUE", *assignments, "The changes, made in order")->required()->check(CheckAssignment);
     set->callback(
         [&run, changed, assignments] { run = [changed, assignments] { return RunSet(*changed, *assignments); }; });

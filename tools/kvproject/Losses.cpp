@@ -1,0 +1,186 @@
+#include "Losses.h"
+
+#include "Failure.h"
+#include "Markup.h"
+#include "Session.h"
+#include "platform/system/Locale.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <deque>
+
+namespace kvproject {
+namespace {
+
+using kv::Variant;
+
+/// Attributes that are read as true or false, from a number or from a word.
+constexpr std::array<std::string_view, 7> kBooleans{"VBREncoding",   "doCompression", "fitToDisc",      "menuless",
+                                                    "onDiscProject", "syncToProject", "twoPassEncoding"};
+
+// Values, as the library reads them from texts
+
+/// Empty for a text that is not read as that type.
+std::optional<Variant> ReadAs(VARTYPE type, const std::string& text)
+{
+    Variant value(kv::ToUtf16(text));
+    return SUCCEEDED(VariantChangeType(&value, &value, 0, type)) ? std::optional(std::move(value)) : std::nullopt;
+}
+
+std::optional<bool> ReadTruth(const std::string& text)
+{
+    const auto value = ReadAs(VT_BOOL, text);
+    return value ? std::optional(value->boolVal != VARIANT_FALSE) : std::nullopt;
+}
+
+std::optional<double> ReadNumber(const std::string& text)
+{
+    const auto value = ReadAs(VT_R8, text);
+    return value ? value->dblVal : kv::ParseDoubleUserLocale(kv::ToUtf16(text));
+}
+
+/// The number that enumeration texts such as "2 (PAL)" begin with.
+std::optional<long> ReadLeadingInteger(const std::string& text)
+{
+    char* end = nullptr;
+    const long number = std::strtol(text.c_str(), &end, 10);
+    return end == text.c_str() ? std::nullopt : std::optional(number);
+}
+
+template <class Value>
+bool Same(const std::optional<Value>& left, const std::optional<Value>& right)
+{
+    return left && left == right;
+}
+
+/// Whether a text of the file means what the library wrote for it again.
+bool MeansTheSame(std::string_view attribute, const std::string& text, const std::string& written)
+{
+    if (text == written) return true;
+    // An object whose ID is 0 has none yet, and gets one.
+    if (attribute == "ID") return ReadId(text) == 0u || Same(ReadId(text), ReadId(written));
+    if (std::ranges::count(kBooleans, attribute)) return Same(ReadTruth(text), ReadTruth(written));
+    if (written.find(" (") != written.npos) return Same(ReadLeadingInteger(text), ReadLeadingInteger(written));
+    return Same(ReadNumber(text), ReadNumber(written));
+}
+
+/// Compares what the file says with what the library made of it.
+class Comparison {
+public:
+    explicit Comparison(std::vector<std::string>& faults) : m_faults(faults) {}
+
+    void Run(const Element& file, const Element& loaded, const std::string& path)
+    {
+        CompareAttributes(file, loaded, path);
+        std::map<std::string, std::deque<Element>> rest;
+        for (Element& child : loaded.Children())
+            rest[child.Name()].push_back(std::move(child));
+        ForEachChild(file, path, [&](const Element& child, const std::string& childPath) {
+            std::deque<Element>& matches = rest[child.Name()];
+            if (matches.empty()) return ReportUnread(child, childPath);
+            Run(child, matches.front(), childPath);
+            matches.pop_front();
+        });
+    }
+
+    /// What stands around the first project.
+    void RunOutside(const Element& root)
+    {
+        ReportAttributes(root, root.Name());
+        bool first = true;
+        ForEachChild(root, {}, [&](const Element& child, const std::string& path) {
+            const std::string name = child.Name();
+            if (name == kProjectElement && std::exchange(first, false)) return;
+            if (name != kProductionsElement) return ReportUnread(child, path);
+            ReportAttributes(child, path);
+            ReportProjectsIn(child, path);
+        });
+    }
+
+private:
+    void CompareAttributes(const Element& file, const Element& loaded, const std::string& path)
+    {
+        const auto kept = loaded.Attributes();
+        const auto attributes = file.Attributes();
+        for (const auto& [name, value] : attributes) {
+            // The version is the writer's, a count follows from the children, a project's ID is its process's.
+            if (name == "Version" || name == "NumItems" || (name == "ID" && file.Name() == kProjectElement)) continue;
+            const bool oldName = name == "HDVideoFormat" && !attributes.contains("videoFormat");
+            const auto found = kept.find(oldName ? "videoFormat" : name);
+            if (found == kept.end()) {
+                ReportIgnored(name, path);
+            } else if (!MeansTheSame(name, value, found->second)) {
+                m_faults.push_back(path + ": the attribute \"" + name + "\" is read as \"" + found->second +
+                                   "\", not \"" + value + "\"");
+            }
+        }
+    }
+
+    /// Of an element that has none of its own: it may declare the namespace of data types.
+    void ReportAttributes(const Element& element, const std::string& path)
+    {
+        for (const auto& [name, value] : element.Attributes()) {
+            if (name != "xmlns:dt") ReportIgnored(name, path);
+        }
+    }
+
+    void ReportIgnored(const std::string& attribute, const std::string& path)
+    {
+        m_faults.push_back(path + ": the attribute \"" + attribute + "\" is ignored");
+    }
+
+    void ReportUnread(const Element& element, const std::string& path)
+    {
+        if (element.Name() == kProjectElement) {
+            m_faults.push_back(path + ": a further project; a file is to have one");
+        } else {
+            m_faults.push_back(path + ": the element is ignored");
+            ReportProjectsIn(element, path);
+        }
+    }
+
+    /// Projects are found within elements that mean nothing, too.
+    void ReportProjectsIn(const Element& element, const std::string& path)
+    {
+        ForEachChild(element, path, [&](const Element& child, const std::string& childPath) {
+            if (child.Name() == kProjectElement) ReportUnread(child, childPath);
+        });
+    }
+
+    std::vector<std::string>& m_faults;
+};
+
+} // namespace
+
+std::vector<std::string> FindUnread(const std::string& file)
+{
+    Session session;
+    session.Load(file);
+    const auto document = ParseFile(file);
+    const auto original = FindProject(*document);
+    if (!original) throw Failure("cannot load " + file + ": there is no project in it");
+    // Once more from its element alone, without what loading a file adds.
+    Require(session.Project().loadXML(original.Get()), "cannot load " + file);
+    const auto written = session.Document();
+
+    std::vector<std::string> unread;
+    Comparison comparison(unread);
+    comparison.Run(Element(original), Element(FindProject(*written)), "Project[1]");
+    comparison.RunOutside(RootOf(*document));
+    return unread;
+}
+
+std::vector<std::string> FindLosses(const std::string& file)
+{
+    std::vector<std::string> losses = FindUnread(file);
+    ForEachChild(RootOf(*ParseFile(file)), {}, [&](const Element& child, const std::string& path) {
+        if (child.Name() != kProductionsElement) return;
+        ForEachChild(child, path, [&](const Element&, const std::string& production) {
+            losses.push_back(production + ": productions are not kept");
+        });
+    });
+    return losses;
+}
+
+} // namespace kvproject

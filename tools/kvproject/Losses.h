@@ -1,0 +1,16 @@
+#pragma once
+// What a project file says and the library passes over when it loads the file, so that a save would lose it.
+
+#include <string>
+#include <vector>
+
+namespace kvproject {
+
+/// One sentence for each element and attribute that is passed over or read differently. Throws Failure for a file that
+/// cannot be loaded at all.
+std::vector<std::string> FindUnread(const std::string& file);
+
+/// These, and what stands in Productions, which is the host's: no fault of the file, but this program writes none.
+std::vector<std::string> FindLosses(const std::string& file);
+
+} // namespace kvproject
