@@ -1,14 +1,15 @@
 #include "Editor.h"
 
+#include "Clips.h"
 #include "Failure.h"
 #include "ObjectPath.h"
+#include "Text.h"
 #include "Tree.h"
 
 #include "KVProjectData/ICPSUndoParentEnum.h"
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
 #include <vector>
 
 namespace kvproject {
@@ -71,12 +72,6 @@ Addition ParseAddition(std::string_view text)
     const LONG place = TakePlace(rest);
     if (!rest.empty()) throw Failure("'" + std::string(rest) + "' stands behind the closing quote");
     return {std::string(text.substr(1, end - 1)), place};
-}
-
-void RequireFile(const std::string& file)
-{
-    std::error_code error;
-    if (!std::filesystem::exists(file, error)) throw Failure(file + ": the file does not exist");
 }
 
 kv::Bstr Wide(std::string_view text)
@@ -175,6 +170,7 @@ Editor::~Editor()
 
 bool Editor::Obey(std::string_view line)
 {
+    RequireUtf8(line);
     std::string_view rest = Trimmed(line);
     if (rest.empty() || rest.front() == '#') return true;
     m_line = rest;
@@ -259,11 +255,9 @@ void Editor::Add(std::string_view arguments)
     const Addition addition = ParseAddition(arguments);
     const std::string& name = addition.name;
     if (kind == "title") {
-        if (!name.empty()) RequireFile(name);
         Change([&] { AddTitle(name, addition.place); });
     } else if (kind == "file") {
         if (name.empty()) throw Failure("add file: which file?");
-        RequireFile(name.substr(0, name.find('=')));
         Change([&] { AddDataFile(m_session.Project(), name, addition.place); });
     } else {
         throw Failure("add what? A title or a file");
@@ -272,12 +266,8 @@ void Editor::Add(std::string_view arguments)
 
 void Editor::AddTitle(const std::string& clip, LONG place)
 {
-    const auto title = m_events.AddTitle(clip.empty() ? kv::Bstr() : Wide(clip), place);
-    if (clip.empty()) return;
-    const std::string label = std::filesystem::path(clip).stem().string();
-    Require(title->put_Label(Wide(label).Get()), "cannot name the title");
     // What measuring the first clip changes belongs to the step.
-    m_events.WaitForAll();
+    clip.empty() ? void(m_events.AddTitle(kv::Bstr(), place)) : AddClip(m_events, clip, place);
 }
 
 void Editor::Remove(std::string_view arguments)
@@ -356,7 +346,7 @@ void Editor::Show(std::string_view path)
     if (path.empty()) {
         PrintTree(ReadTree(m_session.Project()), m_out);
     } else {
-        m_out << GetMember(m_session.Project(), path) << '\n';
+        m_out << Shown(GetMember(m_session.Project(), path)) << '\n';
     }
 }
 

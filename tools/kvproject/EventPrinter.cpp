@@ -1,6 +1,8 @@
 #include "EventPrinter.h"
 
 #include "Failure.h"
+#include "KVProjectData/KVProjectData.h"
+#include "Text.h"
 #include "platform/com/Object.h"
 
 #include <algorithm>
@@ -19,6 +21,38 @@ const kv::MemberDescription* FindEvent(DISPID id)
     return found == members.end() ? nullptr : &*found;
 }
 
+/// The interface that the propID of an event is a DISPID of; null where events have none.
+const kv::InterfaceDescription* PropertyOwner(DISPID event)
+{
+    switch (event) {
+    case EVENT_VolumePropChanged:
+        return &kv::kInterfaceDescription<IKVProjectData>;
+    case EVENT_TitlePropChanged:
+        return &kv::kInterfaceDescription<IKVTitle>;
+    case EVENT_DataFilePropChanged:
+        return &kv::kInterfaceDescription<IKVDataFile>;
+    case EVENT_TitleEncodingParamChanged:
+    case EVENT_MenuEncodingParamChanged:
+        return &kv::kInterfaceDescription<IKVEncodingParams>;
+    default:
+        return nullptr;
+    }
+}
+
+/// What an argument that is a number stands for; empty for a number alone.
+std::string_view NameOf(DISPID event, std::string_view parameter, LONG value)
+{
+    if (event == EVENT_TVStandardChanged) {
+        const auto& names = kv::kEnumDescription<TVStandard>.values;
+        const auto found = std::ranges::find(names, value, &kv::EnumeratorDescription::value);
+        return found == names.end() ? std::string_view() : found->name;
+    }
+    const kv::InterfaceDescription* owner = parameter == "propID" ? PropertyOwner(event) : nullptr;
+    if (!owner) return {};
+    const auto found = std::ranges::find(owner->members, value, &kv::MemberDescription::id);
+    return found == owner->members.end() ? std::string_view() : found->name;
+}
+
 std::string Line(const kv::MemberDescription& event, const DISPPARAMS& params)
 {
     std::ostringstream line;
@@ -28,7 +62,8 @@ std::string Line(const kv::MemberDescription& event, const DISPPARAMS& params)
         const VARIANT& argument = params.rgvarg[params.cArgs - 1 - i];
         line << (i ? ", " : "") << event.parameters[i].name << '=';
         if (argument.vt == VT_BSTR) {
-            line << '"' << kv::ToUtf8(kv::View(argument.bstrVal)) << '"';
+            const std::string text = Shown(kv::ToUtf8(kv::View(argument.bstrVal)));
+            line << (text.starts_with('"') ? text : '"' + text + '"');
         } else if (argument.vt == (VT_I4 | VT_BYREF)) {
             line << '[';
             for (LONG k = 0; k < count; ++k)
@@ -37,6 +72,8 @@ std::string Line(const kv::MemberDescription& event, const DISPPARAMS& params)
         } else {
             count = argument.lVal;
             line << argument.lVal;
+            const std::string_view name = NameOf(event.id, event.parameters[i].name, argument.lVal);
+            if (!name.empty()) line << " (" << name << ')';
         }
     }
     line << ')';

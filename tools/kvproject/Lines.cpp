@@ -7,9 +7,15 @@
 #include <editline/readline.h>
 #include <iostream>
 #include <memory>
+#include <string_view>
 #include <unistd.h>
 
 namespace kvproject {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+} // namespace
 
 Lines::Lines(const std::string& script)
     : m_typed(script.empty() && isatty(STDIN_FILENO)),
@@ -25,7 +31,10 @@ std::optional<std::string> Lines::Next()
     ++m_number;
     if (!m_typed) {
         std::string line;
-        if (std::getline(m_input, line)) return line;
+        if (std::getline(m_input, line)) {
+            if (m_number == 1 && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
+            return line;
+        }
         // A folder can be opened, but not be read; of the standard input only the C library tells.
         if (!m_input.eof() || std::ferror(stdin)) throw Failure("cannot read " + m_name);
         return std::nullopt;

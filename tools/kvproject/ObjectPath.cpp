@@ -1,14 +1,19 @@
 #include "ObjectPath.h"
 
+#include "Commands.h"
 #include "Failure.h"
 #include "KVProjectData/KVProjectData.h"
+#include "KVProjectData/ResultCodes.h"
 #include "Properties.h"
+#include "Text.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <optional>
+#include <unistd.h>
 
 namespace kvproject {
 namespace {
@@ -26,6 +31,7 @@ Segment ParseSegment(std::string_view text)
 {
     const std::size_t open = text.find('[');
     if (open == text.npos) return {text, std::nullopt};
+    if (text.find(']') == text.npos) throw Failure("'" + std::string(text) + "': the closing bracket is missing");
     LONG position = 0;
     const char* first = text.data() + open + 1;
     const char* last = text.data() + text.size() - 1;
@@ -90,25 +96,57 @@ ComPtr<IDispatch> StepInto(IDispatch& object, const Segment& segment)
 /// The object that holds a path's last name.
 struct Target {
     ComPtr<IDispatch> object;
-    DISPID member;
+    /// The command of the object that holds it.
+    std::optional<LONG> command;
+    std::string_view member;
+
+    DISPID Id() const
+    {
+        if (command) throw Failure("commands[" + std::to_string(*command) + "]: commands cannot be set");
+        return FindMember(*object, member);
+    }
 };
 
 Target Find(IKVProjectData& project, std::string_view path)
 {
-    ComPtr<IDispatch> object(&project);
+    Target target{ComPtr<IDispatch>(&project), std::nullopt, {}};
     for (std::size_t dot = path.find('.'); dot != path.npos; dot = path.find('.')) {
-        object = StepInto(*object, ParseSegment(path.substr(0, dot)));
+        const Segment segment = ParseSegment(path.substr(0, dot));
+        if (target.command) throw Failure("'" + std::string(segment.name) + "' has no members");
+        if (segment.position && SameName(segment.name, "commands")) {
+            target.command = segment.position;
+        } else {
+            target.object = StepInto(*target.object, segment);
+        }
         path.remove_prefix(dot + 1);
     }
-    if (path.find('[') != path.npos) throw Failure("'" + std::string(path) + "' is an object: name one of its members");
-    return {object, FindMember(*object, path)};
+    if (ParseSegment(path).position) throw Failure("'" + std::string(path) + "' is an object: name one of its members");
+    target.member = path;
+    return target;
+}
+
+/// A member of a command. Empty where it has no value.
+std::optional<std::string> CommandMember(const Target& target)
+{
+    const std::vector<Command> commands = CommandsOf(target.object.Get());
+    const LONG position = *target.command;
+    if (position < 1 || static_cast<std::size_t>(position) > commands.size()) {
+        throw Failure("commands[" + std::to_string(position) + "]: " + Describe(KV_E_BAD_POSITION));
+    }
+    const Command& command = commands[static_cast<std::size_t>(position) - 1];
+    if (SameName(target.member, "Command")) return command.name;
+    if (SameName(target.member, "Param1")) return std::to_string(command.param1);
+    if (SameName(target.member, "Param2")) return std::to_string(command.param2);
+    if (SameName(target.member, "XML")) return command.xml;
+    throw Failure("'" + std::string(target.member) + "': " + Describe(DISP_E_UNKNOWNNAME));
 }
 
 /// Empty for a member that is no property.
 std::optional<Property> PropertyAt(const Target& target)
 {
+    const DISPID id = target.Id();
     for (Property& property : PropertiesOf(*target.object)) {
-        if (property.id == target.member) return std::move(property);
+        if (property.id == id) return std::move(property);
     }
     return std::nullopt;
 }
@@ -120,32 +158,68 @@ std::string ValueText(const Variant& value)
     return kv::ToUtf8(kv::View(value.As(VT_BSTR).bstrVal));
 }
 
+/// The number that the property takes for it, as text.
+std::string EnumeratorFor(const Enumeration& names, std::string_view text, const std::string& what)
+{
+    const std::optional<LONG> value = names.Value(text);
+    if (!value) throw Failure(what + ": the value is none of " + names.List());
+    return names.flags ? std::to_string(static_cast<ULONG>(*value)) : std::to_string(*value);
+}
+
+/// A number that an integer could take by rounding alone.
+bool IsFraction(const std::string& text)
+{
+    Variant number(kv::ToUtf16(text));
+    return SUCCEEDED(VariantChangeType(&number, &number, 0, VT_R8)) && number.dblVal != std::trunc(number.dblVal);
+}
+
+bool HoldsInteger(IDispatch& object, DISPID member)
+{
+    Variant value;
+    if (ReadProperty(object, member, value) != S_OK) return false;
+    return value.vt == VT_I4 || value.vt == VT_UI4 || value.vt == VT_I8;
+}
+
+/// Where "SOURCE=DESTINATION" parts: a source may hold "=" itself, so that the longest one that is there counts.
+std::size_t FindSourceEnd(const std::string& text)
+{
+    std::error_code error;
+    if (std::filesystem::exists(text, error)) return text.npos;
+    for (std::size_t end = text.rfind('='); end != text.npos && end > 0; end = text.rfind('=', end - 1)) {
+        if (std::filesystem::exists(text.substr(0, end), error)) return end;
+    }
+    return text.find('=');
+}
+
 } // namespace
 
 std::string GetMember(IKVProjectData& project, std::string_view path)
 {
     const Target target = Find(project, path);
+    if (target.command) {
+        const auto text = CommandMember(target);
+        if (!text) throw Failure(std::string(path) + ": " + Describe(S_FALSE));
+        return *text;
+    }
     Variant value;
-    const HRESULT result = ReadProperty(*target.object, target.member, value);
+    const HRESULT result = ReadProperty(*target.object, target.Id(), value);
     if (result != S_OK) throw Failure(std::string(path) + ": " + Describe(result));
     const auto property = PropertyAt(target);
-    const auto name = property ? property->ValueName(value) : std::nullopt;
-    return name ? *name : ValueText(value);
+    const auto number = property ? property->EnumerationValue(value) : std::nullopt;
+    return number ? property->enumeration->Text(*number) : ValueText(value);
 }
 
 void SetMember(IKVProjectData& project, std::string_view path, std::string_view value)
 {
     const Target target = Find(project, path);
-    const std::string what = std::string(path) + "=" + std::string(value);
-    HRESULT result = WriteProperty(*target.object, target.member, Variant(kv::ToUtf16(value)));
-    const auto property = result == DISP_E_TYPEMISMATCH ? PropertyAt(target) : std::nullopt;
-    if (property && property->enumeration) {
-        const Enumeration& names = *property->enumeration;
-        const std::optional<LONG> named = names.Value(value);
-        if (!named) throw Failure(what + ": the value is none of " + names.List());
-        result = WriteProperty(*target.object, target.member, Variant(*named));
-    }
-    Require(result, what);
+    const std::string what = std::string(path) + "=" + Shown(value);
+    const DISPID member = target.Id();
+    const auto property = PropertyAt(target);
+    RequireStorable(value, what);
+    const std::string text =
+        property && property->enumeration ? EnumeratorFor(*property->enumeration, value, what) : std::string(value);
+    if (IsFraction(text) && HoldsInteger(*target.object, member)) throw Failure(what + ": a whole number is wanted");
+    Require(WriteProperty(*target.object, member, Variant(kv::ToUtf16(text))), what);
 }
 
 Item ParseItem(std::string_view text)
@@ -178,10 +252,20 @@ void MoveItem(IKVProjectData& project, const Item& item, LONG to)
             "cannot move it to position " + std::to_string(to));
 }
 
+void RequireFile(const std::string& file)
+{
+    std::error_code error;
+    const auto status = std::filesystem::status(file, error);
+    if (!std::filesystem::exists(status)) throw Failure(file + ": the file does not exist");
+    if (std::filesystem::is_directory(status)) throw Failure(file + ": a folder, no file");
+    if (access(file.c_str(), R_OK) != 0) throw Failure(file + ": the file may not be read");
+}
+
 void AddDataFile(IKVProjectData& project, const std::string& text, LONG position)
 {
-    const std::size_t equals = text.find('=');
+    const std::size_t equals = FindSourceEnd(text);
     const std::string source = text.substr(0, equals);
+    RequireFile(source);
     const std::string destination =
         equals == text.npos ? std::filesystem::path(source).filename().string() : text.substr(equals + 1);
     ComPtr<IKVDataFile> file;

@@ -3,7 +3,7 @@
 // writes it late bound.
 //
 // titles[N], menus[N] and dataFiles[N] count from 1; "encoding" is the encoding parameters of the project or of a
-// title. Member names are those of the type library, in any case.
+// title; commands[N] can be read alone. Names are those of the JSON output, in any case.
 
 #include "KVProjectData/IKVProjectData.h"
 
@@ -16,8 +16,8 @@ namespace kvproject {
 /// be read, or what it names has no value at the moment.
 std::string GetMember(IKVProjectData& project, std::string_view path);
 
-/// The value is a number, a text, true or false, or the name of an enumerator of the member's own; flags join names by
-/// "|". Throws Failure when the path names nothing that can be set, or the value does not fit.
+/// The value is a number, a text, true or false, or the name of an enumerator of the member's own; flags join names and
+/// numbers by "|". Throws Failure when the path names nothing that can be set, or the value does not fit.
 void SetMember(IKVProjectData& project, std::string_view path, std::string_view value);
 
 /// An object of a list.
@@ -35,6 +35,9 @@ Item ParseItem(std::string_view text);
 /// Both throw Failure when there is no such object or place.
 void RemoveItem(IKVProjectData& project, const Item& item);
 void MoveItem(IKVProjectData& project, const Item& item, LONG to);
+
+/// Throws Failure for a name that no readable file bears.
+void RequireFile(const std::string& file);
 
 /// Adds "SOURCE" or "SOURCE=DESTINATION", which is the name of the source at first; position 0 is behind the last.
 void AddDataFile(IKVProjectData& project, const std::string& text, LONG position);

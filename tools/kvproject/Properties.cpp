@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <limits>
 
 namespace kvproject {
 namespace {
@@ -75,31 +77,55 @@ bool SameName(std::string_view left, std::string_view right)
     return std::ranges::equal(left, right, {}, fold, fold);
 }
 
+std::optional<LONG> Enumeration::Single(std::string_view text) const
+{
+    long long number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    const auto means = [&](const auto& row) { return isNumber ? row.second == number : SameName(row.first, text); };
+    const auto found = std::ranges::find_if(enumerators, means);
+    if (found != enumerators.end()) return found->second;
+    const bool isFlags = flags && isNumber && number >= 0 && number <= std::numeric_limits<ULONG>::max();
+    return isFlags ? std::optional(static_cast<LONG>(number)) : std::nullopt;
+}
+
 std::optional<LONG> Enumeration::Value(std::string_view text) const
 {
     LONG value = 0;
     while (true) {
         const std::size_t bar = flags ? text.find('|') : text.npos;
-        const auto isNamed = [name = text.substr(0, bar)](const auto& row) { return SameName(row.first, name); };
-        const auto found = std::ranges::find_if(enumerators, isNamed);
-        if (found == enumerators.end()) return std::nullopt;
-        value |= found->second;
+        const auto single = Single(text.substr(0, bar));
+        if (!single) return std::nullopt;
+        value |= *single;
         if (bar == text.npos) return value;
         text.remove_prefix(bar + 1);
     }
 }
 
-std::optional<std::string> Enumeration::Text(LONG value) const
+std::pair<std::vector<std::string>, ULONG> Enumeration::Split(LONG value) const
 {
-    std::string text;
-    LONG untold = value;
+    std::vector<std::string> names;
+    LONG rest = value;
     for (const auto& [name, number] : enumerators) {
-        if (number == value) return name;
-        if (!flags || !(number & value)) continue;
-        text += (text.empty() ? "" : "|") + name;
-        untold &= ~number;
+        if (!(number & value)) continue;
+        names.push_back(name);
+        rest &= ~number;
     }
-    return text.empty() || untold != 0 ? std::nullopt : std::optional(std::move(text));
+    return {std::move(names), static_cast<ULONG>(rest)};
+}
+
+std::string Enumeration::Text(LONG value) const
+{
+    if (!flags) {
+        const auto found = std::ranges::find(enumerators, value, [](const auto& row) { return row.second; });
+        return found == enumerators.end() ? std::to_string(value) : found->first;
+    }
+    auto [names, rest] = Split(value);
+    if (rest != 0 || names.empty()) names.push_back(std::to_string(rest));
+    std::string text;
+    for (const std::string& name : names)
+        text += (text.empty() ? "" : "|") + name;
+    return text;
 }
 
 std::string Enumeration::List() const
@@ -110,11 +136,11 @@ std::string Enumeration::List() const
     return list;
 }
 
-std::optional<std::string> Property::ValueName(const VARIANT& value) const
+std::optional<LONG> Property::EnumerationValue(const VARIANT& value) const
 {
     // Flags are unsigned, and of the same size.
     const bool isNumber = value.vt == VT_I4 || value.vt == VT_UI4;
-    return enumeration && isNumber ? enumeration->Text(value.lVal) : std::nullopt;
+    return enumeration && isNumber ? std::optional(value.lVal) : std::nullopt;
 }
 
 std::vector<Property> PropertiesOf(IDispatch& object)

@@ -22,12 +22,19 @@ struct Enumeration {
     /// A value may join several of them.
     bool flags = false;
 
-    /// "PAL", or for flags "Archive_MenuSources|Audio_NormalizeLevels". Empty for anything else.
+    /// "PAL" or 2; for flags also "Archive_MenuSources|Audio_NormalizeLevels|128". Empty for a text that names no
+    /// value, and for a number without a name, unless it is one of flags.
     std::optional<LONG> Value(std::string_view text) const;
-    /// The same the other way. Empty for a value that the names do not tell.
-    std::optional<std::string> Text(LONG value) const;
+    /// The same the other way, with numbers for what has no name.
+    std::string Text(LONG value) const;
+    /// The names of the flags in a value, and the bits without a name.
+    std::pair<std::vector<std::string>, ULONG> Split(LONG value) const;
     /// What Value takes: "NTSC, PAL".
     std::string List() const;
+
+private:
+    /// Of one name or number.
+    std::optional<LONG> Single(std::string_view text) const;
 };
 
 struct Property {
@@ -36,8 +43,8 @@ struct Property {
     /// Empty where values have no names.
     std::optional<Enumeration> enumeration;
 
-    /// The name of a value that was read from the property. Empty for one without a name.
-    std::optional<std::string> ValueName(const VARIANT& value) const;
+    /// The number in a value that was read from the property, for one whose values have names.
+    std::optional<LONG> EnumerationValue(const VARIANT& value) const;
 };
 
 /// Those that can be read, in the order of the object's interface. Throws Failure for a damaged type library.

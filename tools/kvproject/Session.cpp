@@ -10,6 +10,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <unistd.h>
 
 namespace kvproject {
 namespace {
@@ -96,7 +97,11 @@ Session::~Session() = default;
 void Session::Load(const std::string& file)
 {
     std::error_code error;
-    if (!std::filesystem::exists(file, error)) throw Failure("cannot load " + file + ": the file does not exist");
+    const auto status = std::filesystem::status(file, error);
+    if (!std::filesystem::exists(status)) throw Failure("cannot load " + file + ": the file does not exist");
+    if (std::filesystem::is_directory(status)) throw Failure("cannot load " + file + ": a folder, no file");
+    if (!std::filesystem::is_regular_file(status)) throw Failure("cannot load " + file + ": no regular file");
+    if (access(file.c_str(), R_OK) != 0) throw Failure("cannot load " + file + ": the file may not be read");
     const HRESULT result = m_files->LoadProject(FileName(file).Get(), m_project.Get());
     const std::string what = "cannot load " + file + ": ";
     if (result == KV_E_FILE_DOES_NOT_PARSE) throw Failure(what + Describe(result) + ": " + ParseFailure(file));

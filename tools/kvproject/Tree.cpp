@@ -1,11 +1,12 @@
 #include "Tree.h"
 
-#include "Failure.h"
+#include "Commands.h"
 #include "KVProjectData/KVProjectData.h"
 #include "Properties.h"
-#include "platform/com/TaskMemory.h"
+#include "Text.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 
 namespace kvproject {
@@ -37,47 +38,49 @@ Json ToJson(const VARIANT& value)
 /// Reads objects of one interface. What they have is looked up at the first of them.
 class ObjectReader {
 public:
-    /// Every property that has a value at the moment, late bound, in the order of the interface.
+    /// Every property, late bound, in the order of the interface; null for one that has no value at the moment.
     Json Read(IDispatch& object)
     {
         if (m_properties.empty()) m_properties = PropertiesOf(object);
         Json values = Json::object();
         for (const Property& property : m_properties) {
             Variant value;
-            if (ReadProperty(object, property.id, value) != S_OK) continue;
-            const auto name = property.ValueName(value);
-            values[property.name] = name ? Json(*name) : ToJson(value);
+            const bool read = ReadProperty(object, property.id, value) == S_OK;
+            values[property.name] = read ? ValueOf(property, value) : Json();
         }
         return values;
     }
 
 private:
+    static Json ValueOf(const Property& property, const VARIANT& value)
+    {
+        const std::optional<LONG> number = property.EnumerationValue(value);
+        if (!number) return ToJson(value);
+        const Enumeration& names = *property.enumeration;
+        return names.flags ? Flags(names, *number) : Json(names.Text(*number));
+    }
+
+    static Json Flags(const Enumeration& names, LONG value)
+    {
+        const auto [set, rest] = names.Split(value);
+        Json list = set;
+        for (ULONG bit = 1; bit != 0; bit <<= 1) {
+            if (rest & bit) list.push_back(bit);
+        }
+        return list;
+    }
+
     std::vector<Property> m_properties;
 };
-
-/// The name of a command, or the number of one without a name.
-Json CommandName(LONG command)
-{
-    const auto& names = kv::kEnumDescription<DiscCommand>.values;
-    const auto found = std::ranges::find(names, command, &kv::EnumeratorDescription::value);
-    return found == names.end() ? Json(command) : Json(found->name);
-}
 
 Json Commands(IUnknown* owner)
 {
     Json list = Json::array();
-    const auto commands = kv::Query<IKVCommandList>(owner);
-    LONG count = 0;
-    DiscCommandParams* records = nullptr;
-    if (!commands || FAILED(commands->GetCommandList(&count, &records))) return list;
-    const kv::UniqueTaskMem<DiscCommandParams> owned(records);
-    for (LONG i = 0; i < count; ++i) {
-        const auto xml = ComPtr<IXMLDOMNode>::Attach(records[i].pXMLData);
-        Json command{
-            {"Command", CommandName(records[i].cmd)}, {"Param1", records[i].lParam1}, {"Param2", records[i].lParam2}};
-        kv::Bstr text;
-        if (xml && SUCCEEDED(xml->get_xml(text.Put()))) command["XML"] = kv::ToUtf8(text.View());
-        list.push_back(std::move(command));
+    for (const Command& command : CommandsOf(owner)) {
+        list.push_back(Json{{"Command", command.name},
+                            {"Param1", command.param1},
+                            {"Param2", command.param2},
+                            {"XML", command.xml ? Json(*command.xml) : Json()}});
     }
     return list;
 }
@@ -89,12 +92,23 @@ void AddParts(Json& tree, IUnknown* object, ObjectReader& encodings)
     tree["Commands"] = Commands(object);
 }
 
+constexpr std::array<std::string_view, 4> kLists{"Commands", "Titles", "Menus", "DataFiles"};
+
 void PrintValue(const Json& value, std::ostream& out)
 {
     if (value.is_null()) {
         out << "-";
     } else if (value.is_string()) {
-        out << value.get_ref<const std::string&>();
+        out << Shown(value.get_ref<const std::string&>());
+    } else if (value.is_array()) {
+        // Flags.
+        const char* separator = "";
+        for (const Json& flag : value) {
+            out << separator;
+            PrintValue(flag, out);
+            separator = "|";
+        }
+        if (value.empty()) out << 0;
     } else {
         out << value;
     }
@@ -107,7 +121,7 @@ void Print(const Json& tree, int indent, std::ostream& out)
         if (value.is_object()) {
             out << blanks << name << '\n';
             Print(value, indent + 1, out);
-        } else if (value.is_array()) {
+        } else if (std::ranges::count(kLists, name)) {
             out << blanks << name << " (" << value.size() << ")\n";
             int position = 0;
             for (const Json& item : value) {
@@ -139,11 +153,20 @@ Json ReadTree(IKVProjectData& project)
         AddParts(item, title.Get(), encodings);
         titleList.push_back(std::move(item));
     }
+    tree["Menus"] = Json::array();
     Json& fileList = tree["DataFiles"] = Json::array();
     ComPtr<IKVDataFile> file;
     for (LONG i = 1; SUCCEEDED(project.GetDataFile(i, file.Put())); ++i)
         fileList.push_back(dataFiles.Read(*file));
     return tree;
+}
+
+Json ReadDocument(IKVProjectData& project)
+{
+    constexpr int kSchemaVersion = 1;
+    Json document{{"SchemaVersion", kSchemaVersion}};
+    document.update(ReadTree(project));
+    return document;
 }
 
 void PrintTree(const Json& tree, std::ostream& out)

@@ -10,8 +10,12 @@ namespace kvproject {
 
 using Json = nlohmann::ordered_json;
 
-/// The properties of the project and its titles and data files; enumerators and flags by name.
+/// The properties of the project and its titles and data files: enumerators by name, or their number as text; flags as
+/// an array of names, and numbers for bits without one. Every key is there, with null where there is no value.
 Json ReadTree(IKVProjectData& project);
+
+/// The same with the version of the schema, which changes when a key goes or its meaning changes. See docs/JSON.md.
+Json ReadDocument(IKVProjectData& project);
 
 /// An indented listing for a person.
 void PrintTree(const Json& tree, std::ostream& out);

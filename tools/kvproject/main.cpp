@@ -1,6 +1,7 @@
 // kvproject: makes, shows, edits and checks project files, as a host of the library.
 
 #include "Check.h"
+#include "Clips.h"
 #include "Editor.h"
 #include "EventPrinter.h"
 #include "Failure.h"
@@ -9,13 +10,16 @@
 #include "ObjectPath.h"
 #include "ProjectFile.h"
 #include "Session.h"
+#include "Text.h"
 #include "Tree.h"
 
 #include <CLI/CLI.hpp>
 
+#include <clocale>
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <langinfo.h>
 #include <map>
 #include <memory>
 #include <optional>
@@ -51,17 +55,6 @@ struct NewOptions : FileOptions {
     std::vector<std::string> dataFiles;
 };
 
-void AddClip(EventPrinter& events, const std::string& clip)
-{
-    std::error_code error;
-    if (!std::filesystem::exists(clip, error)) throw Failure(clip + ": the clip does not exist");
-    const auto title = events.AddTitle(kv::Bstr(kv::ToUtf16(clip)), 0);
-    const std::string name = std::filesystem::path(clip).stem().string();
-    Require(title->put_Label(kv::Bstr(kv::ToUtf16(name)).Get()), "cannot name the title");
-    // The first clip is measured while it is the only one.
-    events.WaitForAll();
-}
-
 int RunNew(const NewOptions& options)
 {
     if (!options.force) RequireNew(options.file);
@@ -74,7 +67,7 @@ int RunNew(const NewOptions& options)
     SetMember(project, "Label", label);
     SetMember(project, "DisplayName", label);
     for (const std::string& clip : options.titles)
-        AddClip(events, clip);
+        AddClip(events, clip, 0);
     for (const std::string& file : options.dataFiles)
         AddDataFile(project, file, 0);
     // What the person says goes before what the first clip measures.
@@ -91,20 +84,23 @@ int RunShow(const FileOptions& options, bool json)
     EventPrinter events(session.Project(), json && options.events ? &std::cerr : options.EventStream());
     session.Load(options.file);
     events.WaitForAll();
-    const Json tree = ReadTree(session.Project());
     if (json) {
-        std::cout << tree.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        std::cout << ReadDocument(session.Project()).dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
     } else {
-        PrintTree(tree, std::cout);
+        PrintTree(ReadTree(session.Project()), std::cout);
     }
     return 0;
 }
 
-int RunGet(const FileOptions& options, const std::string& path)
+int RunGet(const FileOptions& options, const std::vector<std::string>& paths)
 {
     Session session;
     session.Load(options.file);
-    std::cout << GetMember(session.Project(), path) << '\n';
+    // One value is given as it is; of several, each has a line.
+    for (const std::string& path : paths) {
+        const std::string value = GetMember(session.Project(), path);
+        std::cout << (paths.size() == 1 ? value : Shown(value)) << '\n';
+    }
     return 0;
 }
 
@@ -130,7 +126,7 @@ std::optional<std::string> ValueOf(IKVProjectData& project, const std::string& p
 void TellLosses(const ProjectFile& file)
 {
     for (const std::string& loss : file.Losses())
-        std::cerr << "kvproject: " << file.Name() << ": " << loss << '\n';
+        std::cerr << "kvproject: " << file.Name() << ": " << Shown(loss) << '\n';
 }
 
 /// What the assignments made of their members.
@@ -203,7 +199,7 @@ int RunCheck(const FileOptions& options)
 {
     const std::vector<std::string> faults = CheckFile(options.file);
     for (const std::string& fault : faults)
-        std::cout << fault << '\n';
+        std::cout << Shown(fault) << '\n';
     if (faults.empty()) std::cout << options.file << ": nothing wrong\n";
     return faults.empty() ? 0 : kFault;
 }
@@ -225,6 +221,7 @@ int Run(int argc, char** argv)
                "titles[2].encoding.SyncToProject. Lists count from 1. A VALUE is a text, a number, true or\n"
                "false, or the name of one of the member's enumerators such as PAL; flags are joined by |.\n"
                "Exit codes: 0 done, 1 something is wrong (a message tells what), 2 wrong usage.");
+    app.set_version_flag("--version", "kvproject " KVPROJECT_VERSION);
     std::function<int()> run;
 
     auto made = std::make_shared<NewOptions>();
@@ -247,11 +244,11 @@ int Run(int argc, char** argv)
     show->callback([&run, shown, json] { run = [shown, json] { return RunShow(*shown, *json); }; });
 
     auto read = std::make_shared<FileOptions>();
-    auto path = std::make_shared<std::string>();
-    CLI::App* get = app.add_subcommand("get", "Print one value");
+    auto paths = std::make_shared<std::vector<std::string>>();
+    CLI::App* get = app.add_subcommand("get", "Print values, one a line");
     AddFileOptions(*get, *read, false);
-    get->add_option("PATH", *path, "The member")->required();
-    get->callback([&run, read, path] { run = [read, path] { return RunGet(*read, *path); }; });
+    get->add_option("PATH", *paths, "The members")->required();
+    get->callback([&run, read, paths] { run = [read, paths] { return RunGet(*read, *paths); }; });
 
     auto changed = std::make_shared<FileOptions>();
     auto assignments = std::make_shared<std::vector<std::string>>();
@@ -304,7 +301,12 @@ int Run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    // Numbers stay as they are everywhere. Where the locale has no UTF-8, what is typed is UTF-8 all the same.
+    setlocale(LC_CTYPE, "");
+    if (std::string_view(nl_langinfo(CODESET)) != "UTF-8") setlocale(LC_CTYPE, "C.UTF-8");
     try {
+        for (int i = 1; i < argc; ++i)
+            kvproject::RequireUtf8(argv[i]);
         const int result = kvproject::Run(argc, argv);
         std::cout.flush();
         if (!std::cout) throw kvproject::Failure("cannot write the output");
