@@ -56,5 +56,6 @@ void MeasureLateBinding(std::vector<Row>& rows);
 void MeasureHeap(std::vector<Row>& rows);
 void MeasureUndo(std::vector<Row>& rows);
 void MeasureDocuments(std::vector<Row>& rows);
+void MeasureMedia(std::vector<Row>& rows);
 
 } // namespace kv::bench

@@ -1,33 +1,27 @@
 #pragma once
-// What the library requires of the host's storyboard engine and of its media information component.
+// What the library requires of the host's storyboard engine; what it asks about media is in Engine/Media.h.
 //
 // A production is one storyboard: a row of panels, each showing a part of a source file, with the settings
 // of the picture. Times are seconds. Strings and arrays handed out are the caller's to free, objects handed
 // out carry a reference of the caller's. A null out-pointer is E_POINTER; the other out-pointers of the call
 // are set to null or 0 even when it fails.
 
+#include "KVProjectData/Engine/Media.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Unknown.h"
 
 inline constexpr CLSID CLSID_ZXEProduction = "5f9387e1-ffca-4d9f-9bc2-c5243577bbef"_guid;
-inline constexpr CLSID CLSID_ZXMediaInformation = "3fbb89ae-c1df-41ea-bf22-aadfe3615121"_guid;
 
 /// Bits of IZXEProductionData::get_Flags.
 /// The production was edited since it was initialised or its modified state was last cleared.
 inline constexpr ULONG ZXE_PRODUCTION_MODIFIED = 1;
 
-/// The production is not initialised, or is closed.
-inline constexpr HRESULT ZXE_E_NOT_OPEN = MakeResult(0xC2000010);
 /// An undo block is open already, or an undo or redo is running.
 inline constexpr HRESULT ZXE_E_UNDO_BLOCK_OPEN = MakeResult(0xC2000011);
 /// No undo block is open.
 inline constexpr HRESULT ZXE_E_NO_UNDO_BLOCK = MakeResult(0xC2000012);
 /// There is no block to undo or redo.
 inline constexpr HRESULT ZXE_E_NOTHING_TO_UNDO = MakeResult(0xC2000013);
-/// The source cannot be opened, or holds no media that can be read.
-inline constexpr HRESULT ZXE_E_NOT_MEDIA = MakeResult(0xC2000014);
-/// The media has no stream of that kind and index.
-inline constexpr HRESULT ZXE_E_NO_STREAM = MakeResult(0xC2000015);
 
 /// A production as its owner sees it. Reading and the settings work at any time; edits of the panels and
 /// everything about undo are ZXE_E_NOT_OPEN before `Initialise` and after `Close`.
@@ -197,28 +191,4 @@ struct IZXEProductionNotify : IUnknown {
     /// Calls the method of IZXEProductionDataEvents at `ulEvent` on every sink, with as many of the
     /// arguments as it takes. E_INVALIDARG for a position past the last.
     virtual HRESULT Notify(ULONG ulEvent, LONG lFirst, LONG lSecond) = 0;
-};
-
-/// The kinds of streams that IZXMediaInformation tells apart.
-inline constexpr LONG ZXM_STREAM_PICTURE = 0;
-inline constexpr LONG ZXM_STREAM_VIDEO = 1;
-
-/// Looks into a media file.
-struct IZXMediaInformation : IUnknown {
-    static constexpr GUID IID = "3a47b852-5195-4fd5-b833-9b2989c1f167"_guid;
-    using Base = IUnknown;
-
-    /// Reads what kind of media a local file is; either separator is understood. What was opened before is
-    /// forgotten, also on failure. E_INVALIDARG for an empty name, ZXE_E_NOT_MEDIA for anything that is not
-    /// a readable media file.
-    virtual HRESULT Open(BSTR bstrSource) = 0;
-
-    /// Kind ZXM_STREAM_VIDEO counts the streams of moving pictures from 0, ZXM_STREAM_PICTURE still pictures,
-    /// too. Pixels, and frames per second: 0 for a still picture. ZXE_E_NOT_OPEN before a successful `Open`,
-    /// ZXE_E_NO_STREAM when there is no such stream.
-    virtual HRESULT GetVideoProperties(LONG lKind, LONG lIndex, ULONG* pulWidth, ULONG* pulHeight,
-                                       double* pdFrameRate) = 0;
-
-    /// Seconds; 0 for a still picture and where it is not known. ZXE_E_NOT_OPEN before a successful `Open`.
-    virtual HRESULT get_Duration(double* pdSeconds) = 0;
 };

@@ -2,7 +2,7 @@
 // One panel of a production. It never changes; an edit puts another one in its place.
 
 #include "KVProjectData/Engine.h"
-#include "engine/MediaProbe.h"
+#include "engine/media/MediaProbe.h"
 #include "platform/automation/Bstr.h"
 #include "platform/com/Object.h"
 

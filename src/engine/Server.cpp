@@ -1,6 +1,6 @@
 // The entry points of the engine's server library and the classes that it creates.
 
-#include "engine/MediaInformation.h"
+#include "engine/media/MediaInformation.h"
 #include "engine/Production.h"
 #include "platform/com/ServerModule.h"
 

@@ -8,13 +8,20 @@
 
 namespace kv {
 
+class MediaFile;
+
 /// A stream of moving pictures, or a still picture.
 struct PictureStream {
+    /// Pixels as stored, but turned as it is shown.
     ULONG width;
     ULONG height;
     /// Frames per second; 0 for a still picture and where it is not known.
     double frameRate;
+    /// Width to height as it is shown.
+    double aspectRatio;
     bool moving;
+    /// Its position among all streams of the file.
+    int stream;
 };
 
 struct MediaProperties {
@@ -24,9 +31,10 @@ struct MediaProperties {
     std::vector<PictureStream> pictures;
 };
 
-/// Reads a local file; either separator is understood. Only the content counts, not the name's ending; no
-/// other file is opened, whatever the content asks for. Time and memory are bounded. Throws
-/// Error(E_INVALIDARG) for an empty path, Error(ZXE_E_NOT_MEDIA) for what holds neither pictures nor sound.
+/// Throws Error(ZXE_E_NOT_MEDIA) for what holds neither pictures nor sound.
+MediaProperties Describe(const MediaFile& file);
+
+/// Opens the file (see MediaFile) for its description alone.
 MediaProperties ProbeMedia(std::u16string_view path);
 
 } // namespace kv

@@ -1,0 +1,29 @@
+#pragma once
+// A picture in memory.
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace kv {
+
+/// Rows from the top, without gaps. A pixel is 0xAARRGGBB with its colours multiplied by alpha: what Cairo calls
+/// ARGB32, with a stride of 4 * width bytes.
+struct Bitmap {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels;
+
+    Bitmap() = default;
+    Bitmap(int columns, int rows)
+        : width(columns), height(rows), pixels(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows))
+    {
+    }
+    std::uint32_t* Row(int y) { return pixels.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width); }
+    const std::uint32_t* Row(int y) const
+    {
+        return pixels.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
+    }
+};
+
+} // namespace kv

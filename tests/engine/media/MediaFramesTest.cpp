@@ -1,0 +1,213 @@
+#include "engine/EngineSupport.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace kv::test {
+namespace {
+
+struct Frame {
+    HRESULT result = S_OK;
+    ULONG width = 9;
+    ULONG height = 9;
+    std::vector<std::uint8_t> bytes;
+
+    /// Blue, green, red, alpha, of a place in parts of the width and height.
+    std::vector<int> At(double x, double y) const
+    {
+        const auto column = static_cast<std::size_t>(x * width);
+        const auto row = static_cast<std::size_t>(y * height);
+        const auto* pixel = bytes.data() + (row * width + column) * 4;
+        return {pixel, pixel + 4};
+    }
+};
+
+Frame FrameOf(IZXMediaInformation* media, double seconds, ULONG width = 0, ULONG height = 0)
+{
+    Frame frame;
+    ULONG stride = 9;
+    SafeArray pixels;
+    frame.result = Query<IZXMediaFrames>(media)->GetFrame(seconds, width, height, &frame.width, &frame.height, &stride,
+                                                          pixels.Put());
+    EXPECT_EQ(frame.width * 4, stride);
+    EXPECT_EQ(SUCCEEDED(frame.result), pixels.Get() != nullptr);
+    if (pixels.Get()) {
+        const auto* bytes = static_cast<const std::uint8_t*>(pixels.Get()->pvData);
+        frame.bytes.assign(bytes, bytes + pixels.Get()->rgsabound[0].cElements);
+        EXPECT_EQ(frame.height * stride, frame.bytes.size());
+    }
+    return frame;
+}
+
+ComPtr<IZXMediaInformation> OpenMedia(const ClipFolder& folder, const char* name)
+{
+    auto media = CreateEngine<IZXMediaInformation>(CLSID_ZXMediaInformation);
+    EXPECT_EQ(S_OK, media->Open(folder.File(name).Get())) << name;
+    return media;
+}
+
+/// Clips whose frames, 25 a second, are grey above, brighter by 4 steps of 219 than the one before, and noise below, so
+/// that they have a usual size; and pictures of four colours.
+const ClipFolder& FrameClips()
+{
+    static const ClipFolder clips;
+    [[maybe_unused]] static const bool made = [] {
+        const std::string greys = "-f lavfi -i \"color=black:size=128x96:rate=25:duration=2,"
+                                  "geq=lum='if(lt(Y,48),16+4*N,50+random(1)*150)':cb=128:cr=128\" -q:v 1 ";
+        clips.Make("greys.mp4", greys + "-c:v mpeg4 -bf 2 -g 12");
+        clips.Make("greys.mpg", greys + "-c:v mpeg2video -bf 2 -g 12 -flags +cgop -sc_threshold 1000000000");
+        clips.Make("greys.mkv", greys + "-c:v ffv1");
+        clips.Make("wide.mp4", greys + "-c:v mpeg4 -aspect 16:9 -frames:v 1");
+        const std::string quarters =
+            "-f lavfi -i \"color=red:size=64x32,drawbox=x=32:w=32:h=16:color=lime:t=fill,"
+            "drawbox=y=16:w=32:h=16:color=blue:t=fill,drawbox=x=32:y=16:w=32:h=16:color=white:t=fill\" -frames:v 1 ";
+        clips.Make("quarters.png", quarters + "-update 1");
+        clips.Make("quarters.mp4", quarters + "-c:v mpeg4 -q:v 1");
+        for (const char* angle : {"90", "180", "270"}) {
+            clips.Make(std::string("turned") + angle + ".mp4",
+                       std::string("-i quarters.mp4 -c copy -metadata:s:v rotate=") + angle);
+        }
+        // White and half seen, beside a green that is not seen at all.
+        clips.Make("alpha.png", "-f lavfi -i \"color=white:size=64x32,format=rgba,geq="
+                                "r='if(lt(X,32),255,0)':g=255:b='if(lt(X,32),255,0)':a='if(lt(X,32),128,0)'\" "
+                                "-frames:v 1 -update 1");
+        return true;
+    }();
+    return clips;
+}
+
+MATCHER_P(IsGreyOfFrame, number, "")
+{
+    *result_listener << "grey of frame " << arg.At(0.5, 0.25)[0] * 219.0 / 255 / 4;
+    return std::abs(arg.At(0.5, 0.25)[0] - number * 4 * 255 / 219) <= 3;
+}
+
+TEST(MediaFrames, ShowsTheFrameOfATime)
+{
+    const std::pair<double, int> times[] = {{0.0, 0},   {0.039, 0}, {0.04, 1}, {0.5, 12}, {0.52, 13}, {1.0, 25},
+                                            {1.97, 49}, {0.2, 5},   {0.0, 0},  {1.5, 37}, {99.0, 49}, {1e300, 49}};
+    for (const char* name : {"greys.mp4", "greys.mpg", "greys.mkv"}) {
+        const auto media = OpenMedia(FrameClips(), name);
+        for (const auto& [seconds, number] : times) {
+            const Frame frame = FrameOf(media.Get(), seconds);
+            ASSERT_EQ(S_OK, frame.result) << name << " " << seconds;
+            EXPECT_THAT(frame, IsGreyOfFrame(number)) << name << " " << seconds;
+        }
+        // In steps, as one plays.
+        for (int number = 0; number < 50; ++number) {
+            EXPECT_THAT(FrameOf(media.Get(), number / 25.0), IsGreyOfFrame(number)) << name;
+        }
+    }
+}
+
+TEST(MediaFrames, ScalesAndTurns)
+{
+    const std::vector<int> red{0, 0, 255, 255}, lime{0, 255, 0, 255}, blue{255, 0, 0, 255}, white{255, 255, 255, 255};
+    struct Case {
+        const char* file;
+        double aspect;
+        std::vector<std::vector<int>> corners;
+    };
+    const Case cases[] = {
+        {"quarters.png", 2.0, {red, lime, blue, white}},  {"quarters.mp4", 2.0, {red, lime, blue, white}},
+        {"turned90.mp4", 0.5, {lime, white, red, blue}},  {"turned180.mp4", 2.0, {white, blue, lime, red}},
+        {"turned270.mp4", 0.5, {blue, red, white, lime}},
+    };
+    for (const Case& item : cases) {
+        SCOPED_TRACE(item.file);
+        const auto media = OpenMedia(FrameClips(), item.file);
+        double aspect = 0.0;
+        EXPECT_EQ(S_OK, Query<IZXMediaFrames>(media)->get_AspectRatio(&aspect));
+        EXPECT_NEAR(item.aspect, aspect, 1e-9);
+        ULONG width = 0;
+        ULONG height = 0;
+        double rate = 0.0;
+        EXPECT_EQ(S_OK, media->GetVideoProperties(ZXM_STREAM_PICTURE, 0, &width, &height, &rate));
+        EXPECT_NEAR(item.aspect, static_cast<double>(width) / height, 1e-9);
+        for (const auto& [askedWidth, askedHeight] : {std::pair{0U, 0U}, {128U, 0U}, {0U, 16U}, {50U, 70U}}) {
+            const Frame frame = FrameOf(media.Get(), 0.0, askedWidth, askedHeight);
+            ASSERT_EQ(S_OK, frame.result);
+            EXPECT_TRUE(!askedWidth || askedWidth == frame.width);
+            EXPECT_TRUE(!askedHeight || askedHeight == frame.height);
+            EXPECT_TRUE((askedWidth && askedHeight) || std::abs(item.aspect - 1.0 * frame.width / frame.height) < 0.02);
+            for (int corner = 0; corner < 4; ++corner) {
+                EXPECT_THAT(frame.At(corner % 2 ? 0.8 : 0.2, corner / 2 ? 0.8 : 0.2),
+                            testing::Pointwise(testing::DoubleNear(6), item.corners[corner]))
+                    << corner;
+            }
+        }
+    }
+    const auto wide = OpenMedia(FrameClips(), "wide.mp4");
+    EXPECT_EQ(96U, FrameOf(wide.Get(), 0.0, 0, 54).width);
+    const auto alpha = OpenMedia(FrameClips(), "alpha.png");
+    const Frame small = FrameOf(alpha.Get(), 7.0, 9, 5);
+    EXPECT_THAT(small.At(0.1, 0.5), testing::Pointwise(testing::DoubleNear(1), {128, 128, 128, 128}));
+    EXPECT_THAT(small.At(0.9, 0.5), testing::ElementsAre(0, 0, 0, 0));
+    // No green shines through at the edge.
+    const std::vector<int> edge = small.At(0.5, 0.5);
+    EXPECT_LE(edge[1], edge[3]);
+    EXPECT_NEAR(edge[0], edge[1], 1);
+}
+
+TEST(MediaFrames, AnswersClearlyWhereThereIsNoFrame)
+{
+    const auto media = CreateEngine<IZXMediaInformation>(CLSID_ZXMediaInformation);
+    double aspect = 9.0;
+    EXPECT_EQ(ZXE_E_NOT_OPEN, Query<IZXMediaFrames>(media)->get_AspectRatio(&aspect));
+    EXPECT_EQ(0.0, aspect);
+    EXPECT_EQ(ZXE_E_NOT_OPEN, FrameOf(media.Get(), 0.0).result);
+    ASSERT_EQ(S_OK, media->Open(Clips().File("sound.wav").Get()));
+    EXPECT_EQ(ZXE_E_NO_STREAM, FrameOf(media.Get(), 0.0).result);
+    EXPECT_EQ(ZXE_E_NO_STREAM, Query<IZXMediaFrames>(media)->get_AspectRatio(&aspect));
+    ASSERT_EQ(S_OK, media->Open(FrameClips().File("greys.mp4").Get()));
+    for (const double seconds : {-0.1, std::nan(""), std::numeric_limits<double>::infinity()})
+        EXPECT_EQ(E_INVALIDARG, FrameOf(media.Get(), seconds).result);
+    EXPECT_EQ(E_INVALIDARG, FrameOf(media.Get(), 0.0, 16'385, 1).result);
+    EXPECT_EQ(E_INVALIDARG, FrameOf(media.Get(), 0.0, 1, 0xFFFFFFFF).result);
+    EXPECT_THAT(FrameOf(media.Get(), 1.0), IsGreyOfFrame(25));
+}
+
+TEST(MediaFrames, ReadsWhatIsThereOfDamagedFiles)
+{
+    const ClipFolder folder;
+    // Cut off in the middle: the last frame that is whole stays.
+    for (const char* name : {"greys.mpg", "greys.mkv"}) {
+        const std::string whole = FrameClips().Read(name);
+        folder.Write(name, whole.substr(0, whole.size() / 2));
+        const auto media = OpenMedia(folder, name);
+        EXPECT_THAT(FrameOf(media.Get(), 0.2), IsGreyOfFrame(5)) << name;
+        const Frame last = FrameOf(media.Get(), 1.9);
+        ASSERT_EQ(S_OK, last.result) << name;
+        EXPECT_LT(last.At(0.5, 0.25)[0], 45 * 4 * 255 / 219) << name;
+    }
+    for (const char* name : {"greys.mp4", "greys.mpg", "greys.mkv", "alpha.png", "turned90.mp4"}) {
+        for (const std::size_t stride : {61U, 509U, 1009U}) {
+            std::string damaged = FrameClips().Read(name);
+            for (std::size_t i = stride; i < damaged.size(); i += stride)
+                damaged[i] = static_cast<char>(damaged[i] ^ (i * 31 + 1));
+            folder.Write("damaged", damaged);
+            const auto media = CreateEngine<IZXMediaInformation>(CLSID_ZXMediaInformation);
+            if (media->Open(folder.File("damaged").Get()) != S_OK) continue;
+            for (const double seconds : {0.0, 1.0, 9.0}) {
+                const HRESULT result = FrameOf(media.Get(), seconds, 32, 0).result;
+                EXPECT_TRUE(result == S_OK || result == ZXE_E_NO_FRAME || result == ZXE_E_NO_STREAM) << name;
+            }
+        }
+    }
+    // What was opened is read on when its name is gone, and when nothing is left behind the name.
+    folder.Write("gone.mkv", FrameClips().Read("greys.mkv"));
+    const auto gone = OpenMedia(folder, "gone.mkv");
+    std::filesystem::remove(folder.PathOf("gone.mkv"));
+    EXPECT_THAT(FrameOf(gone.Get(), 1.0), IsGreyOfFrame(25));
+    folder.Write("emptied.mkv", FrameClips().Read("greys.mkv"));
+    const auto emptied = OpenMedia(folder, "emptied.mkv");
+    folder.Write("emptied.mkv", "");
+    const HRESULT result = FrameOf(emptied.Get(), 1.9).result;
+    EXPECT_TRUE(result == S_OK || result == ZXE_E_NO_FRAME);
+}
+
+} // namespace
+} // namespace kv::test
