@@ -7,6 +7,7 @@
 // are set to null or 0 even when it fails.
 
 #include "KVProjectData/Engine/Media.h"
+#include "KVProjectData/Engine/Strings.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Unknown.h"
 

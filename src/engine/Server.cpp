@@ -1,7 +1,8 @@
 // The entry points of the engine's server library and the classes that it creates.
 
-#include "engine/media/MediaInformation.h"
 #include "engine/Production.h"
+#include "engine/media/MediaInformation.h"
+#include "engine/strings/StringTable.h"
 #include "platform/com/ServerModule.h"
 
 namespace kv {
@@ -12,6 +13,8 @@ constexpr ServerClass kClasses[]{
      u"Storyboard Production"},
     {&CLSID_ZXMediaInformation, &CreateObject<CMediaInformation>, u"ZXEngine.MediaInformation.1",
      u"ZXEngine.MediaInformation", u"Media Information"},
+    {&CLSID_ZXStringTable, &CreateObject<CStringTable>, u"ZXEngine.StringTable.1", u"ZXEngine.StringTable",
+     u"String Table"},
 };
 
 ServerModule& Module()
