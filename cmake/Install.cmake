@@ -54,6 +54,8 @@ foreach(package kvplatform kvprojectdata)
   install(FILES "${PROJECT_BINARY_DIR}/${package}.pc" DESTINATION "${KV_INSTALL_PKGCONFIGDIR}")
 endforeach()
 
+install(FILES tools/kvproject/completion/kvproject
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
 install(FILES docs/kvproject.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN "*.md")

@@ -5,6 +5,8 @@
 #include "Session.h"
 #include "platform/system/Paths.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <set>
 
 namespace kvproject {
@@ -24,6 +26,34 @@ void FindDoubleIds(const Element& element, const std::string& path, std::set<ULO
     ForEachChild(element, path, [&](const Element& child, const std::string& childPath) {
         FindDoubleIds(child, childPath, seen, faults);
     });
+}
+
+/// Whether a path on the disc, with either separator, leads out of the disc or names a place of its own.
+bool LeavesDisc(std::string path)
+{
+    std::ranges::replace(path, '\\', '/');
+    if (path.starts_with('/') || (path.size() > 1 && path[1] == ':')) return true;
+    int depth = 0;
+    for (const auto& part : std::filesystem::path(path)) {
+        if (part == "..") --depth;
+        if (part != ".." && part != "." && !part.empty()) ++depth;
+        if (depth < 0) return true;
+    }
+    return false;
+}
+
+void FindDestinations(IKVProjectData& project, std::vector<std::string>& faults)
+{
+    ComPtr<IKVDataFile> file;
+    for (LONG i = 1; SUCCEEDED(project.GetDataFile(i, file.Put())); ++i) {
+        kv::Bstr text;
+        file->get_DestPath(text.Put());
+        const std::string destination = kv::ToUtf8(text.View());
+        if (LeavesDisc(destination)) {
+            faults.push_back("dataFiles[" + std::to_string(i) + "]: the destination " + destination +
+                             " leads out of the disc");
+        }
+    }
 }
 
 void FindMissingFiles(IKVProjectData& project, std::vector<std::string>& faults)
@@ -54,6 +84,7 @@ std::vector<std::string> CheckFile(const std::string& file)
     Session session;
     session.Load(file);
     FindMissingFiles(session.Project(), faults);
+    FindDestinations(session.Project(), faults);
     return faults;
 }
 

@@ -2,16 +2,24 @@
 // Lines of commands: typed at a terminal, with a prompt and a history, or read from a script.
 
 #include <fstream>
+#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kvproject {
 
 class Lines {
 public:
+    /// What a word of a typed line can become.
+    using Words = std::function<std::vector<std::string>()>;
+
     /// From a script, or without one from standard input. Throws Failure when the script cannot be read.
-    explicit Lines(const std::string& script);
+    Lines(const std::string& script, Words words);
+    ~Lines();
+    Lines(const Lines&) = delete;
+    Lines& operator=(const Lines&) = delete;
 
     /// Empty at the end. Throws Failure when reading fails before it.
     std::optional<std::string> Next();

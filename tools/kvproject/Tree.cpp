@@ -136,6 +136,21 @@ void Print(const Json& tree, int indent, std::ostream& out)
     }
 }
 
+void AddPaths(const Json& tree, const std::string& prefix, std::vector<std::string>& paths)
+{
+    for (const auto& [name, value] : tree.items()) {
+        if (value.is_object()) {
+            AddPaths(value, prefix + name + ".", paths);
+        } else if (std::ranges::count(kLists, name)) {
+            int position = 0;
+            for (const Json& item : value)
+                AddPaths(item, prefix + name + "[" + std::to_string(++position) + "].", paths);
+        } else {
+            paths.push_back(prefix + name);
+        }
+    }
+}
+
 } // namespace
 
 Json ReadTree(IKVProjectData& project)
@@ -167,6 +182,13 @@ Json ReadDocument(IKVProjectData& project)
     Json document{{"SchemaVersion", kSchemaVersion}};
     document.update(ReadTree(project));
     return document;
+}
+
+std::vector<std::string> PathsOf(const Json& tree)
+{
+    std::vector<std::string> paths;
+    AddPaths(tree, {}, paths);
+    return paths;
 }
 
 void PrintTree(const Json& tree, std::ostream& out)

@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <string>
+#include <vector>
 
 namespace kvproject {
 
@@ -16,6 +18,9 @@ Json ReadTree(IKVProjectData& project);
 
 /// The same with the version of the schema, which changes when a key goes or its meaning changes. See docs/JSON.md.
 Json ReadDocument(IKVProjectData& project);
+
+/// The paths of all values in a tree, as GetMember takes them: "Titles[1].Encoding.AudioFormat".
+std::vector<std::string> PathsOf(const Json& tree);
 
 /// An indented listing for a person.
 void PrintTree(const Json& tree, std::ostream& out);

@@ -104,6 +104,15 @@ int RunGet(const FileOptions& options, const std::vector<std::string>& paths)
     return 0;
 }
 
+int RunMembers(const FileOptions& options)
+{
+    Session session;
+    session.Load(options.file);
+    for (const std::string& path : PathsOf(ReadTree(session.Project())))
+        std::cout << path << '\n';
+    return 0;
+}
+
 /// What is wrong with a "PATH=VALUE"; empty for one that is right.
 std::string CheckAssignment(const std::string& text)
 {
@@ -176,7 +185,7 @@ int RunEdit(const EditOptions& options)
     TellLosses(file);
     EventPrinter events(session.Project(), options.EventStream());
     Editor editor(session, events, file, std::cout);
-    Lines lines(options.script);
+    Lines lines(options.script, [&session] { return PathsOf(ReadTree(session.Project())); });
     // Nothing is to be printed while a person types.
     if (lines.Typed()) session.Project().EnableHeartBeatEvent(VARIANT_FALSE);
     for (bool more = true; more;) {
@@ -249,6 +258,11 @@ int Run(int argc, char** argv)
     AddFileOptions(*get, *read, false);
     get->add_option("PATH", *paths, "The members")->required();
     get->callback([&run, read, paths] { run = [read, paths] { return RunGet(*read, *paths); }; });
+
+    auto listed = std::make_shared<FileOptions>();
+    CLI::App* members = app.add_subcommand("members", "List the paths that get takes");
+    AddFileOptions(*members, *listed, false);
+    members->callback([&run, listed] { run = [listed] { return RunMembers(*listed); }; });
 
     auto changed = std::make_shared<FileOptions>();
     auto assignments = std::make_shared<std::vector<std::string>>();
