@@ -3,7 +3,7 @@
 #include "engine/Production.h"
 #include "engine/media/MediaInformation.h"
 #include "engine/strings/StringTable.h"
-#include "platform/com/ServerModule.h"
+#include "platform/com/EntryPoints.h"
 
 namespace kv {
 namespace {
@@ -17,42 +17,9 @@ constexpr ServerClass kClasses[]{
      u"String Table"},
 };
 
-ServerModule& Module()
-{
-    static ServerModule module({.classes = kClasses});
-    return module;
-}
-
-/// The module is ready from loading until unloading.
-struct ModuleLifetime {
-    ModuleLifetime() { Module().Initialise(); }
-    ~ModuleLifetime() { Module().Terminate(); }
-};
-const ModuleLifetime g_lifetime;
+constexpr ServerDescription kServer{.classes = kClasses};
 
 } // namespace
 } // namespace kv
 
-extern "C" {
-
-KV_EXPORT HRESULT DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv)
-{
-    return kv::Module().GetClassObject(rclsid, riid, ppv);
-}
-
-KV_EXPORT HRESULT DllCanUnloadNow()
-{
-    return kv::Module().CanUnloadNow();
-}
-
-KV_EXPORT HRESULT DllRegisterServer()
-{
-    return kv::Module().RegisterServer();
-}
-
-KV_EXPORT HRESULT DllUnregisterServer()
-{
-    return kv::Module().UnregisterServer();
-}
-
-} // extern "C"
+KV_SERVER_ENTRY_POINTS(kv::kServer)

@@ -7,7 +7,7 @@
 #include "KVProjectData/titles/CommandList.h"
 #include "KVProjectData/titles/EncodingParams.h"
 #include "platform/automation/TypeLibrary.h"
-#include "platform/com/ServerModule.h"
+#include "platform/com/EntryPoints.h"
 #include "platform/system/Registry.h"
 
 namespace kv {
@@ -41,53 +41,20 @@ HRESULT UnregisterModuleTypeLibrary()
     return Registry::PerUser() ? UnRegisterTypeLibForUser(library.Get()) : UnRegisterTypeLib(library.Get());
 }
 
-ServerModule& Module()
-{
-    static ServerModule module({.classes = kClasses,
-                                .applicationName = u"KVProjectData",
-                                .fileName = u"KVProjectData.dll",
-                                .appId = &LIBID_KVProjectData,
-                                .libId = &LIBID_KVProjectData,
-                                .registerTypeLibrary = &RegisterModuleTypeLibrary,
-                                .unregisterTypeLibrary = &UnregisterModuleTypeLibrary});
-    return module;
-}
-
-/// The module is ready from loading until unloading.
-struct ModuleLifetime {
-    ModuleLifetime() { Module().Initialise(); }
-    ~ModuleLifetime() { Module().Terminate(); }
-};
-const ModuleLifetime g_lifetime;
+constexpr ServerDescription kServer{.classes = kClasses,
+                                    .applicationName = u"KVProjectData",
+                                    .fileName = u"KVProjectData.dll",
+                                    .appId = &LIBID_KVProjectData,
+                                    .libId = &LIBID_KVProjectData,
+                                    .registerTypeLibrary = &RegisterModuleTypeLibrary,
+                                    .unregisterTypeLibrary = &UnregisterModuleTypeLibrary};
 
 } // namespace
 } // namespace kv
 
-extern "C" {
+KV_SERVER_ENTRY_POINTS(kv::kServer)
 
-KV_EXPORT HRESULT DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv)
-{
-    return kv::Module().GetClassObject(rclsid, riid, ppv);
-}
-
-KV_EXPORT HRESULT DllCanUnloadNow()
-{
-    return kv::Module().CanUnloadNow();
-}
-
-KV_EXPORT HRESULT DllRegisterServer()
-{
-    return kv::Module().RegisterServer();
-}
-
-KV_EXPORT HRESULT DllUnregisterServer()
-{
-    return kv::Module().UnregisterServer();
-}
-
-KV_EXPORT const kv::LibraryDescription* DllTypeLibrary()
+extern "C" KV_EXPORT const kv::LibraryDescription* DllTypeLibrary()
 {
     return &kv::ProjectTypeLibrary();
 }
-
-} // extern "C"

@@ -3,7 +3,6 @@
 #include "platform/com/Activation.h"
 #include "platform/system/Locale.h"
 #include "platform/system/Registry.h"
-#include "platform/system/RegistryScript.h"
 
 #include <dlfcn.h>
 #include <filesystem>
@@ -11,22 +10,6 @@
 namespace kv {
 
 namespace {
-
-/// The key that both stand in belongs to every application, and stays.
-constexpr std::u16string_view kApplicationScript = uR"(
-HKCR
-{
-    NoRemove AppID
-    {
-        '%APPID%' = s '%NAME%'
-        '%FILE%' { val AppID = s '%APPID%' }
-    }
-})";
-
-ScriptReplacements ApplicationReplacements(const ServerDescription& server)
-{
-    return {{u"APPID", GuidText(*server.appId)}, {u"NAME", server.applicationName}, {u"FILE", server.fileName}};
-}
 
 void Write(const std::u16string& key, std::u16string_view name, std::u16string value)
 {
@@ -41,6 +24,25 @@ void Remove(const std::u16string& key)
 std::u16string ClassKey(const ServerClass& served)
 {
     return u"CLSID\\" + GuidText(*served.clsid);
+}
+
+/// The keys of the application stand in one that belongs to every application, and stays.
+std::u16string ApplicationKey(const std::u16string& name)
+{
+    return u"AppID\\" + name;
+}
+
+void WriteApplication(const ServerDescription& server)
+{
+    const std::u16string id = GuidText(*server.appId);
+    Write(ApplicationKey(id), u"", server.applicationName);
+    Write(ApplicationKey(server.fileName), u"AppID", id);
+}
+
+void RemoveApplication(const ServerDescription& server)
+{
+    Remove(ApplicationKey(GuidText(*server.appId)));
+    Remove(ApplicationKey(server.fileName));
 }
 
 void WriteProgIds(const ServerClass& served)
@@ -174,9 +176,7 @@ HRESULT ServerModule::RegisterServer() const
         const ThreadLocaleScope locale(LOCALE_SYSTEM_DEFAULT);
         const std::u16string path = Path();
         Registry::Batch batch;
-        if (m_description.appId) {
-            ThrowIfFailed(RegisterScript(kApplicationScript, ApplicationReplacements(m_description)));
-        }
+        if (m_description.appId) WriteApplication(m_description);
         for (const ServerClass& served : m_description.classes)
             WriteClass(served, m_description, path);
         if (m_description.registerTypeLibrary) ThrowIfFailed(m_description.registerTypeLibrary(path));
@@ -197,9 +197,7 @@ HRESULT ServerModule::UnregisterServer() const
             Remove(ClassKey(served));
         }
         if (m_description.unregisterTypeLibrary) ThrowIfFailed(m_description.unregisterTypeLibrary());
-        if (m_description.appId) {
-            ThrowIfFailed(UnregisterScript(kApplicationScript, ApplicationReplacements(m_description)));
-        }
+        if (m_description.appId) RemoveApplication(m_description);
         return batch.Commit();
     });
 }

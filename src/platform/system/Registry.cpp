@@ -241,17 +241,6 @@ std::u16string WritePath(Hive hive, std::u16string_view key)
     return ReadPaths(hive, key).front();
 }
 
-Change ValueRemoval(Hive hive, std::u16string_view key, std::u16string_view name)
-{
-    return [path = WritePath(hive, key), name = std::u16string(name)](RegistryKey& root) {
-        RegistryKey* at = root.Find(path);
-        const auto found = at ? at->values.find(name) : decltype(at->values.end())();
-        if (!at || found == at->values.end()) return REGISTRY_E_NOT_FOUND;
-        at->values.erase(found);
-        return S_OK;
-    };
-}
-
 Change TreeRemoval(Hive hive, std::u16string_view key)
 {
     return [path = WritePath(hive, key)](RegistryKey& root) { return root.Erase(path) ? S_OK : REGISTRY_E_NOT_FOUND; };
@@ -379,19 +368,9 @@ HRESULT Set(Hive hive, std::u16string_view key, std::u16string_view name, Regist
         });
 }
 
-HRESULT DeleteValue(Hive hive, std::u16string_view key, std::u16string_view name)
-{
-    return Submit(ValueRemoval(hive, key, name));
-}
-
 HRESULT DeleteTree(Hive hive, std::u16string_view key)
 {
     return Submit(TreeRemoval(hive, key));
-}
-
-HRESULT DeleteValueIfThere(Hive hive, std::u16string_view key, std::u16string_view name)
-{
-    return Submit(IfThere(ValueRemoval(hive, key, name)));
 }
 
 HRESULT DeleteTreeIfThere(Hive hive, std::u16string_view key)

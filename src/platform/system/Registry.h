@@ -62,11 +62,9 @@ KV_EXPORT HRESULT Values(Hive hive, std::u16string_view key, std::vector<std::u1
 KV_EXPORT HRESULT CreateKey(Hive hive, std::u16string_view key);
 /// Creates the key where needed.
 KV_EXPORT HRESULT Set(Hive hive, std::u16string_view key, std::u16string_view name, RegistryValue value);
-KV_EXPORT HRESULT DeleteValue(Hive hive, std::u16string_view key, std::u16string_view name);
 /// Deletes a key with everything below it; REGISTRY_E_NOT_FOUND when there is none.
 KV_EXPORT HRESULT DeleteTree(Hive hive, std::u16string_view key);
 /// The same, with S_OK for what is not there.
-KV_EXPORT HRESULT DeleteValueIfThere(Hive hive, std::u16string_view key, std::u16string_view name);
 KV_EXPORT HRESULT DeleteTreeIfThere(Hive hive, std::u16string_view key);
 
 /// Gathers the changes of this thread, so that they are written together when `Commit` is called, or not at all.
