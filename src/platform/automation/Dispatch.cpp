@@ -10,13 +10,34 @@ namespace {
 
 constexpr WORD kKnownFlags = DISPATCH_METHOD | DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
 
-const MemberDescription* FindMember(const InterfaceDescription& description, DISPID id, WORD flags)
+const MemberDescription* FindOwnMember(const InterfaceDescription& description, DISPID id, WORD flags)
 {
     const auto byId = [&](std::uint16_t position, DISPID wanted) { return description.members[position].id < wanted; };
     auto at = std::lower_bound(description.byId.begin(), description.byId.end(), id, byId);
     for (; at != description.byId.end() && description.members[*at].id == id; ++at) {
         const MemberDescription& member = description.members[*at];
         if (member.thunk && (member.kind & flags)) return &member;
+    }
+    return nullptr;
+}
+
+/// Finds a member of the interface or of one that it extends, which `self` is then a pointer to.
+const MemberDescription* FindMember(const InterfaceDescription& description, DISPID id, WORD flags, void*& self)
+{
+    for (const InterfaceDescription* owner = &description; owner; owner = owner->inherited) {
+        if (const MemberDescription* found = FindOwnMember(*owner, id, flags)) return found;
+        if (owner->toBase) self = owner->toBase(self);
+    }
+    return nullptr;
+}
+
+const MemberDescription* FindMemberNamed(const InterfaceDescription& description, std::u16string_view name)
+{
+    for (const InterfaceDescription* owner = &description; owner; owner = owner->inherited) {
+        const auto& members = owner->members;
+        const auto found =
+            std::ranges::find_if(members, [name](const MemberDescription& row) { return SameName(row.name, name); });
+        if (found != members.end()) return &*found;
     }
     return nullptr;
 }
@@ -67,7 +88,7 @@ HRESULT InvokeMember(const InterfaceDescription& description, void* self, DISPID
             return E_POINTER;
         }
         if (!(flags & kKnownFlags)) return E_INVALIDARG;
-        const MemberDescription* found = FindMember(description, member, flags);
+        const MemberDescription* found = FindMember(description, member, flags, self);
         if (!found) return DISP_E_MEMBERNOTFOUND;
         if (params->cArgs > found->parameterCount || params->cNamedArgs > params->cArgs) return DISP_E_BADPARAMCOUNT;
 
@@ -104,9 +125,8 @@ HRESULT FindMemberNames(const InterfaceDescription& description, OLECHAR** names
     std::fill_n(ids, count, DISPID_UNKNOWN);
     if (!names[0]) return E_POINTER;
 
-    const auto member = std::find_if(description.members.begin(), description.members.end(),
-                                     [&](const MemberDescription& row) { return SameName(row.name, names[0]); });
-    if (member == description.members.end()) return DISP_E_UNKNOWNNAME;
+    const MemberDescription* member = FindMemberNamed(description, names[0]);
+    if (!member) return DISP_E_UNKNOWNNAME;
     ids[0] = member->id;
 
     HRESULT outcome = S_OK;

@@ -83,9 +83,15 @@ enum class InterfaceKind : BYTE {
 struct InterfaceDescription {
     std::string_view name;
     std::string_view base;
+    /// The description of `base`; null for IUnknown and IDispatch, which end every chain.
+    const InterfaceDescription* inherited = nullptr;
+    /// Makes a pointer to this interface one to `base`.
+    void* (*toBase)(void* self) = nullptr;
     const GUID* iid = nullptr;
     InterfaceKind kind = InterfaceKind::Custom;
-    /// In slot order.
+    /// The slot of the first member, behind those of the base.
+    std::size_t firstSlot = 0;
+    /// Those that the interface adds to its base, in slot order.
     std::span<const MemberDescription> members;
     /// Positions in `members`, ordered by DISPID.
     std::span<const std::uint16_t> byId;
@@ -319,13 +325,43 @@ consteval InterfaceKind KindOf()
     }
 }
 
+template <class Interface>
+consteval InterfaceDescription DescribeInterface();
+
 } // namespace detail
 
-/// The description of an interface that has a member table.
+/// The description of an interface that has a member table. Its base has one, too, unless that is IUnknown or
+/// IDispatch.
 template <class Interface>
-inline constexpr InterfaceDescription kInterfaceDescription{
-    detail::TypeName<Interface>(), detail::TypeName<typename Interface::Base>(), &Interface::IID,
-    detail::KindOf<Interface>(),   InterfaceTable<Interface>::members,           detail::kOrderById<Interface>};
+inline constexpr InterfaceDescription kInterfaceDescription = detail::DescribeInterface<Interface>();
+
+namespace detail {
+
+template <class Interface>
+consteval InterfaceDescription DescribeInterface()
+{
+    using Base = typename Interface::Base;
+    InterfaceDescription description;
+    description.name = TypeName<Interface>();
+    description.base = TypeName<Base>();
+    if constexpr (std::is_same_v<Base, IUnknown>) {
+        description.firstSlot = 3;
+    } else if constexpr (std::is_same_v<Base, IDispatch>) {
+        description.firstSlot = 7;
+    } else {
+        const InterfaceDescription& base = kInterfaceDescription<Base>;
+        description.inherited = &base;
+        description.toBase = [](void* self) -> void* { return static_cast<Base*>(static_cast<Interface*>(self)); };
+        description.firstSlot = base.firstSlot + base.members.size();
+    }
+    description.iid = &Interface::IID;
+    description.kind = KindOf<Interface>();
+    description.members = InterfaceTable<Interface>::members;
+    description.byId = kOrderById<Interface>;
+    return description;
+}
+
+} // namespace detail
 
 /// One field of a record table.
 template <auto Member>

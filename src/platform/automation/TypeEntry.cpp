@@ -27,6 +27,16 @@ std::optional<DISPID> RowNamed(std::span<const Row> rows, std::u16string_view na
     }
 }
 
+/// An interface, behind the one that it extends if the library has that, too.
+void AddInterface(std::vector<TypeEntry>& types, const LibraryDescription& library,
+                  const InterfaceDescription* interface)
+{
+    if (std::ranges::find(types, TypeEntry(interface)) != types.end()) return;
+    const auto base = std::ranges::find(library.interfaces, interface->inherited);
+    if (base != library.interfaces.end()) AddInterface(types, library, *base);
+    types.emplace_back(interface);
+}
+
 } // namespace
 
 std::vector<TypeEntry> TypesOf(const LibraryDescription& library)
@@ -37,7 +47,7 @@ std::vector<TypeEntry> TypesOf(const LibraryDescription& library)
     for (const auto* description : library.records)
         types.emplace_back(description);
     for (const auto* description : library.interfaces)
-        types.emplace_back(description);
+        AddInterface(types, library, description);
     for (const auto& description : library.classes)
         types.emplace_back(&description);
     return types;
@@ -73,7 +83,10 @@ std::vector<std::string_view> MemberNames(const TypeEntry& type, DISPID member)
     if (!entry) return {};
     const auto& members = (*entry)->members;
     const auto row = std::ranges::find(members, member, &MemberDescription::id);
-    if (row == members.end()) return {};
+    if (row == members.end()) {
+        const InterfaceDescription* base = (*entry)->inherited;
+        return base ? MemberNames(TypeEntry(base), member) : std::vector<std::string_view>();
+    }
     std::vector<std::string_view> names{row->name};
     if (row->kind == DISPATCH_METHOD) {
         for (const ParameterDescription& parameter : row->Parameters())

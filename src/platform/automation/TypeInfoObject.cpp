@@ -103,13 +103,12 @@ HRESULT TypeInfo::GetFuncDesc(ULONG index, FUNCDESC** description)
         const InterfaceDescription* interface = Interface();
         if (!interface || index >= interface->members.size()) return TYPE_E_ELEMENTNOTFOUND;
         const MemberDescription& member = interface->members[index];
-        const std::size_t inherited = interface->kind == InterfaceKind::Custom ? 3 : 7;
         auto record = std::make_unique<FunctionRecord>();
         record->memid = member.id;
         record->invkind = static_cast<INVOKEKIND>(member.kind);
         record->oVft = interface->kind == InterfaceKind::Dispatch
                            ? SHORT{0}
-                           : static_cast<SHORT>((inherited + index) * sizeof(void*));
+                           : static_cast<SHORT>((interface->firstSlot + index) * sizeof(void*));
         for (const ParameterDescription& parameter : member.Parameters()) {
             record->parameters.push_back({Describe(parameter.type, record->types), parameter.flags});
             if (parameter.flags & kParameterOptional) ++record->cParamsOpt;

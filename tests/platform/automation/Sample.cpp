@@ -7,8 +7,8 @@ namespace {
 constexpr const kv::EnumDescription* kEnums[]{&kv::kEnumDescription<SampleColour>};
 constexpr const kv::RecordDescription* kRecords[]{&kv::kRecordDescription<SamplePoint>};
 constexpr const kv::InterfaceDescription* kInterfaces[]{
-    &kv::kInterfaceDescription<ISample>,
-    &kv::kInterfaceDescription<IPlainSample>,
+    &kv::kInterfaceDescription<ISample>,        &kv::kInterfaceDescription<IPrism>,
+    &kv::kInterfaceDescription<IShape>,         &kv::kInterfaceDescription<IPlainSample>,
     &kv::kInterfaceDescription<_ISampleEvents>,
 };
 constexpr kv::ClassDescription kClasses[]{{"Sample", &kSampleClass, "ISample", "_ISampleEvents"},
@@ -193,4 +193,28 @@ HRESULT Sample::Reset()
 HRESULT Sample::Half(LONG number, LONG* half)
 {
     return Store(*half, number / 2);
+}
+
+HRESULT Prism::get_Sides(LONG* value)
+{
+    *value = m_sides;
+    return S_OK;
+}
+
+HRESULT Prism::put_Sides(LONG value)
+{
+    m_sides = value;
+    return S_OK;
+}
+
+HRESULT Prism::get_Edges(LONG* value)
+{
+    *value = 3 * m_sides;
+    return S_OK;
+}
+
+HRESULT Prism::Extend(LONG sides)
+{
+    m_sides += sides;
+    return S_OK;
 }

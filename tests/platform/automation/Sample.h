@@ -99,6 +99,45 @@ struct kv::InterfaceTable<IPlainSample> {
     static constexpr auto members = Members(Method<&IPlainSample::Half>("Half", 1, "number", "half"));
 };
 
+/// An interface that another one extends.
+struct IShape : IDispatch {
+    static constexpr GUID IID = "44444444-0000-0000-0000-000000000005"_guid;
+    using Base = IDispatch;
+
+    virtual HRESULT get_Sides(LONG* value) = 0;
+    virtual HRESULT put_Sides(LONG value) = 0;
+};
+
+template <>
+struct kv::InterfaceTable<IShape> {
+    static constexpr auto members = Members(GetPut<&IShape::get_Sides, &IShape::put_Sides>("Sides", 1));
+};
+
+struct IPrism : IShape {
+    static constexpr GUID IID = "44444444-0000-0000-0000-000000000006"_guid;
+    using Base = IShape;
+
+    virtual HRESULT get_Edges(LONG* value) = 0;
+    virtual HRESULT Extend(LONG sides) = 0;
+};
+
+template <>
+struct kv::InterfaceTable<IPrism> {
+    static constexpr auto members =
+        Members(Get<&IPrism::get_Edges>("Edges", 2), Method<&IPrism::Extend>("Extend", 3, "sides"));
+};
+
+class Prism final : public kv::Object<kv::Dual<IPrism>> {
+public:
+    HRESULT get_Sides(LONG* value) override;
+    HRESULT put_Sides(LONG value) override;
+    HRESULT get_Edges(LONG* value) override;
+    HRESULT Extend(LONG sides) override;
+
+private:
+    LONG m_sides = 3;
+};
+
 struct _ISampleEvents : IDispatch {
     static constexpr GUID IID = "44444444-0000-0000-0000-000000000003"_guid;
     using Base = IDispatch;

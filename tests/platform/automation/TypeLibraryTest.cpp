@@ -111,6 +111,9 @@ TEST(TypeLibraryTest, ListsItsTypes)
         {"SampleColour", TKIND_ENUM, GUID_NULL, 0, 3, 0, 0},
         {"SamplePoint", TKIND_RECORD, GUID_NULL, 0, 6, 0, 0},
         {"ISample", TKIND_DISPATCH, ISample::IID, 25, 0, 1, TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE},
+        // Listed the other way round.
+        {"IShape", TKIND_DISPATCH, IShape::IID, 2, 0, 1, TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE},
+        {"IPrism", TKIND_DISPATCH, IPrism::IID, 2, 0, 1, TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE},
         {"IPlainSample", TKIND_INTERFACE, IPlainSample::IID, 1, 0, 1, 0},
         {"_ISampleEvents", TKIND_DISPATCH, _ISampleEvents::IID, 4, 0, 1, TYPEFLAG_FDISPATCHABLE},
         {"Sample", TKIND_COCLASS, kSampleClass, 0, 0, 2, TYPEFLAG_FCANCREATE},
@@ -169,11 +172,11 @@ TEST(TypeLibraryTest, WhatIsNotThereIsNotFound)
     const auto library = Library();
     ComPtr<ITypeInfo> info;
     TYPEKIND kind{};
-    EXPECT_EQ(library->GetTypeInfo(7, info.Put()), TYPE_E_ELEMENTNOTFOUND);
-    EXPECT_EQ(library->GetTypeInfoType(7, &kind), TYPE_E_ELEMENTNOTFOUND);
+    EXPECT_EQ(library->GetTypeInfo(9, info.Put()), TYPE_E_ELEMENTNOTFOUND);
+    EXPECT_EQ(library->GetTypeInfoType(9, &kind), TYPE_E_ELEMENTNOTFOUND);
     EXPECT_EQ(library->GetTypeInfoOfGuid(kSampleLibrary, info.Put()), TYPE_E_ELEMENTNOTFOUND);
     EXPECT_EQ(library->GetTypeInfoOfGuid(GUID_NULL, info.Put()), TYPE_E_ELEMENTNOTFOUND);
-    for (LONG index : {7, -2}) {
+    for (LONG index : {9, -2}) {
         EXPECT_EQ(library->GetDocumentation(index, nullptr, nullptr), TYPE_E_ELEMENTNOTFOUND);
     }
 
@@ -195,7 +198,7 @@ TEST(TypeLibraryTest, WhatIsNotThereIsNotFound)
     }
     const auto sample = Type(u"ISample");
     // 0x80000001 would stand for the type of a parameter that is no interface of another library.
-    for (HREFTYPE never : {0u, 10u, 0x80000001u, 0xffffffffu}) {
+    for (HREFTYPE never : {0u, 12u, 0x80000001u, 0xffffffffu}) {
         EXPECT_EQ(sample->GetRefTypeInfo(never, info.Put()), TYPE_E_ELEMENTNOTFOUND);
         EXPECT_FALSE(info);
     }
@@ -268,6 +271,8 @@ TEST(TypeLibraryTest, TypesReferToWhatTheyBuildOn)
     };
     const Row rows[] = {
         {u"ISample", 0, "IDispatch", 0},
+        {u"IShape", 0, "IDispatch", 0},
+        {u"IPrism", 0, "IShape", 0},
         {u"IPlainSample", 0, "IUnknown", 0},
         {u"_ISampleEvents", 0, "IDispatch", 0},
         {u"Sample", 0, "ISample", IMPLTYPEFLAG_FDEFAULT},
@@ -294,6 +299,45 @@ TEST(TypeLibraryTest, TypesReferToWhatTheyBuildOn)
     EXPECT_EQ(Attributes(*dispatch).facts.guid, IDispatch::IID);
     ComPtr<ITypeLib> container;
     EXPECT_EQ(dispatch->GetContainingTypeLib(container.Put(), nullptr), TYPE_E_ELEMENTNOTFOUND);
+}
+
+TEST(TypeLibraryTest, ADerivedInterfaceAddsToItsBase)
+{
+    const auto prism = Type(u"IPrism");
+    FUNCDESC* function = nullptr;
+    ASSERT_EQ(prism->GetFuncDesc(0, &function), S_OK);
+    EXPECT_EQ(function->memid, 2);
+    EXPECT_EQ(function->oVft, (7 + 2) * static_cast<SHORT>(sizeof(void*))) << "behind the slots of the base";
+    prism->ReleaseFuncDesc(function);
+    EXPECT_THAT(Names(*prism, 1), ElementsAre("Sides"));
+    EXPECT_THAT(Names(*prism, 3), ElementsAre("Extend", "sides"));
+    EXPECT_EQ(NameOf(*prism, 1), "Sides");
+
+    const auto object = kv::Make<Prism>();
+    OLECHAR name[] = u"sides";
+    OLECHAR* names[]{name};
+    DISPID id = 0;
+    ASSERT_EQ(object->GetIDsOfNames(IID_NULL, names, 1, 0, &id), S_OK);
+    EXPECT_EQ(id, 1);
+    const auto put = [&](LONG value) {
+        Variant argument;
+        argument.vt = VT_I4;
+        argument.lVal = value;
+        DISPID putId = DISPID_PROPERTYPUT;
+        DISPPARAMS params{&argument, &putId, 1, 1};
+        return object->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYPUT, &params, nullptr, nullptr, nullptr);
+    };
+    ASSERT_EQ(put(5), S_OK);
+    DISPPARAMS none{};
+    Variant edges;
+    ASSERT_EQ(object->Invoke(2, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &edges, nullptr, nullptr), S_OK);
+    EXPECT_EQ(edges.lVal, 15);
+    Variant sides;
+    EXPECT_EQ(
+        prism->Invoke(static_cast<IPrism*>(object.Get()), 1, DISPATCH_PROPERTYGET, &none, &sides, nullptr, nullptr),
+        S_OK);
+    EXPECT_EQ(sides.lVal, 5);
+    EXPECT_EQ(object->Invoke(4, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr), DISP_E_MEMBERNOTFOUND);
 }
 
 TEST(TypeLibraryTest, InterfacesOfOtherLibrariesAreKnownByNameAndIdentity)
