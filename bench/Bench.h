@@ -57,5 +57,6 @@ void MeasureHeap(std::vector<Row>& rows);
 void MeasureUndo(std::vector<Row>& rows);
 void MeasureDocuments(std::vector<Row>& rows);
 void MeasureMedia(std::vector<Row>& rows);
+void MeasureTexts(std::vector<Row>& rows);
 
 } // namespace kv::bench

@@ -8,6 +8,7 @@
 
 #include "KVProjectData/Engine/Media.h"
 #include "KVProjectData/Engine/Strings.h"
+#include "KVProjectData/Engine/Text.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Unknown.h"
 

@@ -3,6 +3,7 @@
 #include "engine/Production.h"
 #include "engine/media/MediaInformation.h"
 #include "engine/strings/StringTable.h"
+#include "engine/text/TextPlugIn.h"
 #include "platform/com/EntryPoints.h"
 
 namespace kv {
@@ -15,6 +16,8 @@ constexpr ServerClass kClasses[]{
      u"ZXEngine.MediaInformation", u"Media Information"},
     {&CLSID_ZXStringTable, &CreateObject<CStringTable>, u"ZXEngine.StringTable.1", u"ZXEngine.StringTable",
      u"String Table"},
+    {&CLSID_ZXTextPlugIn, &CreateObject<CTextPlugIn>, u"ZXEngine.TextPlugIn.1", u"ZXEngine.TextPlugIn",
+     u"Text Plug-In"},
 };
 
 constexpr ServerDescription kServer{.classes = kClasses};

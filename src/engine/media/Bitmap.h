@@ -1,6 +1,8 @@
 #pragma once
 // A picture in memory.
 
+#include "platform/automation/SafeArray.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -25,5 +27,8 @@ struct Bitmap {
         return pixels.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
     }
 };
+
+/// The pixels as an array of bytes. Throws on lack of memory.
+SafeArray BytesOf(const Bitmap& bitmap);
 
 } // namespace kv

@@ -1,0 +1,89 @@
+// Texts of the text plug-in.
+
+#include "Bench.h"
+
+#include "KVProjectData/Engine/Text.h"
+#include "platform/automation/Bstr.h"
+#include "platform/xml/Dom.h"
+
+#include <pango/pangocairo.h>
+
+namespace kv::bench {
+namespace {
+
+constexpr int kTexts = 50;
+
+std::string ParagraphOf(int number)
+{
+    return "Chapter " + std::to_string(number) + " of a film whose title is long, and what it tells";
+}
+
+ComPtr<IXMLDOMElement> DocumentOf(int number)
+{
+    ComPtr<IXMLDOMDocument> document;
+    Must(CreateInstance(CLSID_DOMDocument, document));
+    const std::string paragraph = "<p align='center'>" + ParagraphOf(number) + " <b>in bold</b></p>";
+    const std::string xml = "<plugin_data><html><body><font face='DejaVu Sans' fontHeight='32'>" + paragraph +
+                            paragraph + paragraph + "</font></body></html></plugin_data>";
+    VARIANT_BOOL parsed = VARIANT_FALSE;
+    Must(document->loadXML(Bstr(ToUtf16(xml)).Get(), &parsed));
+    ComPtr<IXMLDOMElement> root;
+    Must(document->get_documentElement(root.Put()));
+    return root;
+}
+
+void Corners(const std::vector<ComPtr<IXMLDOMElement>>& documents)
+{
+    constexpr double kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    for (const auto& document : documents) {
+        ComPtr<IZXTextPlugIn> text;
+        Must(CreateInstance(CLSID_ZXTextPlugIn, text));
+        Must(text->SetUp(640, 480, kIdentity, kIdentity));
+        Must(text->SetText(document.Get()));
+        ZXTextPoint corners[4];
+        Must(text->GetCorners(corners));
+    }
+}
+
+/// The same paragraphs in layouts of Pango's own, with markup for the bold words.
+void Layouts(PangoContext* context)
+{
+    for (int i = 0; i < kTexts; ++i) {
+        const std::string markup = ParagraphOf(i) + " <b>in bold</b>";
+        for (int paragraph = 0; paragraph < 3; ++paragraph) {
+            PangoLayout* layout = pango_layout_new(context);
+            PangoFontDescription* font = pango_font_description_new();
+            pango_font_description_set_family(font, "DejaVu Sans");
+            pango_font_description_set_absolute_size(font, 32 * PANGO_SCALE);
+            pango_layout_set_font_description(layout, font);
+            pango_layout_set_markup(layout, markup.data(), static_cast<int>(markup.size()));
+            PangoRectangle box;
+            pango_layout_get_extents(layout, nullptr, &box);
+            pango_font_description_free(font);
+            g_object_unref(layout);
+        }
+    }
+}
+
+} // namespace
+
+void MeasureTexts(std::vector<Row>& rows)
+{
+    constexpr int kRounds = 25;
+    std::vector<ComPtr<IXMLDOMElement>> documents;
+    for (int i = 0; i < kTexts; ++i)
+        documents.push_back(DocumentOf(i));
+    PangoFontMap* map = pango_cairo_font_map_new();
+    PangoContext* context = pango_font_map_create_context(map);
+    // Both know their fonts by then.
+    Corners(documents);
+    Layouts(context);
+    const Medians medians = InTurn(
+        kRounds, [&] { return 1e6 / kTexts * Time([&] { Corners(documents); }); },
+        [&] { return 1e6 / kTexts * Time([&] { Layouts(context); }); });
+    rows.push_back({"corners of a text | bare Pango layout", "us", medians.ours, medians.yardstick, 1.3});
+    g_object_unref(context);
+    g_object_unref(map);
+}
+
+} // namespace kv::bench
