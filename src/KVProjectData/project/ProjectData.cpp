@@ -38,7 +38,7 @@ const CKVProjectData::ListEvents CKVProjectData::kMenuEvents{EVENT_MenuAdded, EV
 const CKVProjectData::ListEvents CKVProjectData::kDataFileEvents{EVENT_DataFileAdded, EVENT_DataFileRemoved,
                                                                  EVENT_DataFileMoved};
 
-CKVProjectData::CKVProjectData(IUnknown* outer) : ArchivedNode(typeProject), Object(outer) {}
+CKVProjectData::CKVProjectData(IUnknown* outer) : ArchivedNode(typeProject), Aggregate(outer) {}
 
 HRESULT CKVProjectData::Initialise()
 {
@@ -48,13 +48,11 @@ HRESULT CKVProjectData::Initialise()
     AddChild(&m_titles, true);
     AddChild(&m_menus, true);
     AddChild(&m_dataFiles, true);
-    m_commandList = MakeInner<CKVCommandList>(Controlling());
-    AddChild(m_commandList.Get(), true);
-    m_encodingParams = MakeInner<CKVEncodingParams>(Controlling());
-    AddChild(m_encodingParams.Get(), true);
+    AddChild(&MakePart<CKVCommandList>(), true);
+    AddChild(&MakePart<CKVEncodingParams>(), true);
     // A project can be worked with all the same when nothing of it can be undone.
     m_undo.Initialise();
-    m_locking = MakeInner<CKVLocking>(Controlling(), this);
+    MakePart<CKVLocking>(this);
     return Start(kHeartbeatMilliseconds);
 }
 
@@ -62,20 +60,9 @@ void CKVProjectData::FinalRelease()
 {
     m_undo.Terminate();
     DropLists();
-    m_commandList.Reset();
-    m_encodingParams.Reset();
-    m_locking.Reset();
+    ReleaseParts();
     Stop();
     if (m_window) DestroyWindow(m_window);
-}
-
-HRESULT CKVProjectData::FindInterface(REFIID iid, void** out)
-{
-    HRESULT result = Object::FindInterface(iid, out);
-    if (result == E_NOINTERFACE && m_commandList) result = m_commandList->Inner()->QueryInterface(iid, out);
-    if (result == E_NOINTERFACE && m_encodingParams) result = m_encodingParams->Inner()->QueryInterface(iid, out);
-    if (result == E_NOINTERFACE && m_locking) result = m_locking->Inner()->QueryInterface(iid, out);
-    return result;
 }
 
 void CKVProjectData::DropLists()
@@ -144,56 +131,6 @@ void CKVProjectData::MeasureFirstTitle()
 
 // Properties
 
-HRESULT CKVProjectData::get_version(LONG* pVal)
-{
-    return Get(pVal, kDocumentVersion);
-}
-
-HRESULT CKVProjectData::get_Label(BSTR* pVal)
-{
-    return Get(pVal, m_settings.label);
-}
-
-HRESULT CKVProjectData::put_Label(BSTR newVal)
-{
-    return Put(m_settings.label, newVal, Undo, Fires(4));
-}
-
-HRESULT CKVProjectData::get_DiscFormat(DiscFormat* pVal)
-{
-    return Get(pVal, m_settings.discFormat);
-}
-
-HRESULT CKVProjectData::put_DiscFormat(DiscFormat newVal)
-{
-    return Put(m_settings.discFormat, newVal, Undo, Fires(20));
-}
-
-HRESULT CKVProjectData::get_VolumeName(BSTR* pVal)
-{
-    return Get(pVal, m_settings.volumeName);
-}
-
-HRESULT CKVProjectData::put_VolumeName(BSTR newVal)
-{
-    return Put(m_settings.volumeName, newVal, Undo, Fires(21));
-}
-
-HRESULT CKVProjectData::get_ThemeSource(BSTR* pVal)
-{
-    return Get(pVal, m_settings.themeSource);
-}
-
-HRESULT CKVProjectData::put_ThemeSource(BSTR newVal)
-{
-    return Put(m_settings.themeSource, newVal);
-}
-
-HRESULT CKVProjectData::get_TVStandard(TVStandard* pVal)
-{
-    return Get(pVal, m_settings.tvStandard);
-}
-
 HRESULT CKVProjectData::put_TVStandard(TVStandard newVal)
 {
     return Edit([&](EditScope& edit) {
@@ -220,11 +157,6 @@ HRESULT CKVProjectData::put_FrameRate(double newVal)
     return Put(m_settings.frameRate, newVal);
 }
 
-HRESULT CKVProjectData::get_ProjectDirectory(BSTR* pVal)
-{
-    return Get(pVal, m_projectDirectory);
-}
-
 HRESULT CKVProjectData::put_ProjectDirectory(BSTR newVal)
 {
     return Edit([&](EditScope& edit) {
@@ -234,51 +166,6 @@ HRESULT CKVProjectData::put_ProjectDirectory(BSTR newVal)
         FireEvent(EVENT_ProjectDirectoryChanged, 0, 0, reinterpret_cast<LONGLONG>(m_projectDirectory.Get()));
         return S_OK;
     });
-}
-
-HRESULT CKVProjectData::get_TargetType(ULONG* pVal)
-{
-    return Get(pVal, m_settings.targetType);
-}
-
-HRESULT CKVProjectData::put_TargetType(ULONG newVal)
-{
-    return Put(m_settings.targetType, newVal, Undo, Fires(24));
-}
-
-HRESULT CKVProjectData::get_ImagePath(BSTR* pVal)
-{
-    return Get(pVal, m_imagePath);
-}
-
-HRESULT CKVProjectData::put_ImagePath(BSTR newVal)
-{
-    return Put(m_imagePath, newVal, Undo, Fires(25));
-}
-
-HRESULT CKVProjectData::get_TargetDrive(BSTR* pVal)
-{
-    return Get(pVal, m_targetDrive);
-}
-
-HRESULT CKVProjectData::put_TargetDrive(BSTR newVal)
-{
-    return Put(m_targetDrive, newVal, Undo, Fires(26));
-}
-
-HRESULT CKVProjectData::get_DisplayName(BSTR* pVal)
-{
-    return Get(pVal, m_settings.displayName);
-}
-
-HRESULT CKVProjectData::put_DisplayName(BSTR newVal)
-{
-    return Put(m_settings.displayName, newVal, Undo, Fires(35));
-}
-
-HRESULT CKVProjectData::get_IsOnDisc(VARIANT_BOOL* pVal)
-{
-    return Get(pVal, m_settings.isOnDisc);
 }
 
 HRESULT CKVProjectData::put_IsOnDisc(VARIANT_BOOL newVal)
@@ -301,16 +188,6 @@ HRESULT CKVProjectData::get_DataFileCount(LONG* pVal)
     return Count(pVal, m_dataFiles);
 }
 
-HRESULT CKVProjectData::get_FitToDisc(VARIANT_BOOL* pVal)
-{
-    return Get(pVal, m_settings.fitToDisc);
-}
-
-HRESULT CKVProjectData::put_FitToDisc(VARIANT_BOOL newVal)
-{
-    return Put(m_settings.fitToDisc, newVal != VARIANT_FALSE, Undo, Fires(33));
-}
-
 HRESULT CKVProjectData::get_DoCompression(VARIANT_BOOL* pVal)
 {
     return Read([&] {
@@ -322,71 +199,6 @@ HRESULT CKVProjectData::get_DoCompression(VARIANT_BOOL* pVal)
 HRESULT CKVProjectData::put_DoCompression(VARIANT_BOOL newVal)
 {
     return Put(m_settings.doCompression, newVal != VARIANT_FALSE, Undo, Fires(68));
-}
-
-HRESULT CKVProjectData::get_Options(ULONG* pVal)
-{
-    return Get(pVal, m_settings.options);
-}
-
-HRESULT CKVProjectData::put_Options(ULONG newVal)
-{
-    return Put(m_settings.options, newVal, Undo, Fires(28));
-}
-
-HRESULT CKVProjectData::get_ProjectSize(LONGLONG* pVal)
-{
-    return Get(pVal, m_settings.projectSize);
-}
-
-HRESULT CKVProjectData::put_ProjectSize(LONGLONG newVal)
-{
-    return Put(m_settings.projectSize, newVal, Fires(34));
-}
-
-HRESULT CKVProjectData::get_OnDiscSize(ULONG* pVal)
-{
-    return Get(pVal, m_settings.onDiscSizeKB);
-}
-
-HRESULT CKVProjectData::put_OnDiscSize(ULONG newVal)
-{
-    return Put(m_settings.onDiscSizeKB, newVal, Fires(36));
-}
-
-HRESULT CKVProjectData::get_RemainingCaptures(LONG* pVal)
-{
-    return Get(pVal, m_settings.remainingCaptures);
-}
-
-HRESULT CKVProjectData::put_RemainingCaptures(LONG newVal)
-{
-    return Put(m_settings.remainingCaptures, newVal, Fires(37));
-}
-
-HRESULT CKVProjectData::get_DiscSize(DiscSizeEnum* pVal)
-{
-    return Get(pVal, m_settings.discSize);
-}
-
-HRESULT CKVProjectData::put_DiscSize(DiscSizeEnum newVal)
-{
-    return Put(m_settings.discSize, newVal, Fires(66));
-}
-
-HRESULT CKVProjectData::get_DiscVideoType(DiscVideoType* pVal)
-{
-    return Get(pVal, m_settings.discVideoType);
-}
-
-HRESULT CKVProjectData::put_DiscVideoType(DiscVideoType newVal)
-{
-    return Put(m_settings.discVideoType, newVal, Undo, Fires(69));
-}
-
-HRESULT CKVProjectData::get_MenuLess(VARIANT_BOOL* pVal)
-{
-    return Get(pVal, m_settings.menuLess);
 }
 
 HRESULT CKVProjectData::put_MenuLess(VARIANT_BOOL newVal)
@@ -518,7 +330,7 @@ HRESULT CKVProjectData::AddTitle(LONG index, IKVTitle** ppTitle)
 HRESULT CKVProjectData::PrepareTitle(CKVTitle& title)
 {
     AspectRatio aspect = AspectRatio_None;
-    m_encodingParams->get_AspectRatio(&aspect);
+    Part<CKVEncodingParams>().get_AspectRatio(&aspect);
     CKVEncodingParams& encoding = title.EncodingParams();
     HRESULT result = encoding.put_SyncToProject(VARIANT_TRUE);
     if (SUCCEEDED(result)) result = encoding.put_AspectRatio(aspect);
@@ -717,8 +529,8 @@ HRESULT CKVProjectData::loadXML(IXMLDOMNode* pRootNode)
         const HRESULT cleared = Clear();
         if (FAILED(cleared)) return cleared;
         // What Clear keeps must not mix with what the document brings.
-        m_commandList->DropAll();
-        m_encodingParams->Reset();
+        Part<CKVCommandList>().DropAll();
+        Part<CKVEncodingParams>().Reset();
         return CKVXMLDataLoader(*this, *this).Load(pRootNode);
     });
 }

@@ -10,10 +10,11 @@
 #include "KVProjectData/titles/CommandList.h"
 #include "KVProjectData/titles/EncodingParams.h"
 #include "KVProjectData/tree/Locking.h"
+#include "KVProjectData/tree/Properties.h"
 #include "KVProjectData/undo/ProjectUndo.h"
 #include "platform/automation/Dispatch.h"
+#include "platform/com/Aggregate.h"
 #include "platform/com/ConnectionPoint.h"
-#include "platform/com/Object.h"
 #include "platform/system/Window.h"
 
 namespace kv {
@@ -26,7 +27,8 @@ inline constexpr LONG kDocumentVersion = 900;
 
 class CKVProjectData final : public ArchivedNode<CKVProjectData>,
                              public CAsyncEventDispatcher,
-                             public Object<Dual<IKVProjectData>, ConnectionPointContainer>,
+                             public Aggregate<Parts<CKVCommandList, CKVEncodingParams, CKVLocking>,
+                                              Dual<IKVProjectData>, ConnectionPointContainer>,
                              private NodeFactory {
 public:
     explicit CKVProjectData(IUnknown* outer);
@@ -34,40 +36,30 @@ public:
     /// Creates the window, the fixed children and the aggregated objects, and starts the events.
     HRESULT Initialise();
 
-    HRESULT get_version(LONG* pVal) override;
-    HRESULT get_Label(BSTR* pVal) override;
-    HRESULT put_Label(BSTR newVal) override;
-    HRESULT get_DiscFormat(DiscFormat* pVal) override;
-    HRESULT put_DiscFormat(DiscFormat newVal) override;
-    HRESULT get_VolumeName(BSTR* pVal) override;
-    HRESULT put_VolumeName(BSTR newVal) override;
-    HRESULT get_ThemeSource(BSTR* pVal) override;
-    HRESULT put_ThemeSource(BSTR newVal) override;
-    HRESULT get_TVStandard(TVStandard* pVal) override;
+    KV_GETTER(LONG, version, kDocumentVersion)
+    KV_PROPERTY(BSTR, Label, m_settings.label, Undo, Fires(4))
+    KV_PROPERTY(DiscFormat, DiscFormat, m_settings.discFormat, Undo, Fires(20))
+    KV_PROPERTY(BSTR, VolumeName, m_settings.volumeName, Undo, Fires(21))
+    KV_PROPERTY(BSTR, ThemeSource, m_settings.themeSource)
+    KV_GETTER(TVStandard, TVStandard, m_settings.tvStandard)
     HRESULT put_TVStandard(TVStandard newVal) override;
     HRESULT get_FrameRate(double* pVal) override;
     HRESULT put_FrameRate(double newVal) override;
-    HRESULT get_ProjectDirectory(BSTR* pVal) override;
+    KV_GETTER(BSTR, ProjectDirectory, m_projectDirectory)
     HRESULT put_ProjectDirectory(BSTR newVal) override;
-    HRESULT get_TargetType(ULONG* pVal) override;
-    HRESULT put_TargetType(ULONG newVal) override;
-    HRESULT get_ImagePath(BSTR* pVal) override;
-    HRESULT put_ImagePath(BSTR newVal) override;
-    HRESULT get_TargetDrive(BSTR* pVal) override;
-    HRESULT put_TargetDrive(BSTR newVal) override;
-    HRESULT get_DisplayName(BSTR* pVal) override;
-    HRESULT put_DisplayName(BSTR newVal) override;
-    HRESULT get_IsOnDisc(VARIANT_BOOL* pVal) override;
+    KV_PROPERTY(ULONG, TargetType, m_settings.targetType, Undo, Fires(24))
+    KV_PROPERTY(BSTR, ImagePath, m_imagePath, Undo, Fires(25))
+    KV_PROPERTY(BSTR, TargetDrive, m_targetDrive, Undo, Fires(26))
+    KV_PROPERTY(BSTR, DisplayName, m_settings.displayName, Undo, Fires(35))
+    KV_GETTER(VARIANT_BOOL, IsOnDisc, m_settings.isOnDisc)
     HRESULT put_IsOnDisc(VARIANT_BOOL newVal) override;
     HRESULT get_TitleCount(LONG* pVal) override;
     HRESULT get_MenuCount(LONG* pVal) override;
     HRESULT get_DataFileCount(LONG* pVal) override;
-    HRESULT get_FitToDisc(VARIANT_BOOL* pVal) override;
-    HRESULT put_FitToDisc(VARIANT_BOOL newVal) override;
+    KV_PROPERTY(VARIANT_BOOL, FitToDisc, m_settings.fitToDisc, Undo, Fires(33))
     HRESULT get_DoCompression(VARIANT_BOOL* pVal) override;
     HRESULT put_DoCompression(VARIANT_BOOL newVal) override;
-    HRESULT get_Options(ULONG* pVal) override;
-    HRESULT put_Options(ULONG newVal) override;
+    KV_PROPERTY(ULONG, Options, m_settings.options, Undo, Fires(28))
     HRESULT get_IsDirty(VARIANT_BOOL* pVal) override;
     HRESULT ClearDirtyFlag() override;
     HRESULT Clear() override;
@@ -97,21 +89,16 @@ public:
     HRESULT RedoOperation() override;
     HRESULT GetUndoManager(IOleUndoManager** ppUndoMgr) override;
     HRESULT BroadcastMessage(LONG code, LONG param1, LONG param2) override;
-    HRESULT get_ProjectSize(LONGLONG* pVal) override;
-    HRESULT put_ProjectSize(LONGLONG newVal) override;
-    HRESULT get_OnDiscSize(ULONG* pVal) override;
-    HRESULT put_OnDiscSize(ULONG newVal) override;
-    HRESULT get_RemainingCaptures(LONG* pVal) override;
-    HRESULT put_RemainingCaptures(LONG newVal) override;
+    KV_PROPERTY(LONGLONG, ProjectSize, m_settings.projectSize, Fires(34))
+    KV_PROPERTY(ULONG, OnDiscSize, m_settings.onDiscSizeKB, Fires(36))
+    KV_PROPERTY(LONG, RemainingCaptures, m_settings.remainingCaptures, Fires(37))
     HRESULT EnableHeartBeatEvent(VARIANT_BOOL bEnable) override;
     HRESULT ResetStaticData() override;
-    HRESULT get_DiscSize(DiscSizeEnum* pVal) override;
-    HRESULT put_DiscSize(DiscSizeEnum newVal) override;
+    KV_PROPERTY(DiscSizeEnum, DiscSize, m_settings.discSize, Fires(66))
     HRESULT BeginStoryboardUndo(IUnknown* pUnkSbd, ULONG dwKVID) override;
-    HRESULT get_DiscVideoType(DiscVideoType* pVal) override;
-    HRESULT put_DiscVideoType(DiscVideoType newVal) override;
+    KV_PROPERTY(DiscVideoType, DiscVideoType, m_settings.discVideoType, Undo, Fires(69))
     HRESULT SetSaveThemeMode(LONG mode) override;
-    HRESULT get_MenuLess(VARIANT_BOOL* pVal) override;
+    KV_GETTER(VARIANT_BOOL, MenuLess, m_settings.menuLess)
     HRESULT put_MenuLess(VARIANT_BOOL newVal) override;
     HRESULT get_UndoEnable(VARIANT_BOOL* pVal) override;
     HRESULT get_RedoEnable(VARIANT_BOOL* pVal) override;
@@ -127,7 +114,6 @@ public:
     void Attributes(Archive& archive);
 
 protected:
-    HRESULT FindInterface(REFIID iid, void** out) override;
     void FinalRelease() override;
     void Destroy() override { Delete(); }
     void FirePropertyChanged(DISPID propId) override;
@@ -193,9 +179,6 @@ private:
     CKVList m_titles{typeTitleList};
     CKVList m_menus{typeMenuList};
     CKVList m_dataFiles{typeFileList};
-    Aggregated<CKVCommandList> m_commandList;
-    Aggregated<CKVEncodingParams> m_encodingParams;
-    Aggregated<CKVLocking> m_locking;
 
     ProjectEvents m_events{*this};
     ProjectUndo m_undo{*this};

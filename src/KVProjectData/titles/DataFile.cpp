@@ -6,16 +6,6 @@
 
 namespace kv {
 
-HRESULT CKVDataFile::get_ID(LONG* pVal)
-{
-    return Get(pVal, ID());
-}
-
-HRESULT CKVDataFile::get_SourcePath(BSTR* pVal)
-{
-    return Get(pVal, m_sourcePath);
-}
-
 HRESULT CKVDataFile::put_SourcePath(BSTR newVal)
 {
     return Edit([&](EditScope& edit) {
@@ -26,26 +16,6 @@ HRESULT CKVDataFile::put_SourcePath(BSTR newVal)
         edit.Changed(400);
         return S_OK;
     });
-}
-
-HRESULT CKVDataFile::get_DestPath(BSTR* pVal)
-{
-    return Get(pVal, m_destPath);
-}
-
-HRESULT CKVDataFile::put_DestPath(BSTR newVal)
-{
-    return Put(m_destPath, newVal, Undo, Fires(401));
-}
-
-HRESULT CKVDataFile::get_Tag(ULONG* pVal)
-{
-    return Get(pVal, m_tag);
-}
-
-HRESULT CKVDataFile::put_Tag(ULONG newVal)
-{
-    return Put(m_tag, newVal, Undo, Fires(2));
 }
 
 HRESULT CKVDataFile::IncrementUseCount()

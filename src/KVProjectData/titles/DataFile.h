@@ -3,6 +3,7 @@
 
 #include "KVProjectData/IKVDataFile.h"
 #include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/tree/Properties.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Object.h"
 
@@ -14,13 +15,11 @@ class CKVDataFile final : public ArchivedNode<CKVDataFile>, public Object<Dual<I
 public:
     CKVDataFile() : ArchivedNode(typeFile) {}
 
-    HRESULT get_ID(LONG* pVal) override;
-    HRESULT get_SourcePath(BSTR* pVal) override;
+    KV_GETTER(LONG, ID, ID())
+    KV_GETTER(BSTR, SourcePath, m_sourcePath)
     HRESULT put_SourcePath(BSTR newVal) override;
-    HRESULT get_DestPath(BSTR* pVal) override;
-    HRESULT put_DestPath(BSTR newVal) override;
-    HRESULT get_Tag(ULONG* pVal) override;
-    HRESULT put_Tag(ULONG newVal) override;
+    KV_PROPERTY(BSTR, DestPath, m_destPath, Undo, Fires(401))
+    KV_PROPERTY(ULONG, Tag, m_tag, Undo, Fires(2))
     HRESULT IncrementUseCount() override;
 
     /// Paths compare exactly, with regard to case. Null and 0 match anything.

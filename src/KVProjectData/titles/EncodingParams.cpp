@@ -1,7 +1,6 @@
 #include "KVProjectData/titles/EncodingParams.h"
 
 #include "KVProjectData/ProjectDataEvents.h"
-#include "KVProjectData/ResultCodes.h"
 
 namespace kv {
 
@@ -14,29 +13,7 @@ CKVEncodingParams* CKVEncodingParams::ProjectSet() const
     return static_cast<CKVEncodingParams*>(project->FindChildByTypeAndName(typeEncParams, {}));
 }
 
-template <class Out, class T>
-HRESULT CKVEncodingParams::GetEffective(Out* out, T Values::*field)
-{
-    return Read([&] {
-        CKVEncodingParams* project = m_syncToProject ? ProjectSet() : nullptr;
-        return project ? project->Get(out, project->m_own.*field) : Get(out, m_own.*field);
-    });
-}
-
-template <class T>
-HRESULT CKVEncodingParams::PutOwn(T Values::*field, T value, DISPID propId)
-{
-    return Edit([&](EditScope& edit) {
-        if (m_syncToProject) return KV_E_FOLLOWS_PROJECT;
-        if (m_own.*field == value) return S_OK;
-        edit.Record();
-        m_own.*field = value;
-        edit.Changed(propId);
-        return S_OK;
-    });
-}
-
-HRESULT CKVEncodingParams::PutOwnFlag(bool Values::*field, VARIANT_BOOL value, DISPID propId)
+HRESULT CKVEncodingParams::Put(bool Values::*field, VARIANT_BOOL value, Fires fires)
 {
     return Edit([&](EditScope& edit) {
         if (m_syncToProject) return KV_E_FOLLOWS_PROJECT;
@@ -44,19 +21,9 @@ HRESULT CKVEncodingParams::PutOwnFlag(bool Values::*field, VARIANT_BOOL value, D
         if ((value == VARIANT_TRUE) == m_own.*field) return S_OK;
         edit.Record();
         m_own.*field = value != VARIANT_FALSE;
-        edit.Changed(propId);
+        edit.Changed(fires.propId);
         return S_OK;
     });
-}
-
-HRESULT CKVEncodingParams::get_VideoResolution(VideoResolution* pVal)
-{
-    return GetEffective(pVal, &Values::videoResolution);
-}
-
-HRESULT CKVEncodingParams::put_VideoResolution(VideoResolution newVal)
-{
-    return PutOwn(&Values::videoResolution, newVal, 100);
 }
 
 HRESULT CKVEncodingParams::get_AspectRatio(AspectRatio* pVal)
@@ -87,11 +54,6 @@ HRESULT CKVEncodingParams::put_AspectRatio(AspectRatio newVal)
     });
 }
 
-HRESULT CKVEncodingParams::get_VideoFormat(VideoFormat* pVal)
-{
-    return GetEffective(pVal, &Values::videoFormat);
-}
-
 HRESULT CKVEncodingParams::put_VideoFormat(VideoFormat newVal)
 {
     return Edit([&](EditScope& edit) {
@@ -102,71 +64,6 @@ HRESULT CKVEncodingParams::put_VideoFormat(VideoFormat newVal)
         edit.Changed(106);
         return S_OK;
     });
-}
-
-HRESULT CKVEncodingParams::get_VideoBitrate(LONG* pVal)
-{
-    return GetEffective(pVal, &Values::videoBitrate);
-}
-
-HRESULT CKVEncodingParams::put_VideoBitrate(LONG newVal)
-{
-    return PutOwn(&Values::videoBitrate, newVal, 102);
-}
-
-HRESULT CKVEncodingParams::get_AudioFormat(AudioFormat* pVal)
-{
-    return GetEffective(pVal, &Values::audioFormat);
-}
-
-HRESULT CKVEncodingParams::put_AudioFormat(AudioFormat newVal)
-{
-    return PutOwn(&Values::audioFormat, newVal, 103);
-}
-
-HRESULT CKVEncodingParams::get_AudioBitrate(LONG* pVal)
-{
-    return GetEffective(pVal, &Values::audioBitrate);
-}
-
-HRESULT CKVEncodingParams::put_AudioBitrate(LONG newVal)
-{
-    return PutOwn(&Values::audioBitrate, newVal, 104);
-}
-
-HRESULT CKVEncodingParams::get_WideDisplayMode(WideDisplayMode* pVal)
-{
-    return GetEffective(pVal, &Values::wideDisplayMode);
-}
-
-HRESULT CKVEncodingParams::put_WideDisplayMode(WideDisplayMode newVal)
-{
-    return PutOwn(&Values::wideDisplayMode, newVal, 105);
-}
-
-HRESULT CKVEncodingParams::get_VBREncoding(VARIANT_BOOL* pVal)
-{
-    return GetEffective(pVal, &Values::vbr);
-}
-
-HRESULT CKVEncodingParams::put_VBREncoding(VARIANT_BOOL newVal)
-{
-    return PutOwnFlag(&Values::vbr, newVal, 107);
-}
-
-HRESULT CKVEncodingParams::get_TwoPassEncoding(VARIANT_BOOL* pVal)
-{
-    return GetEffective(pVal, &Values::twoPass);
-}
-
-HRESULT CKVEncodingParams::put_TwoPassEncoding(VARIANT_BOOL newVal)
-{
-    return PutOwnFlag(&Values::twoPass, newVal, 108);
-}
-
-HRESULT CKVEncodingParams::get_SyncToProject(VARIANT_BOOL* pVal)
-{
-    return Get(pVal, m_syncToProject);
 }
 
 HRESULT CKVEncodingParams::put_SyncToProject(VARIANT_BOOL newVal)
@@ -187,26 +84,6 @@ HRESULT CKVEncodingParams::put_SyncToProject(VARIANT_BOOL newVal)
         edit.Changed(109);
         return S_OK;
     });
-}
-
-HRESULT CKVEncodingParams::get_SubpictureFormat(SubpictureFormat* pVal)
-{
-    return GetEffective(pVal, &Values::subpictureFormat);
-}
-
-HRESULT CKVEncodingParams::put_SubpictureFormat(SubpictureFormat newVal)
-{
-    return PutOwn(&Values::subpictureFormat, newVal, 110);
-}
-
-HRESULT CKVEncodingParams::get_AudioChannels(LONG* pVal)
-{
-    return GetEffective(pVal, &Values::audioChannels);
-}
-
-HRESULT CKVEncodingParams::put_AudioChannels(LONG newVal)
-{
-    return PutOwn(&Values::audioChannels, newVal, 111);
 }
 
 void CKVEncodingParams::Reset()

@@ -2,7 +2,9 @@
 // The encoding parameters of a project, a title or a menu.
 
 #include "KVProjectData/IKVEncodingParams.h"
+#include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/tree/Properties.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Object.h"
 
@@ -28,30 +30,21 @@ public:
     {
     }
 
-    HRESULT get_VideoResolution(VideoResolution* pVal) override;
-    HRESULT put_VideoResolution(VideoResolution newVal) override;
+    KV_PROPERTY(VideoResolution, VideoResolution, &Values::videoResolution, Fires(100))
     HRESULT get_AspectRatio(AspectRatio* pVal) override;
     HRESULT put_AspectRatio(AspectRatio newVal) override;
-    HRESULT get_VideoFormat(VideoFormat* pVal) override;
+    KV_GETTER(VideoFormat, VideoFormat, &Values::videoFormat)
     HRESULT put_VideoFormat(VideoFormat newVal) override;
-    HRESULT get_VideoBitrate(LONG* pVal) override;
-    HRESULT put_VideoBitrate(LONG newVal) override;
-    HRESULT get_AudioFormat(AudioFormat* pVal) override;
-    HRESULT put_AudioFormat(AudioFormat newVal) override;
-    HRESULT get_AudioBitrate(LONG* pVal) override;
-    HRESULT put_AudioBitrate(LONG newVal) override;
-    HRESULT get_WideDisplayMode(WideDisplayMode* pVal) override;
-    HRESULT put_WideDisplayMode(WideDisplayMode newVal) override;
-    HRESULT get_VBREncoding(VARIANT_BOOL* pVal) override;
-    HRESULT put_VBREncoding(VARIANT_BOOL newVal) override;
-    HRESULT get_TwoPassEncoding(VARIANT_BOOL* pVal) override;
-    HRESULT put_TwoPassEncoding(VARIANT_BOOL newVal) override;
-    HRESULT get_SyncToProject(VARIANT_BOOL* pVal) override;
+    KV_PROPERTY(LONG, VideoBitrate, &Values::videoBitrate, Fires(102))
+    KV_PROPERTY(AudioFormat, AudioFormat, &Values::audioFormat, Fires(103))
+    KV_PROPERTY(LONG, AudioBitrate, &Values::audioBitrate, Fires(104))
+    KV_PROPERTY(WideDisplayMode, WideDisplayMode, &Values::wideDisplayMode, Fires(105))
+    KV_PROPERTY(VARIANT_BOOL, VBREncoding, &Values::vbr, Fires(107))
+    KV_PROPERTY(VARIANT_BOOL, TwoPassEncoding, &Values::twoPass, Fires(108))
+    KV_GETTER(VARIANT_BOOL, SyncToProject, m_syncToProject)
     HRESULT put_SyncToProject(VARIANT_BOOL newVal) override;
-    HRESULT get_SubpictureFormat(SubpictureFormat* pVal) override;
-    HRESULT put_SubpictureFormat(SubpictureFormat newVal) override;
-    HRESULT get_AudioChannels(LONG* pVal) override;
-    HRESULT put_AudioChannels(LONG newVal) override;
+    KV_PROPERTY(SubpictureFormat, SubpictureFormat, &Values::subpictureFormat, Fires(110))
+    KV_PROPERTY(LONG, AudioChannels, &Values::audioChannels, Fires(111))
 
     /// Back to the values of a new set, without undo record and event.
     void Reset();
@@ -101,11 +94,30 @@ private:
     /// The project's own set above this one; null when the owner stands in no project.
     CKVEncodingParams* ProjectSet() const;
 
+    using CProjectNode::Get;
+    /// The value in force: the project's while this set follows it.
     template <class Out, class T>
-    HRESULT GetEffective(Out* out, T Values::*field);
+    HRESULT Get(Out* out, T Values::*field)
+    {
+        return Read([&] {
+            CKVEncodingParams* project = m_syncToProject ? ProjectSet() : nullptr;
+            return project ? project->Get(out, project->m_own.*field) : Get(out, m_own.*field);
+        });
+    }
+    /// KV_E_FOLLOWS_PROJECT while this set follows the project. A value that is in force already changes nothing.
     template <class T>
-    HRESULT PutOwn(T Values::*field, T value, DISPID propId);
-    HRESULT PutOwnFlag(bool Values::*field, VARIANT_BOOL value, DISPID propId);
+    HRESULT Put(T Values::*field, T value, Fires fires)
+    {
+        return Edit([&](EditScope& edit) {
+            if (m_syncToProject) return KV_E_FOLLOWS_PROJECT;
+            if (m_own.*field == value) return S_OK;
+            edit.Record();
+            m_own.*field = value;
+            edit.Changed(fires.propId);
+            return S_OK;
+        });
+    }
+    HRESULT Put(bool Values::*field, VARIANT_BOOL value, Fires fires);
 
     Values m_own;
     AspectRatio m_aspectRatio = AspectRatio_4x3;

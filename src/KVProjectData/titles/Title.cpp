@@ -36,31 +36,18 @@ double ParseSize(const AttributeValue& value)
 
 CKVTitle::CKVTitle() : ArchivedNode(typeTitle)
 {
-    m_encodingParams = MakeInner<CKVEncodingParams>(Controlling(), static_cast<ProductionAspect*>(this));
-    AddChild(m_encodingParams.Get(), true);
-    m_commandList = MakeInner<CKVCommandList>(Controlling());
-    AddChild(m_commandList.Get(), true);
-    m_locking = MakeInner<CKVLocking>(Controlling(), this);
+    AddChild(&MakePart<CKVEncodingParams>(static_cast<ProductionAspect*>(this)), true);
+    AddChild(&MakePart<CKVCommandList>(), true);
+    MakePart<CKVLocking>(this);
 }
 
 void CKVTitle::FinalRelease()
 {
-    m_encodingParams.Reset();
-    m_commandList.Reset();
-    m_locking.Reset();
+    ReleaseParts();
     DisconnectSink();
     if (const auto data = ProductionData()) data->Close();
     HoldProduction(nullptr);
     if (m_sink) m_sink->Forget();
-}
-
-HRESULT CKVTitle::FindInterface(REFIID iid, void** out)
-{
-    HRESULT result = Object::FindInterface(iid, out);
-    if (result == E_NOINTERFACE && m_encodingParams) result = m_encodingParams->Inner()->QueryInterface(iid, out);
-    if (result == E_NOINTERFACE && m_commandList) result = m_commandList->Inner()->QueryInterface(iid, out);
-    if (result == E_NOINTERFACE && m_locking) result = m_locking->Inner()->QueryInterface(iid, out);
-    return result;
 }
 
 void CKVTitle::FirePropertyChanged(DISPID propId)
@@ -87,40 +74,10 @@ template void CKVTitle::Attributes(RecordCounter&);
 template void CKVTitle::Attributes(RecordArchive<false>&);
 template void CKVTitle::Attributes(RecordArchive<true>&);
 
-HRESULT CKVTitle::get_ID(LONG* pVal)
-{
-    return Get(pVal, ID());
-}
-
 ULONG CKVTitle::Types()
 {
     const SectionLock lock(Section());
     return m_tag;
-}
-
-HRESULT CKVTitle::get_Tag(ULONG* pVal)
-{
-    return Get(pVal, m_tag);
-}
-
-HRESULT CKVTitle::put_Tag(ULONG newVal)
-{
-    return Put(m_tag, newVal, Undo, Fires(2));
-}
-
-HRESULT CKVTitle::get_Source(BSTR* pVal)
-{
-    return Get(pVal, m_source);
-}
-
-HRESULT CKVTitle::put_Source(BSTR newVal)
-{
-    return Put(m_source, newVal);
-}
-
-HRESULT CKVTitle::get_StillWaitTime(LONG* pVal)
-{
-    return Get(pVal, m_stillWaitSecs);
 }
 
 HRESULT CKVTitle::put_StillWaitTime(LONG newVal)
@@ -134,21 +91,6 @@ HRESULT CKVTitle::put_StillWaitTime(LONG newVal)
     });
 }
 
-HRESULT CKVTitle::get_Flags(ULONG* pVal)
-{
-    return Get(pVal, m_flags);
-}
-
-HRESULT CKVTitle::put_Flags(ULONG newVal)
-{
-    return Put(m_flags, newVal, Undo, Fires(3));
-}
-
-HRESULT CKVTitle::get_IsDirty(VARIANT_BOOL* pVal)
-{
-    return Get(pVal, m_dirty);
-}
-
 HRESULT CKVTitle::put_IsDirty(VARIANT_BOOL newVal)
 {
     return Edit([&](EditScope& edit) {
@@ -157,11 +99,6 @@ HRESULT CKVTitle::put_IsDirty(VARIANT_BOOL newVal)
         if (m_dirty) SetModified(false);
         return S_OK;
     });
-}
-
-HRESULT CKVTitle::get_DiscIndex(LONG* pVal)
-{
-    return Get(pVal, m_discIndex);
 }
 
 HRESULT CKVTitle::put_DiscIndex(LONG newVal)
@@ -173,31 +110,6 @@ HRESULT CKVTitle::put_DiscIndex(LONG newVal)
     });
 }
 
-HRESULT CKVTitle::get_Label(BSTR* pVal)
-{
-    return Get(pVal, m_label);
-}
-
-HRESULT CKVTitle::put_Label(BSTR newVal)
-{
-    return Put(m_label, newVal, Undo);
-}
-
-HRESULT CKVTitle::get_VOBDuration(ULONG* pVal)
-{
-    return Get(pVal, m_vobDuration);
-}
-
-HRESULT CKVTitle::put_VOBDuration(ULONG newVal)
-{
-    return Put(m_vobDuration, newVal, Undo);
-}
-
-HRESULT CKVTitle::get_VOBSize(double* pVal)
-{
-    return Get(pVal, m_vobSize);
-}
-
 HRESULT CKVTitle::put_VOBSize(double newVal)
 {
     return Edit([&](EditScope& edit) {
@@ -207,16 +119,6 @@ HRESULT CKVTitle::put_VOBSize(double newVal)
         m_vobSize = newVal;
         return S_OK;
     });
-}
-
-HRESULT CKVTitle::get_IsResolved(VARIANT_BOOL* pVal)
-{
-    return Get(pVal, m_resolved);
-}
-
-HRESULT CKVTitle::put_IsResolved(VARIANT_BOOL newVal)
-{
-    return Put(m_resolved, newVal != VARIANT_FALSE);
 }
 
 HRESULT CKVTitle::GetProject(IKVProjectData** ppProject)
@@ -246,7 +148,7 @@ HRESULT CKVTitle::GetProduction(IUnknown** ppProduction)
 HRESULT CKVTitle::CreateProduction()
 {
     AspectRatio aspect = AspectRatio_None;
-    m_encodingParams->get_AspectRatio(&aspect);
+    EncodingParams().get_AspectRatio(&aspect);
     ComPtr<IUnknown> production;
     HRESULT result =
         kEngine.Checked(CreateInstance(CLSID_ZXEProduction, production), "CreateInstance(CLSID_ZXEProduction)");

@@ -8,47 +8,43 @@
 #include "KVProjectData/titles/EncodingParams.h"
 #include "KVProjectData/titles/TitleSink.h"
 #include "KVProjectData/tree/Locking.h"
+#include "KVProjectData/tree/Properties.h"
 #include "platform/automation/Dispatch.h"
-#include "platform/com/Object.h"
+#include "platform/com/Aggregate.h"
 
 #include <mutex>
 
 namespace kv {
 
-class CKVTitle final : public ArchivedNode<CKVTitle>,
-                       public Object<Dual<IKVTitle>, ProductionSink>,
-                       private ProductionAspect {
+class CKVTitle final
+    : public ArchivedNode<CKVTitle>,
+      public Aggregate<Parts<CKVEncodingParams, CKVCommandList, CKVLocking>, Dual<IKVTitle>, ProductionSink>,
+      private ProductionAspect {
 public:
     CKVTitle();
 
-    HRESULT get_ID(LONG* pVal) override;
-    HRESULT get_Tag(ULONG* pVal) override;
-    HRESULT put_Tag(ULONG newVal) override;
-    HRESULT get_Source(BSTR* pVal) override;
-    HRESULT put_Source(BSTR newVal) override;
-    HRESULT get_StillWaitTime(LONG* pVal) override;
+    KV_GETTER(LONG, ID, ID())
+    KV_PROPERTY(ULONG, Tag, m_tag, Undo, Fires(2))
+    KV_PROPERTY(BSTR, Source, m_source)
+    KV_GETTER(LONG, StillWaitTime, m_stillWaitSecs)
     HRESULT put_StillWaitTime(LONG newVal) override;
-    HRESULT get_Flags(ULONG* pVal) override;
-    HRESULT put_Flags(ULONG newVal) override;
-    HRESULT get_IsDirty(VARIANT_BOOL* pVal) override;
+    KV_PROPERTY(ULONG, Flags, m_flags, Undo, Fires(3))
+    KV_GETTER(VARIANT_BOOL, IsDirty, m_dirty)
     HRESULT put_IsDirty(VARIANT_BOOL newVal) override;
-    HRESULT get_DiscIndex(LONG* pVal) override;
+    KV_GETTER(LONG, DiscIndex, m_discIndex)
     HRESULT put_DiscIndex(LONG newVal) override;
-    HRESULT get_Label(BSTR* pVal) override;
-    HRESULT put_Label(BSTR newVal) override;
-    HRESULT get_VOBDuration(ULONG* pVal) override;
-    HRESULT put_VOBDuration(ULONG newVal) override;
-    HRESULT get_VOBSize(double* pVal) override;
+    KV_PROPERTY(BSTR, Label, m_label, Undo)
+    KV_PROPERTY(ULONG, VOBDuration, m_vobDuration, Undo)
+    KV_GETTER(double, VOBSize, m_vobSize)
     HRESULT put_VOBSize(double newVal) override;
     HRESULT GetProduction(IUnknown** ppProduction) override;
     HRESULT SetProduction(IUnknown* pProduction) override;
     HRESULT GetProject(IKVProjectData** ppProject) override;
-    HRESULT get_IsResolved(VARIANT_BOOL* pVal) override;
-    HRESULT put_IsResolved(VARIANT_BOOL newVal) override;
+    KV_PROPERTY(VARIANT_BOOL, IsResolved, m_resolved)
     HRESULT GetSourceFromProd(BSTR* pbstrSource) override;
 
-    CKVEncodingParams& EncodingParams() { return *m_encodingParams.Get(); }
-    CKVCommandList& CommandList() { return *m_commandList.Get(); }
+    CKVEncodingParams& EncodingParams() { return Part<CKVEncodingParams>(); }
+    CKVCommandList& CommandList() { return Part<CKVCommandList>(); }
     /// TitleTypes flags.
     ULONG Types();
     /// Handed to the production when the title creates it.
@@ -62,7 +58,6 @@ public:
     void Attributes(Archive& archive);
 
 protected:
-    HRESULT FindInterface(REFIID iid, void** out) override;
     void FinalRelease() override;
     void FirePropertyChanged(DISPID propId) override;
     /// A callback of the production becomes an event of the project.
@@ -92,9 +87,6 @@ private:
     bool m_stereoscopic = false;
     ULONG m_vobDuration = 0;
     double m_vobSize = 0.0;
-    Aggregated<CKVEncodingParams> m_encodingParams;
-    Aggregated<CKVCommandList> m_commandList;
-    Aggregated<CKVLocking> m_locking;
     /// Guards the pointer alone: encoding parameters read it inside their own section.
     std::mutex m_productionGuard;
     ComPtr<IUnknown> m_production;

@@ -1,10 +1,9 @@
-#include "platform/com/Object.h"
+#include "platform/com/Aggregate.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using kv::Aggregated;
 using kv::ComPtr;
 
 struct IFirst : IUnknown {
@@ -25,34 +24,29 @@ struct IOther : IUnknown {
     virtual int Other() = 0;
 };
 
-class Part : public kv::Object<IOther> {
+class Third : public kv::Object<IOther> {
 public:
-    explicit Part(IUnknown* outer = nullptr) : Object(outer) {}
+    explicit Third(IUnknown* outer = nullptr) : Object(outer) {}
     int Other() override { return 3; }
 };
 
 /// Answers for two interfaces itself and for a third by an inner object.
-class Outer : public kv::Object<ISecond> {
+class Outer : public kv::Aggregate<kv::Parts<Third>, ISecond> {
 public:
+    Outer() { MakePart<Third>(); }
+
     int First() override { return 1; }
-    int Second() override { return 2; }
+    int Second() override { return Part<Third>().Other() - 1; }
 
 protected:
-    HRESULT FindInterface(REFIID iid, void** out) override
-    {
-        if (SUCCEEDED(Object::FindInterface(iid, out))) return S_OK;
-        return m_part->Inner()->QueryInterface(iid, out);
-    }
-
     void FinalRelease() override
     {
         // Handing itself to someone while winding down must not end the object again.
         const ComPtr<IFirst> self(this);
         EXPECT_EQ(self->First(), 1);
+        ReleaseParts();
+        EXPECT_EQ(self->QueryInterface(IOther::IID, ComPtr<IOther>().PutVoid()), E_NOINTERFACE);
     }
-
-private:
-    Aggregated<Part> m_part = kv::MakeInner<Part>(Controlling());
 };
 
 class Failing : public kv::Object<IOther> {
@@ -105,7 +99,7 @@ TEST_F(ObjectTest, AConstructorThatThrowsLeavesNothingCounted)
 
 TEST_F(ObjectTest, PointersShareMoveAndHandOver)
 {
-    const ComPtr<Part> object = kv::Make<Part>();
+    const ComPtr<Third> object = kv::Make<Third>();
     ComPtr<IOther> shared = object;
     ComPtr<IOther> moved = std::move(shared);
     EXPECT_FALSE(shared);
