@@ -1,7 +1,7 @@
 // The entry points of the engine's server library and the classes that it creates.
 
-#include "engine/Production.h"
 #include "engine/media/MediaInformation.h"
+#include "engine/storyboard/Production.h"
 #include "engine/strings/StringTable.h"
 #include "engine/text/TextPlugIn.h"
 #include "platform/com/EntryPoints.h"

@@ -1,9 +1,10 @@
 #pragma once
 // A production of the storyboard engine.
 
-#include "engine/Panel.h"
-#include "engine/ProductionSinks.h"
-#include "engine/UndoHistory.h"
+#include "KVProjectData/Engine.h"
+#include "engine/storyboard/Panel.h"
+#include "engine/storyboard/ProductionSinks.h"
+#include "engine/storyboard/UndoHistory.h"
 #include "platform/com/Object.h"
 
 #include <vector>

@@ -1,4 +1,4 @@
-#include "engine/Panel.h"
+#include "engine/storyboard/Panel.h"
 
 #include <algorithm>
 

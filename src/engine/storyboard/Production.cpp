@@ -1,4 +1,4 @@
-#include "engine/Production.h"
+#include "engine/storyboard/Production.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 // One panel of a production. It never changes; an edit puts another one in its place.
 
-#include "KVProjectData/Engine.h"
+#include "KVProjectData/Engine/Sources.h"
 #include "engine/media/MediaProbe.h"
 #include "platform/automation/Bstr.h"
 #include "platform/com/Object.h"

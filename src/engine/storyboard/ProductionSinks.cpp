@@ -1,4 +1,4 @@
-#include "engine/ProductionSinks.h"
+#include "engine/storyboard/ProductionSinks.h"
 
 #include <iterator>
 #include <variant>

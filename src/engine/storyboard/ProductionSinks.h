@@ -1,7 +1,7 @@
 #pragma once
 // The sinks of a production, and how they are told.
 
-#include "KVProjectData/Engine.h"
+#include "KVProjectData/Engine/Events.h"
 #include "platform/com/ConnectionPoint.h"
 
 #include <type_traits>

@@ -1,6 +1,6 @@
-#include "engine/UndoHistory.h"
+#include "engine/storyboard/UndoHistory.h"
 
-#include "KVProjectData/Engine.h"
+#include "KVProjectData/Engine/Production.h"
 #include "platform/com/Error.h"
 
 #include <iterator>

@@ -1,0 +1,116 @@
+#pragma once
+// A production: one storyboard, a row of panels with the settings of the picture, and its undo blocks.
+//
+// Times are seconds. Strings and arrays handed out are the caller's to free, objects handed out carry a reference of
+// the caller's. A null out-pointer is E_POINTER; the other out-pointers of the call are set to null or 0 even when it
+// fails.
+
+#include "platform/automation/SafeArray.h"
+#include "platform/com/Unknown.h"
+
+inline constexpr CLSID CLSID_ZXEProduction = "5f9387e1-ffca-4d9f-9bc2-c5243577bbef"_guid;
+
+/// Bits of IZXEProductionData::get_Flags.
+/// The production was edited since it was initialised or its modified state was last cleared.
+inline constexpr ULONG ZXE_PRODUCTION_MODIFIED = 1;
+
+/// An undo block is open already, or an undo or redo is running.
+inline constexpr HRESULT ZXE_E_UNDO_BLOCK_OPEN = MakeResult(0xC2000011);
+/// No undo block is open.
+inline constexpr HRESULT ZXE_E_NO_UNDO_BLOCK = MakeResult(0xC2000012);
+/// There is no block to undo or redo.
+inline constexpr HRESULT ZXE_E_NOTHING_TO_UNDO = MakeResult(0xC2000013);
+
+/// A production as its owner sees it. Reading and the settings work at any time; edits of the panels and
+/// everything about undo are ZXE_E_NOT_OPEN before `Initialise` and after `Close`.
+struct IZXEProductionData : IUnknown {
+    static constexpr GUID IID = "fbadab5b-cd34-48f6-b8d1-66aa6394b34a"_guid;
+    using Base = IUnknown;
+
+    /// The object that answers for IProductionInfo.
+    virtual HRESULT GetProductionObj(IUnknown** ppProduction) = 0;
+
+    virtual HRESULT GetPanelCount(LONG* plCount) = 0;
+
+    /// Panels count from 0; E_INVALIDARG when there is none at that index. A panel answers for ISourceFile.
+    virtual HRESULT GetPanelBaseObject(LONG lIndex, IUnknown** ppPanel) = 0;
+    virtual HRESULT DeletePanel(LONG lIndex) = 0;
+
+    /// Whether sources are shown with their own aspect ratio instead of the production's; false at first.
+    virtual HRESULT get_UseSourceAspectRatio(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT put_UseSourceAspectRatio(VARIANT_BOOL newVal) = 0;
+
+    /// Makes a new production ready for use, or a closed one again, with the panels it had. S_FALSE when it
+    /// is ready already.
+    virtual HRESULT Initialise() = 0;
+
+    /// Ends the use of the production before its last release: an open undo block is dropped, and all others
+    /// with it; the panels stay. S_FALSE when it is not in use.
+    virtual HRESULT Close() = 0;
+
+    /// The source of each panel, in order: strings, lower bound 0, empty without panels. The first three
+    /// arguments are reserved; E_INVALIDARG unless they are 0.
+    virtual HRESULT GetSourceList(LONG lReserved1, LONG lReserved2, LONG lReserved3, SAFEARRAY** ppSources) = 0;
+
+    /// ZXE_PRODUCTION_ bits.
+    virtual HRESULT get_Flags(ULONG* pdwFlags) = 0;
+    virtual HRESULT ClearModified() = 0;
+
+    /// Edits from here to `CloseUndoBlock` are undone and redone together; edits outside of a block cannot
+    /// be undone. ZXE_E_UNDO_BLOCK_OPEN when one is open already: blocks do not nest.
+    virtual HRESULT OpenUndoBlock() = 0;
+
+    /// VARIANT_FALSE takes back all edits of the block. A block without edits and units leaves no trace;
+    /// any other one that is kept empties what can be redone. ZXE_E_NO_UNDO_BLOCK when none is open.
+    virtual HRESULT CloseUndoBlock(VARIANT_BOOL bCommit) = 0;
+
+    /// Puts an IOleUndoUnit into the open block, which runs its `Do` with no undo manager whenever the block
+    /// is undone or redone: the unit has to be its own inverse. E_POINTER for null, E_NOINTERFACE for an
+    /// object that is no undo unit, ZXE_E_NO_UNDO_BLOCK when no block is open.
+    virtual HRESULT AddUndoUnit(IUnknown* pUnit) = 0;
+
+    /// The description is that of the block's last unit, or null; `pbstrDescription` may be null. Without
+    /// such a block, or while one is open, the answer is VARIANT_FALSE and S_OK.
+    virtual HRESULT CanUndo(VARIANT_BOOL* pbCanUndo, BSTR* pbstrDescription) = 0;
+    virtual HRESULT CanRedo(VARIANT_BOOL* pbCanRedo, BSTR* pbstrDescription) = 0;
+
+    /// Takes back the last block, or brings back the one last undone. A unit that fails stops it: what was
+    /// run so far is run back, the block stays where it was, and the unit's result is returned.
+    /// ZXE_E_NOTHING_TO_UNDO when there is no block, ZXE_E_UNDO_BLOCK_OPEN while one is open.
+    virtual HRESULT Undo() = 0;
+    virtual HRESULT Redo() = 0;
+};
+
+/// Edits of a production's content.
+struct IEditData : IUnknown {
+    static constexpr GUID IID = "f5d2c429-25e1-44ce-b960-24870bdd17ac"_guid;
+    using Base = IUnknown;
+
+    /// Adds a panel that shows `bstrSource`, a path or a moniker, from `dInPoint` to `dOutPoint`; an out
+    /// point of 0 is the end of the source. `lPosition` counts from 0, -1 appends. `lTrack` is 0.
+    /// A source that cannot be read makes a panel without a length of its own. E_INVALIDARG for an empty
+    /// source, a point that is negative or not finite, an out point not behind the in point, or a bad
+    /// position or track. `ppPanel` may be null.
+    virtual HRESULT AddSourceFile(LONG lTrack, BSTR bstrSource, double dInPoint, double dOutPoint, LONG lPosition,
+                                  IUnknown** ppPanel) = 0;
+};
+
+/// What a production is made for. Settings do not make a production modified: its owner keeps them.
+struct IProductionInfo : IUnknown {
+    static constexpr GUID IID = "5f654704-c0ed-45c0-9158-036474fba551"_guid;
+    using Base = IUnknown;
+
+    /// Seconds that all panels play.
+    virtual HRESULT get_Duration(double* pdSeconds) = 0;
+
+    /// Frames per second of the first panel that shows video; 0 when none does.
+    virtual HRESULT get_EditingFrameRate(double* pdFrameRate) = 0;
+
+    /// Width to height of the whole picture; 4/3 at first. E_INVALIDARG unless positive and finite.
+    virtual HRESULT get_AspectRatio(double* pdAspectRatio) = 0;
+    virtual HRESULT put_AspectRatio(double dAspectRatio) = 0;
+
+    /// Whether the picture is made for two eyes; any value but 0 is true.
+    virtual HRESULT get_Stereoscopic(VARIANT_BOOL* pVal) = 0;
+    virtual HRESULT put_Stereoscopic(VARIANT_BOOL newVal) = 0;
+};
