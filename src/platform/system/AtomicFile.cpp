@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
-#include <random>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -12,18 +12,82 @@
 namespace kv {
 namespace {
 
-/// Creates a file beside the target, with the permissions of any new file. -1 on failure, with errno set. Its name is
-/// short, whatever the target's: that may be as long as the file system allows.
+/// How many saves of one target may go on at once.
+constexpr int kTemporaries = 8;
+
+/// A name beside the target, made of the target's own as far as there is room, so that the next save finds what one
+/// that never ended left behind.
+std::string TemporaryName(const std::filesystem::path& target, int number)
+{
+    constexpr std::size_t kLongest = 240;
+    std::string name = target.filename().string();
+    if (name.size() > kLongest) {
+        std::size_t end = kLongest;
+        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xc0) == 0x80)
+            --end;
+        name.resize(end);
+    }
+    return (target.parent_path() / ("." + name + ".save" + std::to_string(number))).string();
+}
+
+/// Locks an open file. False when another save holds it, or when the name has gone or stands for another file by now.
+bool Own(int file, const std::string& name)
+{
+    struct stat opened {};
+    struct stat named {};
+    return flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &opened) == 0 && lstat(name.c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+/// Removes what a save that never ended left under the name; one that goes on holds the lock of its file.
+void RemoveAbandoned(const std::string& name)
+{
+    const int file = open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0) return;
+    if (Own(file, name)) unlink(name.c_str());
+    close(file);
+}
+
+/// Creates a file beside the target, with the permissions of any new file, and locks it. -1 on failure, with errno set.
 int CreateBeside(const std::string& target, std::string& name)
 {
-    const std::filesystem::path folder = std::filesystem::path(target).parent_path();
-    std::random_device random;
     int file = -1;
-    do {
-        name = (folder / (".save." + std::to_string(random()))).string();
-        file = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    } while (file < 0 && errno == EEXIST);
+    for (int i = 0; i < kTemporaries; ++i) {
+        const std::string candidate = TemporaryName(target, i);
+        RemoveAbandoned(candidate);
+        if (file >= 0) continue;
+        file = open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file < 0 && errno != EEXIST) return -1;
+        if (file >= 0 && !Own(file, candidate)) close(std::exchange(file, -1));
+        if (file >= 0) name = candidate;
+    }
+    if (file < 0) errno = EBUSY;
     return file;
+}
+
+/// Follows a link to the file behind it, which need not exist, so that this is the one that is replaced.
+std::string BehindLinks(const std::string& target)
+{
+    constexpr int kMostLinks = 40;
+    std::filesystem::path path = target;
+    std::error_code error;
+    for (int i = 0; i < kMostLinks; ++i) {
+        const std::filesystem::path next = std::filesystem::read_symlink(path, error);
+        if (error) break;
+        path = path.parent_path() / next;
+    }
+    return path.string();
+}
+
+/// Gives a new file the owner, the group and the permissions of the one that it replaces. Only root may give a file
+/// away, and others only to groups of their own: what is not allowed stays as it is.
+HRESULT TakeAfter(int file, const struct stat& existing)
+{
+    if (fchown(file, existing.st_uid, existing.st_gid) != 0 && errno == EPERM &&
+        fchown(file, static_cast<uid_t>(-1), existing.st_gid) != 0 && errno != EPERM) {
+        return ResultFromErrno(errno);
+    }
+    return fchmod(file, existing.st_mode & 07777) == 0 ? S_OK : ResultFromErrno(errno);
 }
 
 } // namespace
@@ -49,6 +113,8 @@ HRESULT ResultFromErrno(int error)
     case ENOSPC:
     case EDQUOT:
         return MakeResult(0x80070070); // disk full
+    case EBUSY:
+        return MakeResult(0x80070020); // in use
     case EEXIST:
         return MakeResult(0x800700B7); // already exists
     case ENAMETOOLONG:
@@ -69,27 +135,25 @@ AtomicFile::~AtomicFile()
 
 void AtomicFile::Discard()
 {
-    if (m_file >= 0) close(std::exchange(m_file, -1));
     if (!m_temporary.empty()) unlink(std::exchange(m_temporary, {}).c_str());
+    if (m_file >= 0) close(std::exchange(m_file, -1));
 }
 
 HRESULT AtomicFile::Create(const std::string& target)
 {
     Discard();
-    // A link is followed, so that the file behind it is the one that is replaced.
-    std::error_code error;
-    const std::filesystem::path real = std::filesystem::weakly_canonical(target, error);
-    m_target = error ? target : real.string();
+    m_target = BehindLinks(target);
+    struct stat existing {};
+    const bool exists = stat(m_target.c_str(), &existing) == 0;
+    // A folder cannot be replaced; a pipe or a device would become a file.
+    if (exists && !S_ISREG(existing.st_mode)) return E_ACCESSDENIED;
     // The folder alone decides whether a file can be renamed over another; its own protection is to hold as well.
     if (faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0 && errno != ENOENT) return ResultFromErrno(errno);
     std::string temporary;
     m_file = CreateBeside(m_target, temporary);
     if (m_file < 0) return ResultFromErrno(errno);
     m_temporary = std::move(temporary);
-
-    struct stat existing {};
-    const bool exists = stat(m_target.c_str(), &existing) == 0;
-    return exists && fchmod(m_file, existing.st_mode & 07777) != 0 ? ResultFromErrno(errno) : S_OK;
+    return exists ? TakeAfter(m_file, existing) : S_OK;
 }
 
 HRESULT AtomicFile::Write(const void* data, std::size_t size)
@@ -111,9 +175,11 @@ HRESULT AtomicFile::Write(const void* data, std::size_t size)
 HRESULT AtomicFile::Commit()
 {
     if (m_file < 0) return E_UNEXPECTED;
-    if (fsync(m_file) != 0 || close(std::exchange(m_file, -1)) != 0) return ResultFromErrno(errno);
+    if (fsync(m_file) != 0) return ResultFromErrno(errno);
     if (rename(m_temporary.c_str(), m_target.c_str()) != 0) return ResultFromErrno(errno);
     m_temporary.clear();
+    // The lock goes with the temporary name, not before it.
+    close(std::exchange(m_file, -1));
     const std::string folder = std::filesystem::path(m_target).parent_path().string();
     const int folderFile = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folderFile >= 0) {

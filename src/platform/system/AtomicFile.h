@@ -20,11 +20,13 @@ public:
     /// Removes what was not committed.
     ~AtomicFile();
 
-    /// Opens a temporary file in the folder of the target, a host path. E_ACCESSDENIED for a target that the process
-    /// may not write.
+    /// Opens a temporary file in the folder of the target, a host path, or of the file behind it when it is a link, and
+    /// removes those that earlier saves of it could not. E_ACCESSDENIED for a target that the process may not write or
+    /// that is no regular file; 0x80070020 when too many others are saving it.
     HRESULT Create(const std::string& target);
     HRESULT Write(const void* data, std::size_t size);
-    /// Syncs the file, gives it the target's name and permissions, and syncs the folder.
+    /// Syncs the file, gives it the target's name, and syncs the folder. Permissions are those of the file that it
+    /// replaces; so are owner and group, as far as the process may give them.
     HRESULT Commit();
 
 private:

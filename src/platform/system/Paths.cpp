@@ -4,6 +4,7 @@
 #include "platform/system/AtomicFile.h"
 
 #include <algorithm>
+#include <climits>
 #include <filesystem>
 
 namespace kv {
@@ -15,12 +16,6 @@ bool Exists(const std::string& path)
 {
     std::error_code error;
     return std::filesystem::exists(path, error);
-}
-
-bool FolderExists(const std::string& path)
-{
-    const std::string folder = std::filesystem::path(path).parent_path().string();
-    return !folder.empty() && Exists(folder);
 }
 
 HRESULT ResultFrom(const std::error_code& error)
@@ -39,11 +34,16 @@ std::size_t FileNameStart(std::u16string_view path)
 
 std::string ToHostPath(std::u16string_view path)
 {
-    std::string given = ToUtf8(path);
-    if (given.find('\\') == given.npos || Exists(given)) return given;
-    std::string slashed = given;
-    std::ranges::replace(slashed, '\\', '/');
-    return Exists(slashed) || !FolderExists(given) ? slashed : given;
+    std::string host = ToUtf8(path);
+    if (host.find('\\') == host.npos) return host;
+    // What exists by the name as it stands is kept so; nothing exists by a name that is too long.
+    std::size_t kept = host.size() < PATH_MAX ? host.size() : 0;
+    while (kept > 0 && !Exists(host.substr(0, kept))) {
+        const std::size_t separator = host.find_last_of("\\/", kept - 1);
+        kept = separator == host.npos ? 0 : separator;
+    }
+    std::replace(host.begin() + static_cast<std::ptrdiff_t>(kept), host.end(), '\\', '/');
+    return host;
 }
 
 bool PathFileExists(std::u16string_view path)

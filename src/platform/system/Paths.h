@@ -9,8 +9,8 @@
 
 namespace kv {
 
-/// A path for the system's own calls: the name as it stands where something (or at least its folder) exists by that
-/// name, else with "\" read as "/".
+/// A path for the system's own calls, of what exists and of what is to be made: the longest part of it that exists by
+/// the name as it stands, and the rest with "\" read as "/".
 KV_EXPORT std::string ToHostPath(std::u16string_view path);
 
 KV_EXPORT bool PathFileExists(std::u16string_view path);

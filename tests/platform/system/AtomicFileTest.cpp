@@ -2,9 +2,12 @@
 
 #include "support/Files.h"
 
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -151,6 +154,88 @@ TEST_F(AtomicFileTest, ReplacesTheFileBehindALink)
     ASSERT_EQ(Replace("link", "new"), S_OK);
     EXPECT_TRUE(std::filesystem::is_symlink(folder.Path() / "link"));
     EXPECT_EQ(folder.Read("file"), "new");
+}
+
+TEST_F(AtomicFileTest, CreatesTheFileBehindADanglingLink)
+{
+    std::filesystem::create_directory(folder.Path() / "sub");
+    std::filesystem::create_symlink("sub/file", folder.Path() / "link");
+    ASSERT_EQ(Replace("link", "new"), S_OK);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.Path() / "link"));
+    EXPECT_EQ(folder.Read("sub/file"), "new");
+    std::filesystem::create_symlink("round", folder.Path() / "round");
+    EXPECT_TRUE(FAILED(Replace("round", "new")));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.Path() / "round"));
+}
+
+TEST_F(AtomicFileTest, APipeStaysAPipe)
+{
+    ASSERT_EQ(mkfifo(folder.PathOf("pipe").c_str(), 0600), 0);
+    EXPECT_EQ(Replace("pipe", "new"), E_ACCESSDENIED);
+    EXPECT_TRUE(std::filesystem::is_fifo(folder.Path() / "pipe"));
+    EXPECT_EQ(folder.Entries(), 1);
+}
+
+TEST_F(AtomicFileTest, KeepsOwnerAndGroup)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+    folder.Write("file", "old");
+    ASSERT_EQ(chown(folder.PathOf("file").c_str(), 1234, 2345), 0);
+    ASSERT_EQ(chmod(folder.PathOf("file").c_str(), 0666), 0);
+    ASSERT_EQ(chmod(folder.PathOf("").c_str(), 0777), 0);
+    const auto expectOwner = [&](uid_t owner, gid_t group) {
+        struct stat status {};
+        ASSERT_EQ(stat(folder.PathOf("file").c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, owner);
+        EXPECT_EQ(status.st_gid, group);
+        EXPECT_EQ(status.st_mode & 07777, 0666u);
+    };
+    ASSERT_EQ(Replace("file", "new"), S_OK);
+    expectOwner(1234, 2345);
+
+    // Another user of the group cannot give the file back to its owner, but leaves it in the group.
+    const gid_t before = getegid();
+    const gid_t shared = 2345;
+    ASSERT_EQ(setgroups(1, &shared), 0);
+    {
+        const OrdinaryUser user;
+        EXPECT_EQ(Replace("file", "newer"), S_OK);
+    }
+    ASSERT_EQ(setgroups(1, &before), 0);
+    expectOwner(65534, 2345);
+}
+
+TEST_F(AtomicFileTest, TheNextSaveRemovesWhatOneThatDiedLeft)
+{
+    for (const std::string& name : {std::string("file"), std::string(255, 'n')}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            AtomicFile file;
+            _exit(SUCCEEDED(file.Create(folder.PathOf(name))) ? 0 : 1);
+        }
+        int status = -1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_EQ(status, 0);
+        ASSERT_EQ(folder.Entries(), 1) << "the child left nothing to remove";
+        EXPECT_EQ(Replace(name, "new"), S_OK);
+        EXPECT_EQ(folder.Entries(), 1);
+        std::filesystem::remove(folder.PathOf(name));
+    }
+}
+
+TEST_F(AtomicFileTest, SavesOfOneFileDoNotDisturbEachOther)
+{
+    std::vector<AtomicFile> saves(8);
+    for (AtomicFile& save : saves) {
+        ASSERT_EQ(save.Create(folder.PathOf("file")), S_OK);
+        ASSERT_EQ(save.Write("new", 3), S_OK);
+    }
+    EXPECT_EQ(Replace("file", "one too many"), MakeResult(0x80070020));
+    for (AtomicFile& save : saves) {
+        EXPECT_EQ(save.Commit(), S_OK);
+        EXPECT_EQ(folder.Read("file"), "new");
+    }
+    EXPECT_EQ(folder.Entries(), 1);
 }
 
 TEST_F(AtomicFileTest, NothingIsWrittenOutsideOfAStartedFile)

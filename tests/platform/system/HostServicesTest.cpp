@@ -129,7 +129,9 @@ TEST(PathsTest, AreUnderstoodWithEitherSeparator)
     EXPECT_TRUE(kv::PathFileExists(root + u"/sub\\file"));
     EXPECT_TRUE(kv::PathFileExists(root + u"/odd\\name"));
     EXPECT_EQ(kv::ToHostPath(root + u"/odd\\name"), folder.PathOf("odd\\name"));
-    EXPECT_EQ(kv::ToHostPath(root + u"/odd\\new"), folder.PathOf("odd\\new"));
+    EXPECT_EQ(kv::ToHostPath(root + u"/sub\\new"), folder.PathOf("sub/new")) << "as a reader will look for it";
+    EXPECT_EQ(kv::ToHostPath(root + u"/none\\new"), folder.PathOf("none/new"));
+    EXPECT_EQ(kv::ToHostPath(root + u"/odd\\name\\new"), folder.PathOf("odd\\name/new"));
     EXPECT_EQ(kv::ToHostPath(backward + u"\\sub\\new"), folder.PathOf("sub/new"));
 
     EXPECT_FALSE(kv::PathFileExists(root + u"/sub/none"));
