@@ -48,6 +48,10 @@ public:
     /// The IUnknown that is the identity of the whole aggregate. Not counted.
     IUnknown* Controlling() { return m_controlling; }
 
+    /// Adds a reference of the object's own unless the last one is gone already. For tables of objects that they do not
+    /// own, whose objects take themselves out in FinalRelease.
+    bool AddRefIfAlive() { return m_inner.AddRefIfAlive(); }
+
 protected:
     /// Finds an interface of this object. A class that aggregates others asks them here too.
     /// `out` is never null and already holds null.
@@ -78,6 +82,15 @@ private:
         }
 
         ULONG AddRef() override { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
+
+        bool AddRefIfAlive()
+        {
+            ULONG count = m_count.load(std::memory_order_relaxed);
+            while (count != 0 && count < kWindingDown) {
+                if (m_count.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+            }
+            return false;
+        }
 
         ULONG Release() override
         {

@@ -1,9 +1,20 @@
 #pragma once
 // The XML document object model: a strict XML 1.0 tree without document types and external entities.
 //
-// A document and its nodes belong to one thread at a time. A node has one interface object while
-// anyone holds it, so that interface pointers of one node compare equal; every node keeps its
-// document alive. Out-pointers that find nothing are set to null and the call returns S_FALSE.
+// A node has one interface object while anyone holds it, so that interface pointers of one node compare equal; every
+// node keeps its document alive. Out-pointers that find nothing are set to null and the call returns S_FALSE.
+//
+// Threads. A document with all that stands in it is a tree; so is each part without a parent, that is a new node, a
+// copy, or what was taken out of its parent, whatever document it belongs to.
+// - Any number of threads may read a tree at once: all that changes no node, markup, copies, selection, and the save of
+//   a document among it. A list that is read by nextNode, and its position, are one thread's.
+// - Who changes a tree has it alone: no other thread reads or changes anything in it meanwhile. A node that goes from
+// one
+//   tree to another changes both; the same holds for a load of a document, which takes nothing from its older nodes.
+// - References may be taken and released on any thread at any time, also while another thread changes, moves or drops
+// the
+//   node that they are to.
+// - A document makes nodes, and copies nodes of others, for any number of threads at once.
 
 #include "platform/automation/Variant.h"
 #include "platform/com/Export.h"
@@ -44,9 +55,9 @@ struct IXMLDOMNode : IUnknown {
     virtual HRESULT get_previousSibling(IXMLDOMNode** sibling) = 0;
     virtual HRESULT get_nextSibling(IXMLDOMNode** sibling) = 0;
     virtual HRESULT get_attributes(IXMLDOMNamedNodeMap** attributes) = 0;
-    /// Before `reference` (a child, as a VT_UNKNOWN), or last when it is VT_EMPTY, VT_NULL or null. A node
-    /// that stands elsewhere is moved. E_INVALIDARG when the tree rules forbid it, for another document, and beyond
-    /// 256 levels of elements.
+    /// Before `reference` (a child, as a VT_UNKNOWN), or last when it is VT_EMPTY, VT_NULL or null. A node that stands
+    /// elsewhere is moved with all below it, also from another document, to whose nodes' interface pointers nothing
+    /// changes but their document. E_INVALIDARG when the tree rules forbid it, and beyond 256 levels of elements.
     virtual HRESULT insertBefore(IXMLDOMNode* child, VARIANT reference, IXMLDOMNode** inserted) = 0;
     virtual HRESULT replaceChild(IXMLDOMNode* child, IXMLDOMNode* old, IXMLDOMNode** replaced) = 0;
     virtual HRESULT removeChild(IXMLDOMNode* child, IXMLDOMNode** removed) = 0;
@@ -54,25 +65,27 @@ struct IXMLDOMNode : IUnknown {
     virtual HRESULT hasChildNodes(VARIANT_BOOL* has) = 0;
     /// Null for a document.
     virtual HRESULT get_ownerDocument(IXMLDOMDocument** document) = 0;
-    /// A copy without a parent in the same document, with the attributes and, if `deep`, the children.
+    /// A copy without a parent that belongs to the same document, with the attributes and, if `deep`, the children.
     virtual HRESULT cloneNode(VARIANT_BOOL deep, IXMLDOMNode** copy) = 0;
     /// The joined text of the node and what it holds; setting it replaces the children.
     virtual HRESULT get_text(BSTR* text) = 0;
     virtual HRESULT put_text(BSTR text) = 0;
-    /// The text converted to the element's "dt:dt" data type (a string without one).
+    /// The text converted to the element's "dt:dt" data type (DataTypes.h). Without one it is a string, or VT_EMPTY
+    /// where there is no text either.
     virtual HRESULT get_nodeTypedValue(VARIANT* value) = 0;
     virtual HRESULT put_nodeTypedValue(VARIANT value) = 0;
     /// VT_NULL when the element has no data type.
     virtual HRESULT get_dataType(VARIANT* type) = 0;
-    /// "string", "i1", "i2", "i4", "int", "ui1", "ui2", "ui4", "r4", "r8", "float", "number", "boolean",
-    /// "bin.hex", "bin.base64"; E_INVALIDARG for any other.
+    /// "string", "i1", "i2", "i4", "i8", "int", "ui1", "ui2", "ui4", "ui8", "r4", "r8", "float", "number", "boolean";
+    /// E_INVALIDARG for any other.
     virtual HRESULT put_dataType(BSTR type) = 0;
-    /// The markup of the node and its subtree.
+    /// The markup of the node and its subtree. Where an element has a data type and none in the markup
+    /// declares the prefix ("xmlns:dt"), the outermost one does.
     virtual HRESULT get_xml(BSTR* xml) = 0;
     /// XPath 1.0. E_INVALIDARG for an expression that does not parse or selects no nodes by its kind. A node without a
-    /// way up to the document finds only what hangs together with it. While somebody holds such nodes, an expression
-    /// with functions, axes or paths in its conditions takes as long as the whole document takes to copy.
+    /// way up to the document finds only what hangs together with it.
     virtual HRESULT selectNodes(BSTR expression, IXMLDOMNodeList** nodes) = 0;
+    /// Searches no further than to the first in document order.
     virtual HRESULT selectSingleNode(BSTR expression, IXMLDOMNode** node) = 0;
 };
 
@@ -91,7 +104,6 @@ struct IXMLDOMNamedNodeMap : IUnknown {
     using Base = IUnknown;
 
     virtual HRESULT getNamedItem(BSTR name, IXMLDOMNode** node) = 0;
-    virtual HRESULT setNamedItem(IXMLDOMNode* attribute, IXMLDOMNode** previous) = 0;
     virtual HRESULT removeNamedItem(BSTR name, IXMLDOMNode** removed) = 0;
     virtual HRESULT get_item(LONG index, IXMLDOMNode** node) = 0;
     virtual HRESULT get_length(LONG* length) = 0;
@@ -143,7 +155,6 @@ struct IXMLDOMDocument : IXMLDOMNode {
     virtual HRESULT createComment(BSTR text, IXMLDOMNode** node) = 0;
     virtual HRESULT createCDATASection(BSTR text, IXMLDOMNode** node) = 0;
     virtual HRESULT createProcessingInstruction(BSTR target, BSTR data, IXMLDOMNode** node) = 0;
-    virtual HRESULT createAttribute(BSTR name, IXMLDOMNode** node) = 0;
     /// By node type (an integer or the name "element", "text", …), name and namespace (empty or null).
     virtual HRESULT createNode(VARIANT type, BSTR name, BSTR namespaceURI, IXMLDOMNode** node) = 0;
     /// A copy of another document's node in this one, without a parent, as cloneNode makes one.

@@ -3,6 +3,7 @@
 #include "platform/system/AtomicFile.h"
 #include "platform/system/Paths.h"
 #include "platform/xml/DomDocumentObject.h"
+#include "platform/xml/DomEdit.h"
 #include "platform/xml/XmlWriter.h"
 
 #include <algorithm>
@@ -123,16 +124,6 @@ void ReadXmlFile(const std::string& path, std::string& text)
     decoder.Finish();
 }
 
-/// Builds the tree of a checked text.
-std::shared_ptr<DomTree> BuildTree(std::string text)
-{
-    auto tree = std::make_shared<DomTree>();
-    const pugi::xml_parse_result result = tree->Parse(std::move(text));
-    if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
-    if (!result) throw XmlError{"the document is not well-formed", static_cast<std::size_t>(result.offset)};
-    return tree;
-}
-
 /// Whether the declaration asks for UTF-16.
 bool SaysUtf16(pugi::xml_node document)
 {
@@ -235,30 +226,32 @@ HRESULT CreateDomDocument(IUnknown* outer, REFIID iid, void** out)
     return Guarded([&] { return Make<DomDocument>()->QueryInterface(iid, out); });
 }
 
-DomDocument::DomDocument() : DomNodeOf(std::make_shared<DomTree>(), DomPlace{}, nullptr)
+DomDocument::DomDocument() : DomNodeOf(DomPlace{}, DomHome{})
 {
-    SetTree(m_tree);
+    SetTree(std::make_shared<DomTree>());
     m_parseError = Make<DomParseError>(ParseErrorFacts{});
 }
 
-pugi::xml_node DomDocument::Root() const
+void DomDocument::SetTree(std::shared_ptr<DomTree> tree)
 {
-    for (pugi::xml_node child : m_place.node.children()) {
-        if (child.type() == pugi::node_element && !m_tree->IsHidden(child)) return child;
-    }
-    return {};
+    // A document that is loaded anew is no longer the parent of its old nodes.
+    if (m_home.tree) m_home.tree->SetIsDocument(false);
+    m_home.tree = std::move(tree);
+    m_home.tree->SetIsDocument(true);
+    m_place = {m_home.tree->Root(), {}};
 }
 
-HRESULT DomDocument::HandNew(pugi::xml_node node, IXMLDOMNode** out)
+pugi::xml_node DomDocument::DocumentElement() const
 {
-    return ObjectFor({node, {}}).CopyTo(out);
+    return m_place.node.find_child([](pugi::xml_node child) { return child.type() == pugi::node_element; });
 }
 
 HRESULT DomDocument::get_documentElement(IXMLDOMElement** element)
 {
     return Guarded([&] {
         if (!element) return E_POINTER;
-        *element = Query<IXMLDOMElement>(ObjectFor({Root(), {}})).Detach();
+        *element = nullptr;
+        *element = Query<IXMLDOMElement>(ObjectFor({DocumentElement(), {}})).Detach();
         return *element ? S_OK : S_FALSE;
     });
 }
@@ -272,15 +265,19 @@ HRESULT DomDocument::putref_documentElement(IXMLDOMElement* element)
     return old ? ReplaceChild(element, old.Get(), nullptr) : Insert(element, nullptr, nullptr);
 }
 
+ComPtr<IXMLDOMNode> DomDocument::NewNode(pugi::xml_node_type type, const std::string& name, const std::string& value)
+{
+    const auto tree = std::make_shared<DomTree>();
+    return tree->ObjectAt({AddNode(tree->Root(), type, name, value), {}}, this);
+}
+
 HRESULT DomDocument::createElement(BSTR name, IXMLDOMElement** element)
 {
     return Guarded([&] {
         if (!element) return E_POINTER;
         *element = nullptr;
-        const std::string checked = XmlNameOf(name);
-        pugi::xml_node node = m_tree->NewNode(pugi::node_element);
-        if (!node.set_name(checked.c_str())) throw std::bad_alloc();
-        return ComPtr<IXMLDOMElement>(Make<DomElement>(m_tree, DomPlace{node, {}}, this)).CopyTo(element);
+        *element = Query<IXMLDOMElement>(NewNode(pugi::node_element, XmlNameOf(name), {})).Detach();
+        return S_OK;
     });
 }
 
@@ -291,9 +288,7 @@ HRESULT DomDocument::CreateText(pugi::xml_node_type type, BSTR text, IXMLDOMNode
         *out = nullptr;
         const std::string checked = XmlTextOf(text);
         if (type == pugi::node_comment && !IsXmlComment(checked)) return E_INVALIDARG;
-        pugi::xml_node node = m_tree->NewNode(type);
-        if (!node.set_value(checked.c_str())) throw std::bad_alloc();
-        return HandNew(node, out);
+        return NewNode(type, {}, checked).CopyTo(out);
     });
 }
 
@@ -320,22 +315,7 @@ HRESULT DomDocument::createProcessingInstruction(BSTR target, BSTR data, IXMLDOM
         const std::string name = XmlNameOf(target);
         const std::string text = XmlTextOf(data);
         if (!IsXmlInstruction(name, text)) return E_INVALIDARG;
-        pugi::xml_node node = m_tree->NewNode(pugi::node_pi);
-        if (!node.set_name(name.c_str()) || !node.set_value(text.c_str())) throw std::bad_alloc();
-        return HandNew(node, out);
-    });
-}
-
-HRESULT DomDocument::createAttribute(BSTR name, IXMLDOMNode** out)
-{
-    return Guarded([&] {
-        if (!out) return E_POINTER;
-        *out = nullptr;
-        const std::string checked = XmlNameOf(name);
-        pugi::xml_node holder = m_tree->NewNode(pugi::node_element);
-        const pugi::xml_attribute attribute = holder.append_attribute(checked.c_str());
-        if (!attribute) throw std::bad_alloc();
-        return ObjectFor({holder, attribute}).CopyTo(out);
+        return NewNode(pugi::node_pi, name, text).CopyTo(out);
     });
 }
 
@@ -366,7 +346,7 @@ HRESULT DomDocument::importNode(IXMLDOMNode* node, VARIANT_BOOL deep, IXMLDOMNod
         if (!object) return E_INVALIDARG;
         const DomPlace& place = object->Place();
         if (!place.attribute && place.node.type() == pugi::node_document) return E_INVALIDARG;
-        return ObjectFor(CopyOf(place, deep != VARIANT_FALSE)).CopyTo(copy);
+        return CopyFor(this, place, deep != VARIANT_FALSE).CopyTo(copy);
     });
 }
 
@@ -380,8 +360,7 @@ HRESULT DomDocument::Parse(std::u16string_view url, const std::function<void(std
         std::string text;
         try {
             read(text);
-            CheckXml(text);
-            tree = BuildTree(std::move(text));
+            tree = DomTree::Parse(text);
         } catch (const XmlError& error) {
             facts = FactsOf(error, text);
         } catch (const Error& error) {
@@ -418,23 +397,30 @@ HRESULT DomDocument::loadXML(BSTR xml, VARIANT_BOOL* success)
         success);
 }
 
+bool DomDocument::Write(AtomicFile& file, bool declarePrefix) const
+{
+    const bool utf16 = SaysUtf16(m_place.node);
+    std::size_t size = 0;
+    std::vector<char> bytes;
+    if (utf16) ThrowIfFailed(file.Write("\xff\xfe", 2));
+    return WriteXml(m_place.node, declarePrefix, [&](std::string_view piece) {
+        size += piece.size();
+        if (size > kMaxXmlSize) throw Error(ResultFromErrno(EFBIG));
+        if (utf16) piece = EncodeUtf16(piece, bytes);
+        ThrowIfFailed(file.Write(piece.data(), piece.size()));
+    });
+}
+
 HRESULT DomDocument::save(VARIANT target)
 {
     return Guarded([&] {
         if (target.vt != VT_BSTR || SysStringLen(target.bstrVal) == 0 || IsCutPath(target)) return E_INVALIDARG;
-        AtomicFile file;
-        ThrowIfFailed(file.Create(ToHostPath(View(target.bstrVal))));
-        const bool utf16 = SaysUtf16(m_place.node);
-        std::size_t size = 0;
-        std::vector<char> bytes;
-        if (utf16) ThrowIfFailed(file.Write("\xff\xfe", 2));
-        WriteXml(m_place.node, m_tree->Nursery(), [&](std::string_view piece) {
-            size += piece.size();
-            if (size > kMaxXmlSize) throw Error(ResultFromErrno(EFBIG));
-            if (utf16) piece = EncodeUtf16(piece, bytes);
-            ThrowIfFailed(file.Write(piece.data(), piece.size()));
-        });
-        return file.Commit();
+        const std::string path = ToHostPath(View(target.bstrVal));
+        for (bool declarePrefix = false;; declarePrefix = true) {
+            AtomicFile file;
+            ThrowIfFailed(file.Create(path));
+            if (Write(file, declarePrefix)) return file.Commit();
+        }
     });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 // The document object.
 
+#include "platform/system/AtomicFile.h"
 #include "platform/xml/DomNodes.h"
 #include "platform/xml/XmlText.h"
 
@@ -19,7 +20,6 @@ public:
     HRESULT createComment(BSTR text, IXMLDOMNode** node) override;
     HRESULT createCDATASection(BSTR text, IXMLDOMNode** node) override;
     HRESULT createProcessingInstruction(BSTR target, BSTR data, IXMLDOMNode** node) override;
-    HRESULT createAttribute(BSTR name, IXMLDOMNode** node) override;
     HRESULT createNode(VARIANT type, BSTR name, BSTR namespaceURI, IXMLDOMNode** node) override;
     HRESULT importNode(IXMLDOMNode* node, VARIANT_BOOL deep, IXMLDOMNode** copy) override;
     HRESULT load(VARIANT source, VARIANT_BOOL* success) override;
@@ -29,12 +29,15 @@ public:
     HRESULT get_async(VARIANT_BOOL* async) override;
     HRESULT put_async(VARIANT_BOOL async) override;
 
-protected:
-    DomDocument* Document() const override { return const_cast<DomDocument*>(this); }
+    IXMLDOMDocument* Document() const override { return const_cast<DomDocument*>(this); }
 
 private:
-    pugi::xml_node Root() const;
-    HRESULT HandNew(pugi::xml_node node, IXMLDOMNode** out);
+    void SetTree(std::shared_ptr<DomTree> tree);
+    pugi::xml_node DocumentElement() const;
+    /// A new node in a tree of its own. The texts are checked.
+    ComPtr<IXMLDOMNode> NewNode(pugi::xml_node_type type, const std::string& name, const std::string& value);
+    /// As WriteXml, in the encoding that the declaration asks for.
+    bool Write(AtomicFile& file, bool declarePrefix) const;
     HRESULT CreateText(pugi::xml_node_type type, BSTR text, IXMLDOMNode** node);
     /// Puts a new tree in force, or on failure an empty one with the error noted. `read` throws what ReadXmlFile
     /// throws.

@@ -1,12 +1,12 @@
 #include "platform/xml/DomLists.h"
 
-#include "platform/xml/DomNodes.h"
+#include "platform/xml/DomEdit.h"
 
 #include <iterator>
 
 namespace kv {
 
-DomNodeList::DomNodeList(DomObject& owner, const std::vector<DomPlace>& places)
+DomNodeList::DomNodeList(const DomObject& owner, const std::vector<DomPlace>& places)
 {
     m_nodes.reserve(places.size());
     for (const DomPlace& place : places)
@@ -47,29 +47,8 @@ HRESULT DomNamedNodeMap::getNamedItem(BSTR name, IXMLDOMNode** node)
         if (!node) return E_POINTER;
         *node = nullptr;
         const pugi::xml_node element = m_element.Place().node;
-        const pugi::xml_attribute found = AttributeOf(element, name);
+        const pugi::xml_attribute found = FindAttribute(element, ToUtf8(View(name)));
         return found ? m_element.ObjectFor({element, found}).CopyTo(node) : S_FALSE;
-    });
-}
-
-HRESULT DomNamedNodeMap::setNamedItem(IXMLDOMNode* attribute, IXMLDOMNode** previous)
-{
-    return Guarded([&] {
-        if (previous) *previous = nullptr;
-        DomObject* object = ObjectOf(attribute);
-        if (!object || !object->Place().attribute || &object->Tree() != &m_element.Tree()) return E_INVALIDARG;
-        const pugi::xml_node element = m_element.Place().node;
-        const pugi::xml_node holder = object->Place().node;
-        // An attribute of another element is not taken from it.
-        if (holder == element) return S_OK;
-        if (!m_element.Tree().IsDetached(holder) || *holder.name()) return E_INVALIDARG;
-        if (const auto old = element.attribute(object->Place().attribute.name())) {
-            if (previous) m_element.ObjectFor({element, old}).CopyTo(previous);
-            RemoveAttribute(m_element.Tree(), element, old);
-        }
-        pugi::xml_node target = element;
-        object->MoveTo({element, target.append_copy(object->Place().attribute)});
-        return S_OK;
     });
 }
 
@@ -78,10 +57,10 @@ HRESULT DomNamedNodeMap::removeNamedItem(BSTR name, IXMLDOMNode** removed)
     return Guarded([&] {
         if (removed) *removed = nullptr;
         const pugi::xml_node element = m_element.Place().node;
-        const pugi::xml_attribute found = AttributeOf(element, name);
+        const pugi::xml_attribute found = FindAttribute(element, ToUtf8(View(name)));
         if (!found) return S_FALSE;
         if (removed) m_element.ObjectFor({element, found}).CopyTo(removed);
-        RemoveAttribute(m_element.Tree(), element, found);
+        m_element.Detach({element, found});
         return S_OK;
     });
 }

@@ -11,7 +11,7 @@ namespace kv {
 class DomNodeList final : public Object<IXMLDOMNodeList> {
 public:
     /// `owner` is a node of the tree, and kept alive.
-    DomNodeList(DomObject& owner, const std::vector<DomPlace>& places);
+    DomNodeList(const DomObject& owner, const std::vector<DomPlace>& places);
 
     HRESULT get_item(LONG index, IXMLDOMNode** node) override;
     HRESULT get_length(LONG* length) override;
@@ -30,7 +30,6 @@ public:
     explicit DomNamedNodeMap(DomObject& element) : m_element(element), m_hold(element.Node()) {}
 
     HRESULT getNamedItem(BSTR name, IXMLDOMNode** node) override;
-    HRESULT setNamedItem(IXMLDOMNode* attribute, IXMLDOMNode** previous) override;
     HRESULT removeNamedItem(BSTR name, IXMLDOMNode** removed) override;
     HRESULT get_item(LONG index, IXMLDOMNode** node) override;
     HRESULT get_length(LONG* length) override;

@@ -1,30 +1,11 @@
 #include "platform/xml/DomNodes.h"
 
+#include "platform/xml/DomEdit.h"
 #include "platform/xml/DomLists.h"
 #include "platform/xml/XmlText.h"
 
 namespace kv {
 namespace {
-
-/// A zero-terminated copy of a short text, on the stack where it fits.
-class Terminated {
-public:
-    explicit Terminated(std::string_view text)
-    {
-        if (text.size() < sizeof m_short) {
-            text.copy(m_short, text.size());
-            m_short[text.size()] = '\0';
-        } else {
-            m_long = text;
-        }
-    }
-
-    const char* Get() const { return m_long.empty() ? m_short : m_long.c_str(); }
-
-private:
-    char m_short[48];
-    std::string m_long;
-};
 
 void CollectByName(pugi::xml_node node, std::string_view name, std::vector<DomPlace>& found)
 {
@@ -33,13 +14,6 @@ void CollectByName(pugi::xml_node node, std::string_view name, std::vector<DomPl
         if (name == "*" || name == child.name()) found.push_back({child, {}});
         CollectByName(child, name, found);
     }
-}
-
-/// Sets an attribute to checked text; appends it where it is empty.
-void SetAttribute(pugi::xml_node element, pugi::xml_attribute attribute, const char* name, std::string_view text)
-{
-    if (!attribute) attribute = element.append_attribute(name);
-    if (!attribute || !attribute.set_value(text.data(), text.size())) throw std::bad_alloc();
 }
 
 /// The text of an attribute as checked UTF-8, in `buffer` where it is not that already. False when XML cannot hold it.
@@ -56,13 +30,10 @@ bool CheckedText(const XMLAttribute& attribute, std::string& buffer, std::string
 
 } // namespace
 
-void RemoveAttribute(DomTree& tree, pugi::xml_node element, pugi::xml_attribute attribute)
+DomObject& NewDomObject(const DomPlace& place, DomHome home)
 {
-    if (DomObject* object = tree.Find({element, attribute})) {
-        pugi::xml_node holder = tree.NewNode(pugi::node_element);
-        object->MoveTo({holder, holder.append_copy(attribute)});
-    }
-    element.remove_attribute(attribute);
+    if (!place.attribute && place.node.type() == pugi::node_element) return *new DomElement(place, std::move(home));
+    return *new DomLeaf(place, std::move(home));
 }
 
 HRESULT DomElement::getAttribute(BSTR name, VARIANT* value)
@@ -71,7 +42,7 @@ HRESULT DomElement::getAttribute(BSTR name, VARIANT* value)
         if (!value) return E_POINTER;
         VariantInit(value);
         value->vt = VT_NULL;
-        const pugi::xml_attribute attribute = AttributeOf(m_place.node, name);
+        const pugi::xml_attribute attribute = FindAttribute(m_place.node, ToUtf8(View(name)));
         if (!attribute) return S_FALSE;
         *value = Variant(ToUtf16(attribute.value())).Detach();
         return S_OK;
@@ -82,8 +53,7 @@ HRESULT DomElement::setAttribute(BSTR name, VARIANT value)
 {
     return Guarded([&] {
         const std::string checked = XmlNameOf(name);
-        const std::string text = XmlTextOf(value);
-        SetAttribute(m_place.node, m_place.node.attribute(checked.c_str()), checked.c_str(), text);
+        SetAttribute(m_place.node, checked, XmlTextOf(value));
         return S_OK;
     });
 }
@@ -91,9 +61,9 @@ HRESULT DomElement::setAttribute(BSTR name, VARIANT value)
 HRESULT DomElement::removeAttribute(BSTR name)
 {
     return Guarded([&] {
-        const pugi::xml_attribute attribute = AttributeOf(m_place.node, name);
+        const pugi::xml_attribute attribute = FindAttribute(m_place.node, ToUtf8(View(name)));
         if (!attribute) return S_FALSE;
-        RemoveAttribute(*m_tree, m_place.node, attribute);
+        Detach({m_place.node, attribute});
         return S_OK;
     });
 }
@@ -139,10 +109,12 @@ HRESULT DomElement::WriteAttributes(XMLAttributeSource* source)
         std::string_view last;
         while (source->Next(next)) {
             if (!IsXmlName(next.name) || !CheckedText(next, buffer, text)) return E_INVALIDARG;
-            const Terminated name(next.name);
             inOrder = inOrder && last < next.name;
-            const pugi::xml_attribute known = inOrder ? pugi::xml_attribute() : m_place.node.attribute(name.Get());
-            SetAttribute(m_place.node, known, name.Get(), text);
+            if (inOrder) {
+                AddAttribute(m_place.node, next.name, text);
+            } else {
+                SetAttribute(m_place.node, next.name, text);
+            }
             last = next.name;
         }
         return S_OK;

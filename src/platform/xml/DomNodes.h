@@ -13,6 +13,7 @@ public:
 
     DomObject& Self() final { return *this; }
     IXMLDOMNode* Node() final { return this; }
+    ComPtr<IXMLDOMNode> IfAlive() final { return this->AddRefIfAlive() ? ComPtr<IXMLDOMNode>::Attach(this) : nullptr; }
 
     HRESULT get_nodeName(BSTR* name) final { return NodeName(name); }
     HRESULT get_nodeValue(VARIANT* value) final { return NodeValue(value); }
@@ -22,20 +23,19 @@ public:
     HRESULT get_childNodes(IXMLDOMNodeList** children) final { return Children(children); }
     HRESULT get_firstChild(IXMLDOMNode** child) final
     {
-        return Hand(IsAttribute() ? pugi::xml_node() : FirstVisible(), child);
+        return Hand(IsAttribute() ? pugi::xml_node() : m_place.node.first_child(), child);
     }
     HRESULT get_lastChild(IXMLDOMNode** child) final
     {
-        const pugi::xml_node last = IsAttribute() ? pugi::xml_node() : m_place.node.last_child();
-        return Hand(m_tree->IsHidden(last) ? last.previous_sibling() : last, child);
+        return Hand(IsAttribute() ? pugi::xml_node() : m_place.node.last_child(), child);
     }
     HRESULT get_previousSibling(IXMLDOMNode** sibling) final
     {
-        return Hand(Sibling(&pugi::xml_node::previous_sibling), sibling);
+        return Hand(IsAttribute() ? pugi::xml_node() : m_place.node.previous_sibling(), sibling);
     }
     HRESULT get_nextSibling(IXMLDOMNode** sibling) final
     {
-        return Hand(Sibling(&pugi::xml_node::next_sibling), sibling);
+        return Hand(IsAttribute() ? pugi::xml_node() : m_place.node.next_sibling(), sibling);
     }
     HRESULT get_attributes(IXMLDOMNamedNodeMap** attributes) final { return Attributes(attributes); }
     HRESULT insertBefore(IXMLDOMNode* child, VARIANT reference, IXMLDOMNode** inserted) final
@@ -51,7 +51,7 @@ public:
     HRESULT hasChildNodes(VARIANT_BOOL* has) final
     {
         if (!has) return E_POINTER;
-        *has = !IsAttribute() && FirstVisible() ? VARIANT_TRUE : VARIANT_FALSE;
+        *has = !IsAttribute() && m_place.node.first_child() ? VARIANT_TRUE : VARIANT_FALSE;
         return *has ? S_OK : S_FALSE;
     }
     HRESULT get_ownerDocument(IXMLDOMDocument** document) final { return OwnerDocument(document); }
@@ -67,11 +67,9 @@ public:
     HRESULT selectSingleNode(BSTR expression, IXMLDOMNode** node) final { return SelectSingleNode(expression, node); }
 
 private:
-    /// Detached nodes have none, nor have attributes.
-    pugi::xml_node Sibling(pugi::xml_node (pugi::xml_node::*step)() const) const
+    void FinalRelease() final
     {
-        if (IsAttribute() || m_place.node.parent() == m_tree->Nursery()) return {};
-        return m_tree->Visible((m_place.node.*step)());
+        if (m_home.document) Tree().Forget(*this);
     }
 };
 
@@ -92,8 +90,5 @@ public:
     HRESULT ReadAttributes(XMLAttributeVisitor* visitor) override;
     HRESULT WriteAttributes(XMLAttributeSource* source) override;
 };
-
-/// Takes an attribute off its element; an object that stands for it lives on with a copy of its own.
-void RemoveAttribute(DomTree& tree, pugi::xml_node element, pugi::xml_attribute attribute);
 
 } // namespace kv

@@ -1,113 +1,31 @@
 #include "platform/xml/DomObject.h"
 
-#include "platform/automation/SafeArray.h"
+#include "platform/xml/DataTypes.h"
 #include "platform/xml/DomDocumentObject.h"
+#include "platform/xml/DomEdit.h"
 #include "platform/xml/DomLists.h"
 #include "platform/xml/DomNodes.h"
-#include "platform/xml/DomTypes.h"
 #include "platform/xml/XPath.h"
 #include "platform/xml/XmlText.h"
 #include "platform/xml/XmlWriter.h"
 
 namespace kv {
-namespace {
-
-constexpr std::string_view kDataType = "dt:dt";
-constexpr std::string_view kDataTypeNamespace = "urn:schemas-microsoft-com:datatypes";
-
-bool IsText(pugi::xml_node node)
-{
-    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
-
-void AppendText(pugi::xml_node node, std::string& text)
-{
-    if (IsText(node)) text += node.value();
-    for (pugi::xml_node child : node.children())
-        AppendText(child, text);
-}
-
-/// Copies a node without its children from any tree.
-void CopyShallow(pugi::xml_node from, pugi::xml_node to)
-{
-    bool copied = true;
-    if (*from.name()) copied = to.set_name(from.name());
-    if (*from.value()) copied = to.set_value(from.value()) && copied;
-    for (pugi::xml_attribute attribute : from.attributes())
-        copied = to.append_copy(attribute) && copied;
-    if (!copied) throw std::bad_alloc();
-}
-
-void CopyChildren(pugi::xml_node from, pugi::xml_node to)
-{
-    for (pugi::xml_node child : from.children()) {
-        if (!to.append_copy(child)) throw std::bad_alloc();
-    }
-}
-
-} // namespace
-
-DomObject::DomObject(std::shared_ptr<DomTree> tree, DomPlace place, DomDocument* document)
-    : m_tree(std::move(tree)), m_place(place), m_document(document)
-{
-    if (document) m_tree->Add(m_place, *this);
-}
-
-DomObject::~DomObject()
-{
-    if (m_document) m_tree->Forget(m_place);
-}
-
-DomDocument* DomObject::Document() const
-{
-    return m_document.Get();
-}
-
-void DomObject::SetTree(std::shared_ptr<DomTree> tree)
-{
-    m_tree = std::move(tree);
-    m_place = {m_tree->Document(), {}};
-}
-
-ComPtr<IXMLDOMNode> DomObject::ObjectFor(const DomPlace& place)
+ComPtr<IXMLDOMNode> DomObject::ObjectFor(const DomPlace& place) const
 {
     if (!place.node) return nullptr;
-    if (DomObject* object = m_tree->Find(place)) return object->Node();
-    if (place.node.type() == pugi::node_document) {
-        // A document that was loaded anew is no longer the parent of its old nodes.
-        DomDocument* document = Document();
-        return &document->Tree() == m_tree.get() ? ComPtr<IXMLDOMNode>(document) : nullptr;
-    }
-    if (place.node.type() == pugi::node_element && !place.attribute) {
-        return Make<DomElement>(m_tree, place, Document());
-    }
-    return Make<DomLeaf>(m_tree, place, Document());
+    if (!place.attribute && place.node.type() == pugi::node_document)
+        return Tree().IsDocument() ? ComPtr<IXMLDOMNode>(Document()) : nullptr;
+    return m_home.tree->ObjectAt(place, Document());
 }
 
-HRESULT DomObject::Hand(pugi::xml_node node, IXMLDOMNode** out)
+HRESULT DomObject::Hand(pugi::xml_node node, IXMLDOMNode** out) const
 {
     return Guarded([&] {
         if (!out) return E_POINTER;
+        *out = nullptr;
         *out = ObjectFor({node, {}}).Detach();
         return *out ? S_OK : S_FALSE;
     });
-}
-
-DomPlace DomObject::CopyOf(const DomPlace& source, bool deep)
-{
-    pugi::xml_node copy = m_tree->NewNode(source.attribute ? pugi::node_element : source.node.type());
-    if (source.attribute) return {copy, copy.append_copy(source.attribute)};
-    CopyShallow(source.node, copy);
-    if (deep) CopyChildren(source.node, copy);
-    return {copy, {}};
-}
-
-void DomObject::MoveTo(const DomPlace& place)
-{
-    const DomPlace from = std::exchange(m_place, place);
-    m_tree->Replace(from, place, *this);
-    // The holder of an attribute that had no element has served.
-    if (from.node.parent() == m_tree->Nursery()) m_tree->Detach(from.node);
 }
 
 HRESULT DomObject::NodeName(BSTR* name) const
@@ -155,7 +73,7 @@ HRESULT DomObject::SetNodeValue(const VARIANT& value)
     return Guarded([&] {
         const pugi::xml_node_type type = m_place.node.type();
         if (!IsAttribute() && (type == pugi::node_element || type == pugi::node_document)) return E_FAIL;
-        SetPlainText(XmlTextOf(value));
+        WriteText(XmlTextOf(value));
         return S_OK;
     });
 }
@@ -189,21 +107,20 @@ HRESULT DomObject::NodeType(DOMNodeType* type) const
     return S_OK;
 }
 
-HRESULT DomObject::Parent(IXMLDOMNode** parent)
+HRESULT DomObject::Parent(IXMLDOMNode** parent) const
 {
-    return Hand(IsAttribute() ? pugi::xml_node() : m_tree->Parent(m_place.node), parent);
+    return Hand(IsAttribute() ? pugi::xml_node() : m_place.node.parent(), parent);
 }
 
-HRESULT DomObject::Children(IXMLDOMNodeList** children)
+HRESULT DomObject::Children(IXMLDOMNodeList** children) const
 {
     return Guarded([&] {
         if (!children) return E_POINTER;
         *children = nullptr;
         std::vector<DomPlace> places;
         if (!IsAttribute()) {
-            for (pugi::xml_node child : m_place.node.children()) {
-                if (!m_tree->IsHidden(child)) places.push_back({child, {}});
-            }
+            for (pugi::xml_node child : m_place.node.children())
+                places.push_back({child, {}});
         }
         return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, places)).CopyTo(children);
     });
@@ -219,12 +136,12 @@ HRESULT DomObject::Attributes(IXMLDOMNamedNodeMap** attributes)
     });
 }
 
-HRESULT DomObject::CheckInDocument(pugi::xml_node child, pugi::xml_node before) const
+HRESULT DomObject::CheckInDocument(pugi::xml_node child, pugi::xml_node before, pugi::xml_node leaving) const
 {
     if (IsText(child)) return E_INVALIDARG;
     pugi::xml_node first;
     for (pugi::xml_node sibling : m_place.node.children()) {
-        if (sibling == child || m_tree->IsHidden(sibling)) continue;
+        if (sibling == child || sibling == leaving) continue;
         if (!first) first = sibling;
         if (child.type() == pugi::node_element && sibling.type() == pugi::node_element) return E_INVALIDARG;
     }
@@ -233,11 +150,11 @@ HRESULT DomObject::CheckInDocument(pugi::xml_node child, pugi::xml_node before) 
     return IsDeclaration(becomesFirst ? first : child) ? E_INVALIDARG : S_OK;
 }
 
-HRESULT DomObject::CheckInsertion(const DomObject& child, pugi::xml_node before) const
+HRESULT DomObject::CheckInsertion(const DomObject& child, pugi::xml_node before, pugi::xml_node leaving) const
 {
     const pugi::xml_node_type parentType = m_place.node.type();
     const pugi::xml_node node = child.m_place.node;
-    if (IsAttribute() || child.IsAttribute() || &child.Tree() != m_tree.get()) return E_INVALIDARG;
+    if (IsAttribute() || child.IsAttribute()) return E_INVALIDARG;
     if (parentType != pugi::node_element && parentType != pugi::node_document) return E_INVALIDARG;
     if (node.type() == pugi::node_document) return E_INVALIDARG;
     if (node == m_place.node) return E_INVALIDARG;
@@ -246,13 +163,25 @@ HRESULT DomObject::CheckInsertion(const DomObject& child, pugi::xml_node before)
         if (above == node) return E_INVALIDARG;
     }
     if (parentType == pugi::node_document) {
-        const HRESULT allowed = CheckInDocument(node, before);
+        const HRESULT allowed = CheckInDocument(node, before, leaving);
         if (FAILED(allowed)) return allowed;
     } else if (IsDeclaration(node)) {
         return E_INVALIDARG;
     }
-    // The nursery counts as a level, which makes the bound for detached parts one lower.
     return DepthOf(m_place.node) + HeightOf(node) > kMaxXmlDepth ? E_INVALIDARG : S_OK;
+}
+
+void DomObject::Take(DomObject& child, pugi::xml_node before)
+{
+    pugi::xml_node parent = m_place.node;
+    const pugi::xml_node node = child.m_place.node;
+    if (&child.Tree() != &Tree()) {
+        Tree().Adopt(child.Tree(), node, Document(), parent, before);
+    } else if (before) {
+        parent.insert_move_before(node, before);
+    } else {
+        parent.append_move(node);
+    }
 }
 
 HRESULT DomObject::Insert(IXMLDOMNode* child, IUnknown* before, IXMLDOMNode** inserted)
@@ -266,9 +195,9 @@ HRESULT DomObject::Insert(IXMLDOMNode* child, IUnknown* before, IXMLDOMNode** in
             return E_INVALIDARG;
         const pugi::xml_node next = reference ? reference->m_place.node : pugi::xml_node();
         if (object != reference) {
-            const HRESULT allowed = CheckInsertion(*object, next);
+            const HRESULT allowed = CheckInsertion(*object, next, {});
             if (FAILED(allowed)) return allowed;
-            m_tree->Move(object->m_place.node, m_place.node, next);
+            Take(*object, next);
         }
         return inserted ? ComPtr<IXMLDOMNode>(child).CopyTo(inserted) : S_OK;
     });
@@ -283,16 +212,13 @@ HRESULT DomObject::ReplaceChild(IXMLDOMNode* child, IXMLDOMNode* old, IXMLDOMNod
         if (!object || !leaving || leaving->IsAttribute() || leaving->m_place.node.parent() != m_place.node)
             return E_INVALIDARG;
         if (object == leaving) return S_OK;
-        // The place is taken by the newcomer only when it may stand there.
-        const pugi::xml_node next = m_tree->Visible(leaving->m_place.node.next_sibling());
-        m_tree->Detach(leaving->m_place.node);
-        const pugi::xml_node anchor = next == object->m_place.node ? m_tree->Visible(next.next_sibling()) : next;
-        const HRESULT allowed = CheckInsertion(*object, anchor);
-        if (FAILED(allowed)) {
-            m_tree->Move(leaving->m_place.node, m_place.node, next);
-            return allowed;
-        }
-        m_tree->Move(object->m_place.node, m_place.node, anchor);
+        const pugi::xml_node place = leaving->m_place.node;
+        pugi::xml_node next = place.next_sibling();
+        if (next == object->m_place.node) next = next.next_sibling();
+        const HRESULT allowed = CheckInsertion(*object, next, place);
+        if (FAILED(allowed)) return allowed;
+        Take(*object, place);
+        Detach(leaving->m_place);
         return replaced ? ComPtr<IXMLDOMNode>(old).CopyTo(replaced) : S_OK;
     });
 }
@@ -303,7 +229,7 @@ HRESULT DomObject::RemoveChild(IXMLDOMNode* child, IXMLDOMNode** removed)
         if (removed) *removed = nullptr;
         DomObject* object = ObjectOf(child);
         if (!object || object->IsAttribute() || object->m_place.node.parent() != m_place.node) return E_INVALIDARG;
-        m_tree->Detach(object->m_place.node);
+        Detach(object->m_place);
         return removed ? ComPtr<IXMLDOMNode>(child).CopyTo(removed) : S_OK;
     });
 }
@@ -312,63 +238,43 @@ HRESULT DomObject::OwnerDocument(IXMLDOMDocument** document) const
 {
     if (!document) return E_POINTER;
     *document = nullptr;
-    return m_document ? ComPtr<IXMLDOMDocument>(m_document.Get()).CopyTo(document) : S_FALSE;
+    return m_home.document ? m_home.document.CopyTo(document) : S_FALSE;
 }
 
-HRESULT DomObject::Clone(bool deep, IXMLDOMNode** copy)
+HRESULT DomObject::Clone(bool deep, IXMLDOMNode** copy) const
 {
     return Guarded([&] {
         if (!copy) return E_POINTER;
         *copy = nullptr;
-        if (!IsAttribute() && m_place.node.type() == pugi::node_document) {
-            const auto document = Make<DomDocument>();
-            if (deep) {
-                for (pugi::xml_node child : m_place.node.children()) {
-                    if (m_tree->IsHidden(child)) continue;
-                    if (!document->Tree().Document().append_copy(child)) throw std::bad_alloc();
-                }
-            }
-            return ComPtr<IXMLDOMNode>(document->Node()).CopyTo(copy);
+        if (IsAttribute() || m_place.node.type() != pugi::node_document)
+            return CopyFor(Document(), m_place, deep).CopyTo(copy);
+        const auto document = Make<DomDocument>();
+        if (deep) {
+            for (pugi::xml_node child : m_place.node.children())
+                document->Tree().Copy({child, {}}, true);
         }
-        return ObjectFor(CopyOf(m_place, deep)).CopyTo(copy);
+        return ComPtr<IXMLDOMNode>(document->Node()).CopyTo(copy);
     });
 }
 
 std::string DomObject::PlainText() const
 {
     if (IsAttribute()) return m_place.attribute.value();
-    switch (m_place.node.type()) {
-    case pugi::node_element: {
-        std::string text;
-        AppendText(m_place.node, text);
-        return text;
-    }
-    case pugi::node_document: {
-        std::string text;
-        for (pugi::xml_node child : m_place.node.children()) {
-            if (!m_tree->IsHidden(child)) AppendText(child, text);
-        }
-        return text;
-    }
-    default:
-        return m_place.node.value();
-    }
+    std::string buffer;
+    return std::string(TextOf(m_place.node, buffer));
 }
 
-void DomObject::SetPlainText(const std::string& text)
+void DomObject::WriteText(const std::string& text)
 {
-    bool set = false;
-    if (pugi::xml_attribute attribute = m_place.attribute) {
-        set = attribute.set_value(text.c_str());
-    } else {
-        const pugi::xml_node_type type = m_place.node.type();
-        pugi::xml_node node = m_place.node;
-        const bool badComment = type == pugi::node_comment && !IsXmlComment(text);
-        const bool badInstruction = type == pugi::node_pi && !IsXmlInstruction(node.name(), text);
-        if (badComment || badInstruction) throw Error(E_INVALIDARG);
-        set = node.set_value(text.c_str());
-    }
-    if (!set) throw std::bad_alloc();
+    pugi::xml_attribute attribute = m_place.attribute;
+    pugi::xml_node node = m_place.node;
+    const pugi::xml_node_type type = node.type();
+    if (!attribute && type == pugi::node_document) throw Error(E_FAIL);
+    if (!attribute && type == pugi::node_element) return Tree().SetContent(node, text, Document());
+    const bool badComment = type == pugi::node_comment && !IsXmlComment(text);
+    const bool badInstruction = type == pugi::node_pi && !IsXmlInstruction(node.name(), text);
+    if (badComment || badInstruction) throw Error(E_INVALIDARG);
+    if (!(attribute ? attribute.set_value(text.c_str()) : node.set_value(text.c_str()))) throw std::bad_alloc();
 }
 
 HRESULT DomObject::Text(BSTR* text) const
@@ -384,17 +290,8 @@ HRESULT DomObject::Text(BSTR* text) const
 HRESULT DomObject::SetText(BSTR text)
 {
     return Guarded([&] {
-        const std::string plain = XmlTextOf(text);
-        if (IsAttribute() || m_place.node.type() != pugi::node_element) {
-            if (!IsAttribute() && m_place.node.type() == pugi::node_document) return E_FAIL;
-            SetPlainText(plain);
-            return S_OK;
-        }
-        while (const pugi::xml_node child = m_place.node.first_child())
-            m_tree->Detach(child);
-        if (plain.empty()) return S_OK;
-        pugi::xml_node content = m_place.node.append_child(pugi::node_pcdata);
-        return content && content.set_value(plain.c_str()) ? S_OK : E_OUTOFMEMORY;
+        WriteText(XmlTextOf(text));
+        return S_OK;
     });
 }
 
@@ -405,7 +302,7 @@ HRESULT DomObject::DataType(VARIANT* type) const
         VariantInit(type);
         type->vt = VT_NULL;
         const pugi::xml_attribute attribute =
-            IsAttribute() ? pugi::xml_attribute() : m_place.node.attribute(kDataType.data());
+            IsAttribute() ? pugi::xml_attribute() : m_place.node.attribute(kDataTypeAttribute);
         if (!attribute) return S_FALSE;
         *type = Variant(ToUtf16(attribute.value())).Detach();
         return S_OK;
@@ -416,18 +313,10 @@ HRESULT DomObject::SetDataType(BSTR type)
 {
     return Guarded([&] {
         const std::string name = ToUtf8(View(type));
-        if (IsAttribute() || m_place.node.type() != pugi::node_element || !IsDataType(name)) return E_INVALIDARG;
-        pugi::xml_node node = m_place.node;
-        pugi::xml_attribute attribute = node.attribute(kDataType.data());
-        if (!attribute) {
-            bool declared = false;
-            for (pugi::xml_node above = node; above; above = above.parent()) {
-                declared = declared || above.attribute("xmlns:dt");
-            }
-            if (!declared) node.append_attribute("xmlns:dt").set_value(kDataTypeNamespace.data());
-            attribute = node.append_attribute(kDataType.data());
-        }
-        return attribute.set_value(name.c_str()) ? S_OK : E_OUTOFMEMORY;
+        if (IsAttribute() || m_place.node.type() != pugi::node_element || DataTypeOf(name) == VT_EMPTY)
+            return E_INVALIDARG;
+        SetAttribute(m_place.node, kDataTypeAttribute, name);
+        return S_OK;
     });
 }
 
@@ -436,7 +325,8 @@ HRESULT DomObject::TypedValue(VARIANT* value) const
     return Guarded([&] {
         if (!value) return E_POINTER;
         VariantInit(value);
-        const std::string_view type = IsAttribute() ? "" : m_place.node.attribute(kDataType.data()).value();
+        const bool isElement = !IsAttribute() && m_place.node.type() == pugi::node_element;
+        const std::string_view type = isElement ? m_place.node.attribute(kDataTypeAttribute).value() : "string";
         *value = ParseTyped(type, PlainText()).Detach();
         return S_OK;
     });
@@ -445,7 +335,7 @@ HRESULT DomObject::TypedValue(VARIANT* value) const
 HRESULT DomObject::SetTypedValue(const VARIANT& value)
 {
     return Guarded([&] {
-        const std::string type = IsAttribute() ? "" : m_place.node.attribute(kDataType.data()).value();
+        const std::string type = IsAttribute() ? "" : m_place.node.attribute(kDataTypeAttribute).value();
         return SetText(Bstr(FormatTyped(type, value)).Get());
     });
 }
@@ -459,33 +349,39 @@ HRESULT DomObject::Xml(BSTR* xml) const
         const auto append = [&text](std::string_view piece) { text += piece; };
         if (IsAttribute()) {
             WriteXml(m_place.attribute, append);
-        } else {
-            WriteXml(m_place.node, m_tree->Nursery(), append);
+        } else if (!WriteXml(m_place.node, false, append)) {
+            text.clear();
+            WriteXml(m_place.node, true, append);
         }
         *xml = Bstr(ToUtf16(text)).Detach();
         return S_OK;
     });
 }
 
-HRESULT DomObject::SelectNodes(BSTR expression, IXMLDOMNodeList** nodes)
+HRESULT DomObject::SelectNodes(BSTR expression, IXMLDOMNodeList** nodes) const
 {
     return Guarded([&] {
         if (!nodes) return E_POINTER;
         *nodes = nullptr;
-        const std::vector<DomPlace> places = SelectPlaces(*m_tree, m_place, XmlTextOf(expression));
+        const std::vector<DomPlace> places = SelectPlaces(Tree(), m_place, XmlTextOf(expression));
         return ComPtr<IXMLDOMNodeList>(Make<DomNodeList>(*this, places)).CopyTo(nodes);
     });
 }
 
-HRESULT DomObject::SelectSingleNode(BSTR expression, IXMLDOMNode** node)
+HRESULT DomObject::SelectSingleNode(BSTR expression, IXMLDOMNode** node) const
 {
     return Guarded([&] {
         if (!node) return E_POINTER;
         *node = nullptr;
-        const std::vector<DomPlace> places = SelectPlaces(*m_tree, m_place, XmlTextOf(expression));
-        if (places.empty()) return S_FALSE;
-        return ObjectFor(places.front()).CopyTo(node);
+        *node = ObjectFor(SelectFirst(Tree(), m_place, XmlTextOf(expression))).Detach();
+        return *node ? S_OK : S_FALSE;
     });
+}
+
+ComPtr<IXMLDOMNode> CopyFor(IXMLDOMDocument* document, const DomPlace& place, bool deep)
+{
+    const auto tree = std::make_shared<DomTree>();
+    return tree->ObjectAt(tree->Copy(place, deep), document);
 }
 
 DomObject* ObjectOf(IUnknown* node)
@@ -497,12 +393,6 @@ DomObject* ObjectOf(IUnknown* node)
 IUnknown* ObjectIn(const VARIANT& value)
 {
     return value.vt == VT_UNKNOWN || value.vt == VT_DISPATCH ? value.punkVal : nullptr;
-}
-
-pugi::xml_attribute AttributeOf(pugi::xml_node element, BSTR name)
-{
-    const std::string utf8 = ToUtf8(View(name));
-    return IsXmlName(utf8) ? element.attribute(utf8.c_str()) : pugi::xml_attribute();
 }
 
 std::string XmlTextOf(BSTR text)

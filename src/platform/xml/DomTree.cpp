@@ -1,8 +1,15 @@
 #include "platform/xml/DomTree.h"
 
+#include "platform/xml/DomEdit.h"
+#include "platform/xml/DomObject.h"
+#include "platform/xml/XmlText.h"
+
 #include <algorithm>
+#include <cerrno>
 #include <new>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kv {
 namespace {
@@ -26,110 +33,229 @@ void DeclarationToInstruction(pugi::xml_document& document)
     document.remove_child(declaration);
 }
 
+void AppendText(pugi::xml_node node, std::string& text)
+{
+    if (IsText(node)) text += node.value();
+    for (pugi::xml_node child : node.children())
+        AppendText(child, text);
+}
+
+/// What pugixml finds no memory for it leaves out of a copy without a word; the word is malloc's.
+class MemoryWatch {
+public:
+    MemoryWatch() : m_before(std::exchange(errno, 0)) {}
+    MemoryWatch(const MemoryWatch&) = delete;
+    MemoryWatch& operator=(const MemoryWatch&) = delete;
+    ~MemoryWatch() { errno = m_before; }
+
+    bool Lacked() const { return errno == ENOMEM; }
+
+private:
+    int m_before;
+};
+
+/// A deep copy before a sibling or last in its parent, whole or none. Throws std::bad_alloc.
+pugi::xml_node CopyTo(pugi::xml_node parent, pugi::xml_node before, pugi::xml_node node)
+{
+    const MemoryWatch memory;
+    const pugi::xml_node copy = before ? parent.insert_copy_before(node, before) : parent.append_copy(node);
+    if (copy && !memory.Lacked()) return copy;
+    parent.remove_child(copy);
+    throw std::bad_alloc();
+}
+
+/// Copies what a node is, without what is below it, into an empty one of its type. Throws std::bad_alloc.
+void CopyAlone(pugi::xml_node node, pugi::xml_node copy)
+{
+    const MemoryWatch memory;
+    if (*node.name()) copy.set_name(node.name());
+    if (*node.value()) copy.set_value(node.value());
+    for (pugi::xml_attribute attribute : node.attributes())
+        copy.append_copy(attribute);
+    if (memory.Lacked()) throw std::bad_alloc();
+}
+
 } // namespace
 
-pugi::xml_parse_result DomTree::Parse(std::string text)
+/// Gives the objects of places in one tree to their copies in another. Both tables are locked meanwhile.
+class DomTransfer {
+public:
+    DomTransfer(DomTree& from, DomTree& to, IXMLDOMDocument* document)
+        : m_from(from), m_to(to), m_document(document), m_locks(from.m_mutex, to.m_mutex), m_left(from.m_objects.Size())
+    {
+    }
+
+    void Pair(const DomPlace& place, const DomPlace& copy)
+    {
+        DomObject* object = m_from.m_objects.Find(place.Key());
+        if (!object) return;
+        --m_left;
+        m_moves.push_back({object, object->IfAlive(), copy, {m_to.shared_from_this(), m_document}});
+    }
+
+    /// Pairs all that a node holds with what its copy holds, until no object is left.
+    void PairAll(pugi::xml_node node, pugi::xml_node copy)
+    {
+        if (m_left == 0) return;
+        Pair({node, {}}, {copy, {}});
+        auto attributeCopy = copy.first_attribute();
+        for (auto own = node.first_attribute(); own && m_left != 0; own = own.next_attribute()) {
+            Pair({node, own}, {copy, attributeCopy});
+            attributeCopy = attributeCopy.next_attribute();
+        }
+        pugi::xml_node childCopy = copy.first_child();
+        for (auto child = node.first_child(); child && m_left != 0; child = child.next_sibling()) {
+            PairAll(child, childCopy);
+            childCopy = childCopy.next_sibling();
+        }
+    }
+
+    void Commit()
+    {
+        for (Move& move : m_moves) {
+            m_from.m_objects.Remove(*move.object);
+            // An object whose last reference is gone on another thread finds itself forgotten.
+            if (!move.hold) continue;
+            move.object->MoveTo(move.copy, move.home);
+            m_to.m_objects.Add(*move.object);
+        }
+    }
+
+private:
+    struct Move {
+        DomObject* object;
+        ComPtr<IXMLDOMNode> hold;
+        DomPlace copy;
+        /// The new home, then the old one.
+        DomHome home;
+    };
+
+    DomTree& m_from;
+    DomTree& m_to;
+    IXMLDOMDocument* m_document;
+    /// What is held ends behind the locks: it may be the last of an object, a tree or a document.
+    std::vector<Move> m_moves;
+    std::scoped_lock<std::mutex, std::mutex> m_locks;
+    std::size_t m_left;
+};
+
+std::shared_ptr<DomTree> DomTree::Parse(std::string& text)
 {
-    m_text = std::move(text);
+    CheckXml(text);
+    auto tree = std::make_shared<DomTree>();
+    tree->m_text = std::move(text);
     constexpr unsigned kOptions = pugi::parse_default | pugi::parse_pi | pugi::parse_comments | pugi::parse_declaration;
     const pugi::xml_parse_result result =
-        m_document.load_buffer_inplace(m_text.data(), m_text.size(), kOptions, pugi::encoding_utf8);
-    if (result) DeclarationToInstruction(m_document);
-    m_nursery = {};
-    return result;
+        tree->m_root.load_buffer_inplace(tree->m_text.data(), tree->m_text.size(), kOptions, pugi::encoding_utf8);
+    if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
+    if (!result) throw XmlError{"the document is not well-formed", static_cast<std::size_t>(result.offset)};
+    DeclarationToInstruction(tree->m_root);
+    return tree;
 }
 
-void DomTree::OpenNursery()
+ComPtr<IXMLDOMNode> DomTree::ObjectAt(const DomPlace& place, IXMLDOMDocument* document)
 {
-    if (!m_nursery) m_nursery = m_document.append_child(pugi::node_element);
-    if (!m_nursery) throw std::bad_alloc();
+    const std::lock_guard lock(m_mutex);
+    if (DomObject* known = m_objects.Find(place.Key())) {
+        if (ComPtr<IXMLDOMNode> found = known->IfAlive()) return found;
+        m_objects.Remove(*known);
+    }
+    DomObject& made = NewDomObject(place, {shared_from_this(), document});
+    m_objects.Add(made);
+    return ComPtr<IXMLDOMNode>::Attach(made.Node());
 }
 
-void DomTree::DropEmptyNursery()
+void DomTree::Forget(DomObject& object)
 {
-    if (!m_nursery || HasDetached()) return;
-    m_document.remove_child(m_nursery);
-    m_nursery = {};
+    const std::lock_guard lock(m_mutex);
+    m_objects.Remove(object);
 }
 
-pugi::xml_node DomTree::Parent(pugi::xml_node node) const
+bool DomTree::IsHeld(const DomPlace& place) const
 {
-    return Visible(node.parent());
+    if (m_objects.Size() == 0) return false;
+    if (m_objects.Find(place.Key())) return true;
+    if (place.attribute) return false;
+    return std::ranges::any_of(place.node.attributes(),
+                               [&](pugi::xml_attribute own) {
+                                   return IsHeld({place.node, own});
+                               }) ||
+           std::ranges::any_of(place.node.children(), [&](pugi::xml_node child) {
+               return IsHeld({child, {}});
+           });
 }
 
-bool DomTree::IsDetached(pugi::xml_node node) const
+void DomTree::Detach(const DomPlace& place, IXMLDOMDocument* document)
 {
-    if (!HasDetached()) return false;
-    while (node && node != m_nursery)
-        node = node.parent();
-    return static_cast<bool>(node);
+    pugi::xml_node node = place.node;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!IsHeld(place)) {
+            place.attribute ? node.remove_attribute(place.attribute) : node.parent().remove_child(node);
+            return;
+        }
+    }
+    const auto part = std::make_shared<DomTree>();
+    if (!place.attribute) return part->Adopt(*this, node, document, part->m_root, {});
+    const DomPlace copy = part->Copy(place, false);
+    DomTransfer transfer(*this, *part, document);
+    transfer.Pair(place, copy);
+    transfer.Commit();
+    node.remove_attribute(place.attribute);
 }
 
-pugi::xml_node DomTree::NewNode(pugi::xml_node_type type)
+void DomTree::SetContent(pugi::xml_node element, std::string_view text, IXMLDOMDocument* document)
 {
-    OpenNursery();
-    const pugi::xml_node node = m_nursery.append_child(type);
-    if (!node) throw std::bad_alloc();
-    return node;
+    pugi::xml_node content;
+    if (!text.empty()) content = AddNode(element, pugi::node_pcdata, {}, text);
+    while (element.first_child() != content)
+        Detach({element.first_child(), {}}, document);
 }
 
-void DomTree::Move(pugi::xml_node node, pugi::xml_node parent, pugi::xml_node before)
+void DomTree::Adopt(DomTree& from, pugi::xml_node node, IXMLDOMDocument* document, pugi::xml_node parent,
+                    pugi::xml_node before)
 {
-    if (!before && parent == m_document) before = m_nursery;
-    if (before) {
-        parent.insert_move_before(node, before);
-    } else {
-        parent.append_move(node);
+    const pugi::xml_node copy = CopyTo(parent, before, node);
+    try {
+        DomTransfer transfer(from, *this, document);
+        transfer.PairAll(node, copy);
+        transfer.Commit();
+        // The tree of a part that went as a whole is seen by nobody any more, and goes with the transfer.
+        const bool isWhole = !from.m_isDocument && from.m_root.first_child() == node && !node.next_sibling();
+        if (!isWhole) node.parent().remove_child(node);
+    } catch (const std::bad_alloc&) {
+        parent.remove_child(copy);
+        throw;
     }
 }
 
-void DomTree::Detach(pugi::xml_node node)
+DomPlace DomTree::Copy(const DomPlace& place, bool deep)
 {
-    OpenNursery();
-    if (node.parent() != m_nursery) m_nursery.append_move(node);
-    FreeIfUnheld(node);
-}
-
-DomObject* DomTree::Find(const DomPlace& place) const
-{
-    const auto found = m_objects.find(place.Key());
-    return found == m_objects.end() ? nullptr : found->second;
-}
-
-void DomTree::Add(const DomPlace& place, DomObject& object)
-{
-    m_objects.emplace(place.Key(), &object);
-}
-
-void DomTree::Replace(const DomPlace& from, const DomPlace& to, DomObject& object)
-{
-    m_objects.erase(from.Key());
-    Add(to, object);
-}
-
-void DomTree::Forget(const DomPlace& place)
-{
-    m_objects.erase(place.Key());
-    if (!HasDetached()) return;
-    pugi::xml_node top = place.node;
-    while (top && top.parent() != m_nursery)
-        top = top.parent();
-    if (top) FreeIfUnheld(top);
-}
-
-bool DomTree::IsHeld(pugi::xml_node node) const
-{
-    if (m_objects.empty()) return false;
-    if (m_objects.contains(node.internal_object())) return true;
-    for (pugi::xml_attribute attribute : node.attributes()) {
-        if (m_objects.contains(attribute.internal_object())) return true;
+    if (deep && !place.attribute) return {CopyTo(m_root, {}, place.node), {}};
+    pugi::xml_node copy = m_root.append_child(place.attribute ? pugi::node_element : place.node.type());
+    if (!copy) throw std::bad_alloc();
+    if (!place.attribute) {
+        CopyAlone(place.node, copy);
+        return {copy, {}};
     }
-    return std::ranges::any_of(node.children(), [this](pugi::xml_node child) { return IsHeld(child); });
+    const MemoryWatch memory;
+    const DomPlace attribute{copy, copy.append_copy(place.attribute)};
+    if (memory.Lacked()) throw std::bad_alloc();
+    return attribute;
 }
 
-void DomTree::FreeIfUnheld(pugi::xml_node detached)
+bool IsText(pugi::xml_node node)
 {
-    if (!IsHeld(detached)) m_nursery.remove_child(detached);
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+std::string_view TextOf(pugi::xml_node node, std::string& buffer)
+{
+    const pugi::xml_node first = node.first_child();
+    if (IsText(first) && !first.next_sibling()) return first.value();
+    if (!first) return node.value();
+    AppendText(node, buffer);
+    return buffer;
 }
 
 bool IsDeclaration(pugi::xml_node node)

@@ -1,13 +1,20 @@
 #pragma once
-// The tree behind a document, and the interface objects that stand for its nodes.
+// The tree behind a document or a detached part, and the interface objects that stand for its nodes.
 
+#include "platform/com/ComPtr.h"
+#include "platform/xml/Dom.h"
+#include "platform/xml/DomTable.h"
+
+#include <memory>
+#include <mutex>
 #include <pugixml.hpp>
 #include <string>
-#include <unordered_map>
+#include <string_view>
 
 namespace kv {
 
 class DomObject;
+class DomTree;
 
 /// A node of a tree, or an attribute of an element.
 struct DomPlace {
@@ -22,53 +29,66 @@ struct DomPlace {
     }
 };
 
-/// New and removed nodes live in the nursery, an element behind everything else that nobody sees, so that a node stays
-/// in one tree all its life. A detached part of the tree goes when no interface object stands for any of it.
-class DomTree {
+/// What an object keeps alive: the tree of its node, and the document that nodes made there belong to.
+struct DomHome {
+    std::shared_ptr<DomTree> tree;
+    /// Null for the document itself.
+    ComPtr<IXMLDOMDocument> document;
+};
+
+/// What stands in a document, or a part without a parent: a new node, a copy, or what was taken out of its parent. A
+/// tree goes with the last object that stands for any of it.
+///
+/// Reading nodes writes nothing, so that threads may read one tree at once; the table of objects has a lock. Who edits
+/// a tree has it alone, but for objects that other threads release.
+class DomTree : public std::enable_shared_from_this<DomTree> {
 public:
     DomTree() = default;
     DomTree(const DomTree&) = delete;
     DomTree& operator=(const DomTree&) = delete;
 
-    /// Fills a new tree from UTF-8, whose names and values stay where they are. The declaration becomes an instruction.
-    pugi::xml_parse_result Parse(std::string text);
+    /// Checks and takes UTF-8, whose names and values stay where they are. The declaration becomes an instruction.
+    /// Throws XmlError, with the text as it was.
+    static std::shared_ptr<DomTree> Parse(std::string& text);
 
-    pugi::xml_document& Document() { return m_document; }
-    /// Empty before the first node was made or detached.
-    pugi::xml_node Nursery() const { return m_nursery; }
-    bool HasDetached() const { return static_cast<bool>(m_nursery.first_child()); }
-    /// Takes the nursery out of the document until it is needed again.
-    void DropEmptyNursery();
+    pugi::xml_document& Root() { return m_root; }
+    /// Whether the root is the node of a document object. The root of a part is nobody's.
+    bool IsDocument() const { return m_isDocument; }
+    void SetIsDocument(bool is) { m_isDocument = is; }
 
-    /// The parent as others see it; empty in the nursery.
-    pugi::xml_node Parent(pugi::xml_node node) const;
-    bool IsDetached(pugi::xml_node node) const;
-    bool IsHidden(pugi::xml_node node) const { return node == m_nursery; }
-    pugi::xml_node Visible(pugi::xml_node node) const { return IsHidden(node) ? pugi::xml_node() : node; }
+    /// The object that stands for a place of this tree; made where there is none.
+    ComPtr<IXMLDOMNode> ObjectAt(const DomPlace& place, IXMLDOMDocument* document);
+    /// The last reference to an object is gone.
+    void Forget(DomObject& object);
 
-    /// A new node in the nursery.
-    pugi::xml_node NewNode(pugi::xml_node_type type);
-    /// Moves a node to a place before a sibling, or behind all that others see.
-    void Move(pugi::xml_node node, pugi::xml_node parent, pugi::xml_node before);
-    /// Takes a node out of its parent; it goes at once when nobody holds it or anything below it.
-    void Detach(pugi::xml_node node);
-
-    DomObject* Find(const DomPlace& place) const;
-    void Add(const DomPlace& place, DomObject& object);
-    void Replace(const DomPlace& from, const DomPlace& to, DomObject& object);
-    /// The last holder of a node is gone.
-    void Forget(const DomPlace& place);
+    /// Takes a node, or an attribute, out of its parent. When objects stand for any of it, they and it go to a tree of
+    /// its own; an attribute then has an element without a name.
+    void Detach(const DomPlace& place, IXMLDOMDocument* document);
+    /// Replaces what an element holds by a text, which is checked.
+    void SetContent(pugi::xml_node element, std::string_view text, IXMLDOMDocument* document);
+    /// Moves a node with all below it into this tree, before a sibling or last in its parent. The objects that stand
+    /// for any of it go with it. On lack of memory nothing is moved.
+    void Adopt(DomTree& from, pugi::xml_node node, IXMLDOMDocument* document, pugi::xml_node parent,
+               pugi::xml_node before);
+    /// Copies a node or attribute of any tree to the root of this one, an attribute into an element without a name.
+    DomPlace Copy(const DomPlace& place, bool deep);
 
 private:
-    bool IsHeld(pugi::xml_node node) const;
-    void FreeIfUnheld(pugi::xml_node detached);
-    void OpenNursery();
+    friend class DomTransfer;
+
+    bool IsHeld(const DomPlace& place) const;
 
     std::string m_text;
-    pugi::xml_document m_document;
-    pugi::xml_node m_nursery;
-    std::unordered_map<const void*, DomObject*> m_objects;
+    pugi::xml_document m_root;
+    bool m_isDocument = false;
+    std::mutex m_mutex;
+    DomTable m_objects;
 };
+
+bool IsText(pugi::xml_node node);
+
+/// The joined text of a node and of what it holds, in `buffer` where it is not in one piece.
+std::string_view TextOf(pugi::xml_node node, std::string& buffer);
 
 /// The declaration of a document is an instruction named "xml".
 bool IsDeclaration(pugi::xml_node node);

@@ -1,5 +1,5 @@
 #pragma once
-// XPath over a tree whose detached parts stand in the same document.
+// XPath over a tree.
 
 #include "platform/xml/DomTree.h"
 
@@ -8,9 +8,11 @@
 
 namespace kv {
 
-/// What an expression selects from a node or attribute, in document order: from the document without its detached
-/// parts, or from the detached part to which the place belongs. Throws Error(E_INVALIDARG) for an expression that does
-/// not parse, is no selection or is longer than 4096 bytes.
-std::vector<DomPlace> SelectPlaces(DomTree& tree, const DomPlace& from, const std::string& expression);
+/// What an expression selects from a node or attribute of a tree, in document order. Throws Error(E_INVALIDARG) for an
+/// expression that does not parse, is no selection or is longer than 4096 bytes.
+std::vector<DomPlace> SelectPlaces(const DomTree& tree, const DomPlace& from, const std::string& expression);
+
+/// The first of them, without a search for the others; empty when there is none.
+DomPlace SelectFirst(const DomTree& tree, const DomPlace& from, const std::string& expression);
 
 } // namespace kv

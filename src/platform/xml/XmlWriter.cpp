@@ -1,5 +1,8 @@
 #include "platform/xml/XmlWriter.h"
 
+#include "platform/xml/DataTypes.h"
+
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
@@ -27,14 +30,15 @@ constexpr CharacterSet kSpecialInAttribute = SetOf("&<>\"\t\n\r");
 
 class Writer {
 public:
-    Writer(pugi::xml_node hidden, const XmlOutput& output) : m_hidden(hidden), m_output(output) {}
+    Writer(bool declarePrefix, const XmlOutput& output) : m_declares(declarePrefix), m_output(output) {}
+
+    bool LacksPrefix() const { return m_lacksPrefix; }
 
     /// A document, or one node without the layout around it.
     void Run(pugi::xml_node node)
     {
         if (node.type() == pugi::node_document) {
             for (pugi::xml_node child : node.children()) {
-                if (child == m_hidden) continue;
                 Node(child, 0, true);
                 Put('\n');
             }
@@ -110,7 +114,16 @@ private:
     {
         Put('<');
         Put(element.name());
-        Attributes(element);
+        const bool declaredAbove = m_prefixDeclared;
+        const bool typed = Attributes(element);
+        if (level == 0 && m_declares && !m_prefixDeclared) DeclarePrefix();
+        m_lacksPrefix = m_lacksPrefix || (typed && !m_prefixDeclared);
+        Content(element, level, layout);
+        m_prefixDeclared = declaredAbove;
+    }
+
+    void Content(pugi::xml_node element, int level, bool layout)
+    {
         if (!element.first_child()) {
             Put("/>");
             return;
@@ -127,20 +140,38 @@ private:
         Put('>');
     }
 
-    void Attributes(pugi::xml_node node)
+    /// Tells whether there is a data type among them.
+    bool Attributes(pugi::xml_node node)
     {
+        bool typed = false;
         for (pugi::xml_attribute attribute : node.attributes()) {
             Put(' ');
-            Attribute(attribute);
+            const std::string_view name = Attribute(attribute);
+            typed = typed || name == kDataTypeAttribute;
+            m_prefixDeclared = m_prefixDeclared || name == kDataTypePrefix;
         }
+        return typed;
     }
 
-    void Attribute(pugi::xml_attribute attribute)
+    /// Gives the name.
+    std::string_view Attribute(pugi::xml_attribute attribute)
     {
-        Put(attribute.name());
+        const std::string_view name = attribute.name();
+        Put(name);
         Put("=\"");
         Escape(attribute.value(), kSpecialInAttribute);
         Put('"');
+        return name;
+    }
+
+    void DeclarePrefix()
+    {
+        Put(' ');
+        Put(kDataTypePrefix);
+        Put("=\"");
+        Put(kDataTypeNamespace);
+        Put('"');
+        m_prefixDeclared = true;
     }
 
     static bool HoldsText(pugi::xml_node element)
@@ -219,8 +250,10 @@ private:
         Put("]]>");
     }
 
-    pugi::xml_node m_hidden;
+    const bool m_declares;
     const XmlOutput& m_output;
+    bool m_prefixDeclared = false;
+    bool m_lacksPrefix = false;
     /// Grows where the text between two nodes is longer.
     std::string m_buffer = std::string(kPiece / 16, '\0');
     std::size_t m_size = 0;
@@ -228,14 +261,16 @@ private:
 
 } // namespace
 
-void WriteXml(pugi::xml_node node, pugi::xml_node hidden, const XmlOutput& output)
+bool WriteXml(pugi::xml_node node, bool declarePrefix, const XmlOutput& output)
 {
-    Writer(hidden, output).Run(node);
+    Writer writer(declarePrefix, output);
+    writer.Run(node);
+    return !writer.LacksPrefix();
 }
 
 void WriteXml(pugi::xml_attribute attribute, const XmlOutput& output)
 {
-    Writer({}, output).Run(attribute);
+    Writer(false, output).Run(attribute);
 }
 
 } // namespace kv

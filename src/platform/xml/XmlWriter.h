@@ -13,8 +13,11 @@ using XmlOutput = std::function<void(std::string_view)>;
 
 /// Every text that a tree can hold reads back as it was, but for carriage returns in comments, for which XML has no
 /// notation: they read back as line feeds. Elements that hold no text are laid out with an element a
-/// line, two blanks a level; others stand as they are. `hidden` is a child that is not written.
-void WriteXml(pugi::xml_node node, pugi::xml_node hidden, const XmlOutput& output);
+/// line, two blanks a level; others stand as they are.
+///
+/// False when some element has a data type and nothing declares its prefix: markup that is to stand alone is then
+/// written once more, with a declaration in the outermost element.
+bool WriteXml(pugi::xml_node node, bool declarePrefix, const XmlOutput& output);
 /// An attribute as it stands in its element.
 void WriteXml(pugi::xml_attribute attribute, const XmlOutput& output);
 

@@ -1,5 +1,5 @@
-#include "platform/automation/SafeArray.h"
 #include "platform/com/Object.h"
+#include "platform/xml/DataTypes.h"
 #include "platform/xml/Documents.h"
 
 #include <functional>
@@ -121,13 +121,13 @@ TEST(Dom, MovesNodesBetweenParents)
 TEST(Dom, RefusesWhatTheRulesOfTheTreeForbid)
 {
     const auto document = Parsed("<?xml version='1.0'?><!--c--><r><a><b/></a>text</r>");
-    const auto other = Parsed("<other/>");
+    const auto other = Parsed("<other x='1'/>");
     const auto root = Find(*document, "/r");
     const auto a = Find(*document, "//a");
     const auto b = Find(*document, "//b");
     const auto text = Find(*document, "//text()");
     const auto comment = Find(*document, "/comment()");
-    const auto attribute = Made(*document, &IXMLDOMDocument::createAttribute, "x");
+    const auto attribute = Find(*other, "//@x");
     const auto element = MadeElement(*document, "new");
     ComPtr<IXMLDOMNode> ours;
     ComPtr<IXMLDOMNode> declaration;
@@ -138,7 +138,7 @@ TEST(Dom, RefusesWhatTheRulesOfTheTreeForbid)
     const std::pair<std::string_view, HRESULT> results[]{
         {"below itself", b->appendChild(a.Get(), nullptr)},
         {"replacing below itself", a->replaceChild(root.Get(), b.Get(), nullptr)},
-        {"of another document", root->appendChild(Find(*other, "/other").Get(), nullptr)},
+        {"a document", root->appendChild(other.Get(), nullptr)},
         {"nothing", root->appendChild(nullptr, nullptr)},
         {"text in the document", document->appendChild(text.Get(), nullptr)},
         {"a second root", document->appendChild(element.Get(), nullptr)},
@@ -198,7 +198,7 @@ TEST(Dom, RefusesWhatXmlCannotHold)
         };
     };
     const Create comment = by(&IXMLDOMDocument::createComment);
-    const Create attribute = by(&IXMLDOMDocument::createAttribute);
+    const Create attribute = [&](BSTR name) { return root->setAttribute(name, Variant(u"")); };
     const std::tuple<std::string_view, Create, std::u16string_view, HRESULT> cases[]{
         {"comment", comment, u"a-b >", S_OK},
         {"comment", comment, u"a--b", E_INVALIDARG},
@@ -223,13 +223,14 @@ TEST(Dom, RefusesWhatXmlCannotHold)
         {"name", attribute, u"a\xfdd0", E_INVALIDARG},
         {"name", attribute, u"\xfdef", E_INVALIDARG},
         {"name", attribute, u"a\xfdcf\xfdf0\xfffd", S_OK},
-        {"set attribute", [&](BSTR n) { return root->setAttribute(n, Variant(u"")); }, u"a=", E_INVALIDARG},
+        {"name", attribute, u"a=", E_INVALIDARG},
         {"set text", [&](BSTR text) { return root->put_text(text); }, u"\xfffe", E_INVALIDARG},
         {"remove attribute", [&](BSTR n) { return root->removeAttribute(n); }, {u"a\0", 2}, S_FALSE},
     };
     for (const auto& [what, create, text, expected] : cases)
         EXPECT_EQ(create(Bstr(text).Get()), expected) << what << ' ' << ToUtf8(text);
-    EXPECT_EQ(XmlOf(*document), "<r a=\"1\"><!--c--><?p d?>t</r>");
+    EXPECT_EQ(XmlOf(*document),
+              "<r a=\"1\" _\xc3\xa4-.7=\"\" a\xef\xb7\x8f\xef\xb7\xb0\xef\xbf\xbd=\"\"><!--c--><?p d?>t</r>");
 
     for (const std::string_view bad : {"\xff", "\xc3", "a\xed\xa0\x80", "\x1f", "\xc0\x80", "\xef\xbf\xbf"})
         EXPECT_EQ(Write(*root, {{"a", bad}}), E_INVALIDARG);
@@ -263,53 +264,42 @@ TEST(Dom, AttributesWrittenTogetherAreSetOneByOne)
     EXPECT_EQ(Query<IXMLElementAttributes>(Find(*Parsed("<r/>"), "/r"))->WriteAttributes(nullptr), E_POINTER);
 }
 
-TEST(Dom, AttributesOfDetachedPartsLeaveThePartWhole)
+TEST(Dom, AttributesLiveOnApartFromTheirElement)
 {
     for (const bool byMap : {false, true}) {
-        const auto document = Parsed("<r><a><b x='1' y='2'/></a></r>");
-        const auto a = Find(*document, "//a");
+        const auto document = Parsed("<r><b x='1' y='2' z='3'/></r>");
         const auto b = FindElement(*document, "//b");
         const auto x = Find(*b, "@x");
-        ASSERT_EQ(Find(*document, "/r")->removeChild(a.Get(), nullptr), S_OK);
-        EXPECT_EQ(byMap ? AttributesOf(*b)->removeNamedItem(Text("x").Get(), nullptr)
+        ComPtr<IXMLDOMNode> removed;
+        EXPECT_EQ(byMap ? AttributesOf(*b)->removeNamedItem(Text("x").Get(), removed.Put())
                         : b->removeAttribute(Text("x").Get()),
                   S_OK);
-        EXPECT_EQ(XmlOf(*a), "<a><b y=\"2\"/></a>");
-        EXPECT_EQ(ParentOf(*b).Get(), a.Get());
-        EXPECT_EQ(XmlOf(*x), "x=\"1\"") << "it lives on";
-        EXPECT_EQ(AttributesOf(*a)->setNamedItem(x.Get(), nullptr), S_OK);
-        EXPECT_EQ(XmlOf(*a), "<a x=\"1\"><b y=\"2\"/></a>");
-        EXPECT_EQ(Find(*document, "/r")->appendChild(b.Get(), nullptr), S_OK);
-        EXPECT_EQ(XmlOf(*document), "<r><b y=\"2\"/></r>");
+        EXPECT_TRUE(!byMap || removed == x);
+        EXPECT_EQ(AttributesOf(*b)->removeNamedItem(Text("y").Get(), nullptr), S_OK);
+        EXPECT_EQ(AttributesOf(*b)->removeNamedItem(Text("y").Get(), removed.Put()), S_FALSE);
+        EXPECT_FALSE(removed);
+        ASSERT_EQ(x->put_text(Text("<").Get()), S_OK);
+        EXPECT_EQ(XmlOf(*x), "x=\"&lt;\"");
+        EXPECT_EQ(Selected(*x, "."), "x=\"&lt;\"");
+        EXPECT_EQ(Selected(*x, ".. | //*"), "") << "it has no element any more";
+        EXPECT_EQ(XmlOf(*document), "<r><b z=\"3\"/></r>");
     }
 }
 
 TEST(Dom, NamedMapsShowTheAttributesAsTheyAre)
 {
-    const auto document = Parsed("<r a='1' b='2'><c d='3'/></r>");
+    const auto document = Parsed("<r a='1'/>");
     const auto root = FindElement(*document, "/r");
     const auto map = AttributesOf(*root);
-    const auto made = Made(*document, &IXMLDOMDocument::createAttribute, "a");
-    ASSERT_EQ(made->put_nodeValue(Variant(u"new < & \"")), S_OK);
+    ASSERT_EQ(root->setAttribute(Text("b").Get(), Variant(u"2")), S_OK);
     ComPtr<IXMLDOMNode> node;
-    ASSERT_EQ(map->setNamedItem(made.Get(), node.Put()), S_OK);
-    EXPECT_EQ(XmlOf(*node), "a=\"1\"");
-    EXPECT_EQ(XmlOf(*made), "a=\"new &lt; &amp; &quot;\"");
-    EXPECT_EQ(Selected(*root, "@*"), "b=\"2\" a=\"new &lt; &amp; &quot;\"");
-    EXPECT_EQ(made->put_text(Text("x").Get()), S_OK) << "the object stands for the element's attribute";
-    EXPECT_EQ(XmlOf(*document), "<r b=\"2\" a=\"x\"><c d=\"3\"/></r>");
-
-    EXPECT_EQ(map->setNamedItem(Find(*document, "//@d").Get(), nullptr), E_INVALIDARG) << "it has an element";
-    EXPECT_EQ(map->setNamedItem(root.Get(), nullptr), E_INVALIDARG);
     EXPECT_EQ(map->getNamedItem(Text("d").Get(), node.Put()), S_FALSE);
-    EXPECT_FALSE(node);
-    ASSERT_EQ(map->removeNamedItem(Text("b").Get(), node.Put()), S_OK);
-    EXPECT_EQ(map->removeNamedItem(Text("b").Get(), nullptr), S_FALSE);
-    EXPECT_EQ(map->setNamedItem(node.Get(), nullptr), S_OK);
+    ASSERT_EQ(map->getNamedItem(Text("b").Get(), node.Put()), S_OK);
+    ASSERT_EQ(node->put_text(Text("x").Get()), S_OK);
     LONG length = 0;
     EXPECT_EQ(map->get_length(&length), S_OK);
     EXPECT_EQ(length, 2);
-    for (const auto& [index, expected] : {std::pair{-1, ""}, {0, "a=\"x\""}, {1, "b=\"2\""}, {2, ""}}) {
+    for (const auto& [index, expected] : {std::pair{-1, ""}, {0, "a=\"1\""}, {1, "b=\"x\""}, {2, ""}}) {
         EXPECT_EQ(map->get_item(index, node.Put()), *expected ? S_OK : S_FALSE);
         EXPECT_EQ(node ? XmlOf(*node) : "", expected);
     }
@@ -317,36 +307,73 @@ TEST(Dom, NamedMapsShowTheAttributesAsTheyAre)
 
 TEST(Dom, ConvertsTypedValues)
 {
-    Variant bytes;
-    bytes.parray = SafeArrayCreateVector(VT_UI1, 0, 4);
-    bytes.vt = VT_ARRAY | VT_UI1;
-    std::string_view("\x00\xff\x10M", 4).copy(static_cast<char*>(bytes.parray->pvData), 4);
-    Variant small;
-    small.vt = VT_I2;
-    small.iVal = -32768;
-    const std::tuple<std::u16string_view, Variant, std::string_view> cases[]{
-        {u"string", Variant(u" a "), " a "}, {u"i2", small, "-32768"},
-        {u"i4", Variant(LONG{-5}), "-5"},    {u"ui4", Variant(ULONG{4'000'000'000}), "4000000000"},
-        {u"r8", Variant(0.1), "0.1"},        {u"boolean", Variant(true), "1"},
-        {u"bin.hex", bytes, "00ff104d"},     {u"bin.base64", bytes, "AP8QTQ=="},
+    const auto of = [](VARTYPE type, LONGLONG value) {
+        Variant variant;
+        variant.vt = type;
+        variant.llVal = value;
+        return variant;
     };
-    for (const auto& [type, value, text] : cases) {
-        const auto document = Parsed("<r/>");
+    const std::tuple<VARTYPE, std::string_view, Variant, std::string_view> cases[]{
+        {VT_BSTR, "string", Variant(u" a "), " a "},
+        {VT_BSTR, "string", Variant(u""), ""},
+        {VT_I1, "i1", of(VT_I1, 0x80), "-128"},
+        {VT_I2, "i2", of(VT_I2, 0x8000), "-32768"},
+        {VT_I4, "i4", Variant(LONG{-5}), "-5"},
+        {VT_I8, "i8", of(VT_I8, INT64_MIN), "-9223372036854775808"},
+        {VT_UI1, "ui1", of(VT_UI1, 255), "255"},
+        {VT_UI2, "ui2", of(VT_UI2, 65535), "65535"},
+        {VT_UI4, "ui4", Variant(ULONG{4'000'000'000}), "4000000000"},
+        {VT_UI8, "ui8", of(VT_UI8, -1), "18446744073709551615"},
+        {VT_R4, "r4", Variant(0.1f), "0.1"},
+        {VT_R8, "r8", Variant(1.0 / 3), "0.3333333333333333"},
+        {VT_BOOL, "boolean", Variant(true), "1"},
+        {VT_EMPTY, "", Variant(), ""},
+    };
+    for (const auto& [vt, type, value, text] : cases) {
+        EXPECT_EQ(DataTypeName(vt), type);
+        EXPECT_EQ(DataTypeOf(type), vt);
+        const auto document = Parsed("<r>old</r>");
         const auto root = Find(*document, "/r");
-        ASSERT_EQ(root->put_dataType(Bstr(type).Get()), S_OK) << text;
+        ASSERT_EQ(root->put_dataType(Text(type).Get()), type.empty() ? E_INVALIDARG : S_OK) << text;
         ASSERT_EQ(root->put_nodeTypedValue(value), S_OK) << text;
         EXPECT_EQ(TextOf(*root), text);
         Variant read;
         ASSERT_EQ(root->get_nodeTypedValue(read.Put()), S_OK) << text;
-        EXPECT_EQ(read.vt, value.vt) << text;
+        EXPECT_EQ(read.vt, vt) << text;
         ASSERT_EQ(root->put_nodeTypedValue(read), S_OK);
         EXPECT_EQ(TextOf(*root), text);
     }
-    const auto root = Find(*Parsed("<r xmlns:dt='x' dt:dt='i2'>70000</r>"), "/r");
+    EXPECT_EQ(DataTypeName(VT_UNKNOWN), "");
+    EXPECT_EQ(DataTypeName(VT_INT), "i4");
+    EXPECT_EQ(DataTypeOf("float"), VT_R8);
+    const auto document = Parsed("<r dt:dt='i2'>70000</r>");
+    const auto root = Find(*document, "/r");
     Variant value;
     EXPECT_EQ(root->get_nodeTypedValue(value.Put()), DISP_E_OVERFLOW);
     EXPECT_EQ(root->put_nodeTypedValue(Variant(u"x")), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(root->put_dataType(Text("date").Get()), E_INVALIDARG);
+}
+
+TEST(Dom, MarkupDeclaresThePrefixOfDataTypesWhereItStandsAlone)
+{
+    const std::string declared = " xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"";
+    const std::string inner = "<a><b dt:dt=\"i4\">1</b><b dt:dt=\"i4\">2</b></a>";
+    const std::string own = "<a><b dt:dt=\"i4\"" + declared + ">1</b></a>";
+    const auto document = Parsed("<r" + declared + ">" + inner + own + "<c/></r>");
+    EXPECT_EQ(XmlOf(*document), "<r" + declared + ">" + inner + own + "<c/></r>");
+    const std::string alone = "<a" + declared + inner.substr(2);
+    const auto a = Find(*document, "//a");
+    EXPECT_EQ(XmlOf(*a), alone);
+    EXPECT_EQ(XmlOf(*Find(*document, "//a[2]")), own);
+    EXPECT_EQ(XmlOf(*Find(*document, "//c")), "<c/>");
+    ComPtr<IXMLDOMNode> copy;
+    ASSERT_EQ(a->cloneNode(VARIANT_TRUE, copy.Put()), S_OK);
+    EXPECT_EQ(XmlOf(*copy), alone);
+    const auto other = NewDocument();
+    ASSERT_EQ(other->appendChild(copy.Get(), nullptr), S_OK);
+    EXPECT_EQ(XmlOf(*other), alone);
+    ASSERT_EQ(Find(*document, "//c")->appendChild(copy.Get(), nullptr), S_OK);
+    EXPECT_EQ(XmlOf(*document), "<r" + declared + ">" + inner + own + "<c>" + inner + "</c></r>");
 }
 
 TEST(Dom, CopiesAreWholeAndStandAlone)
@@ -376,6 +403,35 @@ TEST(Dom, CopiesAreWholeAndStandAlone)
     EXPECT_EQ(XmlOf(*copy), xml);
 }
 
+TEST(Dom, NodesOfOneDocumentGoIntoAnother)
+{
+    const auto source = Parsed("<s><a k='v'>t<b><c/></b></a><d/></s>");
+    const auto target = Parsed("<r><x/></r>");
+    const auto a = Find(*source, "//a");
+    const auto b = Find(*source, "//b");
+    const auto c = Find(*source, "//c");
+    const auto k = Find(*source, "//@k");
+    const auto x = Find(*target, "//x");
+    ComPtr<IXMLDOMDocument> owner;
+    ASSERT_EQ(InsertBefore(*Find(*target, "/r"), a.Get(), x.Get()), S_OK);
+    EXPECT_EQ(XmlOf(*source), "<s><d/></s>");
+    EXPECT_EQ(XmlOf(*target), "<r><a k=\"v\">t<b><c/></b></a><x/></r>");
+    EXPECT_EQ(Find(*target, "//a[@k='v']/b").Get(), b.Get());
+    EXPECT_EQ(ParentOf(*c).Get(), b.Get());
+    EXPECT_EQ(Find(*a, "@k").Get(), k.Get());
+    ASSERT_EQ(k->put_text(Text("w").Get()), S_OK);
+    ASSERT_EQ(c->get_ownerDocument(owner.Put()), S_OK);
+    EXPECT_EQ(owner.Get(), target.Get());
+
+    ASSERT_EQ(source->replaceChild(a.Get(), Find(*source, "/s").Get(), nullptr), S_OK) << "and back, as the root";
+    EXPECT_EQ(XmlOf(*source), "<a k=\"w\">t<b><c/></b></a>");
+    ASSERT_EQ(x->appendChild(c.Get(), nullptr), S_OK);
+    EXPECT_EQ(XmlOf(*target), "<r><x><c/></x></r>");
+    // What is held goes on when its document and all else of it is gone.
+    ASSERT_EQ(x->appendChild(Find(*Parsed("<only/>"), "/only").Get(), nullptr), S_OK);
+    EXPECT_EQ(XmlOf(*target), "<r><x><c/><only/></x></r>");
+}
+
 TEST(Dom, SelectsAsThoughNothingDetachedWereThere)
 {
     const std::pair<std::string_view, std::string_view> cases[]{
@@ -399,14 +455,13 @@ TEST(Dom, SelectsAsThoughNothingDetachedWereThere)
     const auto root = Find(*document, "/r");
     for (const bool holding : {false, true}) {
         const auto made = holding ? MadeElement(*document, "new") : nullptr;
-        const auto attribute = holding ? Made(*document, &IXMLDOMDocument::createAttribute, "x") : nullptr;
         ComPtr<IXMLDOMNode> copy;
         EXPECT_EQ(holding ? root->cloneNode(VARIANT_TRUE, copy.Put()) : S_OK, S_OK);
         for (const auto& [expression, expected] : cases)
             EXPECT_EQ(Selected(*root, expression), expected) << expression << (holding ? " beside detached parts" : "");
         EXPECT_EQ(Find(*document, "(//b)[1]").Get(), Find(*root, "b").Get()) << "the same object";
         if (!holding) continue;
-        EXPECT_EQ(Selected(*attribute, ".."), "");
+        EXPECT_EQ(Find(*copy, "ancestor-or-self::node()").Get(), copy.Get()) << "nothing stands above";
         EXPECT_EQ(Selected(*copy, "/*"), "r");
         EXPECT_EQ(Selected(*copy, "//b/@id"), "id=\"1\" id=\"2\"");
         EXPECT_EQ(Selected(*Find(*copy, "//c"), "/ | ancestor::* | /r/b[last()]"), "r b b");
@@ -437,7 +492,6 @@ TEST(Dom, DetachedPartsLiveAsLongAsAnyNodeOfThemIsHeld)
     VARIANT_BOOL parsed = VARIANT_FALSE;
     ASSERT_EQ(owner->loadXML(Text("<new/>").Get(), &parsed), S_OK);
     EXPECT_EQ(XmlOf(*k), "k=\"v\"") << "nodes of an earlier load keep their tree";
-    EXPECT_EQ(AttributesOf(*Find(*owner, "/new"))->setNamedItem(k.Get(), nullptr), E_INVALIDARG);
 
     ComPtr<IXMLDOMNodeList> list;
     ComPtr<IXMLDOMNode> made = MadeElement(*owner, "p");

@@ -1,0 +1,61 @@
+#include "platform/xml/DomEdit.h"
+
+#include <new>
+#include <string>
+
+namespace kv {
+namespace {
+
+/// A zero-terminated copy of a short text, on the stack where it fits.
+class Terminated {
+public:
+    explicit Terminated(std::string_view text)
+    {
+        if (text.size() < sizeof m_short) {
+            text.copy(m_short, text.size());
+            m_short[text.size()] = '\0';
+        } else {
+            m_long = text;
+        }
+    }
+
+    const char* Get() const { return m_long.empty() ? m_short : m_long.c_str(); }
+
+private:
+    char m_short[48];
+    std::string m_long;
+};
+
+} // namespace
+
+pugi::xml_node AddNode(pugi::xml_node parent, pugi::xml_node_type type, std::string_view name, std::string_view value)
+{
+    pugi::xml_node node = parent.append_child(type);
+    const bool named = node && (name.empty() || node.set_name(Terminated(name).Get()));
+    if (named && (value.empty() || node.set_value(value.data(), value.size()))) return node;
+    parent.remove_child(node);
+    throw std::bad_alloc();
+}
+
+void AddAttribute(pugi::xml_node element, std::string_view name, std::string_view value)
+{
+    pugi::xml_attribute attribute = element.append_attribute(Terminated(name).Get());
+    // One for whose name there is no memory is there without it.
+    if (*attribute.name() && attribute.set_value(value.data(), value.size())) return;
+    element.remove_attribute(attribute);
+    throw std::bad_alloc();
+}
+
+void SetAttribute(pugi::xml_node element, std::string_view name, std::string_view value)
+{
+    pugi::xml_attribute known = FindAttribute(element, name);
+    if (!known) return AddAttribute(element, name, value);
+    if (!known.set_value(value.data(), value.size())) throw std::bad_alloc();
+}
+
+pugi::xml_attribute FindAttribute(pugi::xml_node element, std::string_view name)
+{
+    return element.find_attribute([name](pugi::xml_attribute attribute) { return name == attribute.name(); });
+}
+
+} // namespace kv

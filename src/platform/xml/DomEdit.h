@@ -1,0 +1,21 @@
+#pragma once
+// Additions to a tree of texts that were checked. Each is made or not: on lack of memory they throw std::bad_alloc.
+
+#include <pugixml.hpp>
+#include <string_view>
+
+namespace kv {
+
+/// A new last child.
+pugi::xml_node AddNode(pugi::xml_node parent, pugi::xml_node_type type, std::string_view name, std::string_view value);
+
+/// A new attribute, by a name that the element does not have.
+void AddAttribute(pugi::xml_node element, std::string_view name, std::string_view value);
+
+/// Sets an attribute, or adds it.
+void SetAttribute(pugi::xml_node element, std::string_view name, std::string_view value);
+
+/// Empty when the element has none by this name.
+pugi::xml_attribute FindAttribute(pugi::xml_node element, std::string_view name);
+
+} // namespace kv
