@@ -5,34 +5,23 @@
 namespace kv {
 namespace {
 
-Bstr ElementName(const CProjectNode& node)
+std::string_view ElementName(const CProjectNode& node)
 {
-    std::string_view name = node.GetName(0);
-    if (name.empty()) {
-        if (const ElementRow* row = FindElement(node.Type())) name = row->name;
-    }
-    return Bstr(std::u16string(name.begin(), name.end()));
+    const std::string_view name = node.GetName(0);
+    const ElementRow* row = name.empty() ? FindElement(node.Type()) : nullptr;
+    return row ? row->name : name;
 }
 
 } // namespace
 
-CXMLPersistor::CXMLPersistor(IXMLDOMNode* target) : m_parent(target)
-{
-    if (m_parent) m_parent->get_ownerDocument(m_document.Put());
-}
-
 HRESULT CXMLPersistor::Visit(CProjectNode& node, ULONG flags)
 {
-    if (!m_document) return E_INVALIDARG;
+    if (!m_parent) return E_INVALIDARG;
     // Held until what is below is written, so that all of it is of one time.
     const SectionLock lock(node.Section());
-    const Bstr name = ElementName(node);
-    HRESULT result = m_document->createElement(name.Get(), m_element.Put());
-    if (FAILED(result)) return result;
-
-    const ComPtr<IXMLDOMNode> parent = m_parent;
+    const XmlElement parent = m_parent;
     ++m_depth;
-    result = VisitNode(node, flags);
+    HRESULT result = VisitNode(node, flags);
     for (LONG i = 0; SUCCEEDED(result) && i < node.ChildCount(); ++i)
         result = Visit(*node.GetChild(i), flags);
     m_parent = parent;
@@ -42,13 +31,14 @@ HRESULT CXMLPersistor::Visit(CProjectNode& node, ULONG flags)
 
 HRESULT CXMLPersistor::VisitNode(CProjectNode& node, ULONG flags)
 {
-    const ComPtr<IXMLDOMElement> element = std::move(m_element);
+    XmlElement element = m_parent.Add(ElementName(node));
     const HRESULT result = node.SaveXML(element.Get(), flags);
-    if (FAILED(result)) return result;
-    ComPtr<IXMLDOMNode> appended;
-    const HRESULT inserted = m_parent->appendChild(element.Get(), appended.Put());
-    if (SUCCEEDED(inserted)) m_parent = std::move(appended);
-    return inserted;
+    if (FAILED(result)) {
+        element.Remove();
+    } else {
+        m_parent = std::move(element);
+    }
+    return result;
 }
 
 } // namespace kv

@@ -2,14 +2,14 @@
 // Writes a tree of nodes below an element of a document.
 
 #include "KVProjectData/tree/Visitor.h"
-#include "platform/com/ComPtr.h"
+#include "platform/xml/Element.h"
 
 namespace kv {
 
 class CXMLPersistor : public CVisitor {
 public:
-    /// `target` stands in a document.
-    explicit CXMLPersistor(IXMLDOMNode* target);
+    /// `target` is an element.
+    explicit CXMLPersistor(IXMLDOMNode* target) : m_parent(target) {}
 
     /// Writes the node and what is below it; the first failure ends the walk and is returned.
     HRESULT Visit(CProjectNode& node, ULONG flags) override;
@@ -18,9 +18,7 @@ public:
     HRESULT VisitNode(CProjectNode& node, ULONG flags) override;
 
 private:
-    ComPtr<IXMLDOMNode> m_parent;
-    ComPtr<IXMLDOMDocument> m_document;
-    ComPtr<IXMLDOMElement> m_element;
+    XmlElement m_parent;
 };
 
 } // namespace kv

@@ -22,9 +22,8 @@ HRESULT CKVCommandList::GetCommandList(LONG* plCount, DiscCommandParams** ppCmdL
         std::memset(commands, 0, size);
         *plCount = count;
         *ppCmdList = commands;
-        ComPtr<IXMLDOMDocument> document;
         for (LONG i = 0; i < count; ++i)
-            static_cast<CDiscCommandNode*>(GetChild(i))->CopyTo(commands[i], document);
+            static_cast<CDiscCommandNode*>(GetChild(i))->CopyTo(commands[i]);
         return S_OK;
     });
 }

@@ -1,7 +1,6 @@
 #include "KVProjectData/titles/DiscCommandNode.h"
 
 #include "KVProjectData/persistence/ElementTable.h"
-#include "platform/com/Activation.h"
 
 namespace kv {
 
@@ -13,14 +12,12 @@ void CDiscCommandNode::Assign(const DiscCommandParams& params)
     m_param2 = params.lParam2;
 }
 
-void CDiscCommandNode::CopyTo(DiscCommandParams& params, ComPtr<IXMLDOMDocument>& document) const
+void CDiscCommandNode::CopyTo(DiscCommandParams& params) const
 {
     params.cmd = static_cast<DiscCommand>(m_cmd);
     params.lParam1 = m_param1;
     params.lParam2 = m_param2;
-    if (m_xml.Empty()) return;
-    if (!document) ThrowIfFailed(CreateInstance(CLSID_DOMDocument, document));
-    params.pXMLData = m_xml.CopyFor(*document.Get()).Detach();
+    if (!m_xml.Empty()) params.pXMLData = m_xml.Copy().Element().Detach();
 }
 
 std::string_view CDiscCommandNode::GetName(ULONG) const
@@ -35,8 +32,7 @@ HRESULT CDiscCommandNode::LoadElement(IXMLDOMNode* element)
 
     ComPtr<IXMLDOMNode> first;
     ThrowIfFailed(element->get_firstChild(first.Put()));
-    std::string_view name;
-    if (const auto child = Query<IXMLElementAttributes>(first)) child->ElementName(&name);
+    const std::string_view name = XmlElement(first.Get()).Name();
     if (name == "file" || name == "effect") m_xml = XmlFragment(first.Get());
     return S_OK;
 }
@@ -44,11 +40,8 @@ HRESULT CDiscCommandNode::LoadElement(IXMLDOMNode* element)
 HRESULT CDiscCommandNode::SaveElement(IXMLDOMNode* element, ULONG flags)
 {
     const HRESULT result = CProjectNode::SaveElement(element, flags);
-    if (FAILED(result) || m_xml.Empty()) return result;
-
-    ComPtr<IXMLDOMDocument> document;
-    ThrowIfFailed(element->get_ownerDocument(document.Put()));
-    return element->appendChild(m_xml.CopyFor(*document.Get()).Get(), nullptr);
+    if (SUCCEEDED(result) && !m_xml.Empty()) XmlElement(element).Insert(m_xml.Copy());
+    return result;
 }
 
 } // namespace kv

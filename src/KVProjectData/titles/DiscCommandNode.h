@@ -16,9 +16,8 @@ public:
     /// that makes no fragment.
     void Assign(const DiscCommandParams& params);
 
-    /// Fills a zeroed record. The XML data is a copy in `document`, which is made when there is none yet; the record's
-    /// owner releases it.
-    void CopyTo(DiscCommandParams& params, ComPtr<IXMLDOMDocument>& document) const;
+    /// Fills a zeroed record. The XML data is a copy that the record's owner releases.
+    void CopyTo(DiscCommandParams& params) const;
 
     std::string_view GetName(ULONG flags) const override;
     HRESULT LoadElement(IXMLDOMNode* element) override;

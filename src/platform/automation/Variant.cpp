@@ -1,6 +1,7 @@
 #include "platform/automation/Variant.h"
 
 #include "platform/automation/IDispatch.h"
+#include "platform/automation/RealText.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/automation/ValueType.h"
 
@@ -275,15 +276,6 @@ HRESULT ToBool(const VARIANT& source, VARIANT& converted)
     return S_OK;
 }
 
-/// The fewest digits that read back to the same value, with an exponent only for very large or small ones.
-template <class Real>
-std::to_chars_result PrintReal(char* begin, char* end, Real value)
-{
-    const Real size = std::abs(value);
-    const bool plain = size == 0 || (size >= Real(1e-5) && size < Real(1e15));
-    return std::to_chars(begin, end, value, plain ? std::chars_format::fixed : std::chars_format::scientific);
-}
-
 HRESULT ToText(const VARIANT& source, VARIANT& converted)
 {
     char digits[64];
@@ -292,8 +284,8 @@ HRESULT ToText(const VARIANT& source, VARIANT& converted)
         const bool isFloat = source.vt == VT_R4;
         // Infinity has no text that reads back.
         if (!std::isfinite(isFloat ? source.fltVal : source.dblVal)) return DISP_E_TYPEMISMATCH;
-        end = isFloat ? PrintReal(digits, std::end(digits), source.fltVal).ptr
-                      : PrintReal(digits, std::end(digits), source.dblVal).ptr;
+        end = isFloat ? kv::PrintReal(digits, std::end(digits), source.fltVal)
+                      : kv::PrintReal(digits, std::end(digits), source.dblVal);
     } else if (source.vt == VT_BOOL) {
         end = std::to_chars(digits, std::end(digits), source.boolVal ? -1 : 0).ptr;
     } else if (source.vt != VT_EMPTY) {

@@ -1,0 +1,306 @@
+#include "platform/xml/Element.h"
+
+#include "platform/xml/DataTypes.h"
+#include "platform/xml/Documents.h"
+
+#include <functional>
+#include <limits>
+
+namespace kv::test {
+namespace {
+
+XmlElement RootOf(std::string_view xml)
+{
+    return XmlElement(Find(*Parsed(xml), "/*").Get());
+}
+
+HRESULT ResultOf(const std::function<void()>& edit)
+{
+    return Guarded([&] {
+        edit();
+        return S_OK;
+    });
+}
+
+TEST(Element, WritesKeyFramesAndReadsThemBack)
+{
+    struct Key {
+        double time;
+        ULONG caps;
+        float x, y, z;
+        bool operator==(const Key&) const = default;
+    };
+    const std::vector<Key> keys{{0.0, 0x70fff, 0.1f, -0.25f, 1}, {1.0 / 3, 0xffffffff, 1e-7f, 3e8f, 0}};
+    auto data = XmlElement::New("plugin_data");
+    data.Add("Scaling").Add("old");
+    for (int save = 0; save < 2; ++save) {
+        XmlElement channel = data.Replace("Scaling");
+        XmlElement list = channel.Add("StartOffsetElements");
+        for (const Key& key : keys) {
+            XmlElement frame = list.Add("KeyFrame");
+            frame.Add("Time", key.time);
+            frame.Add("Caps", key.caps);
+            XmlElement vector = frame.Add("Vector");
+            vector.Add("x", key.x);
+            vector.Add("y", key.y);
+            vector.Add("z", key.z);
+        }
+        data.Replace("IsSelectable", true);
+        data.Set("Speed", 0.5 * save);
+    }
+    EXPECT_EQ(XmlOf(*data.Get()),
+              "<plugin_data xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"><Speed dt:dt=\"r8\">0.5</Speed>"
+              "<Scaling><StartOffsetElements>"
+              "<KeyFrame><Time dt:dt=\"r8\">0</Time><Caps dt:dt=\"ui4\">462847</Caps><Vector><x dt:dt=\"r4\">0.1</x>"
+              "<y dt:dt=\"r4\">-0.25</y><z dt:dt=\"r4\">1</z></Vector></KeyFrame>"
+              "<KeyFrame><Time dt:dt=\"r8\">0.3333333333333333</Time><Caps dt:dt=\"ui4\">4294967295</Caps><Vector>"
+              "<x dt:dt=\"r4\">1e-07</x><y dt:dt=\"r4\">300000000</y><z dt:dt=\"r4\">0</z></Vector></KeyFrame>"
+              "</StartOffsetElements></Scaling><IsSelectable dt:dt=\"boolean\">1</IsSelectable></plugin_data>");
+
+    const XmlElement loaded = XmlElement::Parse(data.Markup());
+    std::vector<Key> read;
+    for (const XmlElement& frame : loaded.Child("Scaling").Child("StartOffsetElements").Children("KeyFrame")) {
+        const XmlElement vector = frame.Child("Vector");
+        read.push_back({frame.Typed("Time", -1.0), frame.Typed("Caps", ULONG{0}), vector.Typed("x", -1.0f),
+                        vector.Typed("y", -1.0f), vector.Typed("z", -1.0f)});
+    }
+    EXPECT_EQ(read, keys);
+    EXPECT_TRUE(loaded.Typed("IsSelectable", false));
+    EXPECT_TRUE(loaded.Child("Rotation").Child("StartOffsetElements").Children("KeyFrame").empty());
+    EXPECT_EQ(loaded.Child("Crop").Typed<ULONG>("EditMode"), std::nullopt);
+}
+
+TEST(Element, KeepsAParameterSet)
+{
+    auto data = XmlElement::New("plugin_data");
+    data.Add("ParameterSet");
+    XmlElement set = data.Add("ParameterSet");
+    const Variant values[]{Variant(LONG{1028}), Variant(u"C:\\m <&> \xe4.png"), Variant(-0.5), Variant(true),
+                           Variant()};
+    for (ULONG id = 0; const Variant& value : values) {
+        XmlElement parameter = set.Add("Parameter");
+        parameter.Add("Value", value);
+        parameter.Add("ParamID", id++);
+        parameter.AddText("Name", "Mask  File");
+    }
+    data.Replace(set);
+    const auto sets = data.Children("ParameterSet");
+    ASSERT_EQ(sets.size(), 1u);
+    EXPECT_EQ(sets[0], set);
+    const auto parameters = XmlElement::Parse(set.Markup()).Children("Parameter");
+    ASSERT_EQ(parameters.size(), std::size(values));
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        const Variant value = parameters[i].Typed("Value", Variant(u"none"));
+        EXPECT_EQ(value.vt, values[i].vt) << i;
+        EXPECT_EQ(value.As(VT_BSTR).bstrVal ? View(value.As(VT_BSTR).bstrVal) : u"",
+                  View(values[i].As(VT_BSTR).bstrVal));
+        EXPECT_EQ(parameters[i].Typed<ULONG>("ParamID"), i);
+        EXPECT_EQ(parameters[i].Child("Name").Text(), "Mask  File");
+    }
+    XmlElement first = set.Child("Parameter").Child("Value");
+    first.SetValue(Variant());
+    EXPECT_EQ(first.Typed<Variant>("none"), std::nullopt);
+    EXPECT_EQ(XmlOf(*first.Get()), "<Value/>");
+    first.SetValue(Bstr(u"\x20ac").Get());
+    EXPECT_EQ(first.Value<std::string>(), "\xe2\x82\xac");
+    EXPECT_EQ(first.Attribute("dt:dt"), "string");
+}
+
+TEST(Element, TellsChildrenOfOneNameApartByLabelOrIndex)
+{
+    auto data = XmlElement::New("Crop");
+    for (const LONG index : {0, 1, 10})
+        data.Add({"fRect", index}, static_cast<float>(index) / 2);
+    XmlElement named = data.Add({"fRect", "Crop"});
+    named.Add("left", -1.0f);
+    data.Set({"fRect", 1}, 7.0f);
+    data.Set({"fRect", 2}, 8.0f);
+    data.Remove({"fRect", 10});
+    EXPECT_EQ(XmlOf(*data.Get()), "<Crop xmlns:dt=\"urn:schemas-microsoft-com:datatypes\">"
+                                  "<fRect Name=\"0\" dt:dt=\"r4\">0</fRect><fRect Name=\"1\" dt:dt=\"r4\">7</fRect>"
+                                  "<fRect Name=\"Crop\"><left dt:dt=\"r4\">-1</left></fRect>"
+                                  "<fRect Name=\"2\" dt:dt=\"r4\">8</fRect></Crop>");
+    EXPECT_EQ(data.Typed<float>({"fRect", 2}), 8.0f);
+    EXPECT_EQ(data.Typed<float>({"fRect", 3}), std::nullopt);
+    EXPECT_EQ(data.Child({"fRect", "Crop"}), named);
+    EXPECT_EQ(data.Child({"fRect", "Crop"}).Get(), Find(*data.Get(), "fRect[@Name=\"Crop\"]").Get());
+    EXPECT_TRUE(data.Remove("fRect"));
+    EXPECT_FALSE(data.Remove("fRect"));
+    EXPECT_EQ(
+        XmlOf(*named.Get()),
+        "<fRect Name=\"Crop\" xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"><left dt:dt=\"r4\">-1</left></fRect>")
+        << "what is held lives on";
+}
+
+TEST(Element, ReadsTextAsTheTypeThatIsWantedOrNotAtAll)
+{
+    struct Case {
+        std::string_view text;
+        std::optional<LONG> number;
+        std::optional<double> real;
+        std::optional<bool> truth;
+    };
+    const std::optional<LONG> none;
+    const Case cases[]{
+        {"5", 5, 5.0, true},     {"-1", -1, -1.0, true},     {" +7\n", 7, 7.0, true},
+        {"2.5", 2, 2.5, true},   {".5e1", 5, 5.0, true},     {"0", 0, 0.0, false},
+        {"true", {}, {}, true},  {"False", {}, {}, false},   {"2147483648", none, 2147483648.0, true},
+        {"1e999", none, {}, {}}, {"", none, {}, {}},         {"-", none, {}, {}},
+        {"12 KB", none, {}, {}}, {"-inf", none, {}, {}},     {"nan", none, {}, {}},
+        {"0x10", none, {}, {}},  {"1<i/>0", 10, 10.0, true},
+    };
+    for (const Case& c : cases) {
+        const XmlElement root = RootOf("<r><v dt:dt='i2'>" + std::string(c.text) + "</v><v>3</v></r>");
+        EXPECT_EQ(root.Typed<LONG>("v"), c.number) << c.text;
+        EXPECT_EQ(root.Typed<double>("v"), c.real) << c.text;
+        EXPECT_EQ(root.Typed<bool>("v"), c.truth) << c.text;
+        EXPECT_EQ(root.Child("v").Value<double>(), c.real) << c.text;
+        EXPECT_EQ(root.Typed("v", 1.5), c.real.value_or(1.5)) << c.text;
+    }
+    const XmlElement root = RootOf("<r><a>3000000000</a><b dt:dt='i2'>70000</b><c dt:dt='x'>1</c><d>x</d></r>");
+    EXPECT_EQ(root.Typed<ULONG>("a"), 3'000'000'000u);
+    EXPECT_EQ(root.Typed<ULONG>("none"), std::nullopt);
+    EXPECT_EQ(root.Typed<Variant>("b"), std::nullopt);
+    EXPECT_EQ(root.Typed<LONG>("b"), 70000);
+    EXPECT_EQ(root.Typed("c", Variant()).vt, VT_BSTR);
+    EXPECT_EQ(root.Typed("d", Variant()).vt, VT_BSTR);
+    EXPECT_EQ(root.Typed<std::string>("d"), "x");
+    EXPECT_EQ(root.Value<std::string>(), "300000000070000"
+                                         "1x");
+}
+
+/// Every text in its own element of a name, and every such element around texts gone again.
+void Wrap(XmlElement element, std::string_view name)
+{
+    for (XmlNode& node : element.Nodes()) {
+        if (!node.IsText()) {
+            Wrap(XmlElement(node), name);
+            continue;
+        }
+        XmlElement wrapper = element.Add(name);
+        element.Insert(wrapper, node);
+        wrapper.SetText(node.Text());
+        node.Remove();
+    }
+}
+
+void Unwrap(XmlElement element, std::string_view name)
+{
+    for (XmlNode& node : element.Nodes()) {
+        XmlElement child(node);
+        if (!child) continue;
+        Unwrap(child, name);
+        if (child.Name() != name) continue;
+        for (const XmlNode& inner : child.Nodes())
+            element.Insert(inner, child);
+        child.Remove();
+    }
+}
+
+TEST(Element, EditsRichText)
+{
+    const auto html = RootOf("<html><body>a<p align='left'>b &amp; <font face='X'>c</font></p><br/></body></html>");
+    XmlElement body = html.Child("body");
+    EXPECT_EQ(body.Text(), "ab & c");
+    Wrap(body, "b");
+    EXPECT_EQ(XmlOf(*html.Get()),
+              "<html><body><b>a</b><p align=\"left\"><b>b &amp; </b><font face=\"X\"><b>c</b></font>"
+              "</p><br/></body></html>");
+    Unwrap(body, "b");
+    // All into one new element.
+    const auto inside = body.Nodes();
+    XmlElement font = body.Add("font");
+    for (const XmlNode& node : inside)
+        font.Insert(node);
+    font.SetAttribute("face", "Y");
+    XmlElement inner = font.Child("p").Child("font");
+    EXPECT_EQ(inner.Attribute("face"), "X");
+    EXPECT_TRUE(inner.RemoveAttribute("face"));
+    EXPECT_FALSE(inner.RemoveAttribute("face"));
+    EXPECT_FALSE(inner.HasAttribute("face"));
+    EXPECT_EQ(inner.Attribute("face"), "");
+    font.Insert(inner.Copy(), font.Child("br"));
+    font.AddText("~");
+    EXPECT_EQ(XmlOf(*html.Get()), "<html><body><font face=\"Y\">a<p align=\"left\">b &amp; <font>c</font></p>"
+                                  "<font>c</font><br/>~</font></body></html>");
+    EXPECT_EQ(inner.Parent().Parent(), font);
+    body.SetText("");
+    body.Add("p").SetText("~");
+    EXPECT_EQ(XmlOf(*html.Get()), "<html><body><p>~</p></body></html>");
+    EXPECT_EQ(inner.Parent().Name(), "p") << "what was held is whole";
+    EXPECT_FALSE(font.Parent());
+}
+
+TEST(Element, CopiesBelongToADocumentOfTheirOwn)
+{
+    auto source = Parsed("<r><e k='v'>t</e></r>");
+    const XmlElement element(Find(*source, "//e").Get());
+    const XmlElement copy = element.Copy();
+    source.Reset();
+    EXPECT_EQ(XmlOf(*copy.Get()), "<e k=\"v\">t</e>");
+    EXPECT_FALSE(copy.Parent());
+    ComPtr<IXMLDOMDocument> documents[2];
+    ASSERT_EQ(element.Get()->get_ownerDocument(documents[0].Put()), S_OK);
+    ASSERT_EQ(copy.Element()->get_ownerDocument(documents[1].Put()), S_OK);
+    EXPECT_NE(documents[0].Get(), documents[1].Get());
+    EXPECT_EQ(XmlElement::Parse("<?xml version='1.0'?><!--c--><e>t</e><?p?>").Markup(), "<e>t</e>");
+
+    EXPECT_FALSE(XmlElement(nullptr));
+    EXPECT_FALSE(XmlElement(documents[0].Get())) << "a document";
+    EXPECT_FALSE(XmlNode(Find(*copy.Get(), "@k").Get()));
+    const auto text = Find(*copy.Get(), "text()");
+    EXPECT_FALSE(XmlElement(text.Get()));
+    EXPECT_TRUE(XmlNode(text.Get()).IsText());
+}
+
+TEST(Element, RefusedEditsChangeNothing)
+{
+    XmlElement root = RootOf("<r><a dt:dt='i4'>1</a><b/></r>");
+    const std::string before = root.Markup();
+    XmlElement empty;
+    XmlElement deepest = XmlElement::New("e");
+    for (int level = 1; level < 256; ++level)
+        deepest = deepest.Add("e");
+    const std::string bad = "\x01";
+    const std::tuple<std::string_view, HRESULT, std::function<void()>> cases[]{
+        {"a name", E_INVALIDARG, [&] { root.Add("1"); }},
+        {"a name", E_INVALIDARG, [&] { root.SetAttribute("a b", ""); }},
+        {"a label", E_INVALIDARG,
+         [&] {
+             root.Add({"c", bad});
+         }},
+        {"a text", E_INVALIDARG, [&] { root.Set("a", bad); }},
+        {"a text", E_INVALIDARG, [&] { root.Replace("a", bad); }},
+        {"a text", E_INVALIDARG, [&] { root.AddText("c", bad); }},
+        {"a text", E_INVALIDARG, [&] { root.AddText(bad); }},
+        {"a text", E_INVALIDARG, [&] { root.SetText(bad); }},
+        {"a text", E_INVALIDARG, [&] { root.SetAttribute("a", bad); }},
+        {"a surrogate", E_INVALIDARG, [&] { root.Set("a", std::u16string_view(u"\xd800")); }},
+        {"a number", DISP_E_TYPEMISMATCH, [&] { root.Set("a", std::numeric_limits<double>::infinity()); }},
+        {"an object", DISP_E_TYPEMISMATCH, [&] { root.Set("a", Variant(root.Get())); }},
+        {"nothing", E_INVALIDARG, [&] { root.Insert(empty); }},
+        {"below itself", E_INVALIDARG, [&] { root.Child("b").Insert(root); }},
+        {"before no child", E_INVALIDARG, [&] { root.Insert(XmlElement::New("c"), root); }},
+        {"too deep", E_INVALIDARG, [&] { deepest.Add("e"); }},
+        {"too deep", E_INVALIDARG, [&] { deepest.Insert(root); }},
+        {"no document", E_INVALIDARG, [&] { XmlElement::Parse("<a>"); }},
+        {"empty", E_POINTER, [&] { empty.Add("a"); }},
+        {"empty", E_POINTER, [&] { empty.SetText("a"); }},
+        {"empty", E_POINTER, [&] { empty.Remove(); }},
+    };
+    for (const auto& [what, result, edit] : cases)
+        EXPECT_EQ(ResultOf(edit), result) << what;
+    EXPECT_EQ(root.Markup(), before);
+    EXPECT_TRUE(root.FitsBelow(254));
+    EXPECT_FALSE(root.FitsBelow(255));
+
+    EXPECT_EQ(empty.Name(), "");
+    EXPECT_EQ(empty.Text(), "");
+    EXPECT_EQ(empty.Markup(), "");
+    EXPECT_FALSE(empty.Parent() || empty.Copy() || empty.Child("a") || empty.HasAttribute("a") || empty.IsText());
+    EXPECT_TRUE(empty.Children().empty() && empty.Nodes().empty());
+    EXPECT_EQ(empty.Value<LONG>(), std::nullopt);
+}
+
+} // namespace
+} // namespace kv::test
