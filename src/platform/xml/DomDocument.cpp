@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utf8.h>
 #include <vector>
 
 namespace kv {
@@ -161,27 +162,19 @@ std::string_view EncodeUtf16(std::string_view utf8, std::vector<char>& bytes)
     };
     for (std::size_t i = 0; i < utf8.size();) {
         const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(utf8[i + k]); };
-        const unsigned first = byte(0);
         if (ArePlain(utf8, i)) {
             for (std::size_t k = 0; k < sizeof(std::uint64_t); ++k)
                 put(byte(k));
             i += sizeof(std::uint64_t);
-        } else if (first < 0x80) {
-            put(first);
+        } else if (byte(0) < 0x80) {
+            put(byte(0));
             i += 1;
-        } else if (first < 0xe0) {
-            put((first & 0x1fu) << 6 | (byte(1) & 0x3fu));
-            i += 2;
-        } else if (first < 0xf0) {
-            put((first & 0x0fu) << 12 | (byte(1) & 0x3fu) << 6 | (byte(2) & 0x3fu));
-            i += 3;
         } else {
-            const char32_t c =
-                ((first & 0x07u) << 18 | (byte(1) & 0x3fu) << 12 | (byte(2) & 0x3fu) << 6 | (byte(3) & 0x3fu)) -
-                0x10000;
-            put(0xd800 + (c >> 10));
-            put(0xdc00 + (c & 0x3ff));
-            i += 4;
+            const char* next = utf8.data() + i;
+            const char32_t c = utf8::unchecked::next(next);
+            i = static_cast<std::size_t>(next - utf8.data());
+            if (c > 0xffff) put(0xd800 + ((c - 0x10000) >> 10));
+            put(c > 0xffff ? 0xdc00 + (c & 0x3ff) : c);
         }
     }
     return {bytes.data(), static_cast<std::size_t>(out - bytes.data())};

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <sys/mman.h>
+#include <utf8.h>
 #include <utility>
 #include <vector>
 
@@ -21,38 +23,28 @@ void AppendUtf8(char32_t c, std::string& text)
 {
     if (c < 0x80) {
         text += static_cast<char>(c);
-    } else if (c < 0x800) {
-        text += static_cast<char>(0xc0 | c >> 6);
-        text += static_cast<char>(0x80 | (c & 0x3f));
-    } else if (c < 0x10000) {
-        text += static_cast<char>(0xe0 | c >> 12);
-        text += static_cast<char>(0x80 | (c >> 6 & 0x3f));
-        text += static_cast<char>(0x80 | (c & 0x3f));
     } else {
-        text += static_cast<char>(0xf0 | c >> 18);
-        text += static_cast<char>(0x80 | (c >> 12 & 0x3f));
-        text += static_cast<char>(0x80 | (c >> 6 & 0x3f));
-        text += static_cast<char>(0x80 | (c & 0x3f));
+        char bytes[4];
+        text.append(bytes, utf8::unchecked::append(c, std::begin(bytes)));
     }
 }
 
 constexpr char32_t kMalformed = 0xffffffff;
 
-/// Decodes the character at the start of well-formed or malformed UTF-8 and tells its length.
+/// Decodes the character at the start of a text and tells its length; kMalformed for what is no UTF-8.
 char32_t DecodeUtf8(std::string_view text, std::size_t& length)
 {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned first = byte(0);
-    length = first < 0x80 ? 1 : first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
-    if (length == 1) return first;
-    if (first < 0xc2 || first > 0xf4 || text.size() < length) return kMalformed;
-    char32_t c = first & (0xffu >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xc0) != 0x80) return kMalformed;
-        c = c << 6 | (byte(i) & 0x3f);
+    length = 1;
+    const auto first = static_cast<unsigned char>(text.front());
+    if (first < 0x80) return first;
+    try {
+        const char* at = text.data();
+        const char32_t c = utf8::next(at, text.data() + text.size());
+        length = static_cast<std::size_t>(at - text.data());
+        return c;
+    } catch (const utf8::exception&) {
+        return kMalformed;
     }
-    constexpr char32_t kLeast[]{0, 0, 0x80, 0x800, 0x10000};
-    return c < kLeast[length] ? kMalformed : c;
 }
 
 /// For the names that nearly all names are like.
