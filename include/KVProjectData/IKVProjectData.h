@@ -9,8 +9,8 @@
 //
 // Changes are recorded for undo, which makes the project dirty, and told by an event. Without a record are ThemeSource,
 // FrameRate, IsOnDisc, ProjectSize, OnDiscSize, RemainingCaptures, DiscSize and MenuLess; without an event ThemeSource,
-// FrameRate and MenuLess. Undo belongs to the process: its members, Clear and loadXML are called by one thread at a
-// time, whichever projects they are of.
+// FrameRate and MenuLess. Edits of the lists are recorded and told, and leave the dirty flag as it is. Undo belongs to
+// the process: its members, Clear and loadXML are called by one thread at a time, whichever projects they are of.
 
 #include "KVProjectData/Enumerations.h"
 #include "KVProjectData/IKVDataFile.h"
@@ -83,15 +83,16 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT get_Options(ULONG* pVal) = 0;
     virtual HRESULT put_Options(ULONG newVal) = 0;
 
-    /// True after a recorded edit, and when the production of a title says that it was modified. Undo leaves it as it
-    /// is.
+    /// True after a recorded edit of a property or of commands, after EndUndoEx with `bCommit`, and when the production
+    /// of a title says that it was modified. Undo and redo leave it as it is: a host that saves and then undoes has to
+    /// remember for itself that the file says something else.
     virtual HRESULT get_IsDirty(VARIANT_BOOL* pVal) = 0;
 
     /// Clears the modified state of the titles' productions, too.
     virtual HRESULT ClearDirtyFlag() = 0;
 
     /// Removes all titles, menus and data files and resets the properties, without events. What any project of the
-    /// process could undo or redo is forgotten.
+    /// process could undo or redo is forgotten. The heartbeat is on again.
     virtual HRESULT Clear() = 0;
 
     virtual HRESULT GetTitle(LONG index, IKVTitle** ppTitle) = 0;
@@ -140,9 +141,9 @@ struct IKVProjectData : IDispatch {
     /// children or the document itself, and when a text of the project holds what XML cannot hold.
     virtual HRESULT SaveXML(IXMLDOMNode* pRootNode) = 0;
 
-    /// Opens a step: recorded edits from here to EndUndo are undone and redone together. The description, a copy of
-    /// which is kept, is for a person. One step may be open in the process: KV_E_UNDO_STEP_OPEN. KV_E_NO_UNDO_MANAGER,
-    /// or why the manager does not open it.
+    /// Opens a step: recorded edits from here to EndUndo, of other projects, too, are undone and redone together. The
+    /// description, a copy of which is kept, is for a person. One step may be open in the process: KV_E_UNDO_STEP_OPEN.
+    /// KV_E_NO_UNDO_MANAGER, or why the manager does not open it.
     virtual HRESULT BeginUndo(BSTR bsDesc) = 0;
 
     /// The same with a copy of the whole project in the place of records of single edits. The step still needs its

@@ -460,6 +460,7 @@ HRESULT CKVProjectData::Clear()
         DropLists();
         m_settings = Settings{};
         m_dirty = false;
+        m_events.EnableHeartbeat(true);
         return S_OK;
     });
 }

@@ -174,14 +174,15 @@ HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
         if (Query<IKVTitle>(pProduction) || Query<IKVProjectData>(pProduction)) {
             return kEngine.Checked(E_INVALIDARG, "pProduction");
         }
-        // The production being set may be the one held, which must live on.
-        ComPtr<IUnknown> next = Query<IUnknown>(pProduction);
         HRESULT result = DisconnectSink();
         if (FAILED(result)) return result;
-        const auto data = ProductionData();
-        result = data ? kEngine.Checked(data->Close(), "Close()") : S_OK;
-        if (FAILED(result)) return result;
-        HoldProduction(std::move(next));
+        // The one that is held stays in use, and is merely connected anew.
+        if (!IsSameObject(pProduction, Production().Get())) {
+            const auto data = ProductionData();
+            result = data ? kEngine.Checked(data->Close(), "Close()") : S_OK;
+            if (FAILED(result)) return result;
+            HoldProduction(Query<IUnknown>(pProduction));
+        }
         const HRESULT connected = ConnectSink();
         if (FAILED(connected)) return connected;
         FirePropertyChanged(203);

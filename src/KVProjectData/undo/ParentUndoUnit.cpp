@@ -62,8 +62,9 @@ HRESULT CStdOleParentUndoUnit::Add(IOleUndoUnit* unit)
 HRESULT CStdOleParentUndoUnit::FindUnit(IOleUndoUnit* unit)
 {
     if (!unit) return S_FALSE;
+    const auto isUnit = [&](const auto& child) { return IsSameObject(child.Get(), unit); };
+    if (std::ranges::any_of(m_children, isUnit)) return S_OK;
     for (const auto& child : m_children) {
-        if (IsSameObject(child.Get(), unit)) return S_OK;
         ComPtr<IOleParentUndoUnit> parent;
         const HRESULT asked = child->QueryInterface(IOleParentUndoUnit::IID, parent.PutVoid());
         if (FAILED(asked) && asked != E_NOINTERFACE) return asked;

@@ -65,7 +65,7 @@ HRESULT CKVSbdProxy::Run()
         if (FAILED(result)) {
             // All of them stay where they were, so that the next turn finds them together.
             for (IZXEProductionData* back : done)
-                m_undoes ? back->Redo() : back->Undo();
+                m_undoes ? Checked(back->Redo(), kRedo) : Checked(back->Undo(), kUndo);
             return Checked(result, kStopped);
         }
         if (result != S_FALSE) done.push_back(storyboard.Get());

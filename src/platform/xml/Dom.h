@@ -9,11 +9,10 @@
 // - Any number of threads may read a tree at once: all that changes no node, markup, copies, selection, and the save of
 //   a document among it. A list that is read by nextNode, and its position, are one thread's.
 // - Who changes a tree has it alone: no other thread reads or changes anything in it meanwhile. A node that goes from
-// one
-//   tree to another changes both; the same holds for a load of a document, which takes nothing from its older nodes.
+//   one tree to another changes both; the same holds for a load of a document, which takes nothing from its older
+//   nodes.
 // - References may be taken and released on any thread at any time, also while another thread changes, moves or drops
-// the
-//   node that they are to.
+//   the node that they are to.
 // - A document makes nodes, and copies nodes of others, for any number of threads at once.
 
 #include "platform/automation/Variant.h"

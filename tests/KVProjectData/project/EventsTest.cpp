@@ -216,6 +216,11 @@ TEST_F(EventsTest, TheHeartbeatReportsChangedObjectsInFifties)
     EXPECT_EQ(std::vector(ids.begin(), ids.begin() + 50), reports[0]);
     EXPECT_EQ(std::vector(ids.begin() + 50, ids.begin() + 100), reports[1]);
     EXPECT_EQ(std::vector(ids.begin() + 100, ids.end()), reports[2]);
+
+    project->EnableHeartBeatEvent(VARIANT_FALSE);
+    project->Clear();
+    Events();
+    EXPECT_TRUE(sink->WaitFor(EVENT_EmptyQueue)) << "a cleared project has its heartbeat again";
 }
 
 TEST(EventLifetimeTest, ReleasingAProjectDeliversNothingMore)

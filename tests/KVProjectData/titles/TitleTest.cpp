@@ -168,6 +168,8 @@ TEST_F(TitleTest, ReplacesItsProduction)
     Query<IZXEProductionNotify>(old)->Notify(0, 1, 0);
     EXPECT_TRUE(Events().empty()) << "the old one is not heard any more";
     EXPECT_EQ(S_OK, title->SetProduction(next.Get())) << "the one that is held";
+    EXPECT_EQ(S_OK, next->OpenUndoBlock()) << "stays in use";
+    EXPECT_EQ(S_OK, next->CloseUndoBlock(VARIANT_TRUE));
     Query<IZXEProductionNotify>(next)->Notify(0, 1, 0);
     EXPECT_EQ(Event(EVENT_TitleProductionEvent, {ID(), 0, 1}), Events().back());
 }
