@@ -8,9 +8,11 @@
 // The accessors call the class's `Get` and `Put`, those of CProjectNode unless the class has its own. A field of type
 // bool takes any value but 0 as true; a Bstr is copied both ways.
 
+#include <type_traits>
+
 /// The getter alone, of a property without a setter or with one that has a rule of its own.
 #define KV_GETTER(Type, Name, field)                                                                                   \
-    HRESULT get_##Name(Type* pVal) override                                                                            \
+    HRESULT get_##Name(std::add_pointer_t<Type> pVal) override                                                         \
     {                                                                                                                  \
         return Get(pVal, field);                                                                                       \
     }
