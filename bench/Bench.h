@@ -56,6 +56,7 @@ void MeasureLateBinding(std::vector<Row>& rows);
 void MeasureHeap(std::vector<Row>& rows);
 void MeasureUndo(std::vector<Row>& rows);
 void MeasureDocuments(std::vector<Row>& rows);
+void MeasureDom(std::vector<Row>& rows);
 void MeasureMedia(std::vector<Row>& rows);
 void MeasureTexts(std::vector<Row>& rows);
 

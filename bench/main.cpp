@@ -20,7 +20,8 @@ constexpr Group kGroups[]{
     {"heap", kv::bench::MeasureHeap},       {"binding", kv::bench::MeasureLateBinding},
     {"puts", kv::bench::MeasureProperties}, {"events", kv::bench::MeasureEvents},
     {"undo", kv::bench::MeasureUndo},       {"documents", kv::bench::MeasureDocuments},
-    {"media", kv::bench::MeasureMedia},     {"texts", kv::bench::MeasureTexts},
+    {"dom", kv::bench::MeasureDom},         {"media", kv::bench::MeasureMedia},
+    {"texts", kv::bench::MeasureTexts},
 };
 
 } // namespace
