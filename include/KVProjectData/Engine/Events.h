@@ -22,10 +22,14 @@ struct IZXEProductionDataEvents : IUnknown {
     virtual HRESULT OnAudioRemoved(LONG lAudioID) = 0;
     virtual HRESULT OnAudioChanged(LONG lAudioID) = 0;
 
-    /// The effect of a menu element; `lButtonID` is 0 or the button that holds the element.
+    /// An effect is not any more what its owner made it: undo, redo or a dropped undo block changed it. Its layer is
+    /// the ID of a menu element; `lButtonID`, its group ID, is 0 or the button that holds the element. Edits through
+    /// the effect's own interfaces do not come here, since who makes them tells of them; who edits an effect of
+    /// somebody else has the production tell it (IZXEProductionNotify).
     virtual HRESULT OnEffectChanged(LONG lElementID, LONG lButtonID) = 0;
 
-    /// All effects have to be attached anew.
+    /// All effects have to be attached anew: undo, redo or a dropped undo block added or removed some, or another
+    /// production was loaded. Told once, after all other events of the same operation.
     virtual HRESULT OnEffectsInvalidated() = 0;
 
     /// All panels may have changed.
@@ -54,7 +58,9 @@ struct IZXEProductionDataEvents : IUnknown {
 /// The positions of the methods of IZXEProductionDataEvents after those of IUnknown.
 inline constexpr ULONG ZXE_EVENT_COUNT = 23;
 
-/// Through it the parts that render and edit a production from outside have it tell its sinks.
+/// Through it the parts that render and edit a production from outside have it tell its sinks. A host that edits an
+/// effect which it did not make, for a menu whose elements it shows, tells OnEffectChanged with the effect's layer and
+/// group ID after the edit.
 struct IZXEProductionNotify : IUnknown {
     static constexpr GUID IID = "9ebe9f06-dc43-4115-911b-909a6beb3368"_guid;
     using Base = IUnknown;

@@ -1,5 +1,7 @@
 #pragma once
-// A production: one storyboard, a row of panels with the settings of the picture, and its undo blocks.
+// A production: one storyboard with panels in a row, effects on layers, background audio, the settings of the picture,
+// and its undo blocks. Beside the interfaces here it answers for IZXEProductionPersist, IZXEProductionFrames,
+// IZXEProductionNotify and the connection point of IZXEProductionDataEvents.
 //
 // Times are seconds. Strings and arrays handed out are the caller's to free, objects handed out carry a reference of
 // the caller's. A null out-pointer is E_POINTER; the other out-pointers of the call are set to null or 0 even when it
@@ -7,6 +9,7 @@
 
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Unknown.h"
+#include "platform/xml/Dom.h"
 
 inline constexpr CLSID CLSID_ZXEProduction = "5f9387e1-ffca-4d9f-9bc2-c5243577bbef"_guid;
 
@@ -21,18 +24,19 @@ inline constexpr HRESULT ZXE_E_NO_UNDO_BLOCK = MakeResult(0xC2000012);
 /// There is no block to undo or redo.
 inline constexpr HRESULT ZXE_E_NOTHING_TO_UNDO = MakeResult(0xC2000013);
 
-/// A production as its owner sees it. Reading and the settings work at any time; edits of the panels and
-/// everything about undo are ZXE_E_NOT_OPEN before `Initialise` and after `Close`.
+/// A production as its owner sees it. Reading and the settings work at any time; all other edits and everything about
+/// undo are ZXE_E_NOT_OPEN before `Initialise` and after `Close`.
 struct IZXEProductionData : IUnknown {
     static constexpr GUID IID = "fbadab5b-cd34-48f6-b8d1-66aa6394b34a"_guid;
     using Base = IUnknown;
 
-    /// The object that answers for IProductionInfo.
+    /// The object that answers for IProductionInfo and IProductionObjects.
     virtual HRESULT GetProductionObj(IUnknown** ppProduction) = 0;
 
     virtual HRESULT GetPanelCount(LONG* plCount) = 0;
 
-    /// Panels count from 0; E_INVALIDARG when there is none at that index. A panel answers for ISourceFile.
+    /// Panels count from 0; E_INVALIDARG when there is none at that index. A panel answers for ISourceFile,
+    /// IBaseObject and INativeInfo.
     virtual HRESULT GetPanelBaseObject(LONG lIndex, IUnknown** ppPanel) = 0;
     virtual HRESULT DeletePanel(LONG lIndex) = 0;
 
@@ -40,12 +44,12 @@ struct IZXEProductionData : IUnknown {
     virtual HRESULT get_UseSourceAspectRatio(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_UseSourceAspectRatio(VARIANT_BOOL newVal) = 0;
 
-    /// Makes a new production ready for use, or a closed one again, with the panels it had. S_FALSE when it
-    /// is ready already.
+    /// Makes a new production ready for use, or a closed one again, with all that it held. S_FALSE when it is
+    /// ready already.
     virtual HRESULT Initialise() = 0;
 
     /// Ends the use of the production before its last release: an open undo block is dropped, and all others
-    /// with it; the panels stay. S_FALSE when it is not in use.
+    /// with it; what it holds stays. S_FALSE when it is not in use.
     virtual HRESULT Close() = 0;
 
     /// The source of each panel, in order: strings, lower bound 0, empty without panels. The first three
@@ -93,6 +97,25 @@ struct IEditData : IUnknown {
     /// position or track. `ppPanel` may be null.
     virtual HRESULT AddSourceFile(LONG lTrack, BSTR bstrSource, double dInPoint, double dOutPoint, LONG lPosition,
                                   IUnknown** ppPanel) = 0;
+
+    /// Adds an effect (IEffectInfo) of a ZXE_EFFECT_ type to a layer, from `dStart` to the end of the production. A
+    /// layer holds any number of effects. `pParameters` is its parameter document, as
+    /// IEffectInfo::SetParameterDocument takes it, or null; `bstrSource` what an overlay shows, or null. `lReserved`
+    /// is 0. E_INVALIDARG for a negative type, a source for another type than an overlay, a start that is negative or
+    /// not finite, and a document that is none. `ppEffect` may be null.
+    virtual HRESULT AddProductionEffect(LONG lLayer, LONG lType, IXMLDOMNode* pParameters, BSTR bstrSource,
+                                        LONG lReserved, double dStart, IUnknown** ppEffect) = 0;
+
+    /// E_INVALIDARG when that layer has no effect of that ID.
+    virtual HRESULT DeleteProductionEffect(LONG lLayer, LONG lEffectID) = 0;
+
+    /// Appends a background audio, a file or a moniker (Audio.h), that starts at `dStart`. E_INVALIDARG for an empty
+    /// source, a start that is negative or not finite, and any kind but ZXE_KIND_BACKGROUND_AUDIO. `ppAudio` may be
+    /// null.
+    virtual HRESULT AddProductionAudio(BSTR bstrSource, LONG lKind, double dStart, IUnknown** ppAudio) = 0;
+
+    /// The ID is that of ISubObject::get_ID. E_INVALIDARG when there is no such audio.
+    virtual HRESULT DeleteProductionAudio(LONG lAudioID) = 0;
 };
 
 /// What a production is made for. Settings do not make a production modified: its owner keeps them.
@@ -113,4 +136,19 @@ struct IProductionInfo : IUnknown {
     /// Whether the picture is made for two eyes; any value but 0 is true.
     virtual HRESULT get_Stereoscopic(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_Stereoscopic(VARIANT_BOOL newVal) = 0;
+};
+
+/// Finds what a production holds.
+struct IProductionObjects : IUnknown {
+    static constexpr GUID IID = "2efcfa8d-eecf-4107-b985-e86f68ec0f23"_guid;
+    using Base = IUnknown;
+
+    /// The effect that a layer shows in the frame at a time: of several the one that starts last, then the newest one.
+    /// Frames are those of the editing frame rate, of 29.97 where that is 0, so that a start in the middle of a frame
+    /// counts for the whole of it. Null and S_FALSE when there is none; E_INVALIDARG for a time that is negative or not
+    /// finite.
+    virtual HRESULT GetEffect(LONG lLayer, double dTime, IUnknown** ppEffect) = 0;
+
+    /// The object of a ZXE_KIND_ at an index from 0; null and S_FALSE when there is none.
+    virtual HRESULT GetObject(LONG lKind, LONG lIndex, IUnknown** ppObject) = 0;
 };

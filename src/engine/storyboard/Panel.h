@@ -18,6 +18,16 @@ public:
     HRESULT get_InPoint(double* pdSeconds) override;
     HRESULT get_OutPoint(double* pdSeconds) override;
     HRESULT get_Length(double* pdSeconds) override;
+    HRESULT put_FileName(BSTR) override { return E_NOTIMPL; }
+    HRESULT put_InPoint(double) override { return E_NOTIMPL; }
+    HRESULT put_OutPoint(double) override { return E_NOTIMPL; }
+    HRESULT get_AspectRatio(double*) override { return E_NOTIMPL; }
+    HRESULT get_Repeat(VARIANT_BOOL*) override { return E_NOTIMPL; }
+    HRESULT put_Repeat(VARIANT_BOOL) override { return E_NOTIMPL; }
+    HRESULT get_Rotation(LONG*) override { return E_NOTIMPL; }
+    HRESULT put_Rotation(LONG) override { return E_NOTIMPL; }
+    HRESULT GetPanZoom(IXMLDOMNode**) override { return E_NOTIMPL; }
+    HRESULT SetPanZoom(IXMLDOMNode*) override { return E_NOTIMPL; }
 
     BSTR Source() const { return m_source.Get(); }
 

@@ -37,6 +37,10 @@ public:
 
     HRESULT AddSourceFile(LONG lTrack, BSTR bstrSource, double dInPoint, double dOutPoint, LONG lPosition,
                           IUnknown** ppPanel) override;
+    HRESULT AddProductionEffect(LONG, LONG, IXMLDOMNode*, BSTR, LONG, double, IUnknown**) override { return E_NOTIMPL; }
+    HRESULT DeleteProductionEffect(LONG, LONG) override { return E_NOTIMPL; }
+    HRESULT AddProductionAudio(BSTR, LONG, double, IUnknown**) override { return E_NOTIMPL; }
+    HRESULT DeleteProductionAudio(LONG) override { return E_NOTIMPL; }
 
     HRESULT get_Duration(double* pdSeconds) override;
     HRESULT get_EditingFrameRate(double* pdFrameRate) override;
