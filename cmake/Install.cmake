@@ -36,6 +36,8 @@ foreach(header IN LISTS platform_headers)
   install(FILES "src/${header}" DESTINATION "${KV_INSTALL_INCLUDEDIR}/${room}")
 endforeach()
 
+install(DIRECTORY share/Content/ DESTINATION "${KV_INSTALL_CONTENTDIR}")
+
 install(EXPORT KVProjectDataTargets NAMESPACE KVProjectData:: DESTINATION "${KV_INSTALL_CMAKEDIR}")
 configure_package_config_file(cmake/KVProjectDataConfig.cmake.in KVProjectDataConfig.cmake
   INSTALL_DESTINATION "${KV_INSTALL_CMAKEDIR}"

@@ -1,17 +1,15 @@
 #include "KVProjectData/content/ContentPaths.h"
 
+#include "KVProjectData/content/ContentKeys.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Registry.h"
 
 #include <algorithm>
+#include <atomic>
 #include <initializer_list>
 
 namespace kv {
 namespace {
-
-constexpr std::u16string_view kPathsKey = u"SOFTWARE\\KORVA\\ZENDA\\Zenda\\Paths";
-constexpr std::u16string_view kSkinKey = u"SOFTWARE\\KORVA\\ZENDA\\Orvel\\BRXOPTIONS";
-constexpr std::u16string_view kPlugInsKey = u"SOFTWARE\\Korva\\ZENDA\\Tarnex\\Album";
 
 constexpr std::u16string_view kUsualContent = u"K:\\Orvel\\AppData\\Content";
 constexpr std::u16string_view kUsualSkins = u"K:\\Orvel\\skins";
@@ -40,6 +38,12 @@ std::u16string ReplaceAll(std::u16string text, std::u16string_view what, std::u1
     return text;
 }
 
+std::atomic<std::shared_ptr<const ContentPaths>>& Shared()
+{
+    static std::atomic<std::shared_ptr<const ContentPaths>> shared;
+    return shared;
+}
+
 } // namespace
 
 ContentPaths::ContentPaths()
@@ -52,15 +56,15 @@ ContentPaths::ContentPaths()
 
 void ContentPaths::AddContent()
 {
-    const std::u16string named = Setting(kPathsKey, u"AppDataContent");
+    const std::u16string named = Setting(kPathsKey, kContentName);
     // A name that is no path of its own continues the path of the host's folder.
     const std::u16string besideHost = named.empty() ? named : HostFolder() + named;
-    Add(u"%CONTENT%", FirstThatExists({Setting(kPathsKey, u"AlternateContent"), named, besideHost, kUsualContent}));
+    Add(u"%CONTENT%", FirstThatExists({Setting(kPathsKey, kAlternateContentName), named, besideHost, kUsualContent}));
 }
 
 void ContentPaths::AddSkins()
 {
-    std::u16string skin = Setting(kSkinKey, u"Current Skin");
+    std::u16string skin = Setting(kSkinKey, kSkinName);
     if (!skin.empty()) skin = PathAppend(HostFolder(), skin);
     if (skin.size() > kLongestPath) skin.clear();
     Add(u"%SKINS%", FirstThatExists({skin, kUsualSkins}));
@@ -68,7 +72,7 @@ void ContentPaths::AddSkins()
 
 void ContentPaths::AddPlugIns()
 {
-    Add(u"%PLUGINS%", FirstThatExists({Setting(kPlugInsKey, u"EffectsFilesPath"), kUsualPlugIns}));
+    Add(u"%PLUGINS%", FirstThatExists({Setting(kPlugInsKey, kPlugInsName), kUsualPlugIns}));
 }
 
 void ContentPaths::Add(std::u16string_view macro, std::u16string_view folder)
@@ -93,6 +97,19 @@ std::u16string ContentPaths::Unresolve(std::u16string_view path) const
     for (const auto& [macro, folder] : m_macros)
         unresolved = ReplaceAll(std::move(unresolved), folder, macro);
     return unresolved;
+}
+
+std::shared_ptr<const ContentPaths> SharedContentPaths()
+{
+    auto paths = Shared().load();
+    return paths ? paths : RenewContentPaths();
+}
+
+std::shared_ptr<const ContentPaths> RenewContentPaths()
+{
+    auto paths = std::make_shared<const ContentPaths>();
+    Shared().store(paths);
+    return paths;
 }
 
 } // namespace kv

@@ -2,6 +2,7 @@
 // The folders of an installation, and the macros that stand for them in the paths of documents.
 
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -29,5 +30,11 @@ private:
 
     std::map<std::u16string, std::u16string> m_macros;
 };
+
+/// The folders that everything in the process translates paths by: as the last file service found them, or looked up
+/// now where there was none.
+std::shared_ptr<const ContentPaths> SharedContentPaths();
+/// Looks the folders up again.
+std::shared_ptr<const ContentPaths> RenewContentPaths();
 
 } // namespace kv

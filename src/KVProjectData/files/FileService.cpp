@@ -147,7 +147,7 @@ HRESULT CKVFileService::ResolveFilePath(BSTR* bstrFileName)
 {
     return Guarded([&] {
         if (!bstrFileName) return E_POINTER;
-        ReplaceString(*bstrFileName, m_paths.Resolve(View(*bstrFileName)));
+        ReplaceString(*bstrFileName, m_paths->Resolve(View(*bstrFileName)));
         return S_OK;
     });
 }
@@ -156,7 +156,7 @@ HRESULT CKVFileService::UnresolveFilePath(BSTR* bstrFileName)
 {
     return Guarded([&] {
         if (!bstrFileName) return E_POINTER;
-        ReplaceString(*bstrFileName, m_paths.Unresolve(View(*bstrFileName)));
+        ReplaceString(*bstrFileName, m_paths->Unresolve(View(*bstrFileName)));
         return S_OK;
     });
 }

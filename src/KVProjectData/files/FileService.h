@@ -22,7 +22,8 @@ public:
     HRESULT UnresolveFilePath(BSTR* bstrFileName) override;
 
 private:
-    const ContentPaths m_paths;
+    /// As they were when the service was made.
+    const std::shared_ptr<const ContentPaths> m_paths = RenewContentPaths();
 };
 
 } // namespace kv

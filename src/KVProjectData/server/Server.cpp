@@ -1,6 +1,7 @@
 // The entry points of the server library and the classes that it creates.
 
 #include "KVProjectData/Identities.h"
+#include "KVProjectData/content/InstalledContent.h"
 #include "KVProjectData/files/FileService.h"
 #include "KVProjectData/project/ProjectData.h"
 #include "KVProjectData/server/TypeLibrary.h"
@@ -47,7 +48,9 @@ constexpr ServerDescription kServer{.classes = kClasses,
                                     .appId = &LIBID_KVProjectData,
                                     .libId = &LIBID_KVProjectData,
                                     .registerTypeLibrary = &RegisterModuleTypeLibrary,
-                                    .unregisterTypeLibrary = &UnregisterModuleTypeLibrary};
+                                    .unregisterTypeLibrary = &UnregisterModuleTypeLibrary,
+                                    .registerContent = &RegisterContent,
+                                    .unregisterContent = &UnregisterContent};
 
 } // namespace
 } // namespace kv

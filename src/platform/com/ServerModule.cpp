@@ -180,6 +180,7 @@ HRESULT ServerModule::RegisterServer() const
         for (const ServerClass& served : m_description.classes)
             WriteClass(served, m_description, path);
         if (m_description.registerTypeLibrary) ThrowIfFailed(m_description.registerTypeLibrary(path));
+        if (m_description.registerContent) ThrowIfFailed(m_description.registerContent(path));
         return batch.Commit();
     });
 }
@@ -197,6 +198,7 @@ HRESULT ServerModule::UnregisterServer() const
             Remove(ClassKey(served));
         }
         if (m_description.unregisterTypeLibrary) ThrowIfFailed(m_description.unregisterTypeLibrary());
+        if (m_description.unregisterContent) ThrowIfFailed(m_description.unregisterContent(Path()));
         if (m_description.appId) RemoveApplication(m_description);
         return batch.Commit();
     });

@@ -7,6 +7,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kv {
@@ -35,6 +36,9 @@ struct ServerDescription {
     const GUID* libId = nullptr;
     HRESULT (*registerTypeLibrary)(const std::u16string& modulePath) = nullptr;
     HRESULT (*unregisterTypeLibrary)() = nullptr;
+    /// What is installed with the server; null where that is the server alone.
+    HRESULT (*registerContent)(std::u16string_view modulePath) = nullptr;
+    HRESULT (*unregisterContent)(std::u16string_view modulePath) = nullptr;
 };
 
 /// Creates a T, calls its `HRESULT Initialise()` if it has one, and hands out the interface asked for.
@@ -79,12 +83,12 @@ public:
     /// S_OK when no object lives and no lock is held, else S_FALSE. Class objects do not count.
     HRESULT CanUnloadNow() const;
 
-    /// Writes the application identity, the classes and the type library into the registry in use, all of it or,
-    /// after the first failure, nothing.
+    /// Writes the application identity, the classes, the type library and the place of the content into the registry in
+    /// use, all of it or, after the first failure, nothing.
     HRESULT RegisterServer() const;
 
-    /// Removes what `RegisterServer` wrote, in the order classes, type library, application identity: all of it or,
-    /// after the first failure, nothing.
+    /// Removes what `RegisterServer` wrote, in the order classes, type library, content, application identity: all of
+    /// it or, after the first failure, nothing.
     HRESULT UnregisterServer() const;
 
 private:

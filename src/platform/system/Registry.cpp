@@ -246,6 +246,17 @@ Change TreeRemoval(Hive hive, std::u16string_view key)
     return [path = WritePath(hive, key)](RegistryKey& root) { return root.Erase(path) ? S_OK : REGISTRY_E_NOT_FOUND; };
 }
 
+/// Erases a key that is there if it holds nothing, then those above it likewise, but no hive.
+void EraseEmpty(RegistryKey& root, std::u16string_view path)
+{
+    for (auto end = path.rfind(u'\\'); end != path.npos; end = path.rfind(u'\\')) {
+        const RegistryKey* const key = root.Find(path);
+        if (!key->values.empty() || !key->keys.empty()) return;
+        root.Erase(path);
+        path = path.substr(0, end);
+    }
+}
+
 Change IfThere(Change removal)
 {
     return [removal = std::move(removal)](RegistryKey& root) {
@@ -366,6 +377,16 @@ HRESULT Set(Hive hive, std::u16string_view key, std::u16string_view name, Regist
             root.Create(path).values.insert_or_assign(name, value);
             return S_OK;
         });
+}
+
+HRESULT DeleteValue(Hive hive, std::u16string_view key, std::u16string_view name)
+{
+    return Submit([path = WritePath(hive, key), name = std::u16string(name)](RegistryKey& root) {
+        RegistryKey* const owner = root.Find(path);
+        if (!owner || owner->values.erase(name) == 0) return REGISTRY_E_NOT_FOUND;
+        EraseEmpty(root, path);
+        return S_OK;
+    });
 }
 
 HRESULT DeleteTree(Hive hive, std::u16string_view key)

@@ -62,6 +62,8 @@ KV_EXPORT HRESULT Values(Hive hive, std::u16string_view key, std::vector<std::u1
 KV_EXPORT HRESULT CreateKey(Hive hive, std::u16string_view key);
 /// Creates the key where needed.
 KV_EXPORT HRESULT Set(Hive hive, std::u16string_view key, std::u16string_view name, RegistryValue value);
+/// Deletes a value, and of its key and those above it what then holds nothing; REGISTRY_E_NOT_FOUND when there is none.
+KV_EXPORT HRESULT DeleteValue(Hive hive, std::u16string_view key, std::u16string_view name);
 /// Deletes a key with everything below it; REGISTRY_E_NOT_FOUND when there is none.
 KV_EXPORT HRESULT DeleteTree(Hive hive, std::u16string_view key);
 /// The same, with S_OK for what is not there.

@@ -112,6 +112,45 @@ TEST_F(ContentPathsTest, TheFileServiceTranslatesByTheFoldersOfItsCreation)
     EXPECT_EQ(content + u"/a", translated(*files.Get(), kResolve, u"%CONTENT%/a"));
     EXPECT_EQ(u"%CONTENT%/a", translated(*files.Get(), kUnresolve, content + u"/a"));
     EXPECT_EQ(u"%CONTENT%/a", translated(*before.Get(), kResolve, u"%CONTENT%/a"));
+    EXPECT_EQ(content + u"/a", SharedContentPaths()->Resolve(u"%CONTENT%/a"));
+}
+
+TEST_F(ContentPathsTest, RegistrationEntersTheInstalledContentAndTakesItsOwnEntryAway)
+{
+    const std::u16string library =
+        Registry::QueryText(Hive::ClassesRoot, u"CLSID\\" + GuidText(CLSID_KVFileService) + u"\\InprocServer32", {});
+    const auto entered = [] { return Registry::QueryText(Hive::LocalMachine, kPaths, u"AppDataContent"); };
+    const std::u16string other = Folder("other");
+    Name(kPaths, u"AppDataContent", other);
+    ASSERT_EQ(S_OK, UnregisterServer(library));
+    EXPECT_EQ(other, entered());
+    ASSERT_EQ(S_OK, RegisterServer(library));
+    const ContentPaths paths;
+    const auto file = [&paths](std::u16string_view name) {
+        return paths.Resolve(u"%CONTENT%\\DVD\\Mandatory\\" + std::u16string(name));
+    };
+    const auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
+    const auto holds = [&](std::u16string_view name, std::u16string_view expression) {
+        VARIANT_BOOL parsed = VARIANT_FALSE;
+        ComPtr<IXMLDOMNode> node;
+        return document->load(Variant(file(name)), &parsed) == S_OK && parsed &&
+               document->selectSingleNode(Bstr(expression).Get(), node.Put()) == S_OK;
+    };
+    EXPECT_TRUE(holds(u"AlphaOverlay.xml", u"/Root/effect/plugin_data[Scaling]/ParameterSet/Parameter[ParamID='51']"));
+    EXPECT_TRUE(holds(u"ZXTextPlugIns.xml", u"/Root/effect[@Name='TextOverlay'][uuid]/plugin_data[Scaling]/html/body//"
+                                            u"text()[contains(., 'stringRef:EnterText')]"));
+    EXPECT_TRUE(holds(u"ZXPlugInStrings.xml", u"/Strings/Language[@id='1033']/String[@id='EnterText']"));
+    EXPECT_TRUE(PathFileExists(file(u"PlaceHolder.jpg")));
+
+    Name(kPaths, u"AlternateContent", other);
+    ASSERT_EQ(S_OK, UnregisterServer(library));
+    EXPECT_EQ(u"", entered());
+    EXPECT_EQ(other, Registry::QueryText(Hive::LocalMachine, kPaths, u"AlternateContent"));
+    Forget();
+    ASSERT_EQ(S_OK, RegisterServer(library));
+    ASSERT_EQ(S_OK, UnregisterServer(library));
+    EXPECT_FALSE(Registry::KeyExists(Hive::LocalMachine, u"SOFTWARE\\KORVA"));
+    ASSERT_EQ(S_OK, RegisterServer(library));
 }
 
 } // namespace

@@ -152,6 +152,24 @@ TEST_P(RegistryTest, WhatIsMissingIsNotFound)
     EXPECT_EQ(Registry::QueryText(Hive::CurrentUser, u"Key\\Sub", u"Name"), u"x");
 }
 
+TEST_P(RegistryTest, AValueGoesWithTheKeysThatThenHoldNothing)
+{
+    for (const std::u16string_view key : {u"A", u"A\\B\\C", u"A\\B\\C\\D", u"E\\F"})
+        ASSERT_EQ(SetUser(std::u16string(key), u"x"), S_OK);
+    ASSERT_EQ(Registry::Set(Hive::CurrentUser, u"A\\B\\C\\D", u"other", ULONG{1}), S_OK);
+    const auto remove = [](std::u16string_view key) { return Registry::DeleteValue(Hive::CurrentUser, key, u""); };
+    EXPECT_EQ(remove(u"A\\B\\C\\D"), S_OK) << "a value is left";
+    EXPECT_EQ(remove(u"A\\B\\C"), S_OK) << "a key is left";
+    EXPECT_EQ(remove(u"A\\B\\C"), REGISTRY_E_NOT_FOUND);
+    EXPECT_EQ(remove(u"E\\F"), S_OK);
+    Reopen();
+    EXPECT_THAT(Values(Hive::CurrentUser, u"A\\B\\C\\D"), ElementsAre(u"other"));
+    EXPECT_FALSE(Registry::KeyExists(Hive::CurrentUser, u"E"));
+    EXPECT_EQ(Registry::DeleteValue(Hive::CurrentUser, u"A\\B\\C\\D", u"other"), S_OK);
+    EXPECT_FALSE(Registry::KeyExists(Hive::CurrentUser, u"A\\B"));
+    EXPECT_EQ(UserText(u"A"), u"x");
+}
+
 TEST_P(RegistryTest, UnusableKeysAreRefused)
 {
     std::u16string deep;
