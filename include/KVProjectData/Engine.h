@@ -6,6 +6,7 @@
 #include "KVProjectData/Engine/Events.h"
 #include "KVProjectData/Engine/Frames.h"
 #include "KVProjectData/Engine/Media.h"
+#include "KVProjectData/Engine/Parameters.h"
 #include "KVProjectData/Engine/Persist.h"
 #include "KVProjectData/Engine/Production.h"
 #include "KVProjectData/Engine/Sources.h"
