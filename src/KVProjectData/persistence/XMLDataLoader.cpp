@@ -1,5 +1,7 @@
 #include "KVProjectData/persistence/XMLDataLoader.h"
 
+#include "KVProjectData/content/StringRefs.h"
+
 namespace kv {
 namespace {
 
@@ -36,6 +38,8 @@ bool ReadElement(CProjectNode& node, IXMLDOMNode* element)
 
 HRESULT CKVXMLDataLoader::Load(IXMLDOMNode* root)
 {
+    // What cannot be resolved is loaded as it is.
+    if (!ElementName(root).empty()) ResolveStringRefs(root);
     const std::string_view name = ElementName(root);
     const ElementRow* row = FindElement(name);
     CProjectNode* node = FindNode(row, name, nullptr);

@@ -22,7 +22,8 @@ class CKVXMLDataLoader {
 public:
     CKVXMLDataLoader(CProjectNode& project, NodeFactory& factory) : m_project(project), m_factory(factory) {}
 
-    /// Loads a document, or an element with what is below it. Elements that no node is found for, and nodes that
+    /// Loads a document, or an element with what is below it, in whose document string references are resolved first.
+    /// Elements that no node is found for, and nodes that
     /// cannot read their element, are passed over with what is below them. Throws Error on lack of memory.
     HRESULT Load(IXMLDOMNode* root);
 

@@ -134,6 +134,56 @@ XmlValue::XmlValue(const VARIANT& value) : m_type(DataTypeName(value.vt))
     if (!ToXmlUtf8(FormatTyped(m_type, value), m_text)) throw Error(E_INVALIDARG);
 }
 
+bool XmlView::IsElement() const
+{
+    return pugi::xml_node(m_node).type() == pugi::node_element;
+}
+
+bool XmlView::IsText() const
+{
+    return kv::IsText(pugi::xml_node(m_node));
+}
+
+std::string_view XmlView::Name() const
+{
+    return pugi::xml_node(m_node).name();
+}
+
+std::string_view XmlView::Text() const
+{
+    return pugi::xml_node(m_node).value();
+}
+
+std::optional<std::string_view> XmlView::Attribute(std::string_view name) const
+{
+    const pugi::xml_attribute found = FindAttribute(pugi::xml_node(m_node), name);
+    return found ? std::optional<std::string_view>(found.value()) : std::nullopt;
+}
+
+XmlView XmlView::Parent() const
+{
+    return XmlView(pugi::xml_node(m_node).parent().internal_object());
+}
+
+XmlView XmlView::FirstChild() const
+{
+    return XmlView(pugi::xml_node(m_node).first_child().internal_object());
+}
+
+XmlView XmlView::Next() const
+{
+    return XmlView(pugi::xml_node(m_node).next_sibling().internal_object());
+}
+
+XmlView XmlView::Following(const XmlView& top) const
+{
+    if (const XmlView child = FirstChild()) return child;
+    for (XmlView place = *this; place && place != top; place = place.Parent()) {
+        if (const XmlView next = place.Next()) return next;
+    }
+    return {};
+}
+
 XmlNode::XmlNode(IUnknown* node) : m_object(ObjectOf(node))
 {
     if (!m_object || m_object->IsAttribute()) return;
@@ -293,6 +343,16 @@ std::vector<XmlNode> XmlElement::Nodes() const
     return nodes;
 }
 
+XmlView XmlElement::View() const
+{
+    return m_node ? XmlView(m_object->Place().node.internal_object()) : XmlView();
+}
+
+XmlNode XmlElement::At(const XmlView& place) const
+{
+    return m_node ? XmlNode(m_object->ObjectFor({pugi::xml_node(place.m_node), {}}).Get()) : XmlNode();
+}
+
 XmlElement XmlElement::Add(const XmlKey& key)
 {
     DomObject& object = Object();
@@ -355,6 +415,11 @@ void XmlElement::Insert(const XmlNode& node, const XmlNode& before)
 bool XmlElement::Remove(const XmlKey& key)
 {
     return RemoveChildren(Object(), key, {});
+}
+
+void XmlElement::Remove(const XmlView& place)
+{
+    Object().Detach({pugi::xml_node(place.m_node), {}});
 }
 
 void XmlElement::SetValue(const XmlValue& value)

@@ -22,6 +22,10 @@
 #include <utility>
 #include <vector>
 
+namespace pugi {
+struct xml_node_struct;
+}
+
 namespace kv {
 
 class DomObject;
@@ -63,6 +67,38 @@ public:
 private:
     std::string_view m_type;
     std::string m_text;
+};
+
+/// A place in a tree that is only read: an element, a text or anything else, without an object for it. Good while the
+/// element that it was had from is held and the place is not removed; moves within the tree leave it good. There is
+/// nothing around an empty one.
+class KV_EXPORT XmlView {
+public:
+    XmlView() = default;
+
+    explicit operator bool() const { return m_node; }
+    friend bool operator==(const XmlView&, const XmlView&) = default;
+
+    bool IsElement() const;
+    bool IsText() const;
+    /// Empty for a text.
+    std::string_view Name() const;
+    /// The text of a text; empty for an element.
+    std::string_view Text() const;
+    std::optional<std::string_view> Attribute(std::string_view name) const;
+
+    XmlView Parent() const;
+    XmlView FirstChild() const;
+    XmlView Next() const;
+    /// What follows in document order below `top`; empty at its end.
+    XmlView Following(const XmlView& top) const;
+
+private:
+    friend class XmlElement;
+
+    explicit XmlView(pugi::xml_node_struct* node) : m_node(node) {}
+
+    pugi::xml_node_struct* m_node = nullptr;
 };
 
 /// An element or a text.
@@ -132,6 +168,9 @@ public:
     std::vector<XmlElement> Children(std::string_view name = {}) const;
     /// The child elements and texts, as they are now.
     std::vector<XmlNode> Nodes() const;
+    XmlView View() const;
+    /// What stands at a place in the tree of this element; empty for what is neither element nor text.
+    XmlNode At(const XmlView& place) const;
 
     /// A new last child. One that is added with a value has its data type and text.
     XmlElement Add(const XmlKey& key);
@@ -150,6 +189,8 @@ public:
     void Insert(const XmlNode& node, const XmlNode& before = {});
     /// Removes all such children; false when there is none.
     bool Remove(const XmlKey& key);
+    /// Removes what stands at a place below this element.
+    void Remove(const XmlView& place);
     using XmlNode::Remove;
 
     /// The value of the first such child, whatever its data type, as VariantChangeType reads its text; a Variant has
