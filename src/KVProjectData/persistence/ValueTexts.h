@@ -1,11 +1,9 @@
 #pragma once
 // Text forms of enumerations, flags and bit patterns: a number with its names, of which only the number is read.
 
-#include "KVProjectData/tree/AttributeValue.h"
+#include "KVProjectData/tree/AttributeArchive.h"
 
 #include <span>
-#include <string>
-#include <string_view>
 
 namespace kv {
 
@@ -28,6 +26,18 @@ public:
 private:
     std::span<const std::string_view> m_names;
 };
+
+template <class T>
+NamedField<T> Enumeration(T& value, const EnumNames& names)
+{
+    return {value, names};
+}
+
+template <class T>
+NamedField<T> Flags(T& value, const FlagNames& names)
+{
+    return {value, names};
+}
 
 extern const EnumNames kDiscFormatNames;
 extern const EnumNames kDiscSizeNames;

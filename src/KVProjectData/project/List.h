@@ -1,23 +1,19 @@
 #pragma once
 // The lists of a project: titles, menus, data files.
 
-#include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/tree/AttributeArchive.h"
 #include "KVProjectData/tree/NodeList.h"
 
 namespace kv {
 
-class CKVList final : public ArchivedNode<CKVList, CNodeList> {
+class CKVList final : public CNodeList {
 public:
-    explicit CKVList(NodeType type) : ArchivedNode(type) {}
+    explicit CKVList(NodeType type) : CNodeList(type) {}
 
     /// A list is reached through its owner alone.
     IUnknown* Identity() override { return nullptr; }
 
-    template <class Archive>
-    void Attributes(Archive& archive)
-    {
-        archive.OnlyWrite("NumItems", ChildCount());
-    }
+    void Attributes(AttributeArchive& archive) override { archive.OnlyWrite("NumItems", ChildCount()); }
 };
 
 } // namespace kv

@@ -3,6 +3,7 @@
 #include "KVProjectData/Engine.h"
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/effects/EffectState.h"
+#include "KVProjectData/persistence/ValueTexts.h"
 #include "KVProjectData/persistence/XMLPersistor.h"
 #include "KVProjectData/titles/DataFile.h"
 #include "KVProjectData/titles/Title.h"
@@ -38,7 +39,7 @@ const CKVProjectData::ListEvents CKVProjectData::kMenuEvents{EVENT_MenuAdded, EV
 const CKVProjectData::ListEvents CKVProjectData::kDataFileEvents{EVENT_DataFileAdded, EVENT_DataFileRemoved,
                                                                  EVENT_DataFileMoved};
 
-CKVProjectData::CKVProjectData(IUnknown* outer) : ArchivedNode(typeProject), Aggregate(outer) {}
+CKVProjectData::CKVProjectData(IUnknown* outer) : CProjectNode(typeProject), Aggregate(outer) {}
 
 HRESULT CKVProjectData::Initialise()
 {
@@ -467,8 +468,7 @@ HRESULT CKVProjectData::Clear()
 
 // Documents
 
-template <class Archive>
-void CKVProjectData::Attributes(Archive& archive)
+void CKVProjectData::Attributes(AttributeArchive& archive)
 {
     archive("DiscSize", Enumeration(m_settings.discSize, kDiscSizeNames));
     archive.OnlyWrite("ID", static_cast<ULONG>(ID()));
@@ -492,12 +492,6 @@ void CKVProjectData::Attributes(Archive& archive)
     archive.OnlyRecord(m_imagePath);
     archive.OnlyRecord(m_targetDrive);
 }
-
-template void CKVProjectData::Attributes(AttributeWriter&);
-template void CKVProjectData::Attributes(AttributeReader&);
-template void CKVProjectData::Attributes(RecordCounter&);
-template void CKVProjectData::Attributes(RecordArchive<false>&);
-template void CKVProjectData::Attributes(RecordArchive<true>&);
 
 CProjectNode* CKVProjectData::CreateItem(NodeType type, CProjectNode& parent)
 {

@@ -2,7 +2,6 @@
 // The project: root of the tree, holder of the disc-wide settings, and the place where every event arrives.
 
 #include "KVProjectData/IKVProjectData.h"
-#include "KVProjectData/persistence/AttributeArchive.h"
 #include "KVProjectData/persistence/XMLDataLoader.h"
 #include "KVProjectData/project/AsyncEventDispatcher.h"
 #include "KVProjectData/project/List.h"
@@ -25,7 +24,7 @@ class CKVTitle;
 /// The version that this library writes into documents.
 inline constexpr LONG kDocumentVersion = 900;
 
-class CKVProjectData final : public ArchivedNode<CKVProjectData>,
+class CKVProjectData final : public CProjectNode,
                              public CAsyncEventDispatcher,
                              public Aggregate<Parts<CKVCommandList, CKVEncodingParams, CKVLocking>,
                                               Dual<IKVProjectData>, ConnectionPointContainer>,
@@ -110,8 +109,7 @@ public:
     HRESULT Dispatch(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c) override;
     IUnknown* Identity() override { return Controlling(); }
 
-    template <class Archive>
-    void Attributes(Archive& archive);
+    void Attributes(AttributeArchive& archive) override;
 
 protected:
     void FinalRelease() override;

@@ -2,7 +2,6 @@
 // The ordered disc commands of a project, a title, a menu or a button.
 
 #include "KVProjectData/IKVCommandList.h"
-#include "KVProjectData/persistence/AttributeArchive.h"
 #include "KVProjectData/titles/DiscCommandNode.h"
 #include "KVProjectData/tree/NodeList.h"
 #include "platform/automation/Dispatch.h"
@@ -12,9 +11,9 @@
 
 namespace kv {
 
-class CKVCommandList final : public ArchivedNode<CKVCommandList, CNodeList>, public Object<Dual<IKVCommandList>> {
+class CKVCommandList final : public CNodeList, public Object<Dual<IKVCommandList>> {
 public:
-    explicit CKVCommandList(IUnknown* outer) : ArchivedNode(typeCmdList), Object(outer) {}
+    explicit CKVCommandList(IUnknown* outer) : CNodeList(typeCmdList), Object(outer) {}
 
     HRESULT GetCommandList(LONG* plCount, DiscCommandParams** ppCmdList) override;
     HRESULT SetCommandList(LONG lCount, DiscCommandParams* pCmdList) override;
@@ -36,10 +35,7 @@ public:
 
     IUnknown* Identity() override { return Controlling(); }
 
-    template <class Archive>
-    void Attributes(Archive&)
-    {
-    }
+    void Attributes(AttributeArchive&) override {}
 };
 
 } // namespace kv

@@ -2,9 +2,18 @@
 
 #include "KVProjectData/ProjectDataEvents.h"
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/tree/AttributeArchive.h"
 #include "platform/system/Paths.h"
 
 namespace kv {
+
+void CKVDataFile::Attributes(AttributeArchive& archive)
+{
+    archive.ID(*this);
+    archive("destPath", m_destPath);
+    archive("sourcePath", m_sourcePath);
+    archive("tag", m_tag);
+}
 
 HRESULT CKVDataFile::put_SourcePath(BSTR newVal)
 {

@@ -2,7 +2,7 @@
 // A file that the project carries to the disc besides its titles and menus.
 
 #include "KVProjectData/IKVDataFile.h"
-#include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/tree/ProjectNode.h"
 #include "KVProjectData/tree/Properties.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Object.h"
@@ -11,9 +11,9 @@
 
 namespace kv {
 
-class CKVDataFile final : public ArchivedNode<CKVDataFile>, public Object<Dual<IKVDataFile>> {
+class CKVDataFile final : public CProjectNode, public Object<Dual<IKVDataFile>> {
 public:
-    CKVDataFile() : ArchivedNode(typeFile) {}
+    CKVDataFile() : CProjectNode(typeFile) {}
 
     KV_GETTER(LONG, ID, ID())
     KV_GETTER(BSTR, SourcePath, m_sourcePath)
@@ -31,14 +31,7 @@ public:
 
     IUnknown* Identity() override { return Controlling(); }
 
-    template <class Archive>
-    void Attributes(Archive& archive)
-    {
-        archive.ID(*this);
-        archive("destPath", m_destPath);
-        archive("sourcePath", m_sourcePath);
-        archive("tag", m_tag);
-    }
+    void Attributes(AttributeArchive& archive) override;
 
 protected:
     void FirePropertyChanged(DISPID propId) override;

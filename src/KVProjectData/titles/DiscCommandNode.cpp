@@ -1,6 +1,7 @@
 #include "KVProjectData/titles/DiscCommandNode.h"
 
 #include "KVProjectData/persistence/ElementTable.h"
+#include "KVProjectData/tree/AttributeArchive.h"
 
 namespace kv {
 
@@ -18,6 +19,13 @@ void CDiscCommandNode::CopyTo(DiscCommandParams& params) const
     params.lParam1 = m_param1;
     params.lParam2 = m_param2;
     if (!m_xml.Empty()) params.pXMLData = m_xml.Copy().Element().Detach();
+}
+
+void CDiscCommandNode::Attributes(AttributeArchive& archive)
+{
+    archive("code", m_cmd);
+    archive("param1", m_param1);
+    archive("param2", m_param2);
 }
 
 std::string_view CDiscCommandNode::GetName(ULONG) const

@@ -2,15 +2,15 @@
 // One command of a command list.
 
 #include "KVProjectData/IKVCommandList.h"
-#include "KVProjectData/persistence/AttributeArchive.h"
 #include "KVProjectData/titles/XmlFragment.h"
+#include "KVProjectData/tree/ProjectNode.h"
 #include "platform/com/Object.h"
 
 namespace kv {
 
-class CDiscCommandNode final : public ArchivedNode<CDiscCommandNode>, public Object<IUnknown> {
+class CDiscCommandNode final : public CProjectNode, public Object<IUnknown> {
 public:
-    CDiscCommandNode() : ArchivedNode(typeCommand) {}
+    CDiscCommandNode() : CProjectNode(typeCommand) {}
 
     /// Takes the code, the parameters and a copy of the XML data. Throws Error, with the node unchanged, for XML data
     /// that makes no fragment.
@@ -24,13 +24,7 @@ public:
     HRESULT SaveElement(IXMLDOMNode* element, ULONG flags) override;
     IUnknown* Identity() override { return Controlling(); }
 
-    template <class Archive>
-    void Attributes(Archive& archive)
-    {
-        archive("code", m_cmd);
-        archive("param1", m_param1);
-        archive("param2", m_param2);
-    }
+    void Attributes(AttributeArchive& archive) override;
 
 private:
     LONG m_cmd = PlayTitleFromChapter;

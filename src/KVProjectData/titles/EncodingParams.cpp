@@ -1,8 +1,27 @@
 #include "KVProjectData/titles/EncodingParams.h"
 
 #include "KVProjectData/ProjectDataEvents.h"
+#include "KVProjectData/persistence/ValueTexts.h"
 
 namespace kv {
+
+void CKVEncodingParams::Attributes(AttributeArchive& archive)
+{
+    archive.OnlyRead("HDVideoFormat", Enumeration(m_own.videoFormat, kVideoFormatNames));
+    archive("VBREncoding", OneOrZero{m_own.vbr});
+    archive("aspectRatio", Enumeration(m_aspectRatio, kAspectRatioNames));
+    archive("audioBitrate", m_own.audioBitrate);
+    archive("audioChannels", m_own.audioChannels);
+    archive("audioFormat", Enumeration(m_own.audioFormat, kAudioFormatNames));
+    archive("subpictureFormat", Enumeration(m_own.subpictureFormat, kSubpictureFormatNames));
+    bool follows = m_syncToProject;
+    if (archive("syncToProject", OneOrZero{follows})) m_syncToProject = follows && !IsProjectsOwn();
+    archive("twoPassEncoding", OneOrZero{m_own.twoPass});
+    archive("videoBitrate", m_own.videoBitrate);
+    archive("videoFormat", Enumeration(m_own.videoFormat, kVideoFormatNames));
+    archive("videoResolution", Enumeration(m_own.videoResolution, kVideoResolutionNames));
+    archive("wideDisplayMode", Enumeration(m_own.wideDisplayMode, kWideDisplayModeNames));
+}
 
 CKVEncodingParams* CKVEncodingParams::ProjectSet() const
 {

@@ -3,7 +3,7 @@
 
 #include "KVProjectData/IKVEncodingParams.h"
 #include "KVProjectData/ResultCodes.h"
-#include "KVProjectData/persistence/AttributeArchive.h"
+#include "KVProjectData/tree/ProjectNode.h"
 #include "KVProjectData/tree/Properties.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Object.h"
@@ -22,11 +22,11 @@ protected:
     ~ProductionAspect() = default;
 };
 
-class CKVEncodingParams final : public ArchivedNode<CKVEncodingParams>, public Object<Dual<IKVEncodingParams>> {
+class CKVEncodingParams final : public CProjectNode, public Object<Dual<IKVEncodingParams>> {
 public:
     /// `production` is a title's; it outlives this object.
     explicit CKVEncodingParams(IUnknown* outer, ProductionAspect* production = nullptr)
-        : ArchivedNode(typeEncParams), Object(outer), m_production(production)
+        : CProjectNode(typeEncParams), Object(outer), m_production(production)
     {
     }
 
@@ -51,25 +51,7 @@ public:
 
     IUnknown* Identity() override { return Controlling(); }
 
-    template <class Archive>
-    void Attributes(Archive& archive)
-    {
-        archive.OnlyRead("HDVideoFormat", Enumeration(m_own.videoFormat, kVideoFormatNames));
-        archive("VBREncoding", OneOrZero{m_own.vbr});
-        archive("aspectRatio", Enumeration(m_aspectRatio, kAspectRatioNames));
-        archive("audioBitrate", m_own.audioBitrate);
-        archive("audioChannels", m_own.audioChannels);
-        archive("audioFormat", Enumeration(m_own.audioFormat, kAudioFormatNames));
-        archive("subpictureFormat", Enumeration(m_own.subpictureFormat, kSubpictureFormatNames));
-        archive.WriteRead("syncToProject", OneOrZero{m_syncToProject}, [this](const AttributeValue& value) {
-            m_syncToProject = value.ToBool() && !IsProjectsOwn();
-        });
-        archive("twoPassEncoding", OneOrZero{m_own.twoPass});
-        archive("videoBitrate", m_own.videoBitrate);
-        archive("videoFormat", Enumeration(m_own.videoFormat, kVideoFormatNames));
-        archive("videoResolution", Enumeration(m_own.videoResolution, kVideoResolutionNames));
-        archive("wideDisplayMode", Enumeration(m_own.wideDisplayMode, kWideDisplayModeNames));
-    }
+    void Attributes(AttributeArchive& archive) override;
 
 protected:
     void FirePropertyChanged(DISPID propId) override;

@@ -3,6 +3,7 @@
 #include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/ProjectDataEvents.h"
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/persistence/ValueTexts.h"
 #include "KVProjectData/tree/EngineCalls.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Activation.h"
@@ -21,20 +22,18 @@ double RatioOf(AspectRatio aspect)
 }
 
 /// Reads a size as it was written: by US-English rules where the text can only be meant so, else by the user's.
-double ParseSize(const AttributeValue& value)
+double ParseSize(std::u16string_view text)
 {
-    const Bstr text = value.ToBstr();
-    const bool point = text.View().find(u'.') != std::u16string_view::npos;
-    const bool comma = text.View().find(u',') != std::u16string_view::npos;
-    const std::optional<double> size =
-        point && !comma ? ParseDoubleUS(text.View()) : ParseDoubleUserLocale(text.View());
+    const bool point = text.find(u'.') != std::u16string_view::npos;
+    const bool comma = text.find(u',') != std::u16string_view::npos;
+    const std::optional<double> size = point && !comma ? ParseDoubleUS(text) : ParseDoubleUserLocale(text);
     if (!size) throw Error(DISP_E_TYPEMISMATCH);
     return *size;
 }
 
 } // namespace
 
-CKVTitle::CKVTitle() : ArchivedNode(typeTitle)
+CKVTitle::CKVTitle() : CProjectNode(typeTitle)
 {
     AddChild(&MakePart<CKVEncodingParams>(static_cast<ProductionAspect*>(this)), true);
     AddChild(&MakePart<CKVCommandList>(), true);
@@ -55,8 +54,7 @@ void CKVTitle::FirePropertyChanged(DISPID propId)
     FireEvent(EVENT_TitlePropChanged, ID(), propId, 0);
 }
 
-template <class Archive>
-void CKVTitle::Attributes(Archive& archive)
+void CKVTitle::Attributes(AttributeArchive& archive)
 {
     archive.ID(*this);
     archive("discIndex", m_discIndex);
@@ -65,14 +63,8 @@ void CKVTitle::Attributes(Archive& archive)
     archive("stillWaitSecs", m_stillWaitSecs);
     archive("tag", Flags(m_tag, kTitleTypeNames));
     archive("vobDuration", m_vobDuration);
-    archive.WriteRead("vobSize", m_vobSize, [this](const AttributeValue& value) { m_vobSize = ParseSize(value); });
+    archive.Parsed("vobSize", m_vobSize, ParseSize);
 }
-
-template void CKVTitle::Attributes(AttributeWriter&);
-template void CKVTitle::Attributes(AttributeReader&);
-template void CKVTitle::Attributes(RecordCounter&);
-template void CKVTitle::Attributes(RecordArchive<false>&);
-template void CKVTitle::Attributes(RecordArchive<true>&);
 
 ULONG CKVTitle::Types()
 {

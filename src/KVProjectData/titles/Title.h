@@ -3,7 +3,6 @@
 
 #include "KVProjectData/Engine.h"
 #include "KVProjectData/IKVTitle.h"
-#include "KVProjectData/persistence/AttributeArchive.h"
 #include "KVProjectData/titles/CommandList.h"
 #include "KVProjectData/titles/EncodingParams.h"
 #include "KVProjectData/titles/TitleSink.h"
@@ -17,7 +16,7 @@
 namespace kv {
 
 class CKVTitle final
-    : public ArchivedNode<CKVTitle>,
+    : public CProjectNode,
       public Aggregate<Parts<CKVEncodingParams, CKVCommandList, CKVLocking>, Dual<IKVTitle>, ProductionSink>,
       private ProductionAspect {
 public:
@@ -54,8 +53,7 @@ public:
 
     IUnknown* Identity() override { return Controlling(); }
 
-    template <class Archive>
-    void Attributes(Archive& archive);
+    void Attributes(AttributeArchive& archive) override;
 
 protected:
     void FinalRelease() override;

@@ -1,10 +1,11 @@
 #include "KVProjectData/tree/ProjectNode.h"
 
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/tree/ElementArchives.h"
 #include "KVProjectData/tree/ObjectID.h"
+#include "KVProjectData/tree/RecordArchive.h"
 #include "KVProjectData/tree/UndoContext.h"
 #include "platform/com/ComPtr.h"
-#include "platform/system/Trace.h"
 
 #include <algorithm>
 
@@ -21,43 +22,6 @@ ComPtr<IXMLDOMNode> DomNode(IUnknown* object)
     ThrowIfFailed(result);
     return node;
 }
-
-class AttributeCollector final : public XMLAttributeVisitor {
-public:
-    void Attribute(std::string_view name, std::string_view value) override { attributes.emplace_back(name, value); }
-
-    std::vector<kv::Attribute> attributes;
-};
-
-class AttributeGiver final : public XMLAttributeSource {
-public:
-    explicit AttributeGiver(const AttributeMap& attributes) : m_next(attributes.begin()), m_end(attributes.end()) {}
-
-    bool Next(XMLAttribute& attribute) override
-    {
-        if (m_next == m_end) return false;
-        attribute.name = m_next->name;
-        if (const Bstr* string = m_next->value.AsString()) {
-            attribute.value = string->View();
-        } else {
-            m_text.clear();
-            m_next->value.AppendText(m_text);
-            attribute.value = std::string_view(m_text);
-        }
-        m_last = attribute.name;
-        ++m_next;
-        return true;
-    }
-
-    /// The name of the attribute that was given last.
-    std::string_view Last() const { return m_last; }
-
-private:
-    std::vector<Attribute>::const_iterator m_next;
-    const std::vector<Attribute>::const_iterator m_end;
-    std::string m_text;
-    std::string_view m_last;
-};
 
 } // namespace
 
@@ -124,24 +88,37 @@ HRESULT CProjectNode::LoadElement(IXMLDOMNode* element)
 {
     const auto source = Query<IXMLElementAttributes>(element);
     if (!source) return E_NOINTERFACE;
-    AttributeCollector reader;
-    const HRESULT result = source->ReadAttributes(&reader);
+    AttributeReader reader;
+    const HRESULT result = reader.ReadFrom(*source.Get());
     if (FAILED(result)) return result;
     const SectionLock lock(m_section);
-    SetAttributes(AttributeMap(std::move(reader.attributes)));
-    return S_OK;
+    Attributes(reader);
+    return reader.Result();
 }
 
-HRESULT CProjectNode::SaveElement(IXMLDOMNode* element, ULONG)
+HRESULT CProjectNode::SaveElement(IXMLDOMNode* element, ULONG flags)
 {
     const auto target = Query<IXMLElementAttributes>(element);
     if (!target) return E_NOINTERFACE;
-    AttributeMap attributes;
-    GetAttributes(attributes);
-    AttributeGiver giver(attributes);
-    const HRESULT written = target->WriteAttributes(&giver);
-    if (FAILED(written)) Trace("Failed on attribute: " + std::string(giver.Last()) + '\n');
-    return written;
+    AttributeWriter writer(flags);
+    Attributes(writer);
+    return writer.WriteTo(*target.Get());
+}
+
+RecordedValues CProjectNode::GetRecord()
+{
+    RecordArchive counter;
+    Attributes(counter);
+    RecordedValues record = counter.NewRecord();
+    RecordArchive filler(record, RecordArchive::Task::Fill);
+    Attributes(filler);
+    return record;
+}
+
+void CProjectNode::ExchangeRecord(RecordedValues& record)
+{
+    RecordArchive exchanger(record, RecordArchive::Task::Exchange);
+    Attributes(exchanger);
 }
 
 CProjectNode* CProjectNode::GetChild(LONG index) const

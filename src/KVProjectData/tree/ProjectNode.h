@@ -1,7 +1,6 @@
 #pragma once
 // The base of every object of a project: identity, parent and children, lock, and the way up for events.
 
-#include "KVProjectData/tree/AttributeMap.h"
 #include "KVProjectData/tree/NodeType.h"
 #include "KVProjectData/tree/RecordedValues.h"
 #include "platform/com/Error.h"
@@ -27,6 +26,7 @@ struct Fires {
     DISPID propId;
 };
 
+class AttributeArchive;
 class CKVCommandList;
 class CProjectNode;
 
@@ -60,18 +60,18 @@ public:
     /// Binds the node to its effect, or takes it off; only menu elements have one.
     virtual HRESULT AttachEffect();
     virtual HRESULT DetachEffect();
-    /// Replaces the map's content by the node's attributes.
-    virtual void GetAttributes(AttributeMap& attributes) = 0;
-    /// Takes over the attributes that are there. Throws Error when one cannot be read, after the others were taken.
-    virtual void SetAttributes(const AttributeMap& attributes) = 0;
-    /// The values that an undo record keeps of the node.
-    virtual RecordedValues GetRecord() = 0;
-    /// Takes over what `GetRecord` of this node gave, and keeps the present values in its place.
-    virtual void ExchangeRecord(RecordedValues& record) = 0;
+    /// Lists the node's attributes; run inside the node's section.
+    virtual void Attributes(AttributeArchive& archive) = 0;
+    /// Takes over the attributes that are there. Fails when one cannot be read, after the others were taken.
     virtual HRESULT LoadElement(IXMLDOMNode* element);
     virtual HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
     /// The object that the node is part of; not counted.
     virtual IUnknown* Identity() = 0;
+
+    /// The values that an undo record keeps of the node.
+    RecordedValues GetRecord();
+    /// Takes over what `GetRecord` of this node gave, and keeps the present values in its place.
+    void ExchangeRecord(RecordedValues& record);
 
     LONG ID() const { return m_ID.load(std::memory_order_relaxed); }
     NodeType Type() const { return m_type; }

@@ -1,5 +1,4 @@
 #include "KVProjectData/ResultCodes.h"
-#include "KVProjectData/persistence/AttributeArchive.h"
 #include "KVProjectData/persistence/XMLDataLoader.h"
 #include "platform/com/TaskMemory.h"
 #include "platform/system/Locale.h"
@@ -145,18 +144,14 @@ TEST_F(LoadingTest, ReadsSizesInEveryLanguage)
 }
 
 /// A project whose attributes cannot be read for lack of memory, or for another failure.
-class FailingProject final : public ArchivedNode<FailingProject>, public Object<IUnknown>, public NodeFactory {
+class FailingProject final : public CProjectNode, public Object<IUnknown>, public NodeFactory {
 public:
-    explicit FailingProject(HRESULT failure) : ArchivedNode(typeProject), m_failure(failure) {}
+    explicit FailingProject(HRESULT failure) : CProjectNode(typeProject), m_failure(failure) {}
 
     IUnknown* Identity() override { return Controlling(); }
     CProjectNode* CreateItem(NodeType, CProjectNode&) override { return nullptr; }
 
-    template <class Archive>
-    void Attributes(Archive&)
-    {
-        throw Error(m_failure);
-    }
+    void Attributes(AttributeArchive&) override { throw Error(m_failure); }
 
 private:
     const HRESULT m_failure;

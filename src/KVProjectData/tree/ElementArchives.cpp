@@ -1,0 +1,169 @@
+#include "KVProjectData/tree/ElementArchives.h"
+
+#include "KVProjectData/tree/AttributeTexts.h"
+#include "KVProjectData/tree/ProjectNode.h"
+#include "platform/system/Trace.h"
+
+#include <algorithm>
+
+namespace kv {
+namespace {
+
+/// Room for the attributes of most nodes.
+constexpr std::size_t kUsualCount = 16;
+constexpr std::size_t kUsualText = 256;
+
+/// Most nodes list and most documents hold attributes in the order of their names.
+template <class Item>
+void SortByName(std::vector<Item>& items)
+{
+    const auto byName = [](const Item& left, const Item& right) { return left.name < right.name; };
+    if (!std::is_sorted(items.begin(), items.end(), byName)) std::sort(items.begin(), items.end(), byName);
+}
+
+} // namespace
+
+AttributeWriter::AttributeWriter(ULONG flags) : AttributeArchive(Purpose::Write, flags & kSaveNative)
+{
+    m_items.reserve(kUsualCount);
+    m_utf8.reserve(kUsualText);
+}
+
+void AttributeWriter::ID(CProjectNode& node)
+{
+    Number("ID", static_cast<ULONG>(node.ID()));
+}
+
+bool AttributeWriter::operator()(std::string_view name, Bstr& field)
+{
+    const std::size_t begin = m_utf16.size();
+    m_utf16 += field.View();
+    Add(name, true, begin, m_utf16.size());
+    return false;
+}
+
+bool AttributeWriter::Named(std::string_view name, ULONG& number, const ValueNames& names)
+{
+    const std::size_t begin = m_utf8.size();
+    names.AppendText(number, m_utf8);
+    Add(name, false, begin, m_utf8.size());
+    return false;
+}
+
+template <class T>
+bool AttributeWriter::Number(std::string_view name, T value)
+{
+    const std::size_t begin = m_utf8.size();
+    AppendNumber(value, m_utf8);
+    Add(name, false, begin, m_utf8.size());
+    return false;
+}
+
+void AttributeWriter::Add(std::string_view name, bool isUtf16, std::size_t begin, std::size_t end)
+{
+    m_items.push_back({name, isUtf16, begin, end});
+}
+
+HRESULT AttributeWriter::WriteTo(IXMLElementAttributes& element)
+{
+    SortByName(m_items);
+    const HRESULT written = element.WriteAttributes(this);
+    if (FAILED(written)) Trace("Failed on attribute: " + std::string(m_items[m_next - 1].name) + '\n');
+    return written;
+}
+
+bool AttributeWriter::Next(XMLAttribute& attribute)
+{
+    if (m_next == m_items.size()) return false;
+    const Item& item = m_items[m_next++];
+    attribute.name = item.name;
+    if (item.isUtf16) {
+        attribute.value = std::u16string_view(m_utf16).substr(item.begin, item.end - item.begin);
+    } else {
+        attribute.value = std::string_view(m_utf8).substr(item.begin, item.end - item.begin);
+    }
+    return true;
+}
+
+HRESULT AttributeReader::ReadFrom(IXMLElementAttributes& element)
+{
+    m_items.reserve(kUsualCount);
+    const HRESULT read = element.ReadAttributes(this);
+    SortByName(m_items);
+    return read;
+}
+
+const AttributeReader::Item* AttributeReader::Find(std::string_view name)
+{
+    if (m_next == m_items.size() || m_items[m_next].name != name) {
+        const auto found = std::ranges::lower_bound(m_items, name, {}, &Item::name);
+        if (found == m_items.end() || found->name != name) return nullptr;
+        m_next = static_cast<std::size_t>(found - m_items.begin());
+    }
+    return &m_items[m_next++];
+}
+
+template <class Field, class Parse>
+bool AttributeReader::Read(std::string_view name, Field& field, Parse&& parse)
+{
+    const Item* item = Find(name);
+    if (!item) return false;
+    try {
+        field = parse(item->text);
+        return true;
+    } catch (const Error& error) {
+        Refuse(name, error.Result());
+        return false;
+    }
+}
+
+/// IDs so high that hardly any would be left, and 0, are passed over: the node is given one of its own.
+void AttributeReader::ID(CProjectNode& node)
+{
+    constexpr LONG kHighest = std::numeric_limits<LONG>::max() - 1'000'000;
+    LONG id = 0;
+    if (Read("ID", id, ParseID) && id != 0 && id <= kHighest) node.SetID(id);
+}
+
+bool AttributeReader::operator()(std::string_view name, Bstr& field)
+{
+    return Read(name, field, [](std::string_view text) { return Bstr(ToUtf16(text)); });
+}
+
+bool AttributeReader::operator()(std::string_view name, LONG& field)
+{
+    return Read(name, field, ParseLong);
+}
+
+bool AttributeReader::operator()(std::string_view name, ULONG& field)
+{
+    return Read(name, field, ParseULong);
+}
+
+bool AttributeReader::operator()(std::string_view name, float& field)
+{
+    return Read(name, field, ParseFloat);
+}
+
+bool AttributeReader::operator()(std::string_view name, double& field)
+{
+    return Read(name, field, ParseDouble);
+}
+
+bool AttributeReader::operator()(std::string_view name, bool& field)
+{
+    return Read(name, field, ParseBool);
+}
+
+bool AttributeReader::Named(std::string_view name, ULONG& number, const ValueNames&)
+{
+    return Read(name, number, ParseLeading);
+}
+
+void AttributeReader::Refuse(std::string_view, HRESULT result)
+{
+    if (result == E_OUTOFMEMORY) throw Error(result);
+    if (SUCCEEDED(m_result)) m_result = result;
+}
+
+} // namespace kv

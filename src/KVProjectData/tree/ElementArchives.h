@@ -1,0 +1,91 @@
+#pragma once
+// The archives between a node and an element of a document.
+
+#include "KVProjectData/tree/AttributeArchive.h"
+#include "platform/xml/Dom.h"
+
+#include <vector>
+
+namespace kv {
+
+/// Gathers the attributes that a node lists, and gives them in the order of their names.
+class AttributeWriter final : public AttributeArchive, public XMLAttributeSource {
+public:
+    /// The flags of the save.
+    explicit AttributeWriter(ULONG flags);
+
+    void ID(CProjectNode& node) override;
+    bool operator()(std::string_view name, Bstr& field) override;
+    bool operator()(std::string_view name, LONG& field) override { return Number(name, field); }
+    bool operator()(std::string_view name, ULONG& field) override { return Number(name, field); }
+    bool operator()(std::string_view name, float& field) override { return Number(name, field); }
+    bool operator()(std::string_view name, double& field) override { return Number(name, field); }
+    bool operator()(std::string_view name, bool& field) override { return Number(name, LONG{field ? -1 : 0}); }
+    bool operator()(std::string_view name, OneOrZero field) override { return Number(name, LONG{field.value}); }
+
+    /// Writes to an element. The first attribute that it refuses ends that and is traced.
+    HRESULT WriteTo(IXMLElementAttributes& element);
+
+    bool Next(XMLAttribute& attribute) override;
+
+private:
+    /// A place in the text of its encoding.
+    struct Item {
+        std::string_view name;
+        bool isUtf16;
+        std::size_t begin;
+        std::size_t end;
+    };
+
+    bool Named(std::string_view name, ULONG& number, const ValueNames& names) override;
+    template <class T>
+    bool Number(std::string_view name, T value);
+    void Add(std::string_view name, bool isUtf16, std::size_t begin, std::size_t end);
+
+    std::vector<Item> m_items;
+    std::string m_utf8;
+    std::u16string m_utf16;
+    std::size_t m_next = 0;
+};
+
+/// Hands a node the attributes of an element. One that cannot be read leaves its field as it is; the others are taken.
+class AttributeReader final : public AttributeArchive, public XMLAttributeVisitor {
+public:
+    AttributeReader() : AttributeArchive(Purpose::Read) {}
+
+    HRESULT ReadFrom(IXMLElementAttributes& element);
+    /// Borrowed from the document.
+    void Attribute(std::string_view name, std::string_view text) override { m_items.push_back({name, text}); }
+
+    void ID(CProjectNode& node) override;
+    bool operator()(std::string_view name, Bstr& field) override;
+    bool operator()(std::string_view name, LONG& field) override;
+    bool operator()(std::string_view name, ULONG& field) override;
+    bool operator()(std::string_view name, float& field) override;
+    bool operator()(std::string_view name, double& field) override;
+    bool operator()(std::string_view name, bool& field) override;
+    bool operator()(std::string_view name, OneOrZero field) override { return (*this)(name, field.value); }
+
+    /// Why the first attribute was refused; S_OK when none was.
+    HRESULT Result() const { return m_result; }
+
+private:
+    struct Item {
+        std::string_view name;
+        std::string_view text;
+    };
+
+    bool Named(std::string_view name, ULONG& number, const ValueNames& names) override;
+    void Refuse(std::string_view name, HRESULT result) override;
+    /// Null when there is none. Asking in the order of the names is the cheap case.
+    const Item* Find(std::string_view name);
+    template <class Field, class Parse>
+    bool Read(std::string_view name, Field& field, Parse&& parse);
+
+    /// In the order of the names.
+    std::vector<Item> m_items;
+    std::size_t m_next = 0;
+    HRESULT m_result = S_OK;
+};
+
+} // namespace kv
