@@ -10,7 +10,8 @@
 // Changes are recorded for undo, which makes the project dirty, and told by an event. Without a record are ThemeSource,
 // FrameRate, IsOnDisc, ProjectSize, OnDiscSize, RemainingCaptures, DiscSize and MenuLess; without an event ThemeSource,
 // FrameRate and MenuLess. Edits of the lists are recorded and told, and leave the dirty flag as it is. Undo belongs to
-// the process: its members, Clear and loadXML are called by one thread at a time, whichever projects they are of.
+// the process: its members, Clear and loadXML are called by one thread at a time, whichever projects they are of. Other
+// threads may edit, save, create and release projects and their objects meanwhile.
 
 #include "KVProjectData/Enumerations.h"
 #include "KVProjectData/IKVDataFile.h"

@@ -10,8 +10,8 @@ class CKVList final : public CNodeList {
 public:
     explicit CKVList(NodeType type) : CNodeList(type) {}
 
-    /// A list is reached through its owner alone.
-    IUnknown* Identity() override { return nullptr; }
+    /// The project, which it is part of.
+    IUnknown* Identity() override { return Parent()->Identity(); }
 
     void Attributes(AttributeArchive& archive) override { archive.OnlyWrite("NumItems", ChildCount()); }
 };

@@ -451,6 +451,7 @@ HRESULT CKVProjectData::FindByID(LONG ID, IUnknown** ppUnkObj)
 
 HRESULT CKVProjectData::Clear()
 {
+    const DrivingUndo driving;
     return Edit([&](EditScope&) {
         if (m_undo.IsRestoring()) {
             // The document brings all settings that it holds; the others stay, and so does what can be undone.
@@ -519,6 +520,7 @@ CProjectNode* CKVProjectData::CreateItem(NodeType type, CProjectNode& parent)
 
 HRESULT CKVProjectData::loadXML(IXMLDOMNode* pRootNode)
 {
+    const DrivingUndo driving;
     return Edit([&](EditScope&) {
         if (!pRootNode) return KV_E_NO_XML_NODE;
         const HRESULT cleared = Clear();
@@ -624,10 +626,9 @@ HRESULT CKVProjectData::SetSaveThemeMode(LONG mode)
 
 HRESULT CKVProjectData::ResetStaticData()
 {
-    return Read([] {
-        SharedUndoContext().manager.Reset();
-        return S_OK;
-    });
+    const DrivingUndo driving;
+    SharedUndoContext().manager.Reset();
+    return S_OK;
 }
 
 } // namespace kv

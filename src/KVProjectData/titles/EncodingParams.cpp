@@ -2,6 +2,7 @@
 
 #include "KVProjectData/ProjectDataEvents.h"
 #include "KVProjectData/persistence/ValueTexts.h"
+#include "KVProjectData/tree/NodeReference.h"
 
 namespace kv {
 
@@ -23,13 +24,15 @@ void CKVEncodingParams::Attributes(AttributeArchive& archive)
     archive("wideDisplayMode", Enumeration(m_own.wideDisplayMode, kWideDisplayModeNames));
 }
 
-CKVEncodingParams* CKVEncodingParams::ProjectSet() const
+ComPtr<CKVEncodingParams> CKVEncodingParams::ProjectSet() const
 {
+    const SectionLock links(ParentLinks());
     const CProjectNode* owner = Parent();
     const CProjectNode* list = owner ? owner->Parent() : nullptr;
     const CProjectNode* project = list ? list->Parent() : nullptr;
     if (!project || project->Type() != typeProject) return nullptr;
-    return static_cast<CKVEncodingParams*>(project->FindChildByTypeAndName(typeEncParams, {}));
+    auto* set = static_cast<CKVEncodingParams*>(project->FindChildByTypeAndName(typeEncParams, {}));
+    return NodeReference(*set).Hold() ? ComPtr(set) : nullptr;
 }
 
 HRESULT CKVEncodingParams::Put(bool Values::*field, VARIANT_BOOL value, Fires fires)
@@ -87,6 +90,7 @@ HRESULT CKVEncodingParams::put_VideoFormat(VideoFormat newVal)
 
 HRESULT CKVEncodingParams::put_SyncToProject(VARIANT_BOOL newVal)
 {
+    ComPtr<CKVEncodingParams> project;
     return Edit([&](EditScope& edit) {
         const CProjectNode* owner = Parent();
         if (!owner || IsProjectsOwn() || !owner->Parent()) return KV_E_CANNOT_FOLLOW_PROJECT;
@@ -94,7 +98,8 @@ HRESULT CKVEncodingParams::put_SyncToProject(VARIANT_BOOL newVal)
         const bool follow = newVal != VARIANT_FALSE;
         if (m_syncToProject && !follow) {
             // Leaving the project's values changes none of those that are in force.
-            if (CKVEncodingParams* project = ProjectSet()) {
+            project = ProjectSet();
+            if (project) {
                 const SectionLock lock(project->Section());
                 m_own = project->m_own;
             }

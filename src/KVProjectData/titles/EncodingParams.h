@@ -73,16 +73,18 @@ private:
 
     /// The set that the others follow; it follows none.
     bool IsProjectsOwn() const { return Parent() && Parent()->Type() == typeProject; }
-    /// The project's own set above this one; null when the owner stands in no project.
-    CKVEncodingParams* ProjectSet() const;
+    /// The project's own set above this one; empty when the owner stands in no project. A reference that may be the
+    /// project's last: it is dropped outside of the section.
+    ComPtr<CKVEncodingParams> ProjectSet() const;
 
     using CProjectNode::Get;
     /// The value in force: the project's while this set follows it.
     template <class Out, class T>
     HRESULT Get(Out* out, T Values::*field)
     {
+        ComPtr<CKVEncodingParams> project;
         return Read([&] {
-            CKVEncodingParams* project = m_syncToProject ? ProjectSet() : nullptr;
+            if (m_syncToProject) project = ProjectSet();
             return project ? project->Get(out, project->m_own.*field) : Get(out, m_own.*field);
         });
     }

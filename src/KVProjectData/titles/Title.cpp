@@ -5,6 +5,7 @@
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "KVProjectData/tree/EngineCalls.h"
+#include "KVProjectData/tree/NodeReference.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Activation.h"
 #include "platform/system/Locale.h"
@@ -115,12 +116,15 @@ HRESULT CKVTitle::put_VOBSize(double newVal)
 
 HRESULT CKVTitle::GetProject(IKVProjectData** ppProject)
 {
+    ComPtr<IUnknown> held;
     return Read([&] {
         if (!ppProject) return E_POINTER;
         *ppProject = nullptr;
+        // Inside the section the project stays in memory; it may be ending all the same.
         CProjectNode* list = Parent();
         CProjectNode* project = list ? list->Parent() : nullptr;
-        return project ? Query<IKVProjectData>(project->Identity()).CopyTo(ppProject) : S_FALSE;
+        held = project ? NodeReference(*project).Hold() : nullptr;
+        return held ? held->QueryInterface(IKVProjectData::IID, reinterpret_cast<void**>(ppProject)) : S_FALSE;
     });
 }
 

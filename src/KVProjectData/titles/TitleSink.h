@@ -17,14 +17,14 @@ public:
     /// The title ends.
     void Forget()
     {
-        const std::lock_guard links(ParentLinks());
+        const SectionLock links(ParentLinks());
         m_title = nullptr;
     }
 
 protected:
     void ProductionChanged(LONG event, LONG param) override
     {
-        const std::lock_guard links(ParentLinks());
+        const SectionLock links(ParentLinks());
         if (m_title) m_title->FireEvent(EVENT_TitleProductionEvent, m_title->ID(), event, param);
     }
 

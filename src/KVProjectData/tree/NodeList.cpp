@@ -29,7 +29,7 @@ bool CNodeList::RecordChange(ListChange change, CProjectNode& child, LONG index,
 {
     UndoContext& context = SharedUndoContext();
     if (!context.step) return false;
-    const SectionLock lock(context.section);
+    const SectionLock lock(context.recording);
     StateRecorder* const step = context.step;
     if (!step) return false;
     if (major) context.majorChange = true;

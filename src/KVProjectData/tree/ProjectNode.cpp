@@ -25,9 +25,9 @@ ComPtr<IXMLDOMNode> DomNode(IUnknown* object)
 
 } // namespace
 
-std::mutex& ParentLinks()
+CriticalSection& ParentLinks()
 {
-    static std::mutex links;
+    static CriticalSection links;
     return links;
 }
 
@@ -36,12 +36,6 @@ CProjectNode::~CProjectNode()
     if (CProjectNode* parent = Parent()) std::erase(parent->m_children, this);
     for (CProjectNode* child : m_children)
         child->SetParent(nullptr);
-    if (m_recorded) {
-        UndoContext& context = SharedUndoContext();
-        const SectionLock lock(context.section);
-        context.recordedNodes.Forget(*this);
-    }
-    if (m_link) *m_link = nullptr;
 }
 
 HRESULT CProjectNode::LoadXML(IUnknown* node)
@@ -58,13 +52,16 @@ HRESULT CProjectNode::SaveXML(IUnknown* node, ULONG flags)
 
 HRESULT CProjectNode::FireEvent(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c)
 {
-    CProjectNode* parent = Parent();
-    return parent ? parent->FireEvent(event, a, b, c) : KV_E_NO_PARENT;
+    const SectionLock links(ParentLinks());
+    CProjectNode& root = Root();
+    return &root == this ? KV_E_NO_PARENT : root.FireEvent(event, a, b, c);
 }
 
 void CProjectNode::SetModified(bool major)
 {
-    if (CProjectNode* parent = Parent()) parent->SetModified(major);
+    const SectionLock links(ParentLinks());
+    CProjectNode& root = Root();
+    if (&root != this) root.SetModified(major);
 }
 
 std::string_view CProjectNode::GetName(ULONG) const
@@ -154,9 +151,9 @@ CProjectNode* CProjectNode::RemoveChildAt(LONG index)
 
 void CProjectNode::SetParent(CProjectNode* parent)
 {
-    // What is on its way up, inside this section or by the links alone, still finds the parent that it started for.
+    // What is on its way up still finds the parent that it started for.
     const SectionLock lock(m_section);
-    const std::lock_guard links(ParentLinks());
+    const SectionLock links(ParentLinks());
     m_parent.store(parent, std::memory_order_release);
 }
 
@@ -255,15 +252,14 @@ bool CProjectNode::Record(bool major, Keep&& keep)
 {
     SetModified(major);
     UndoContext& context = SharedUndoContext();
-    if (m_recorded || !context.step) return false;
-    const SectionLock lock(context.section);
+    if (!context.step || m_recordedIn == context.stepNumber) return false;
+    const SectionLock lock(context.recording);
     StateRecorder* const step = context.step;
     if (!step || !context.recordingEnabled) return false;
 
-    const bool kept = keep(*step);
-    context.recordedNodes.Add(*this);
-    m_recorded = true;
     if (major) context.majorChange = true;
+    const bool kept = keep(*step);
+    m_recordedIn = context.stepNumber.load();
     return kept;
 }
 
@@ -277,18 +273,12 @@ bool CProjectNode::RecordCommandListState(CKVCommandList& commandList)
     return Record(false, [&](StateRecorder& step) { return step.KeepCommands(commandList); });
 }
 
-const NodeLink& CProjectNode::Link()
-{
-    if (!m_link) m_link = std::make_shared<CProjectNode*>(this);
-    return m_link;
-}
-
-CProjectNode* CProjectNode::Project()
+CProjectNode& CProjectNode::Root()
 {
     CProjectNode* root = this;
     while (CProjectNode* parent = root->Parent())
         root = parent;
-    return root->m_type == typeProject ? root : nullptr;
+    return *root;
 }
 
 } // namespace kv

@@ -8,8 +8,6 @@
 #include "platform/xml/Dom.h"
 
 #include <atomic>
-#include <memory>
-#include <mutex>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -28,14 +26,10 @@ struct Fires {
 
 class AttributeArchive;
 class CKVCommandList;
-class CProjectNode;
 
-/// Leads to a node as long as it lives; null afterwards.
-using NodeLink = std::shared_ptr<CProjectNode*>;
-
-/// Held while a parent link changes. Whoever holds it may climb the tree without any section, as an engine's thread has
-/// to; nothing but the event queue is locked meanwhile.
-std::mutex& ParentLinks();
+/// Held while a parent link changes, after the node's section. Whoever climbs the tree holds it: what is above may be
+/// released by others. Nothing but the event queue is locked meanwhile.
+CriticalSection& ParentLinks();
 
 /// A node does not own its children: whoever adds one keeps it alive (CNodeList does so by reference).
 /// Every public operation of a node's interface runs inside the node's section; operations that reach into
@@ -113,11 +107,6 @@ public:
     bool RecordState(bool major);
     /// The same with the commands of a list as the state.
     bool RecordCommandListState(CKVCommandList& commandList);
-    void ClearRecorded() { m_recorded = false; }
-
-    const NodeLink& Link();
-    /// The project that the node is part of; null for a detached one.
-    CProjectNode* Project();
 
 protected:
     explicit CProjectNode(NodeType type) : m_type(type) {}
@@ -209,6 +198,8 @@ private:
     static void After(EditScope& edit, Fires fires) { edit.Changed(fires.propId); }
 
     void SetParent(CProjectNode* parent);
+    /// The top of the tree, the node itself without a parent.
+    CProjectNode& Root();
     template <class Keep>
     bool Record(bool major, Keep&& keep);
 
@@ -218,9 +209,9 @@ private:
     std::vector<CProjectNode*> m_children;
     /// Changed inside the section, with the links held; read by whoever comes up from below.
     std::atomic<CProjectNode*> m_parent{nullptr};
-    std::atomic<bool> m_recorded{false};
+    /// The number of the last step that keeps this node's state.
+    std::atomic<ULONG> m_recordedIn{0};
     LONG m_lockCount = 0;
-    NodeLink m_link;
 };
 
 } // namespace kv

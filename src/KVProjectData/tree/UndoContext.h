@@ -1,7 +1,7 @@
 #pragma once
 // What all projects of the process share for undo.
 
-#include "KVProjectData/tree/NodeLists.h"
+#include "KVProjectData/tree/AttachList.h"
 #include "platform/com/ComPtr.h"
 #include "platform/undo/OleUndo.h"
 
@@ -38,30 +38,60 @@ protected:
     ~KeptObjects() = default;
 };
 
-/// Steps are opened and closed, undone and redone by one thread at a time. Edits of other threads may be recorded in
-/// the open step meanwhile; recording, and the end of it, run inside the section.
+/// Edits of any thread are recorded in the open step; recording, and the end of it, run inside `recording`, in which no
+/// other section is entered and no object ends.
 struct UndoContext {
-    CriticalSection section;
+    /// Entered by DrivingUndo alone, and before any node's section.
+    CriticalSection driving;
+    /// How often the thread that drives has entered, and what it used meanwhile.
+    int drivers = 0;
+    std::vector<ComPtr<IUnknown>> used;
+    CriticalSection recording;
     /// Made by the first project.
     ComPtr<IOleUndoManager> manager;
     /// The project that has a step open, from its begin to its end; not counted.
     const CProjectNode* owner = nullptr;
     /// The open step; null without one, and once a snapshot has closed it early.
     std::atomic<StateRecorder*> step{nullptr};
+    /// Of the step opened last; a node whose state it keeps bears the number.
+    std::atomic<ULONG> stepNumber{0};
     /// Off while an operation runs that records for itself.
     bool recordingEnabled = true;
     /// A change of the storyboards belongs to the open step.
     std::atomic<bool> majorChange{false};
-    /// The project that a snapshot is being restored in, and what the snapshot kept; null at all other times. Used
-    /// inside the section.
+    /// The project that a snapshot is being restored in, and what the snapshot kept; null at all other times.
     const CProjectNode* restored = nullptr;
     KeptObjects* kept = nullptr;
-    /// Nodes whose state the open step keeps.
-    CLockNodeList recordedNodes;
     /// Nodes that bind their effects anew after a storyboard's undo.
     CAttachList attachNodes;
 };
 
 UndoContext& SharedUndoContext();
+
+/// For as long as a thread opens, ends, runs or discards steps, or takes a project's out. Declared before any section
+/// is entered.
+class DrivingUndo {
+public:
+    DrivingUndo()
+    {
+        m_context.driving.Enter();
+        ++m_context.drivers;
+    }
+    DrivingUndo(const DrivingUndo&) = delete;
+    DrivingUndo& operator=(const DrivingUndo&) = delete;
+    ~DrivingUndo()
+    {
+        // A project that ends with its last reference waits for its worker, which may wait for a section.
+        std::vector<ComPtr<IUnknown>> used;
+        if (--m_context.drivers == 0) used.swap(m_context.used);
+        m_context.driving.Leave();
+    }
+
+    /// Keeps an object until all sections are left.
+    void Keep(ComPtr<IUnknown> object) { m_context.used.push_back(std::move(object)); }
+
+private:
+    UndoContext& m_context = SharedUndoContext();
+};
 
 } // namespace kv

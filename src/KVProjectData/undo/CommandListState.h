@@ -17,13 +17,13 @@ protected:
 
 private:
     /// Nothing happens to a list that is locked.
-    HRESULT Exchange() override
+    HRESULT Exchange(DrivingUndo& driving) override
     {
-        auto* list = static_cast<CKVCommandList*>(m_list.Find());
+        CKVCommandList* list = m_list.Find(driving);
         return list ? list->ExchangeCommands(m_commands) : S_FALSE;
     }
 
-    const RecordedNode m_list;
+    const RecordedNode<CKVCommandList> m_list;
     CKVCommandList::Commands m_commands;
 };
 

@@ -21,14 +21,15 @@ CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& chi
     }
 }
 
-HRESULT CKVListState::Exchange()
+HRESULT CKVListState::Exchange(DrivingUndo& driving)
 {
-    auto* list = static_cast<CNodeList*>(m_list.Find());
-    CProjectNode* child = m_child.Find();
-    // Edits that were not recorded may have taken the child out, or brought it back already.
-    if (!list || !child || child->Parent() != (m_turn == Turn::Reinsert ? nullptr : list)) return S_FALSE;
+    CNodeList* list = m_list.Find(driving);
+    CProjectNode* child = m_child.Find(driving);
+    if (!list || !child) return S_FALSE;
     // A list is the owner's, and works inside the owner's section.
     const SectionLock lock(list->Parent() ? list->Parent()->Section() : list->Section());
+    // Edits that were not recorded may have taken the child out, or brought it back already.
+    if (child->Parent() != (m_turn == Turn::Reinsert ? nullptr : list)) return S_FALSE;
     switch (m_turn) {
     case Turn::Reinsert:
         return Reinsert(*list, *child);

@@ -18,13 +18,13 @@ private:
     /// What the record does in its next turn.
     enum class Turn : ULONG { Reinsert = 0, Remove = 1, Move = 2 };
 
-    HRESULT Exchange() override;
+    HRESULT Exchange(DrivingUndo& driving) override;
     HRESULT Reinsert(CNodeList& list, CProjectNode& child);
     HRESULT Remove(CNodeList& list, CProjectNode& child);
     HRESULT Move(CNodeList& list, CProjectNode& child);
 
-    const RecordedNode m_list;
-    const RecordedNode m_child;
+    const RecordedNode<CNodeList> m_list;
+    const RecordedNode<> m_child;
     Turn m_turn;
     LONG m_index;
     /// The child to insert again; empty while it is in the list.

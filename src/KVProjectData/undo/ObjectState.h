@@ -15,16 +15,16 @@ protected:
     Bstr Description() const override { return m_node.Description(); }
 
 private:
-    HRESULT Exchange() override
+    HRESULT Exchange(DrivingUndo& driving) override
     {
-        CProjectNode* node = m_node.Find();
+        CProjectNode* node = m_node.Find(driving);
         if (!node) return S_FALSE;
         const SectionLock lock(node->Section());
         node->ExchangeRecord(m_record);
         return S_OK;
     }
 
-    const RecordedNode m_node;
+    const RecordedNode<> m_node;
     RecordedValues m_record;
 };
 

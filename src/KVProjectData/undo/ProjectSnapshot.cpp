@@ -23,7 +23,7 @@ private:
     static void Set(const CProjectNode* project, KeptObjects* kept)
     {
         UndoContext& context = SharedUndoContext();
-        const SectionLock lock(context.section);
+        const SectionLock lock(context.recording);
         context.restored = project;
         context.kept = kept;
     }
@@ -78,9 +78,9 @@ CKVProjectSnapshot::CKVProjectSnapshot(CProjectNode& project) : m_project(projec
     m_image = std::make_unique<ProjectImage>(project, *m_files);
 }
 
-HRESULT CKVProjectSnapshot::Exchange()
+HRESULT CKVProjectSnapshot::Exchange(DrivingUndo& driving)
 {
-    CProjectNode* project = m_project.Find();
+    CProjectNode* project = m_project.Find(driving);
     if (!project || !m_image) return S_FALSE;
     m_restored = Guarded([&] { return Restore(*project); });
     return m_restored;

@@ -53,10 +53,10 @@ protected:
     Bstr Description() const override { return Bstr(u"Project Snapshot"); }
 
 private:
-    HRESULT Exchange() override;
+    HRESULT Exchange(DrivingUndo& driving) override;
     HRESULT Restore(CProjectNode& project);
 
-    const RecordedNode m_project;
+    const RecordedNode<> m_project;
     ComPtr<IKVFileService> m_files;
     /// Empty where the project could not be saved when it was restored: there is no way back then.
     std::unique_ptr<ProjectImage> m_image;

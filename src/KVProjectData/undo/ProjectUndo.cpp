@@ -7,6 +7,7 @@ namespace kv {
 
 void ProjectUndo::Initialise()
 {
+    const DrivingUndo driving;
     ComPtr<IOleUndoManager>& shared = SharedUndoContext().manager;
     if (!shared) {
         ComPtr<IUnknown> manager;
@@ -18,6 +19,7 @@ void ProjectUndo::Initialise()
 
 void ProjectUndo::Terminate()
 {
+    const DrivingUndo driving;
     StopRecording();
     if (m_step) m_step->Abandon();
     Release();
@@ -33,12 +35,13 @@ HRESULT ProjectUndo::Begin(BSTR description)
 {
     return Guarded([&] {
         if (!m_manager) return KV_E_NO_UNDO_MANAGER;
+        const DrivingUndo driving;
         UndoContext& context = SharedUndoContext();
         const SectionLock projectLock(m_project.Section());
         if (context.owner) return KV_E_UNDO_STEP_OPEN;
         context.majorChange = false;
         context.attachNodes.Restart();
-        context.recordedNodes.Restart();
+        ++context.stepNumber;
         auto unit = Make<ProjectStep>(m_project);
         unit->SetDescription(Bstr::CopyOf(description));
         const HRESULT opened = m_manager->Open(unit.Get());
@@ -55,6 +58,7 @@ HRESULT ProjectUndo::Begin(BSTR description)
 HRESULT ProjectUndo::TakeSnapshot(BSTR description)
 {
     return Guarded([&] {
+        const DrivingUndo driving;
         const SectionLock projectLock(m_project.Section());
         const HRESULT begun = Begin(description);
         if (FAILED(begun)) return begun;
@@ -94,6 +98,7 @@ HRESULT ProjectUndo::CancelSnapshot()
 HRESULT ProjectUndo::End(bool commit)
 {
     return Guarded([&] {
+        const DrivingUndo driving;
         {
             const SectionLock projectLock(m_project.Section());
             if (m_step) {
@@ -121,10 +126,8 @@ void ProjectUndo::StopRecording()
 {
     UndoContext& context = SharedUndoContext();
     if (context.owner != &m_project) return;
-    const SectionLock lock(context.section);
+    const SectionLock lock(context.recording);
     context.step.store(nullptr, std::memory_order_release);
-    context.recordedNodes.Run();
-    context.recordedNodes.Restart();
 }
 
 void ProjectUndo::Release()
@@ -137,6 +140,7 @@ void ProjectUndo::Release()
 HRESULT ProjectUndo::BeginStoryboard(IUnknown* storyboard)
 {
     return Guarded([&] {
+        const DrivingUndo driving;
         const SectionLock projectLock(m_project.Section());
         if (!m_step) return S_FALSE;
         auto data = Query<IZXEProductionData>(storyboard);
@@ -161,6 +165,7 @@ void ProjectUndo::CloseStoryboards(bool commit)
 HRESULT ProjectUndo::Undo()
 {
     if (!m_manager) return S_FALSE;
+    const DrivingUndo driving;
     const SectionLock projectLock(m_project.Section());
     return m_manager->UndoTo(nullptr);
 }
@@ -168,6 +173,7 @@ HRESULT ProjectUndo::Undo()
 HRESULT ProjectUndo::Redo()
 {
     if (!m_manager) return S_FALSE;
+    const DrivingUndo driving;
     const SectionLock projectLock(m_project.Section());
     return m_manager->RedoTo(nullptr);
 }
@@ -185,7 +191,7 @@ HRESULT ProjectUndo::Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)
     if (!can) return S_FALSE;
     *can = VARIANT_FALSE;
     if (!m_manager) return E_POINTER;
-    const SectionLock projectLock(m_project.Section());
+    const DrivingUndo driving;
     Bstr description;
     if ((m_manager.Get()->*describe)(description.Put()) == S_OK) *can = VARIANT_TRUE;
     return S_OK;

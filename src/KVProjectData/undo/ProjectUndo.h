@@ -53,7 +53,7 @@ private:
     KeptObjects* Kept() const
     {
         UndoContext& context = SharedUndoContext();
-        const SectionLock lock(context.section);
+        const SectionLock lock(context.recording);
         return context.restored == &m_project ? context.kept : nullptr;
     }
     HRESULT Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*));

@@ -1,6 +1,7 @@
 #pragma once
 // What the records of a node's state have in common.
 
+#include "KVProjectData/tree/UndoContext.h"
 #include "KVProjectData/undo/UndoUnit.h"
 
 namespace kv {
@@ -15,7 +16,8 @@ public:
         if (m_passOver) {
             m_passOver = false;
         } else {
-            const HRESULT exchanged = Guarded([this] { return Exchange(); });
+            DrivingUndo driving;
+            const HRESULT exchanged = Guarded([&] { return Exchange(driving); });
             m_passOver = exchanged != S_OK;
             if (FAILED(exchanged)) return exchanged;
         }
@@ -24,7 +26,7 @@ public:
 
 protected:
     /// S_FALSE when there is nothing to exchange with. A failure has changed nothing.
-    virtual HRESULT Exchange() = 0;
+    virtual HRESULT Exchange(DrivingUndo& driving) = 0;
 
 private:
     bool m_passOver = false;

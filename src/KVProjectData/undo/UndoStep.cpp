@@ -32,26 +32,27 @@ void UndoStep::Abandon()
     m_manager.Close(m_unit.Get(), false);
 }
 
-bool UndoStep::Keep(const ComPtr<IOleUndoUnit>& record)
+template <class Record, class... Arguments>
+bool UndoStep::Keep(Arguments&&... arguments)
 {
-    const HRESULT added = Add(record);
+    const HRESULT added = Guarded([&] { return Add(Make<Record>(arguments...)); });
     if (added == E_OUTOFMEMORY) throw Error(added);
     return added == S_OK;
 }
 
 bool UndoStep::KeepState(CProjectNode& node)
 {
-    return Keep(Make<CKVObjectState>(node));
+    return Keep<CKVObjectState>(node);
 }
 
 bool UndoStep::KeepCommands(CKVCommandList& commandList)
 {
-    return Keep(Make<CKVCmdListState>(commandList));
+    return Keep<CKVCmdListState>(commandList);
 }
 
 bool UndoStep::KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
 {
-    return Keep(Make<CKVListState>(list, change, child, index));
+    return Keep<CKVListState>(list, change, child, index);
 }
 
 } // namespace kv

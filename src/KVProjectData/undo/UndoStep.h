@@ -32,7 +32,7 @@ public:
     /// Adds a unit that is complete.
     HRESULT Add(const ComPtr<IOleUndoUnit>& unit)
     {
-        const SectionLock lock(SharedUndoContext().section);
+        const SectionLock lock(SharedUndoContext().recording);
         return m_manager.Add(unit.Get());
     }
 
@@ -50,7 +50,8 @@ private:
     CKVSbdProxy& Storyboards();
 
     /// An edit goes on where the step takes no records; for lack of memory it must not: throws Error.
-    bool Keep(const ComPtr<IOleUndoUnit>& record);
+    template <class Record, class... Arguments>
+    bool Keep(Arguments&&... arguments);
     bool KeepState(CProjectNode& node) override;
     bool KeepCommands(CKVCommandList& commandList) override;
     bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) override;

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <concepts>
+#include <mutex>
 #include <type_traits>
 
 namespace kv {
@@ -20,6 +21,116 @@ public:
     ModuleLock(const ModuleLock&) = delete;
     ModuleLock& operator=(const ModuleLock&) = delete;
     ~ModuleLock() { --g_moduleLocks; }
+};
+
+/// The count of an object's references, and the way to the object for those who do not keep it alive.
+class CountedUnknown : public IWeakReferenceSource {
+public:
+    CountedUnknown() = default;
+    CountedUnknown(const CountedUnknown&) = delete;
+    CountedUnknown& operator=(const CountedUnknown&) = delete;
+
+    ULONG AddRef() final { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
+
+    bool AddRefIfAlive()
+    {
+        ULONG count = m_count.load(std::memory_order_relaxed);
+        while (count != 0 && count < kWindingDown) {
+            if (m_count.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+        }
+        return false;
+    }
+
+    ULONG Release() final
+    {
+        const ULONG left = m_count.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        if (left == 0) {
+            // References taken and dropped while the object winds down must not end it twice.
+            m_count.store(kWindingDown, std::memory_order_relaxed);
+            End();
+        }
+        return left;
+    }
+
+    HRESULT GetWeakReference(IWeakReference** reference) final
+    {
+        if (!reference) return E_POINTER;
+        *reference = nullptr;
+        return Guarded([&] {
+            WeakReference* weak = m_weak.load(std::memory_order_acquire);
+            if (!weak) {
+                auto made = ComPtr<WeakReference>::Attach(new WeakReference(*this));
+                // Another thread may have been faster.
+                if (m_weak.compare_exchange_strong(weak, made.Get(), std::memory_order_acq_rel)) weak = made.Detach();
+            }
+            return ComPtr<IWeakReference>(weak).CopyTo(reference);
+        });
+    }
+
+protected:
+    ~CountedUnknown()
+    {
+        if (WeakReference* weak = m_weak.load(std::memory_order_acquire)) {
+            weak->Forget();
+            weak->Release();
+        }
+    }
+
+    /// The last reference is gone.
+    virtual void End() = 0;
+
+private:
+    /// Outlives the object. One serves all that refer to it.
+    class WeakReference final : public IWeakReference {
+    public:
+        explicit WeakReference(CountedUnknown& object) : m_object(&object) {}
+
+        HRESULT QueryInterface(REFIID iid, void** out) override
+        {
+            if (!out) return E_POINTER;
+            const bool isOurs = iid == IUnknown::IID || iid == IWeakReference::IID;
+            *out = isOurs ? ComPtr<IWeakReference>(this).Detach() : nullptr;
+            return isOurs ? S_OK : E_NOINTERFACE;
+        }
+        ULONG AddRef() override { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
+        ULONG Release() override
+        {
+            const ULONG left = m_count.fetch_sub(1, std::memory_order_acq_rel) - 1;
+            if (left == 0) delete this;
+            return left;
+        }
+
+        HRESULT Resolve(REFIID iid, void** out) override
+        {
+            if (!out) return E_POINTER;
+            *out = nullptr;
+            ComPtr<IUnknown> object;
+            {
+                // What does not live any more stays in memory until the section is left.
+                const std::lock_guard lock(m_section);
+                if (m_object && m_object->AddRefIfAlive()) object = ComPtr<IUnknown>::Attach(m_object);
+            }
+            return object ? object->QueryInterface(iid, out) : S_OK;
+        }
+
+        void Forget()
+        {
+            const std::lock_guard lock(m_section);
+            m_object = nullptr;
+        }
+
+    private:
+        const ModuleLock m_module;
+        std::atomic<ULONG> m_count{1};
+        std::mutex m_section;
+        CountedUnknown* m_object;
+    };
+
+    static constexpr ULONG kWindingDown = 0x40000000;
+
+    std::atomic<ULONG> m_count{1};
+    /// Made for the first who asks.
+    std::atomic<WeakReference*> m_weak{nullptr};
 };
 
 /// A component object that answers for `Interfaces` and the interfaces they extend.
@@ -67,7 +178,7 @@ protected:
     virtual void Destroy() { delete this; }
 
 private:
-    class InnerUnknown final : public IUnknown {
+    class InnerUnknown final : public CountedUnknown {
     public:
         explicit InnerUnknown(Object& owner) : m_owner(owner) {}
 
@@ -75,40 +186,20 @@ private:
         {
             if (!out) return E_POINTER;
             *out = nullptr;
-            if (iid != IUnknown::IID) return m_owner.FindInterface(iid, out);
+            if (iid != IUnknown::IID && iid != IWeakReferenceSource::IID) return m_owner.FindInterface(iid, out);
             AddRef();
-            *out = static_cast<IUnknown*>(this);
+            *out = static_cast<IWeakReferenceSource*>(this);
             return S_OK;
         }
 
-        ULONG AddRef() override { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
-
-        bool AddRefIfAlive()
-        {
-            ULONG count = m_count.load(std::memory_order_relaxed);
-            while (count != 0 && count < kWindingDown) {
-                if (m_count.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
-            }
-            return false;
-        }
-
-        ULONG Release() override
-        {
-            const ULONG left = m_count.fetch_sub(1, std::memory_order_acq_rel) - 1;
-            if (left == 0) {
-                // References taken and dropped while the object winds down must not end it twice.
-                m_count.store(kWindingDown, std::memory_order_relaxed);
-                m_owner.FinalRelease();
-                m_owner.Destroy();
-            }
-            return left;
-        }
-
     private:
-        static constexpr ULONG kWindingDown = 0x40000000;
+        void End() override
+        {
+            m_owner.FinalRelease();
+            m_owner.Destroy();
+        }
 
         Object& m_owner;
-        std::atomic<ULONG> m_count{1};
     };
 
     template <class Interface, class Start>

@@ -24,6 +24,23 @@ struct IClassFactory : IUnknown {
     virtual HRESULT LockServer(BOOL lock) = 0;
 };
 
+/// Leads to an object as long as it lives, and does not keep it alive.
+struct IWeakReference : IUnknown {
+    static constexpr GUID IID = "00000037-0000-0000-c000-000000000046"_guid;
+    using Base = IUnknown;
+
+    /// A counted reference to the object, from any thread; S_OK with null once its last reference is gone.
+    virtual HRESULT Resolve(REFIID iid, void** object) = 0;
+};
+
+/// Every object answers for it.
+struct IWeakReferenceSource : IUnknown {
+    static constexpr GUID IID = "00000038-0000-0000-c000-000000000046"_guid;
+    using Base = IUnknown;
+
+    virtual HRESULT GetWeakReference(IWeakReference** reference) = 0;
+};
+
 struct IConnectionPointContainer;
 struct IEnumConnections;
 struct IEnumConnectionPoints;

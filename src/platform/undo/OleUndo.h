@@ -98,6 +98,6 @@ struct IUndoUnitRemoval : IUnknown {
 
     /// E_INVALIDARG for a unit on neither stack, E_UNEXPECTED while an undo or redo runs.
     virtual HRESULT RemoveUnit(IOleUndoUnit* unit) = 0;
-    /// All that belong to an owner that ends. E_UNEXPECTED while an undo or redo runs.
+    /// All that belong to an owner that ends; at its end while an undo or redo runs.
     virtual HRESULT RemoveUnitsOf(const void* owner) = 0;
 };

@@ -127,7 +127,12 @@ HRESULT UndoManager::RemoveUnit(IOleUndoUnit* unit)
 
 HRESULT UndoManager::RemoveUnitsOf(const void* owner)
 {
-    if (m_state != State::Recording) return E_UNEXPECTED;
+    if (m_state != State::Recording) {
+        return Guarded([&] {
+            m_ended.push_back(owner);
+            return S_OK;
+        });
+    }
     const auto stays = [owner](const ComPtr<IOleUndoUnit>& unit) {
         const auto owned = Query<IOwnedUndoUnit>(unit);
         return !owned || owned->BelongsTo(owner) != S_OK;
@@ -174,6 +179,8 @@ HRESULT UndoManager::RunTo(IOleUndoUnit* unit, State state)
         UnitStack().swap(m_undo);
         UnitStack().swap(m_redo);
     }
+    for (const void* owner : std::exchange(m_ended, {}))
+        RemoveUnitsOf(owner);
     return result;
 }
 

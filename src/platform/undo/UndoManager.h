@@ -42,6 +42,8 @@ private:
     ComPtr<IOleParentUndoUnit> m_open;
     UnitStack m_undo;
     UnitStack m_redo;
+    /// Those whose units are to be removed when the run is over.
+    std::vector<const void*> m_ended;
 };
 
 } // namespace kv

@@ -13,7 +13,7 @@ constexpr LONG kRounds = 200;
 
 /// Runs both at once until each has made enough rounds; the first goes on during the last act.
 template <class Meanwhile, class Round, class Last>
-void Together(Meanwhile&& meanwhile, Round&& round, Last&& last)
+void Together(Meanwhile&& meanwhile, Round&& round, Last&& last, LONG rounds = kRounds)
 {
     std::atomic<bool> done{false};
     std::atomic<LONG> others{0};
@@ -21,7 +21,7 @@ void Together(Meanwhile&& meanwhile, Round&& round, Last&& last)
         for (; !done; ++others)
             meanwhile();
     });
-    for (LONG i = 0; i < kRounds || others < kRounds; ++i)
+    for (LONG i = 0; i < rounds || others < rounds; ++i)
         round(i);
     last();
     done = true;
@@ -110,6 +110,57 @@ TEST_F(ThreadsTest, OneThreadsEditsAreRecordedInTheStepOfAnother)
                  project->UndoOperation();
              },
              NoLastAct);
+}
+
+TEST_F(ThreadsTest, ObjectsThatAStepRecordedComeAndGoElsewhere)
+{
+    const auto other = NewProject();
+    Together(
+        [&] {
+            ComPtr<IKVTitle> added;
+            ComPtr<IKVDataFile> file;
+            DiscCommandParams command{StopPlayback, 0, 0, nullptr};
+            other->AddTitle(1, added.Put());
+            other->AddDataFile(1, file.Put());
+            added->put_Label(Str(u"x").Get());
+            file->put_Tag(1);
+            Query<IKVEncodingParams>(added)->put_AudioChannels(6);
+            Query<IKVCommandList>(added)->SetCommandList(1, &command);
+            other->RemoveTitle(ValueOf(*added.Get(), &IKVTitle::get_ID), nullptr);
+            other->RemoveDataFile(1, nullptr);
+            // What an undo has put back by now does not pile up.
+            other->RemoveDataFile(1, nullptr);
+            if (SUCCEEDED(other->GetTitle(1, added.Put())))
+                other->RemoveTitle(ValueOf(*added.Get(), &IKVTitle::get_ID), nullptr);
+        },
+        [&](LONG round) {
+            project->BeginUndo(nullptr);
+            title->put_Label(Str(u"x").Get());
+            project->EndUndo(round % 3 ? VARIANT_TRUE : VARIANT_FALSE);
+            project->UndoOperation();
+            project->RedoOperation();
+        },
+        NoLastAct);
+}
+
+TEST_F(ThreadsTest, ProjectsThatAStepRecordedEndElsewhere)
+{
+    Together(
+        [&] {
+            const auto other = NewProject();
+            ComPtr<IKVTitle> added;
+            other->put_Label(Str(u"x").Get());
+            other->AddTitle(1, added.Put());
+            added->put_Label(Str(u"x").Get());
+        },
+        [&](LONG round) {
+            project->BeginUndo(nullptr);
+            title->put_Label(Str(u"x").Get());
+            project->EndUndo(round % 3 ? VARIANT_TRUE : VARIANT_FALSE);
+            project->UndoOperation();
+            project->RedoOperation();
+        },
+        NoLastAct, 50);
 }
 
 } // namespace

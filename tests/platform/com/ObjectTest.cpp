@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 namespace {
 
 using kv::ComPtr;
@@ -89,6 +92,48 @@ TEST_F(ObjectTest, AnAggregateHasOneIdentity)
     }
     // A reference to the inner object's interface keeps the whole aggregate.
     EXPECT_EQ(kv::g_moduleLocks, 2);
+}
+
+TEST_F(ObjectTest, AWeakReferenceLeadsToTheObjectAsLongAsItLives)
+{
+    ComPtr<Outer> object = kv::Make<Outer>();
+    ComPtr<IWeakReference> weak;
+    ComPtr<IWeakReference> same;
+    EXPECT_EQ(kv::Query<IWeakReferenceSource>(kv::Query<IOther>(object))->GetWeakReference(weak.Put()), S_OK);
+    EXPECT_EQ(kv::Query<IWeakReferenceSource>(object)->GetWeakReference(same.Put()), S_OK);
+    EXPECT_EQ(weak, same) << "of the aggregate as a whole";
+    ComPtr<IOther> other;
+    EXPECT_EQ(weak->Resolve(IOther::IID, other.PutVoid()), S_OK);
+    EXPECT_EQ(weak->Resolve(IWeakReference::IID, same.PutVoid()), E_NOINTERFACE);
+    object.Reset();
+    EXPECT_EQ(other->Other(), 3) << "a found object is held";
+    other.Reset();
+    EXPECT_EQ(weak->Resolve(IOther::IID, other.PutVoid()), S_OK);
+    EXPECT_FALSE(other);
+}
+
+TEST_F(ObjectTest, AnObjectEndsOnceWhileItIsLookedFor)
+{
+    for (int round = 0; round < 500; ++round) {
+        ComPtr<Outer> object = kv::Make<Outer>();
+        const auto source = kv::Query<IWeakReferenceSource>(object).Get();
+        std::atomic<int> ready{0};
+        std::thread seeker([&, kept = object]() mutable {
+            ComPtr<IWeakReference> weak;
+            source->GetWeakReference(weak.Put());
+            ++ready;
+            kept.Reset();
+            ComPtr<IOther> found;
+            do {
+                EXPECT_EQ(weak->Resolve(IOther::IID, found.PutVoid()), S_OK);
+                EXPECT_EQ(found ? found->Other() : 3, 3);
+            } while (found);
+        });
+        while (ready == 0) {
+        }
+        object.Reset();
+        seeker.join();
+    }
 }
 
 TEST_F(ObjectTest, AConstructorThatThrowsLeavesNothingCounted)
