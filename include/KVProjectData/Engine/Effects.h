@@ -3,7 +3,8 @@
 //
 // Times are seconds of the production. Strings handed out are the caller's to free, objects handed out carry a
 // reference of the caller's. A null out-pointer is E_POINTER; an out-pointer is set to null or 0 even when the call
-// fails. Reading works at any time; every edit is ZXE_E_NOT_OPEN while the production is not in use, or gone.
+// fails. Reading works at any time; every edit is ZXE_E_NOT_OPEN while the production is not in use, or gone, and
+// of an object that was deleted. An edit makes a production modified.
 
 #include "platform/automation/Bstr.h"
 #include "platform/com/Unknown.h"
@@ -59,9 +60,10 @@ struct IEffectInfo : IUnknown {
     /// it, changes the copy and sets that. A copy of a document knows nothing of its original.
     virtual HRESULT GetParameterDocument(IXMLDOMNode** ppDocument) = 0;
 
-    /// Keeps the document itself, which must not be changed from now on, in the place of the live one. `bRefresh` tells
-    /// whether pictures that were made before are stale. E_POINTER for null, E_INVALIDARG for anything but an element
-    /// or a document with one, and for more levels of elements than a saved production has room for.
+    /// Keeps the document itself, which must not be changed from now on, in the place of the live one. `bRefresh` is
+    /// for engines that keep pictures: this one draws them when it is asked. E_POINTER for null, E_INVALIDARG for
+    /// anything but an element or a document with one, and for more levels of elements than a saved production has room
+    /// for.
     virtual HRESULT SetParameterDocument(IXMLDOMNode* pDocument, VARIANT_BOOL bRefresh) = 0;
 };
 

@@ -11,8 +11,8 @@ struct IZXEProductionFrames : IUnknown {
     using Base = IUnknown;
 
     /// The picture at a time; past the end of the production that of its end. Of a width and a height of which one is
-    /// 0, that one follows from the production's aspect ratio. Where nothing is shown it is transparent; a source that
-    /// cannot be read shows nothing.
+    /// 0, that one follows from the production's aspect ratio. Panels stand on black; without panels the ground is
+    /// transparent. A source that cannot be read shows nothing.
     ///
     /// The array holds bytes, lower bound 0, `*pulHeight` rows of `*pulStride` bytes, the top row first; a pixel is
     /// four of them: blue, green, red, alpha, the colours multiplied by alpha. The caller frees it.

@@ -3,7 +3,7 @@
 //
 // Times are seconds of the source. Strings handed out are the caller's to free, objects handed out carry a reference of
 // the caller's. A null out-pointer is E_POINTER; an out-pointer is set to null or 0 even when the call fails. Every
-// edit is ZXE_E_NOT_OPEN while the production is not in use, or gone.
+// edit is ZXE_E_NOT_OPEN while the production is not in use, or gone, and of an object that was deleted.
 
 #include "platform/automation/Bstr.h"
 #include "platform/com/Unknown.h"

@@ -1,63 +1,69 @@
 #include "engine/storyboard/Panel.h"
 
+#include "engine/storyboard/Storyboard.h"
+
 #include <algorithm>
 
 namespace kv {
-namespace {
 
-HRESULT Give(double value, double* out)
+CPanel::CPanel(std::shared_ptr<Storyboard> board, LONG id, ItemState state, Leftovers rest)
 {
-    if (!out) return E_POINTER;
-    *out = value;
-    return S_OK;
+    Start(std::move(board), id, std::move(state), std::move(rest));
 }
 
-} // namespace
-
-CPanel::CPanel(std::u16string_view source, double inPoint, double outPoint, MediaProperties media)
-    : m_source(source), m_inPoint(inPoint), m_outPoint(outPoint), m_media(std::move(media))
+HRESULT CPanel::get_Duration(double* pdSeconds)
 {
+    return Give(Plays(State()), pdSeconds);
 }
 
-HRESULT CPanel::get_FileName(BSTR* pbstrFileName)
+HRESULT CPanel::put_Duration(double dSeconds)
 {
-    if (!pbstrFileName) return E_POINTER;
-    *pbstrFileName = nullptr;
-    return Guarded([&] {
-        *pbstrFileName = Bstr::Copy(m_source.Get());
+    if (!IsAmount(dSeconds) || dSeconds == 0.0) return E_INVALIDARG;
+    if (State().clip.source->Facts().length > 0.0) return E_NOTIMPL;
+    return Edit([=](ItemState& state) {
+        state.clip.outPoint = state.clip.inPoint + dSeconds;
         return S_OK;
     });
 }
 
-HRESULT CPanel::get_InPoint(double* pdSeconds)
+double CPanel::Plays(const ItemState& state) const
 {
-    return Give(m_inPoint, pdSeconds);
+    return std::max(EndOf(state.clip) - state.clip.inPoint, 0.0);
 }
 
-HRESULT CPanel::get_OutPoint(double* pdSeconds)
+Span CPanel::Time() const
 {
-    return Give(OutPoint(), pdSeconds);
+    double start = 0.0;
+    for (const ComPtr<CPanel>& panel : Board().Panels()) {
+        if (panel.Get() == this) break;
+        start += panel->Plays(panel->State());
+    }
+    return {start, start + Plays(State())};
 }
 
-HRESULT CPanel::get_Length(double* pdSeconds)
+LONG CPanel::Enter(BoardContents& contents, LONG index)
 {
-    return Give(m_media.duration, pdSeconds);
+    return EnterRow(contents.panels, ComPtr(this), index);
 }
 
-double CPanel::OutPoint() const
+LONG CPanel::Where(const BoardContents& contents) const
 {
-    return m_outPoint > 0.0 ? m_outPoint : m_media.duration;
+    return IndexIn(contents.panels, this);
 }
 
-double CPanel::Duration() const
+void CPanel::Leave(BoardContents& contents)
 {
-    return std::max(OutPoint() - m_inPoint, 0.0);
+    std::erase(contents.panels, ComPtr(this));
 }
 
-double CPanel::FrameRate() const
+void CPanel::TellPlaced(ProductionSinks& sinks, LONG where, bool added) const
 {
-    const auto moving = std::ranges::find_if(m_media.pictures, &PictureStream::moving);
-    return moving == m_media.pictures.end() ? 0.0 : moving->frameRate;
+    sinks.Tell(added ? &IZXEProductionDataEvents::OnPanelAdded : &IZXEProductionDataEvents::OnPanelRemoved, where);
+}
+
+void CPanel::TellChanged(ProductionSinks& sinks, LONG where, Origin) const
+{
+    sinks.Tell(&IZXEProductionDataEvents::OnPanelChanged, where);
 }
 
 } // namespace kv

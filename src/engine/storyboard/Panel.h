@@ -1,50 +1,30 @@
 #pragma once
-// One panel of a production. It never changes; an edit puts another one in its place.
+// A panel of a production: a picture or a clip in the row that plays.
 
-#include "KVProjectData/Engine/Sources.h"
-#include "engine/media/MediaProbe.h"
-#include "platform/automation/Bstr.h"
-#include "platform/com/Object.h"
+#include "engine/storyboard/Faces.h"
 
 namespace kv {
 
-class CPanel final : public Object<ISourceFile> {
+class CPanel final : public Object<Item, SourceFace, IBaseObject, NativeInfoFace> {
 public:
-    /// The points are seconds, valid ones as for IEditData::AddSourceFile; `media` is empty for a source that
-    /// cannot be read.
-    CPanel(std::u16string_view source, double inPoint, double outPoint, MediaProperties media);
+    CPanel(std::shared_ptr<Storyboard> board, LONG id, ItemState state, Leftovers rest = {});
 
-    HRESULT get_FileName(BSTR* pbstrFileName) override;
-    HRESULT get_InPoint(double* pdSeconds) override;
-    HRESULT get_OutPoint(double* pdSeconds) override;
-    HRESULT get_Length(double* pdSeconds) override;
-    HRESULT put_FileName(BSTR) override { return E_NOTIMPL; }
-    HRESULT put_InPoint(double) override { return E_NOTIMPL; }
-    HRESULT put_OutPoint(double) override { return E_NOTIMPL; }
-    HRESULT get_AspectRatio(double*) override { return E_NOTIMPL; }
-    HRESULT get_Repeat(VARIANT_BOOL*) override { return E_NOTIMPL; }
-    HRESULT put_Repeat(VARIANT_BOOL) override { return E_NOTIMPL; }
-    HRESULT get_Rotation(LONG*) override { return E_NOTIMPL; }
-    HRESULT put_Rotation(LONG) override { return E_NOTIMPL; }
-    HRESULT GetPanZoom(IXMLDOMNode**) override { return E_NOTIMPL; }
-    HRESULT SetPanZoom(IXMLDOMNode*) override { return E_NOTIMPL; }
+    HRESULT get_Duration(double* pdSeconds) override;
+    HRESULT put_Duration(double dSeconds) override;
 
-    BSTR Source() const { return m_source.Get(); }
-
-    /// Seconds that the panel plays.
-    double Duration() const;
-
-    /// Frames per second; 0 for a source without moving pictures.
-    double FrameRate() const;
+    LONG Enter(BoardContents& contents, LONG index) override;
+    LONG Where(const BoardContents& contents) const override;
+    void Leave(BoardContents& contents) override;
+    double Plays(const ItemState& state) const override;
+    Span Time() const override;
+    void TellPlaced(ProductionSinks& sinks, LONG where, bool added) const override;
+    void TellChanged(ProductionSinks& sinks, LONG where, Origin origin) const override;
 
 private:
-    double OutPoint() const;
+    Item& Self() override { return *this; }
+    NativeAudio& Part() override { return m_audio; }
 
-    const Bstr m_source;
-    const double m_inPoint;
-    /// 0 for the end of the source.
-    const double m_outPoint;
-    const MediaProperties m_media;
+    NativeAudio m_audio{*this};
 };
 
 } // namespace kv

@@ -1,19 +1,17 @@
 #pragma once
-// A production of the storyboard engine.
+// A production of the storyboard engine: the interfaces of a storyboard.
 
 #include "KVProjectData/Engine.h"
-#include "engine/storyboard/Panel.h"
 #include "engine/storyboard/ProductionSinks.h"
-#include "engine/storyboard/UndoHistory.h"
+#include "engine/storyboard/Storyboard.h"
 #include "platform/com/Object.h"
 
-#include <vector>
+#include <memory>
 
 namespace kv {
 
-/// Sinks are told, and undo units run, while no lock is held.
-class CProduction final
-    : public Object<IZXEProductionData, IEditData, IProductionInfo, IZXEProductionNotify, ConnectionPointContainer> {
+class CProduction final : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects,
+                                        IZXEProductionNotify, ConnectionPointContainer> {
 public:
     using Object::Object;
 
@@ -23,7 +21,7 @@ public:
     HRESULT DeletePanel(LONG lIndex) override;
     HRESULT get_UseSourceAspectRatio(VARIANT_BOOL* pVal) override;
     HRESULT put_UseSourceAspectRatio(VARIANT_BOOL newVal) override;
-    HRESULT Close() override;
+    HRESULT Close() override { return m_board->Close(); }
     HRESULT GetSourceList(LONG lReserved1, LONG lReserved2, LONG lReserved3, SAFEARRAY** ppSources) override;
     HRESULT get_Flags(ULONG* pdwFlags) override;
     HRESULT ClearModified() override;
@@ -37,10 +35,14 @@ public:
 
     HRESULT AddSourceFile(LONG lTrack, BSTR bstrSource, double dInPoint, double dOutPoint, LONG lPosition,
                           IUnknown** ppPanel) override;
-    HRESULT AddProductionEffect(LONG, LONG, IXMLDOMNode*, BSTR, LONG, double, IUnknown**) override { return E_NOTIMPL; }
-    HRESULT DeleteProductionEffect(LONG, LONG) override { return E_NOTIMPL; }
-    HRESULT AddProductionAudio(BSTR, LONG, double, IUnknown**) override { return E_NOTIMPL; }
-    HRESULT DeleteProductionAudio(LONG) override { return E_NOTIMPL; }
+    HRESULT AddProductionEffect(LONG lLayer, LONG lType, IXMLDOMNode* pParameters, BSTR bstrSource, LONG lReserved,
+                                double dStart, IUnknown** ppEffect) override;
+    HRESULT DeleteProductionEffect(LONG lLayer, LONG lEffectID) override;
+    HRESULT AddProductionAudio(BSTR bstrSource, LONG lKind, double dStart, IUnknown** ppAudio) override;
+    HRESULT DeleteProductionAudio(LONG lAudioID) override;
+
+    HRESULT GetEffect(LONG lLayer, double dTime, IUnknown** ppEffect) override;
+    HRESULT GetObject(LONG lKind, LONG lIndex, IUnknown** ppObject) override;
 
     HRESULT get_Duration(double* pdSeconds) override;
     HRESULT get_EditingFrameRate(double* pdFrameRate) override;
@@ -53,41 +55,11 @@ public:
 
 private:
     /// For its owner to call through the interface; a class object must not take it for a step of creation.
-    HRESULT Initialise() override;
+    HRESULT Initialise() override { return m_board->Open(); }
+    void FinalRelease() override { m_board->End(); }
 
-    struct Settings {
-        double aspectRatio = 4.0 / 3.0;
-        bool useSourceAspectRatio = false;
-        bool stereoscopic = false;
-    };
-
-    /// A panel that is to come to a place, or is to leave it; without a panel, the one in that place leaves.
-    struct PanelEdit {
-        ComPtr<CPanel> panel;
-        LONG index;
-        bool adds;
-    };
-
-    bool IsOpen();
-    Settings GetSettings();
-
-    template <class T>
-    HRESULT PutSetting(T Settings::*setting, T value);
-
-    /// Makes the edit and turns it into the one that takes it back. E_INVALIDARG for a place without a panel,
-    /// E_UNEXPECTED when the panel to remove is not there any more.
-    HRESULT Apply(PanelEdit& edit);
-
-    /// Tells the sinks what can be undone from now on, and gives the result on.
-    HRESULT UndoStateChanged(HRESULT result);
-
-    CriticalSection m_section;
-    bool m_open = false;
-    bool m_modified = false;
-    Settings m_settings;
-    std::vector<ComPtr<CPanel>> m_panels;
-    UndoHistory m_history;
     ProductionSinks m_sinks{*this};
+    const std::shared_ptr<Storyboard> m_board = std::make_shared<Storyboard>(*this, m_sinks);
 };
 
 } // namespace kv

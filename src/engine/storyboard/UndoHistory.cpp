@@ -13,6 +13,7 @@ HRESULT UndoHistory::Open()
     if (m_phase != Phase::Idle) return ZXE_E_UNDO_BLOCK_OPEN;
     m_open.emplace_back();
     m_phase = Phase::Open;
+    ++m_blocks;
     return S_OK;
 }
 
@@ -42,6 +43,12 @@ HRESULT UndoHistory::Close(bool commit)
     const SectionLock lock(m_section);
     if (m_phase == Phase::Running) m_phase = Phase::Idle;
     return result;
+}
+
+ULONG UndoHistory::OpenBlock() const
+{
+    const SectionLock lock(m_section);
+    return m_phase == Phase::Open ? m_blocks : 0;
 }
 
 void UndoHistory::Record(Step step)

@@ -25,6 +25,9 @@ public:
     /// first step that failed. ZXE_E_NO_UNDO_BLOCK when none is open.
     HRESULT Close(bool commit);
 
+    /// Numbers the blocks from 1; 0 when none is open.
+    ULONG OpenBlock() const;
+
     /// Adds a step that takes back an edit just made. Without an open block it is forgotten.
     void Record(Step step);
 
@@ -65,6 +68,7 @@ private:
 
     mutable CriticalSection m_section;
     Phase m_phase = Phase::Idle;
+    ULONG m_blocks = 0;
     /// The open block or none.
     Stack m_open;
     Stack m_undo;

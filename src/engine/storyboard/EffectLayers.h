@@ -1,0 +1,50 @@
+#pragma once
+// The effects of a production in the order in which they are drawn: by layer, start and age.
+
+#include "engine/storyboard/Effect.h"
+
+#include <map>
+#include <unordered_map>
+
+namespace kv {
+
+/// Finding, adding and removing one costs the logarithm of their number. Starts are handed in, since an effect's state
+/// may be in exchange.
+class EffectLayers {
+public:
+    void Add(ComPtr<CEffect> effect, double start);
+    void Remove(const CEffect& effect, double start);
+    /// Cannot fail.
+    void Move(const CEffect& effect, double from, double to);
+
+    /// Null when the layer has none of that ID.
+    CEffect* Find(LONG layer, LONG id) const;
+
+    /// Of the effects of a layer that start before a time and for which `reaches`, the one that starts last.
+    template <class Reaches>
+    ComPtr<CEffect> LastBefore(LONG layer, double time, Reaches&& reaches) const
+    {
+        auto place = m_effects.lower_bound({layer, time, 0});
+        while (place != m_effects.begin() && (--place)->first.layer == layer) {
+            if (reaches(*place->second)) return place->second;
+        }
+        return nullptr;
+    }
+
+    std::size_t Count() const { return m_effects.size(); }
+    auto begin() const { return m_effects.begin(); }
+    auto end() const { return m_effects.end(); }
+
+private:
+    struct Key {
+        LONG layer;
+        double start;
+        LONG id;
+        auto operator<=>(const Key&) const = default;
+    };
+
+    std::map<Key, ComPtr<CEffect>> m_effects;
+    std::unordered_map<LONG, CEffect*> m_byID;
+};
+
+} // namespace kv

@@ -1,0 +1,49 @@
+#pragma once
+// A file or a moniker that is shown and played, and what is in it.
+
+#include "platform/automation/Bstr.h"
+
+#include <memory>
+#include <mutex>
+#include <string_view>
+
+namespace kv {
+
+/// Whether a name begins with a scheme of two or more characters and a colon. A letter with a colon is a drive.
+bool IsMoniker(std::u16string_view name);
+
+/// What was found in a source; 0 for what is not there or not known.
+struct SourceFacts {
+    /// Seconds; of a still picture 0.
+    double length = 0.0;
+    /// Frames per second of moving pictures.
+    double frameRate = 0.0;
+    /// Width to height of the picture as it is shown.
+    double aspectRatio = 0.0;
+};
+
+/// Free-threaded, and shared by all states that show it.
+class Source {
+public:
+    /// `known` is what an earlier look found.
+    explicit Source(std::u16string_view name, SourceFacts known = {}) : m_name(name), m_known(known) {}
+
+    const Bstr& Name() const { return m_name; }
+
+    /// Looks into the file at the first call, which takes as long as a bad file may (MediaFile): not to be called while
+    /// others wait. Of a file that cannot be read, what was known before.
+    SourceFacts Facts();
+
+    /// What is known without a look.
+    SourceFacts Known();
+
+private:
+    const Bstr m_name;
+    std::once_flag m_look;
+    std::mutex m_mutex;
+    SourceFacts m_known;
+};
+
+using SourcePtr = std::shared_ptr<Source>;
+
+} // namespace kv

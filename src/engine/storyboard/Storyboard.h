@@ -1,0 +1,162 @@
+#pragma once
+// What a production holds, and how it is edited and undone.
+
+#include "engine/storyboard/Audio.h"
+#include "engine/storyboard/EffectLayers.h"
+#include "engine/storyboard/Panel.h"
+#include "engine/storyboard/UndoHistory.h"
+
+#include <algorithm>
+
+namespace kv {
+
+class CProduction;
+
+/// What a production is made for.
+struct Settings {
+    double aspectRatio = 4.0 / 3.0;
+    bool useSourceAspectRatio = false;
+    bool stereoscopic = false;
+};
+
+struct BoardContents {
+    std::vector<ComPtr<CPanel>> panels;
+    EffectLayers effects;
+    /// In the order in which they were added.
+    std::vector<ComPtr<CAudio>> audio;
+};
+
+/// Puts an item into a row, -1 for the last place, and gives its index.
+template <class T>
+LONG EnterRow(std::vector<ComPtr<T>>& row, ComPtr<T> item, LONG index)
+{
+    const auto end = static_cast<LONG>(row.size());
+    const LONG place = index < 0 ? end : std::min(index, end);
+    row.insert(row.begin() + place, std::move(item));
+    return place;
+}
+
+/// -1 when it is not there.
+template <class T>
+LONG IndexIn(const std::vector<ComPtr<T>>& row, const T* item)
+{
+    const auto found = std::ranges::find(row, item, &ComPtr<T>::Get);
+    return found == row.end() ? -1 : static_cast<LONG>(found - row.begin());
+}
+
+/// Shared by a production and the items that it handed out. Sinks are told, undo units run and sources are looked into
+/// while its section is free.
+class Storyboard {
+public:
+    Storyboard(CProduction& production, ProductionSinks& sinks) : m_production(&production), m_sinks(sinks) {}
+
+    CriticalSection& Section() { return m_section; }
+
+    /// S_FALSE when it is in use, or is not in use, already.
+    HRESULT Open();
+    HRESULT Close();
+    /// The production is going: items find nothing to belong to any more.
+    void End();
+
+    bool IsOpen();
+    bool IsModified();
+    void ClearModified();
+    /// The production, alive for as long as the reference; empty when it is gone.
+    ComPtr<IUnknown> Production();
+
+    std::vector<ComPtr<CPanel>> Panels();
+    std::vector<ComPtr<CEffect>> Effects();
+    std::vector<ComPtr<CAudio>> Audio();
+    /// Seconds that all panels play.
+    double Duration();
+    /// Frames per second of the first panel that shows video; 0 when none does.
+    double FrameRate();
+    /// The effect that a layer shows in the frame at a time; null for none.
+    ComPtr<CEffect> EffectAt(LONG layer, double time);
+
+    LONG NewID();
+
+    // Edits. ZXE_E_NOT_OPEN while the storyboard is not in use.
+
+    /// `index` is that of a panel, -1 for the last. E_INVALIDARG past the last.
+    HRESULT Add(const ComPtr<Item>& item, LONG index = -1);
+
+    /// Finds an item, or null: then the result is E_INVALIDARG. Runs in the section.
+    using Find = std::function<Item*(const BoardContents&)>;
+    HRESULT Remove(const Find& find);
+
+    /// Also for an item that was removed: ZXE_E_NOT_OPEN.
+    HRESULT Edit(Item& item, const Item::Change& change);
+
+    Settings GetSettings();
+    /// At any time.
+    template <class T>
+    HRESULT PutSetting(T Settings::*setting, T value);
+
+    // Undo, with the results of UndoHistory.
+
+    HRESULT OpenUndoBlock();
+    HRESULT CloseUndoBlock(bool commit);
+    HRESULT Undo();
+    HRESULT Redo();
+    UndoHistory& History() { return m_history; }
+
+private:
+    /// An item that is to come to a place, or is to leave it.
+    struct Placement {
+        ComPtr<Item> item;
+        LONG where;
+        bool adds;
+    };
+
+    /// Makes the edit of the history and turns it into the one that takes it back.
+    HRESULT Exchange(Placement& placement);
+    HRESULT Exchange(Item& item, ItemState& state);
+
+    /// In the section: the item enters or leaves, and where.
+    LONG Place(Item& item, LONG where, bool adds);
+    /// In the section; tells whether this is the first edit since the modified state was cleared.
+    bool SetModified() { return !std::exchange(m_modified, true); }
+
+    void TellPlaced(const Item& item, LONG where, bool added, bool nowModified);
+    void TellChanged(const Item& item, const ItemState& before, const ItemState& after, LONG where, bool nowModified,
+                     Origin origin);
+    /// After the history ran: what it did to the effects as a whole, and what can be undone from now on.
+    HRESULT TellUndone(HRESULT result);
+
+    CriticalSection m_section;
+    CProduction* m_production;
+    /// Of the production; only while it is held.
+    ProductionSinks& m_sinks;
+    bool m_open = false;
+    bool m_modified = false;
+    /// The history added or removed effects.
+    bool m_effectsPlaced = false;
+    LONG m_lastID = 0;
+    Settings m_settings;
+    BoardContents m_contents;
+    UndoHistory m_history;
+};
+
+template <class T>
+HRESULT Storyboard::PutSetting(T Settings::*setting, T value)
+{
+    const ComPtr<IUnknown> production = Production();
+    return Guarded([&] {
+        {
+            const SectionLock lock(m_section);
+            T& current = m_settings.*setting;
+            if (current == value) return S_OK;
+            m_history.Record([this, setting, next = current, other = value]() mutable {
+                const HRESULT result = PutSetting(setting, next);
+                std::swap(next, other);
+                return result;
+            });
+            current = value;
+        }
+        m_sinks.Tell(&IZXEProductionDataEvents::OnSettingsChanged);
+        return S_OK;
+    });
+}
+
+} // namespace kv
