@@ -16,7 +16,7 @@ struct IZXEContentPaths : IUnknown {
     virtual HRESULT FromDocument(BSTR bstrText, BSTR* pbstrPath) = 0;
 };
 
-/// Every production offers it. An element that holds a production:
+/// No production offers it yet. An element that holds a production:
 ///
 ///     <… aspectRatio="1.7777777777777777" stereoscopic="1" useSourceAspectRatio="1">
 ///       <Panel source="%CONTENT%\sea.mpg" in="1" out="5" repeat="1" rotation="90" useNativeAudio="0" …>
