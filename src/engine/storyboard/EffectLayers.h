@@ -4,6 +4,7 @@
 #include "engine/storyboard/Effect.h"
 
 #include <map>
+#include <tuple>
 #include <unordered_map>
 
 namespace kv {
@@ -40,7 +41,11 @@ private:
         LONG layer;
         double start;
         LONG id;
-        auto operator<=>(const Key&) const = default;
+
+        bool operator<(const Key& other) const
+        {
+            return std::tie(layer, start, id) < std::tie(other.layer, other.start, other.id);
+        }
     };
 
     std::map<Key, ComPtr<CEffect>> m_effects;
