@@ -4,8 +4,7 @@
 #include "platform/system/Registry.h"
 #include "platform/xml/Element.h"
 #include "support/Host.h"
-
-#include <regex>
+#include "support/Markup.h"
 
 namespace kv::test {
 namespace {
@@ -58,7 +57,7 @@ protected:
         ComPtr<IXMLDOMNode> other;
         EXPECT_EQ(S_OK, document->selectSingleNode(Bstr(u"/Root/Other[@label='stringRef:Hello']").Get(), other.Put()))
             << "outside of the project";
-        content = std::regex_replace(XmlElement(project.Get()).Markup(), std::regex("\n *"), "");
+        content = Plain(XmlElement(project.Get()).Markup());
         content = content.substr(9, content.rfind("</") - 9);
         return result;
     }

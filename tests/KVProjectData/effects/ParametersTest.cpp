@@ -2,12 +2,12 @@
 
 #include "KVProjectData/effects/ZXPGenericParamSetImpl.h"
 #include "KVProjectData/effects/ZXPPlugInHelper.h"
+#include "support/Markup.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <map>
-#include <regex>
 
 namespace kv {
 namespace {
@@ -49,8 +49,7 @@ Keys KeysOf(IZXPTransform& transform)
 /// The markup without line breaks, indents and the declaration of the prefix.
 std::string Markup(const XmlElement& element)
 {
-    static const std::regex kIndent("\n *| xmlns:dt=\"[^\"]*\"");
-    return std::regex_replace(element.Markup(), kIndent, "");
+    return test::Plain(element.Markup());
 }
 
 std::string Xml(std::string_view name, std::string_view type, std::string_view text)
