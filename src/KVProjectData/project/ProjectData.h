@@ -139,26 +139,8 @@ private:
         bool menuLess = false;
     };
 
-    /// The events that a list's changes are told by.
-    struct ListEvents {
-        DISPID added;
-        DISPID removed;
-        DISPID moved;
-    };
-    static const ListEvents kTitleEvents;
-    static const ListEvents kMenuEvents;
-    static const ListEvents kDataFileEvents;
-
     CProjectNode* CreateItem(NodeType type, CProjectNode& parent) override;
 
-    HRESULT Count(LONG* out, const CKVList& list);
-    template <class Item, class Interface>
-    HRESULT GetItem(const CKVList& list, LONG position, Interface** out);
-    template <class Item, class Interface, class Prepare>
-    HRESULT AddItem(CKVList& list, LONG position, Interface** out, const ListEvents& events, Prepare&& prepare);
-    template <class Item, class Interface>
-    HRESULT RemoveItem(CKVList& list, LONG index, HRESULT notFound, Interface** out, const ListEvents& events);
-    HRESULT MoveItem(CKVList& list, LONG from, LONG to, const ListEvents& events);
     HRESULT PrepareTitle(CKVTitle& title);
 
     void DropLists();
@@ -174,9 +156,9 @@ private:
     Bstr m_targetDrive;
     std::atomic<bool> m_dirty{false};
 
-    CKVList m_titles{typeTitleList};
-    CKVList m_menus{typeMenuList};
-    CKVList m_dataFiles{typeFileList};
+    CKVList m_titles{typeTitleList, {EVENT_TitleAdded, EVENT_TitleRemoved, EVENT_TitleMoved}};
+    CKVList m_menus{typeMenuList, {EVENT_MenuAdded, EVENT_MenuRemoved, EVENT_MenuMoved}};
+    CKVList m_dataFiles{typeFileList, {EVENT_DataFileAdded, EVENT_DataFileRemoved, EVENT_DataFileMoved}};
 
     ProjectEvents m_events{*this};
     ProjectUndo m_undo{*this};

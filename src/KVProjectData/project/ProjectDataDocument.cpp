@@ -1,0 +1,100 @@
+#include "KVProjectData/project/ProjectData.h"
+
+#include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/persistence/ValueTexts.h"
+#include "KVProjectData/persistence/XMLPersistor.h"
+#include "KVProjectData/titles/DataFile.h"
+#include "KVProjectData/titles/Title.h"
+
+namespace kv {
+
+HRESULT CKVProjectData::Clear()
+{
+    const DrivingUndo driving;
+    return Edit([&](EditScope&) {
+        if (m_undo.IsRestoring()) {
+            // The document brings all settings that it holds; the others stay, and so does what can be undone.
+            DropLists();
+            return S_OK;
+        }
+        m_undo.DiscardAll();
+        DropLists();
+        m_settings = Settings{};
+        m_dirty = false;
+        m_events.EnableHeartbeat(true);
+        return S_OK;
+    });
+}
+
+void CKVProjectData::Attributes(AttributeArchive& archive)
+{
+    archive("DiscSize", Enumeration(m_settings.discSize, kDiscSizeNames));
+    archive.OnlyWrite("ID", static_cast<ULONG>(ID()));
+    archive("TVStandard", Enumeration(m_settings.tvStandard, kTVStandardNames));
+    archive("ThemeSource", m_settings.themeSource);
+    archive.OnlyWrite("Version", static_cast<ULONG>(kDocumentVersion));
+    archive("discFormat", Enumeration(m_settings.discFormat, kDiscFormatNames));
+    archive("discVideoType", Enumeration(m_settings.discVideoType, kDiscVideoTypeNames));
+    archive("doCompression", OneOrZero{m_settings.doCompression});
+    archive("fitToDisc", OneOrZero{m_settings.fitToDisc});
+    archive("label", m_settings.label);
+    archive("menuless", m_settings.menuLess);
+    archive("name", m_settings.displayName);
+    archive("onDiscProject", OneOrZero{m_settings.isOnDisc});
+    archive("onDiscSizeKB", m_settings.onDiscSizeKB);
+    archive("options", Flags(m_settings.options, kProjectOptionNames));
+    archive("remainingCaptures", m_settings.remainingCaptures);
+    archive.OnlyRecord(m_settings.volumeName);
+    archive.OnlyRecord(m_settings.targetType);
+    archive.OnlyRecord(m_projectDirectory);
+    archive.OnlyRecord(m_imagePath);
+    archive.OnlyRecord(m_targetDrive);
+}
+
+CProjectNode* CKVProjectData::CreateItem(NodeType type, CProjectNode& parent)
+{
+    const auto adopt = [](CNodeList& list, CProjectNode& item) {
+        list.Adopt(item, -1, false);
+        return &item;
+    };
+    if (type == typeTitle && &parent == &m_titles) {
+        if (CProjectNode* kept = m_undo.TakeKept(type)) {
+            static_cast<CKVTitle*>(kept)->CommandList().DropAll();
+            return adopt(m_titles, *kept);
+        }
+        const auto title = Make<CKVTitle>();
+        title->SetStereoscopic(m_settings.discVideoType != Normal_2D);
+        return adopt(m_titles, *title);
+    }
+    if (type == typeFile && &parent == &m_dataFiles) {
+        if (CProjectNode* kept = m_undo.TakeKept(type)) return adopt(m_dataFiles, *kept);
+        return adopt(m_dataFiles, *Make<CKVDataFile>());
+    }
+    if (type == typeCommand && parent.Type() == typeCmdList)
+        return &static_cast<CKVCommandList&>(parent).AppendCommand();
+    return nullptr;
+}
+
+HRESULT CKVProjectData::loadXML(IXMLDOMNode* pRootNode)
+{
+    const DrivingUndo driving;
+    return Edit([&](EditScope&) {
+        if (!pRootNode) return KV_E_NO_XML_NODE;
+        const HRESULT cleared = Clear();
+        if (FAILED(cleared)) return cleared;
+        // What Clear keeps must not mix with what the document brings.
+        Part<CKVCommandList>().DropAll();
+        Part<CKVEncodingParams>().Reset();
+        return CKVXMLDataLoader(*this, *this).Load(pRootNode);
+    });
+}
+
+HRESULT CKVProjectData::SaveXML(IXMLDOMNode* pRootNode)
+{
+    return Read([&] {
+        if (!pRootNode) return E_POINTER;
+        return CXMLPersistor(pRootNode).Visit(*this, 0);
+    });
+}
+
+} // namespace kv

@@ -1,0 +1,74 @@
+#include "KVProjectData/project/ProjectData.h"
+
+#include "KVProjectData/tree/EngineCalls.h"
+
+namespace kv {
+namespace {
+
+constexpr EngineCalls kEngine("KVProjectData");
+
+} // namespace
+
+HRESULT CKVProjectData::BeginUndo(BSTR bsDesc)
+{
+    return m_undo.Begin(bsDesc);
+}
+
+HRESULT CKVProjectData::TakeUndoSnapshot(BSTR bsDesc)
+{
+    return m_undo.TakeSnapshot(bsDesc);
+}
+
+HRESULT CKVProjectData::EndUndo(VARIANT_BOOL bCommit)
+{
+    return m_undo.End(bCommit != VARIANT_FALSE);
+}
+
+HRESULT CKVProjectData::EndUndoEx(VARIANT_BOOL bCommit, VARIANT_BOOL bSbdHint)
+{
+    if (bSbdHint != VARIANT_FALSE) m_undo.MarkMajorChange();
+    const HRESULT ended = EndUndo(bCommit);
+    if (bCommit != VARIANT_FALSE) SetModified(false);
+    return ended;
+}
+
+HRESULT CKVProjectData::UndoOperation()
+{
+    return m_undo.Undo();
+}
+
+HRESULT CKVProjectData::RedoOperation()
+{
+    return m_undo.Redo();
+}
+
+HRESULT CKVProjectData::GetUndoManager(IOleUndoManager** ppUndoMgr)
+{
+    return m_undo.GetManager(ppUndoMgr);
+}
+
+HRESULT CKVProjectData::BeginStoryboardUndo(IUnknown* pUnkSbd, ULONG)
+{
+    EngineCalls::Begin();
+    return pUnkSbd ? kEngine.Checked(m_undo.BeginStoryboard(pUnkSbd), "OpenUndoBlock()")
+                   : kEngine.NullArgument("pUnkSbd");
+}
+
+HRESULT CKVProjectData::get_UndoEnable(VARIANT_BOOL* pVal)
+{
+    return m_undo.CanUndo(pVal);
+}
+
+HRESULT CKVProjectData::get_RedoEnable(VARIANT_BOOL* pVal)
+{
+    return m_undo.CanRedo(pVal);
+}
+
+HRESULT CKVProjectData::ResetStaticData()
+{
+    const DrivingUndo driving;
+    SharedUndoContext().manager.Reset();
+    return S_OK;
+}
+
+} // namespace kv
