@@ -38,16 +38,29 @@ bool ReadElement(CProjectNode& node, IXMLDOMNode* element)
 
 HRESULT CKVXMLDataLoader::Load(IXMLDOMNode* root)
 {
+    const HRESULT loaded = Guarded([&] {
+        LoadRoot(root);
+        return S_OK;
+    });
+    const HRESULT numbered = Guarded([&] {
+        for (const Item& item : m_unnumbered)
+            item.node->AssignID();
+        return S_OK;
+    });
+    return FAILED(loaded) ? loaded : numbered;
+}
+
+void CKVXMLDataLoader::LoadRoot(IXMLDOMNode* root)
+{
     // What cannot be resolved is loaded as it is.
     if (!ElementName(root).empty()) ResolveStringRefs(root);
     const std::string_view name = ElementName(root);
     const ElementRow* row = FindElement(name);
     CProjectNode* node = FindNode(row, name, nullptr);
-    if (node && !ReadElement(*node, root)) return S_OK;
+    if (node && !ReadElement(*node, root)) return;
     if (!row || !row->Leaf()) {
         ForEachChild(root, [&](IXMLDOMNode* child) { LoadElement(child, node); });
     }
-    return S_OK;
 }
 
 CProjectNode* CKVXMLDataLoader::FindNode(const ElementRow* row, std::string_view name, CProjectNode* parent)
@@ -65,7 +78,7 @@ void CKVXMLDataLoader::LoadElement(IXMLDOMNode* element, CProjectNode* parent)
     const ElementRow* row = FindElement(name);
     CProjectNode* node = FindNode(row, name, parent);
     const bool read = !node || ReadElement(*node, element);
-    if (node && row->Item()) node->AssignID();
+    if (node && row->Item() && node->ID() == 0) m_unnumbered.push_back({node->Identity(), node});
     if (read && !(row && row->Leaf())) LoadChildren(element, node);
 }
 

@@ -58,7 +58,7 @@ public:
     /// The attributes are written for a save that has `kSaveNative`.
     bool ForcesNative() const { return m_forcesNative; }
 
-    /// The object ID, which is written unsigned and held signed.
+    /// The object ID, which is written unsigned and held signed. 0 is read as none.
     virtual void ID(CProjectNode& node) = 0;
 
     /// Each field in its own form; the text of a null string is empty, a plain boolean is -1 or 0. True when the field

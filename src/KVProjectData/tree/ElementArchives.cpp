@@ -117,12 +117,10 @@ bool AttributeReader::Read(std::string_view name, Field& field, Parse&& parse)
     }
 }
 
-/// IDs so high that hardly any would be left, and 0, are passed over: the node is given one of its own.
 void AttributeReader::ID(CProjectNode& node)
 {
-    constexpr LONG kHighest = std::numeric_limits<LONG>::max() - 1'000'000;
     LONG id = 0;
-    if (Read("ID", id, ParseID) && id != 0 && id <= kHighest) node.SetID(id);
+    if (Read("ID", id, ParseID) && id != 0) node.SetID(id);
 }
 
 bool AttributeReader::operator()(std::string_view name, Bstr& field)

@@ -5,10 +5,11 @@
 
 namespace kv {
 
-/// Takes the next ID. Throws Error(E_UNEXPECTED) when none is left.
+/// Takes the next ID that is free. Throws Error(E_UNEXPECTED) when none is left.
 LONG TakeNextID();
 
-/// IDs taken from now on are greater than `id`.
+/// `id` is not taken from now on, and neither is any that is lower, unless `id` is one of the last million: a document
+/// must not use up the IDs of a process.
 void PassOverID(LONG id);
 
 } // namespace kv

@@ -93,7 +93,7 @@ public:
     LONG IndexInParent() const;
     bool RemoveFromParent();
 
-    /// Later new IDs are greater than `id`.
+    /// No other node is given this ID later.
     void SetID(LONG id);
     /// Gives a node that has none the next ID.
     void AssignID();

@@ -1,5 +1,6 @@
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/persistence/XMLDataLoader.h"
+#include "KVProjectData/tree/ObjectID.h"
 #include "platform/com/TaskMemory.h"
 #include "platform/system/Locale.h"
 #include "support/Host.h"
@@ -171,43 +172,54 @@ TEST(LoaderTest, EndsForLackOfMemoryOnly)
     }
 }
 
-TEST_F(LoadingTest, TakesIdsFromTheDocumentAndCountsOnFromThem)
+TEST_F(LoadingTest, KeepsTheIdsOfADocumentAndNumbersTheRestAfterThem)
 {
     const LONG next = [this] {
         ComPtr<IKVTitle> title;
         project->AddTitle(0, title.Put());
         return ValueOf(*title.Get(), &IKVTitle::get_ID) + 50;
     }();
-    Load(u"<Titles><Title ID='" + ToUtf16(std::to_string(next)) + u"'/><Title/></Titles>");
+    const auto title = [](LONGLONG id) { return u"<Title ID='" + ToUtf16(std::to_string(id)) + u"'/>"; };
+    // Whatever number the counter stands at, a later element has it.
+    std::u16string titles = u"<Titles><Title/><Title ID='0'/>";
+    for (LONG id = next; id > next - 50; --id)
+        titles += title(id);
+    for (const LONGLONG id : std::initializer_list<LONGLONG>{2147483647, 2146483648, 4294967291, next})
+        titles += title(id);
+    Load(titles + u"</Titles>");
+    const std::vector<LONG> ids = TitleIds();
+    ASSERT_EQ(56u, ids.size());
+    EXPECT_GT(ids[0], next);
+    EXPECT_GT(ids[1], ids[0]);
+    for (LONG i = 0; i < 50; ++i)
+        EXPECT_EQ(next - i, ids[static_cast<std::size_t>(i) + 2]);
+    EXPECT_EQ((std::vector<LONG>{2147483647, 2146483648, -5, next}), std::vector(ids.end() - 4, ids.end()));
+    ComPtr<IUnknown> found;
+    EXPECT_EQ(S_OK, project->FindByID(next, found.Put()));
+    EXPECT_EQ(Query<IUnknown>(Title(3)), found) << "the first of those that share it";
     ComPtr<IKVTitle> fresh;
     project->AddTitle(0, fresh.Put());
-    const std::vector<LONG> ids = TitleIds();
-    ASSERT_EQ(3u, ids.size());
-    EXPECT_EQ(next, ids[0]);
-    EXPECT_GT(ids[1], next);
-    EXPECT_GT(ids[2], ids[1]);
+    EXPECT_GT(ValueOf(*fresh.Get(), &IKVTitle::get_ID), ids[1]);
+    EXPECT_LT(ValueOf(*fresh.Get(), &IKVTitle::get_ID), 2146483648) << "IDs left for a host's work";
 }
 
-TEST_F(LoadingTest, IsNotLedAstrayByIds)
+TEST(ObjectIDTest, LooksForFreeIdsNearTheEnd)
 {
-    struct Case {
-        std::u16string_view text;
-        bool kept;
+    constexpr LONG kLast = std::numeric_limits<LONG>::max();
+    constexpr LONG kFirstScarce = kLast - 999'999;
+    for (const LONG taken : {kLast, kFirstScarce, kFirstScarce + 1, kFirstScarce + 3})
+        PassOverID(taken);
+    EXPECT_LT(TakeNextID(), kFirstScarce - 1);
+    PassOverID(kFirstScarce - 1);
+    EXPECT_EQ(kFirstScarce + 2, TakeNextID());
+    EXPECT_EQ(kFirstScarce + 4, TakeNextID());
+    LONG last = 0;
+    const auto takeAll = [&last] {
+        for (;;)
+            last = TakeNextID();
     };
-    for (const Case& c : {Case{u"0", false}, {u"2147483647", false}, {u"2147483640", false}, {u"-5", true}}) {
-        Load(std::u16string(u"<Titles><Title ID='").append(c.text).append(u"' label='x'/><Title/></Titles>"));
-        const std::vector<LONG> ids = TitleIds();
-        ASSERT_EQ(2u, ids.size()) << ToUtf8(c.text);
-        EXPECT_EQ(c.kept, ToUtf16(std::to_string(ids[0])) == c.text) << ToUtf8(c.text);
-        EXPECT_GT(ids[1], 0);
-        EXPECT_LT(ids[1], std::numeric_limits<LONG>::max() - 1'000'000) << "IDs left for a host's work";
-        EXPECT_EQ(u"x", Text(*Title(1).Get(), &IKVTitle::get_Label));
-    }
-    Load(u"<Titles><Title ID='77' label='a'/><Title ID='77' label='b'/></Titles>");
-    EXPECT_EQ((std::vector<LONG>{77, 77}), TitleIds());
-    ComPtr<IUnknown> found;
-    EXPECT_EQ(S_OK, project->FindByID(77, found.Put()));
-    EXPECT_EQ(Query<IUnknown>(Title(1)), found) << "the first of them";
+    EXPECT_THROW(takeAll(), Error);
+    EXPECT_EQ(kLast - 1, last);
 }
 
 TEST_F(LoadingTest, PassesOverWhatItDoesNotKnow)
