@@ -48,9 +48,11 @@ bool CKVDataFile::HasSource(BSTR sourcePath)
 
 bool CKVDataFile::DropUser()
 {
-    const ULONG users = m_useCount;
-    if (users > 0) --m_useCount;
-    return users <= 1;
+    ULONG users = m_useCount;
+    while (users > 1) {
+        if (m_useCount.compare_exchange_weak(users, users - 1)) return false;
+    }
+    return true;
 }
 
 void CKVDataFile::FirePropertyChanged(DISPID propId)

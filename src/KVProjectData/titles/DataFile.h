@@ -26,7 +26,7 @@ public:
     bool Matches(BSTR sourcePath, BSTR destPath, ULONG tag);
     bool HasSource(BSTR sourcePath);
 
-    /// Counts one user less; true when none is left.
+    /// Counts one user less, except for the last one; true when there is no other.
     bool DropUser();
 
     IUnknown* Identity() override { return Controlling(); }

@@ -12,13 +12,20 @@ class ProjectStep final : public CStdOleParentUndoUnit {
 public:
     explicit ProjectStep(const CProjectNode& project) : CStdOleParentUndoUnit(&project) {}
 
-    /// E_INVALIDARG, and nothing is taken back, for a unit that is not open here.
+    /// While the step is open, E_INVALIDARG for a unit that is not open here: a step that was taken back would go on
+    /// recording in the direction of the way back.
     HRESULT Close(IOleParentUndoUnit* parent, BOOL commit) override
     {
-        const bool isThis = parent == this || IsSameObject(parent, Controlling());
-        if (!isThis && !HasOpenChild()) return E_INVALIDARG;
+        if (!HasOpenChild()) {
+            const bool isThis = parent == this || IsSameObject(parent, Controlling());
+            if (m_isOpen && !isThis) return E_INVALIDARG;
+            m_isOpen = false;
+        }
         return CStdOleParentUndoUnit::Close(parent, commit);
     }
+
+private:
+    bool m_isOpen = true;
 };
 
 class UndoStep final : private StateRecorder {

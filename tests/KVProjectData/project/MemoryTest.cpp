@@ -49,12 +49,15 @@ TEST(MemoryTest, AnEditIsMadeAndRecordedOrNot)
         {"add a title", [](IKVProjectData& project) { return project.AddTitle(1, nullptr); }},
         {"move a title", [](IKVProjectData& project) { return project.MoveTitle(1, 3); }},
         {"remove a data file", [](IKVProjectData& project) { return project.RemoveDataFile(1, nullptr); }},
+        {"by its source", [](IKVProjectData& project) { return project.RemoveDataFileBySource(nullptr, nullptr); }},
     };
     for (const auto& [name, make] : edits) {
         const auto project = NewProject();
         for (int i = 0; i < 3; ++i)
             ASSERT_EQ(S_OK, project->AddTitle(0, nullptr));
-        ASSERT_EQ(S_OK, project->AddDataFile(0, nullptr));
+        ComPtr<IKVDataFile> file;
+        ASSERT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+        file->IncrementUseCount();
         const auto document = [&] { return XmlOf(*SaveToDocument(*project.Get())); };
         const std::u16string before = document();
         Sweep([&, make = make, name = name](int left) {
@@ -70,6 +73,8 @@ TEST(MemoryTest, AnEditIsMadeAndRecordedOrNot)
             EXPECT_EQ(made == S_OK, document() != before) << name << ' ' << left << ": " << std::hex << made;
             EXPECT_EQ(S_OK, project->EndUndo(VARIANT_FALSE)) << name;
             EXPECT_EQ(before, document()) << name << ' ' << left;
+            file->IncrementUseCount();
+            EXPECT_EQ(S_FALSE, project->RemoveDataFileBySource(nullptr, nullptr)) << "of two users one remains";
             return !failed;
         });
     }

@@ -103,6 +103,10 @@ TEST_F(CompoundUnitTest, RollsBackWhatIsNotCommitted)
 TEST_F(CompoundUnitTest, AStrangerClosesNoStep)
 {
     const auto stranger = NewCompound();
+    stranger->Add(Unit(1).Get());
+    EXPECT_EQ(S_FALSE, stranger->Close(nullptr, true)) << "is no step any more";
+    EXPECT_EQ(S_OK, stranger->Close(nullptr, false));
+    EXPECT_EQ((std::vector{1}), Log()) << "rolls itself back for anybody";
     manager->DiscardFrom(nullptr);
     Begin();
     SetLabel(u"x");
