@@ -2,7 +2,7 @@
 
 #include "KVProjectData/Engine.h"
 #include "KVProjectData/titles/Title.h"
-#include "KVProjectData/tree/EngineCalls.h"
+#include "SbdUtils/EngineCalls.h"
 #include "platform/com/Activation.h"
 
 #include <cmath>

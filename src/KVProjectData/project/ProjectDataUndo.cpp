@@ -1,6 +1,6 @@
 #include "KVProjectData/project/ProjectData.h"
 
-#include "KVProjectData/tree/EngineCalls.h"
+#include "SbdUtils/EngineCalls.h"
 
 namespace kv {
 namespace {

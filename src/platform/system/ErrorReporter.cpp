@@ -57,7 +57,7 @@ std::string ZXUErrNullStr(ErrorPlace place, std::string_view parameter)
 
 std::string ZXUErrResultStr(ErrorPlace place, std::string_view expression, HRESULT result)
 {
-    return Line(place, std::string(expression) + " = " + ResultText(result));
+    return Line(place, ResultText(result) + " = " + std::string(expression));
 }
 
 void ZXUReportError(std::string_view line)

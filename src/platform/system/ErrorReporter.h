@@ -27,7 +27,7 @@ KV_EXPORT void ZXUClearErrorStack();
 KV_EXPORT std::string ZXUErrStr(ErrorPlace place, std::string_view message);
 /// "source(line): *** Error NULL = parameter\n"
 KV_EXPORT std::string ZXUErrNullStr(ErrorPlace place, std::string_view parameter);
-/// "source(line): *** Error expression = result\n"
+/// "source(line): *** Error result = expression\n"
 KV_EXPORT std::string ZXUErrResultStr(ErrorPlace place, std::string_view expression, HRESULT result);
 
 /// Keeps a line on the error stack, which holds the newest ones, and hands it to the host's hook.

@@ -241,16 +241,16 @@ TEST_F(TitleTest, ReportsWhatTheEngineFails)
     for (const auto& [type, result] : {std::pair{VT_I4, S_OK}, {VT_UNKNOWN, S_OK}, {VT_EMPTY, E_FAIL}}) {
         const auto odd = Make<OddProduction>(static_cast<VARTYPE>(type));
         EXPECT_EQ(E_NOINTERFACE, title->SetProduction(odd.Get()));
-        EXPECT_THAT(ZXUErrorStack(), reported("Query<IConnectionPointContainer> = 0x80004002"));
+        EXPECT_THAT(ZXUErrorStack(), reported("0x80004002 = Query<IConnectionPointContainer>"));
         EXPECT_EQ(Query<IUnknown>(odd.Get()), Production()) << "kept without its events";
         BSTR source = nullptr;
         EXPECT_EQ(result, title->GetSourceFromProd(&source));
         EXPECT_EQ(nullptr, source) << "no strings, no source";
         EXPECT_EQ(FAILED(result) ? 1u : 0u, ZXUErrorStack().size());
     }
-    EXPECT_THAT(ZXUErrorStack(), reported("GetSourceList() = 0x80004005"));
+    EXPECT_THAT(ZXUErrorStack(), reported("0x80004005 = GetSourceList()"));
     EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
-    EXPECT_THAT(ZXUErrorStack(), reported("get_Flags() = 0x80004001", "KVProjectData("));
+    EXPECT_THAT(ZXUErrorStack(), reported("0x80004001 = get_Flags()", "KVProjectData("));
     EXPECT_EQ(S_OK, project->ClearDirtyFlag());
     EXPECT_THAT(ZXUErrorStack(), testing::IsEmpty());
     EXPECT_EQ(E_POINTER, project->BeginStoryboardUndo(nullptr, 1));

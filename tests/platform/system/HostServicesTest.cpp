@@ -55,8 +55,8 @@ TEST_F(ErrorReporterTest, HandsOverLinesOfThreeForms)
     kv::ZXUReportError(kv::ZXUErrResultStr(place, "Call(100%s)", S_FALSE));
     EXPECT_THAT(lines,
                 ElementsAre("Source(12): *** Error Something failed\n", "Source(12): *** Error NULL = pParameter\n",
-                            "Source(12): *** Error hr = 0x80004005\n",
-                            "Source(12): *** Error Call(100%s) = 0x00000001\n"));
+                            "Source(12): *** Error 0x80004005 = hr\n",
+                            "Source(12): *** Error 0x00000001 = Call(100%s)\n"));
     EXPECT_EQ(kv::ZXUErrorStack(), lines);
 
     kv::SetErrorReporter(nullptr);
