@@ -28,6 +28,8 @@ struct KeyFrames {
     /// Percent of the span.
     Keys ofSpan;
 
+    bool IsEmpty() const { return fromStart.empty() && fromEnd.empty() && ofSpan.empty(); }
+
     /// The value so many seconds after the start of a span; nothing without keys. A span without an end has none of
     /// the keys that stand by it.
     std::optional<Value> At(double time, double span) const;

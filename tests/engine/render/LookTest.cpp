@@ -1,11 +1,14 @@
-#include "engine/render/Scene.h"
+#include "engine/render/Look.h"
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <random>
 
 namespace kv::test {
 namespace {
+
+constexpr double kForEver = std::numeric_limits<double>::infinity();
 
 std::string Key(const char* time, const std::string& value)
 {
@@ -19,7 +22,8 @@ std::string Value(const char* value)
 
 KeyFrames<1> Opacity(const std::string& lists)
 {
-    return ReadPlacement(XmlElement::Parse("<plugin_data><Opacity>" + lists + "</Opacity></plugin_data>")).opacity;
+    const auto document = XmlElement::Parse("<plugin_data><Opacity>" + lists + "</Opacity></plugin_data>");
+    return ReadLook(document).placement.opacity;
 }
 
 TEST(KeyFrames, ChangeEvenlyBetweenKeysOfAllLists)
@@ -73,7 +77,7 @@ TEST(KeyFrames, PassOverWhatIsNoKey)
     const auto flat = XmlElement::Parse("<plugin_data><Scaling><StartOffsetElements>" +
                                         Key("0", "<Vector><x>1</x><y>2</y></Vector>") +
                                         "</StartOffsetElements></Scaling></plugin_data>");
-    EXPECT_FALSE(ReadPlacement(flat).scaling.At(0.0, 1.0));
+    EXPECT_FALSE(ReadLook(flat).placement.scaling.At(0.0, 1.0));
 }
 
 TEST(KeyFrames, StandInTheOrderOfTheirTimes)
@@ -93,40 +97,42 @@ TEST(KeyFrames, StandInTheOrderOfTheirTimes)
         EXPECT_NEAR(2 * time, opacity.At(time, 1.0).value()[0], 1e-9);
 }
 
-TEST(Scene, ReadsWhatADocumentTells)
+TEST(Look, ReadsWhatADocumentTells)
 {
-    const XmlElement effect = XmlElement::Parse(
-        "<effect><plugin_data><Translation><StartOffsetElements>" +
-        Key("0", "<Vector><x>0.5</x><y>-0.25</y><z>0</z></Vector>") +
-        "</StartOffsetElements></Translation><ParameterSet>"
-        "<Parameter><Value>1028</Value><ParamID>0</ParamID></Parameter>"
-        "<Parameter><Value>0.5</Value><ParamID>52</ParamID></Parameter>"
-        "<Parameter><Value>wide</Value><ParamID>53</ParamID></Parameter></ParameterSet></plugin_data></effect>");
-    const XmlElement data = PlugInDataOf(effect);
-    ASSERT_TRUE(data);
-    EXPECT_EQ(data, PlugInDataOf(data));
-    EXPECT_FALSE(PlugInDataOf(XmlElement()));
-    EXPECT_FALSE(IsText(data));
-    EXPECT_TRUE(IsText(XmlElement::Parse("<plugin_data><html/></plugin_data>")));
-    const std::array<double, 3> moved{0.5, -0.25, 0.0};
-    EXPECT_EQ(moved, ReadPlacement(data).translation.At(3.0, 1.0));
-    Picture picture;
-    ReadMaskSize(picture, data);
-    EXPECT_EQ(0.5, picture.maskWidth);
-    EXPECT_EQ(0.0, picture.maskHeight);
-
+    const std::string data = "<plugin_data><Translation><StartOffsetElements>" +
+                             Key("0", "<Vector><x>0.5</x><y>-0.25</y><z>0</z></Vector>") +
+                             "</StartOffsetElements></Translation><ParameterSet>"
+                             "<Parameter><Value>1028</Value><ParamID>0</ParamID></Parameter>"
+                             "<Parameter><Value>0.5</Value><ParamID>52</ParamID></Parameter>"
+                             "<Parameter><Value>wide</Value><ParamID>53</ParamID></Parameter></ParameterSet>"
+                             "<html><body><p>Words</p></body></html></plugin_data>";
+    for (const std::string& document : {data, "<effect>" + data + "</effect>"}) {
+        const Look look = ReadLook(XmlElement::Parse(document));
+        const std::array<double, 3> moved{0.5, -0.25, 0.0};
+        EXPECT_EQ(moved, look.placement.translation.At(3.0, 1.0));
+        EXPECT_TRUE(look.placement.Moves());
+        EXPECT_EQ(0.5, look.maskWidth);
+        EXPECT_EQ(0.0, look.maskHeight);
+        ASSERT_TRUE(look.text);
+        EXPECT_GT(look.text->Width(), 0.0);
+    }
+    for (const XmlElement& nothing :
+         {XmlElement(), XmlElement::Parse("<effect><plugin_data><html/></plugin_data></effect>")}) {
+        const Look look = ReadLook(nothing);
+        EXPECT_FALSE(look.placement.Moves());
+        EXPECT_FALSE(look.text);
+    }
     const std::string rectangle = "<Crop><StartOffsetElements>" +
                                   Key("0", "<fRect><left>0.1</left><top>0.2</top><right>0.7</right>"
                                            "<bottom>0.8</bottom></fRect>") +
                                   "</StartOffsetElements></Crop>";
     const auto crop = [&](const std::string& mode) {
-        return ReadCrop(XmlElement::Parse("<ZXFPanZoom>" + rectangle + mode + "</ZXFPanZoom>")).At(0.0, 1.0);
+        return ReadLook(XmlElement::Parse("<ZXFPanZoom>" + rectangle + mode + "</ZXFPanZoom>")).crop.At(0.0, 1.0);
     };
     const std::array<double, 4> expected{0.1, 0.2, 0.7, 0.8};
     EXPECT_EQ(expected, crop(""));
     EXPECT_EQ(expected, crop("<CropMode>1</CropMode>"));
     EXPECT_FALSE(crop("<CropMode>0</CropMode>"));
-    EXPECT_FALSE(ReadCrop(XmlElement()).At(0.0, 1.0));
 }
 
 } // namespace
