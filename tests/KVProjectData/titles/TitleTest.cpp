@@ -178,6 +178,8 @@ TEST_F(TitleTest, IsNotKeptAliveByItsProduction)
 {
     const auto production = Production();
     const LONG id = ID();
+    // The worker holds a first title while it looks at its clip.
+    Events();
     title.Reset();
     ASSERT_EQ(S_OK, project->RemoveTitle(id, nullptr));
     // The title closed the production and left it when it went.
