@@ -53,7 +53,7 @@ FrameReader::FrameReader(MediaFile& file, const MediaProperties& media)
     : m_file(file),
       m_picture(FirstPicture(media)),
       m_stream(*file.Format().streams[m_picture.stream]),
-      m_orientation(OrientationOf(m_stream)),
+      m_orientation(file.OrientationOf(m_stream)),
       m_decoder(OpenDecoder(m_stream)),
       m_indexed(!(file.Format().iformat->flags & AVFMT_TS_DISCONT)),
       m_frameDuration(m_picture.frameRate > 0.0 ? std::llround(1.0 / m_picture.frameRate / av_q2d(m_stream.time_base))

@@ -1,6 +1,7 @@
 #include "engine/media/MediaFile.h"
 
 #include "KVProjectData/Engine/Media.h"
+#include "engine/media/Exif.h"
 #include "platform/com/Error.h"
 #include "platform/system/Paths.h"
 
@@ -108,7 +109,18 @@ MediaFile::MediaFile(std::u16string_view path)
     const AVIOInterruptCB interrupt{&IsPast, this};
     m_input = OpenInput(FindFile(path), interrupt);
     m_format = OpenFormat(*m_input, interrupt);
+    if (IsStill()) m_orientation = ReadExifOrientation(*m_input);
     FindStreams(*m_format);
+}
+
+bool MediaFile::IsStill() const
+{
+    return std::string_view(m_format->iformat->name).ends_with("_pipe");
+}
+
+Orientation MediaFile::OrientationOf(const AVStream& stream) const
+{
+    return DisplayedOrientation(stream).value_or(m_orientation);
 }
 
 void MediaFile::StartClock()

@@ -2,6 +2,7 @@
 // A media file that is open for reading, within limits of time and memory.
 
 #include "engine/media/FFmpeg.h"
+#include "engine/media/Orientation.h"
 
 #include <chrono>
 #include <cstdint>
@@ -23,6 +24,11 @@ public:
 
     AVFormatContext& Format() const { return *m_format; }
 
+    /// It is one still picture, whatever frame rate its reader makes up.
+    bool IsStill() const;
+    /// What the file tells of how a stream is shown.
+    Orientation OrientationOf(const AVStream& stream) const;
+
     /// Gives reading the time of one operation anew; what reads past it fails.
     void StartClock();
     bool PastDeadline() const;
@@ -34,6 +40,8 @@ private:
     Input m_input;
     /// Reads from the input, so that it is closed before.
     kv::Format m_format;
+    /// Of a still picture.
+    Orientation m_orientation;
 };
 
 } // namespace kv

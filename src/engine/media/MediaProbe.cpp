@@ -2,7 +2,6 @@
 
 #include "KVProjectData/Engine/Media.h"
 #include "engine/media/MediaFile.h"
-#include "engine/media/Orientation.h"
 #include "platform/com/Error.h"
 
 #include <utility>
@@ -18,20 +17,20 @@ double RateOf(const AVStream& stream)
     return 0.0;
 }
 
-double AspectOf(AVFormatContext& format, AVStream& stream)
+double AspectOf(const MediaFile& file, AVStream& stream)
 {
-    const AVRational sample = av_guess_sample_aspect_ratio(&format, &stream, nullptr);
+    const AVRational sample = av_guess_sample_aspect_ratio(&file.Format(), &stream, nullptr);
     const double pixel = sample.num > 0 && sample.den > 0 ? av_q2d(sample) : 1.0;
     const double aspect = pixel * stream.codecpar->width / stream.codecpar->height;
-    return OrientationOf(stream).Turned() ? 1.0 / aspect : aspect;
+    return file.OrientationOf(stream).Turned() ? 1.0 / aspect : aspect;
 }
 
-PictureStream PictureOf(AVFormatContext& format, AVStream& stream, bool moving)
+PictureStream PictureOf(const MediaFile& file, AVStream& stream, bool moving)
 {
     auto width = static_cast<ULONG>(stream.codecpar->width);
     auto height = static_cast<ULONG>(stream.codecpar->height);
-    if (OrientationOf(stream).Turned()) std::swap(width, height);
-    return {width, height, moving ? RateOf(stream) : 0.0, AspectOf(format, stream), moving, stream.index};
+    if (file.OrientationOf(stream).Turned()) std::swap(width, height);
+    return {width, height, moving ? RateOf(stream) : 0.0, AspectOf(file, stream), moving, stream.index};
 }
 
 } // namespace
@@ -39,8 +38,6 @@ PictureStream PictureOf(AVFormatContext& format, AVStream& stream, bool moving)
 MediaProperties Describe(const MediaFile& file)
 {
     AVFormatContext& format = file.Format();
-    // Readers of single pictures make up a frame rate.
-    const bool singlePicture = std::string_view(format.iformat->name).ends_with("_pipe");
     const int best = av_find_best_stream(&format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
     MediaProperties media;
     bool plays = false;
@@ -49,9 +46,9 @@ MediaProperties Describe(const MediaFile& file)
         const AVCodecParameters& codec = *stream.codecpar;
         if (codec.codec_type == AVMEDIA_TYPE_AUDIO) plays = true;
         if (codec.codec_type != AVMEDIA_TYPE_VIDEO || codec.width <= 0 || codec.height <= 0) continue;
-        const bool moving = !singlePicture && !(stream.disposition & AV_DISPOSITION_ATTACHED_PIC);
+        const bool moving = !file.IsStill() && !(stream.disposition & AV_DISPOSITION_ATTACHED_PIC);
         plays = plays || moving;
-        const PictureStream picture = PictureOf(format, stream, moving);
+        const PictureStream picture = PictureOf(file, stream, moving);
         const bool first = static_cast<int>(i) == best;
         media.pictures.insert(first ? media.pictures.begin() : media.pictures.end(), picture);
     }

@@ -1,7 +1,9 @@
 #pragma once
-// How the rows and columns of a video stand to those of the picture that is shown.
+// How the rows and columns of a picture that is stored stand to those of the picture that is shown.
 
 #include "engine/media/FFmpeg.h"
+
+#include <optional>
 
 namespace kv {
 
@@ -17,7 +19,7 @@ struct Orientation {
     bool Upright() const { return xx == 1 && yy == 1; }
 };
 
-/// From the stream's display matrix; the nearest turn by quarters.
-Orientation OrientationOf(const AVStream& stream);
+/// From the stream's display matrix; the nearest turn by quarters. Nothing without one.
+std::optional<Orientation> DisplayedOrientation(const AVStream& stream);
 
 } // namespace kv

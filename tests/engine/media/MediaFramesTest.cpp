@@ -65,6 +65,7 @@ const ClipFolder& FrameClips()
             "-f lavfi -i \"color=red:size=64x32,drawbox=x=32:w=32:h=16:color=lime:t=fill,"
             "drawbox=y=16:w=32:h=16:color=blue:t=fill,drawbox=x=32:y=16:w=32:h=16:color=white:t=fill\" -frames:v 1 ";
         clips.Make("quarters.png", quarters + "-update 1");
+        clips.Make("quarters.jpg", quarters + "-q:v 1 -update 1");
         clips.Make("quarters.mp4", quarters + "-c:v mpeg4 -q:v 1");
         for (const char* angle : {"90", "180", "270"}) {
             clips.Make(std::string("turned") + angle + ".mp4",
@@ -150,6 +151,64 @@ TEST(MediaFrames, ScalesAndTurns)
     const std::vector<int> edge = small.At(0.5, 0.5);
     EXPECT_LE(edge[1], edge[3]);
     EXPECT_NEAR(edge[0], edge[1], 1);
+}
+
+/// A picture that tells how it is shown, by a tag among others.
+std::string Exif(char orientation, bool little)
+{
+    const auto number = [=](int bytes, int value) {
+        std::string text(static_cast<std::size_t>(bytes), '\0');
+        text[static_cast<std::size_t>(little ? 0 : bytes - 1)] = static_cast<char>(value);
+        return text;
+    };
+    return (little ? "II" : "MM") + number(2, 42) + number(4, 8) + number(2, 2) + number(2, 1) + number(2, 3) +
+           number(4, 1) + number(4, 9) + std::string(little ? "\x12\x01" : "\x01\x12", 2) + number(2, 3) +
+           number(4, 1) + number(2, orientation) + number(2, 0);
+}
+
+std::string JpegWith(const std::string& exif)
+{
+    const std::string segment = std::string("Exif\0\0", 6) + exif;
+    return FrameClips()
+        .Read("quarters.jpg")
+        .insert(2, "\xFF\xE1" + std::string(1, '\0') + static_cast<char>(segment.size() + 2) + segment);
+}
+
+std::string PngWith(const std::string& exif)
+{
+    constexpr std::size_t kBehindHeader = 33;
+    const std::string chunk = std::string(3, '\0') + static_cast<char>(exif.size()) + "eXIf" + exif + "sums";
+    return FrameClips().Read("quarters.png").insert(kBehindHeader, chunk);
+}
+
+TEST(MediaFrames, TurnsPicturesAsTheyWereTaken)
+{
+    // The corners, from the top left in rows, by the value of the tag.
+    const char* const corners[] = {"rgbw", "rgbw", "grwb", "wbgr", "bwrg", "rbgw", "brwg", "wgbr", "gwrb", "rgbw"};
+    const ClipFolder folder;
+    for (char orientation = 0; orientation < 10; ++orientation) {
+        for (const bool little : {true, false}) {
+            const std::string exif = Exif(orientation, little);
+            folder.Write("jpeg", JpegWith(exif));
+            folder.Write("png", PngWith(exif));
+            for (const char* name : {"jpeg", "png"}) {
+                const Frame frame = FrameOf(OpenMedia(folder, name).Get(), 0.0);
+                std::string seen;
+                for (int corner = 0; corner < 4; ++corner) {
+                    const std::vector<int> pixel = frame.At(corner % 2 ? 0.8 : 0.2, corner / 2 ? 0.8 : 0.2);
+                    seen += pixel[1] > 128 ? (pixel[0] > 128 ? 'w' : 'g') : pixel[0] > 128 ? 'b' : 'r';
+                }
+                EXPECT_EQ(corners[static_cast<int>(orientation)], seen) << name << static_cast<int>(orientation);
+                EXPECT_EQ(orientation >= 5 && orientation <= 8, frame.width < frame.height) << name;
+            }
+        }
+    }
+    // Cut off anywhere, the tag counts or it does not.
+    const std::string exif = Exif(6, true);
+    for (std::size_t length = 0; length < exif.size(); ++length) {
+        folder.Write("cut", JpegWith(exif.substr(0, length)));
+        EXPECT_EQ(S_OK, FrameOf(OpenMedia(folder, "cut").Get(), 0.0).result) << length;
+    }
 }
 
 TEST(MediaFrames, AnswersClearlyWhereThereIsNoFrame)
