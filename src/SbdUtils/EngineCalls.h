@@ -73,6 +73,17 @@ public:
         return found;
     }
 
+    /// What throws Error by itself.
+    template <class Body>
+    void Reporting(Body&& body, int line = __builtin_LINE()) const
+    {
+        Need(Guarded([&] {
+                 body();
+                 return S_OK;
+             }),
+             {}, line);
+    }
+
 private:
     std::string_view m_source;
 };
