@@ -70,6 +70,8 @@ public:
     LONG ID() const { return m_ID.load(std::memory_order_relaxed); }
     NodeType Type() const { return m_type; }
     CProjectNode* Parent() const { return m_parent.load(std::memory_order_acquire); }
+    /// The top of the tree, the node itself without a parent. Called while the links are held.
+    CProjectNode& Root();
     CriticalSection& Section() { return m_section; }
 
     /// Null for an index outside the children. Indices count from 0.
@@ -198,8 +200,6 @@ private:
     static void After(EditScope& edit, Fires fires) { edit.Changed(fires.propId); }
 
     void SetParent(CProjectNode* parent);
-    /// The top of the tree, the node itself without a parent.
-    CProjectNode& Root();
     template <class Keep>
     bool Record(bool major, Keep&& keep);
 

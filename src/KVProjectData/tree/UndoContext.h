@@ -23,6 +23,9 @@ public:
     virtual bool KeepCommands(CKVCommandList& commandList) = 0;
     /// `index` is where the child stands; for a move, where it came from.
     virtual bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) = 0;
+    /// Lets go of what it keeps of a project and of the objects that stand in it. From here on the state of every node
+    /// is kept anew. Called by the thread that drives undo.
+    virtual void Forget(const CProjectNode& project) = 0;
 
 protected:
     ~StateRecorder() = default;
@@ -53,7 +56,7 @@ struct UndoContext {
     const CProjectNode* owner = nullptr;
     /// The open step; null without one, and once a snapshot has closed it early.
     std::atomic<StateRecorder*> step{nullptr};
-    /// Of the step opened last; a node whose state it keeps bears the number.
+    /// Of the step opened last, another one once that has forgotten; a node whose state it keeps bears the number.
     std::atomic<ULONG> stepNumber{0};
     /// Off while an operation runs that records for itself.
     bool recordingEnabled = true;

@@ -2,28 +2,22 @@
 // Undo of the commands of a command list.
 
 #include "KVProjectData/titles/CommandList.h"
-#include "KVProjectData/undo/RecordedNode.h"
 #include "KVProjectData/undo/StateRecord.h"
 
 namespace kv {
 
 /// Keeps the commands themselves, which nobody changes once they are in a list.
-class CKVCmdListState final : public StateRecord<CKVCmdListState, 106> {
+class CKVCmdListState final : public StateRecord<CKVCmdListState, 106, CKVCommandList> {
 public:
-    explicit CKVCmdListState(CKVCommandList& list) : m_list(list), m_commands(list.KeepCommands()) {}
+    explicit CKVCmdListState(CKVCommandList& list) : StateRecord(list), m_commands(list.KeepCommands()) {}
 
 protected:
-    Bstr Description() const override { return m_list.Description(); }
+    Bstr Description() const override { return NodeDescription(); }
 
 private:
     /// Nothing happens to a list that is locked.
-    HRESULT Exchange(DrivingUndo& driving) override
-    {
-        CKVCommandList* list = m_list.Find(driving);
-        return list ? list->ExchangeCommands(m_commands) : S_FALSE;
-    }
+    HRESULT Exchange(CKVCommandList& list, DrivingUndo&) override { return list.ExchangeCommands(m_commands); }
 
-    const RecordedNode<CKVCommandList> m_list;
     CKVCommandList::Commands m_commands;
 };
 

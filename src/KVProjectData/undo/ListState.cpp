@@ -5,7 +5,7 @@
 namespace kv {
 
 CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
-    : m_list(list), m_child(child), m_index(index)
+    : StateRecord(list), m_child(child), m_index(index)
 {
     switch (change) {
     case ListChange::Add:
@@ -21,22 +21,21 @@ CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& chi
     }
 }
 
-HRESULT CKVListState::Exchange(DrivingUndo& driving)
+HRESULT CKVListState::Exchange(CNodeList& list, DrivingUndo& driving)
 {
-    CNodeList* list = m_list.Find(driving);
     CProjectNode* child = m_child.Find(driving);
-    if (!list || !child) return S_FALSE;
+    if (!child) return S_FALSE;
     // A list is the owner's, and works inside the owner's section.
-    const SectionLock lock(list->Parent() ? list->Parent()->Section() : list->Section());
+    const SectionLock lock(list.Parent() ? list.Parent()->Section() : list.Section());
     // Edits that were not recorded may have taken the child out, or brought it back already.
-    if (child->Parent() != (m_turn == Turn::Reinsert ? nullptr : list)) return S_FALSE;
+    if (child->Parent() != (m_turn == Turn::Reinsert ? nullptr : &list)) return S_FALSE;
     switch (m_turn) {
     case Turn::Reinsert:
-        return Reinsert(*list, *child);
+        return Reinsert(list, *child);
     case Turn::Remove:
-        return Remove(*list, *child);
+        return Remove(list, *child);
     case Turn::Move:
-        return Move(*list, *child);
+        return Move(list, *child);
     }
     return S_FALSE;
 }

@@ -104,6 +104,21 @@ HRESULT CStdOleParentUndoUnit::EnumChildren(IEnumOleUndoUnits** ppEnum)
         [&] { return ComPtr<IEnumOleUndoUnits>(Make<EnumChildUnits>(Controlling(), m_children)).CopyTo(ppEnum); });
 }
 
+void CStdOleParentUndoUnit::RemoveUnitsOf(const void* owner, DrivingUndo& driving)
+{
+    UnitStack others;
+    others.reserve(m_children.size());
+    for (const auto& child : m_children) {
+        const auto owned = Query<IOwnedUndoUnit>(child);
+        if (owned && owned->BelongsTo(owner) == S_OK) {
+            driving.Keep(child);
+        } else {
+            others.push_back(child);
+        }
+    }
+    m_children.swap(others);
+}
+
 void CStdOleParentUndoUnit::Empty()
 {
     // What the units hold may end only when they are gone from here.

@@ -2,6 +2,7 @@
 // The compound unit that a step consists of.
 
 #include "KVProjectData/ICPSUndoParentEnum.h"
+#include "KVProjectData/tree/UndoContext.h"
 #include "KVProjectData/undo/UndoUnit.h"
 #include "platform/undo/UnitEnumerator.h"
 
@@ -31,6 +32,9 @@ public:
 
     /// Takes in a unit that was opened within this one and not closed, or drops it where that cannot be.
     void EndOpenChild();
+    /// Takes out the units that belong to an owner; what a unit within this one took in stays there. They end with the
+    /// end of driving undo.
+    void RemoveUnitsOf(const void* owner, DrivingUndo& driving);
     /// Drops all units.
     void Empty();
 

@@ -71,18 +71,17 @@ HRESULT ProjectImage::Restore(CProjectNode& project, IKVFileService& files)
     return loaded;
 }
 
-CKVProjectSnapshot::CKVProjectSnapshot(CProjectNode& project) : m_project(project)
+CKVProjectSnapshot::CKVProjectSnapshot(CProjectNode& project) : StateRecord(project)
 {
     if (project.Type() != typeProject) throw Error(KV_E_NO_PROJECT);
     ThrowIfFailed(CreateInstance(CLSID_KVFileService, m_files));
     m_image = std::make_unique<ProjectImage>(project, *m_files);
 }
 
-HRESULT CKVProjectSnapshot::Exchange(DrivingUndo& driving)
+HRESULT CKVProjectSnapshot::Exchange(CProjectNode& project, DrivingUndo&)
 {
-    CProjectNode* project = m_project.Find(driving);
-    if (!project || !m_image) return S_FALSE;
-    m_restored = Guarded([&] { return Restore(*project); });
+    if (!m_image) return S_FALSE;
+    m_restored = Guarded([&] { return Restore(project); });
     return m_restored;
 }
 

@@ -5,7 +5,6 @@
 #include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/tree/UndoContext.h"
 #include "KVProjectData/tree/Visitor.h"
-#include "KVProjectData/undo/RecordedNode.h"
 #include "KVProjectData/undo/StateRecord.h"
 
 #include <memory>
@@ -53,10 +52,9 @@ protected:
     Bstr Description() const override { return Bstr(u"Project Snapshot"); }
 
 private:
-    HRESULT Exchange(DrivingUndo& driving) override;
+    HRESULT Exchange(CProjectNode& project, DrivingUndo& driving) override;
     HRESULT Restore(CProjectNode& project);
 
-    const RecordedNode<> m_project;
     ComPtr<IKVFileService> m_files;
     /// Empty where the project could not be saved when it was restored: there is no way back then.
     std::unique_ptr<ProjectImage> m_image;

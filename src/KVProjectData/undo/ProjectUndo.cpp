@@ -200,6 +200,12 @@ HRESULT ProjectUndo::Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)
 void ProjectUndo::DiscardAll()
 {
     if (m_manager) m_manager->DiscardFrom(nullptr);
+    UndoContext& context = SharedUndoContext();
+    if (StateRecorder* const step = context.step) step->Forget(m_project);
+    if (!m_step) return;
+    CloseStoryboards(true);
+    m_step->ForgetStoryboards();
+    context.majorChange = false;
 }
 
 } // namespace kv

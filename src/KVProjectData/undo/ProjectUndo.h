@@ -36,7 +36,8 @@ public:
     HRESULT CanUndo(VARIANT_BOOL* can) { return Can(can, &IOleUndoManager::GetLastUndoDescription); }
     HRESULT CanRedo(VARIANT_BOOL* can) { return Can(can, &IOleUndoManager::GetLastRedoDescription); }
 
-    /// Nothing of what was can be undone any more, in any project of the process.
+    /// Before the project gets other contents: no step can be undone any more, of whichever project, and the open one
+    /// forgets what it recorded of this project and of its storyboards.
     void DiscardAll();
 
     /// A snapshot is being restored, which loads the project.

@@ -1,15 +1,15 @@
 #pragma once
 // What the records of a node's state have in common.
 
-#include "KVProjectData/tree/UndoContext.h"
+#include "KVProjectData/undo/RecordedNode.h"
 #include "KVProjectData/undo/UndoUnit.h"
 
 namespace kv {
 
-/// A record exchanges what it keeps for what is there: its own inverse. When there was nothing to exchange with, or the
-/// exchange failed, its next turn, which would take that back, does nothing.
-template <class Derived, ULONG kUnitType>
-class StateRecord : public CStdOleUndoUnit<Derived, kUnitType, IOleUndoUnit> {
+/// A record exchanges what it keeps of a node for what is there: its own inverse. When there was nothing to exchange
+/// with, or the exchange failed, its next turn, which would take that back, does nothing.
+template <class Derived, ULONG kUnitType, class Node = CProjectNode>
+class StateRecord : public CStdOleUndoUnit<Derived, kUnitType, IOleUndoUnit, IOwnedUndoUnit> {
 public:
     HRESULT Do(IOleUndoManager* manager) final
     {
@@ -17,18 +17,34 @@ public:
             m_passOver = false;
         } else {
             DrivingUndo driving;
-            const HRESULT exchanged = Guarded([&] { return Exchange(driving); });
+            Node* const node = m_node.Find(driving);
+            const HRESULT exchanged = node ? Guarded([&] { return Exchange(*node, driving); }) : S_FALSE;
             m_passOver = exchanged != S_OK;
             if (FAILED(exchanged)) return exchanged;
         }
         return this->AddTo(manager);
     }
 
+    /// A record belongs to the project that its node stands in at the time.
+    HRESULT BelongsTo(const void* owner) final
+    {
+        DrivingUndo driving;
+        CProjectNode* const node = m_node.Find(driving);
+        const SectionLock links(ParentLinks());
+        return node && &node->Root() == owner ? S_OK : S_FALSE;
+    }
+
 protected:
+    explicit StateRecord(Node& node) : m_node(node) {}
+
     /// S_FALSE when there is nothing to exchange with. A failure has changed nothing.
-    virtual HRESULT Exchange(DrivingUndo& driving) = 0;
+    virtual HRESULT Exchange(Node& node, DrivingUndo& driving) = 0;
+
+    /// Kind and ID of the node.
+    Bstr NodeDescription() const { return m_node.Description(); }
 
 private:
+    const RecordedNode<Node> m_node;
     bool m_passOver = false;
 };
 

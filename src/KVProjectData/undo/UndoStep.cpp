@@ -55,4 +55,14 @@ bool UndoStep::KeepListChange(CNodeList& list, ListChange change, CProjectNode& 
     return Keep<CKVListState>(list, change, child, index);
 }
 
+void UndoStep::Forget(const CProjectNode& project)
+{
+    DrivingUndo driving;
+    UndoContext& context = SharedUndoContext();
+    const SectionLock links(ParentLinks());
+    const SectionLock lock(context.recording);
+    m_unit->RemoveUnitsOf(&project, driving);
+    ++context.stepNumber;
+}
+
 } // namespace kv

@@ -47,6 +47,8 @@ public:
     void AppendStoryboard(ComPtr<IZXEProductionData> storyboard) { Storyboards().Append(std::move(storyboard)); }
     /// Puts the storyboards' part over everything that was recorded, so that undo begins with it.
     HRESULT AddStoryboards();
+    /// The storyboards so far take no part any more.
+    void ForgetStoryboards() { m_storyboards.Reset(); }
 
     /// Closes the unit on the manager. Without `commit` all that it recorded is taken back.
     HRESULT Close(bool commit);
@@ -62,6 +64,7 @@ private:
     bool KeepState(CProjectNode& node) override;
     bool KeepCommands(CKVCommandList& commandList) override;
     bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) override;
+    void Forget(const CProjectNode& project) override;
 
     IOleUndoManager& m_manager;
     const ComPtr<ProjectStep> m_unit;

@@ -19,7 +19,7 @@ struct Edit {
     unsigned what;
 };
 
-enum class StepKind { Commit, Cancel, Snapshot, CancelledSnapshot, Outside, Undo, Redo };
+enum class StepKind { Commit, Cancel, Reload, CancelledReload, Snapshot, CancelledSnapshot, Outside, Undo, Redo };
 
 struct Step {
     StepKind kind;
@@ -30,7 +30,8 @@ using Sequence = std::vector<Step>;
 
 std::ostream& operator<<(std::ostream& out, const Sequence& sequence)
 {
-    constexpr std::array kNames{"commit", "cancel", "snapshot", "cancelled snapshot", "outside", "undo", "redo"};
+    constexpr std::array kNames{"commit",  "cancel", "reload", "cancelled reload", "snapshot", "cancelled snapshot",
+                                "outside", "undo",   "redo"};
     for (const Step& step : sequence) {
         out << "  " << kNames[static_cast<std::size_t>(step.kind)] << ':';
         for (const Edit& edit : step.edits)
@@ -113,6 +114,15 @@ public:
         default:
             if (const auto title = Title(edit.where)) title->put_DiscIndex(static_cast<LONG>(edit.what));
         }
+    }
+
+    /// Loads what the project would save.
+    void Reload()
+    {
+        ComPtr<IXMLDOMElement> root;
+        const auto document = SaveToDocument(*project.Get());
+        document->get_documentElement(root.Put());
+        EXPECT_EQ(S_OK, project->loadXML(root.Get()));
     }
 
     const ComPtr<IKVProjectData> project = NewProject();
@@ -335,13 +345,21 @@ private:
         }
 
         const bool snapshot = step.kind == StepKind::Snapshot || step.kind == StepKind::CancelledSnapshot;
-        const bool commit = step.kind == StepKind::Commit || step.kind == StepKind::Snapshot;
-        const std::u16string before = bench.Document();
+        const bool reload = step.kind == StepKind::Reload || step.kind == StepKind::CancelledReload;
+        const bool commit =
+            step.kind == StepKind::Commit || step.kind == StepKind::Reload || step.kind == StepKind::Snapshot;
+        std::u16string before = bench.Document();
         const Bstr description(u"step");
         Succeed(snapshot ? bench.project->TakeUndoSnapshot(description.Get())
                          : bench.project->BeginUndo(description.Get()),
                 "begin");
         for (const Edit& edit : step.edits) {
+            if (reload && &edit == &step.edits[step.edits.size() / 2]) {
+                bench.Reload();
+                before = bench.Document();
+                m_undo.clear();
+                m_redo.clear();
+            }
             // A snapshot knows nothing of titles that are out of the project.
             if (!snapshot || !Workbench::EditsRemovedTitle(edit)) bench.Apply(edit);
             if (snapshot) bench.ApplyUnrecorded(edit);
@@ -411,6 +429,8 @@ Sequence RandomSequence(unsigned seed)
                                 StepKind::Commit,
                                 StepKind::Commit,
                                 StepKind::Cancel,
+                                StepKind::Reload,
+                                StepKind::CancelledReload,
                                 StepKind::Snapshot,
                                 StepKind::CancelledSnapshot,
                                 StepKind::Undo,

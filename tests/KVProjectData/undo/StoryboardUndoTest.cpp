@@ -100,6 +100,16 @@ TEST_F(StoryboardUndoTest, StoryboardsOfOneIdAreAllClosed)
     }
 }
 
+TEST_F(StoryboardUndoTest, TakesNoPartInAStepWhoseProjectWasCleared)
+{
+    Begin();
+    project->BeginStoryboardUndo(production.Get(), 1);
+    AddSource(u"moniker:a");
+    EXPECT_EQ(S_OK, project->Clear());
+    EXPECT_EQ(S_OK, End());
+    EXPECT_TRUE(UnitsOf(NewestStep().Get()).empty());
+}
+
 TEST_F(StoryboardUndoTest, AStoryboardThatCannotUndoIsPassedOver)
 {
     Begin();

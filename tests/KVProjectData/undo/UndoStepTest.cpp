@@ -282,18 +282,60 @@ TEST_F(UndoStepTest, ALockedProjectKeepsItsSnapshotForLater)
     EXPECT_EQ(u"before", Label());
 }
 
-TEST_F(UndoStepTest, ClearForgetsAllSteps)
+TEST_F(UndoStepTest, AStepKeepsNothingOfContentsThatWereReplacedInIt)
 {
-    Begin();
-    SetLabel(u"x");
-    End();
-    Begin();
-    SetLabel(u"y");
-    EXPECT_EQ(S_OK, project->Clear());
-    EXPECT_EQ(S_OK, End());
-    EXPECT_EQ(S_OK, project->UndoOperation()) << "the step that was open meanwhile";
-    EXPECT_TRUE(FAILED(project->UndoOperation()));
-    EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
+    const auto other = NewProject();
+    const auto saved = [&] { return XmlOf(*SaveToDocument(*project.Get())); };
+    const auto otherLabel = [&] { return Text(*other.Get(), &IKVProjectData::get_Label); };
+    ComPtr<IXMLDOMElement> root;
+    const auto document = ParseXml(u"<Root><Project label='loaded'><Titles><Title/></Titles></Project></Root>");
+    document->get_documentElement(root.Put());
+    for (const bool load : {false, true}) {
+        for (const bool commit : {false, true}) {
+            ComPtr<IKVTitle> removed;
+            ComPtr<IUnknown> production;
+            const auto edit = [&](const char16_t* label, LONG channels) {
+                DiscCommandParams command{StopPlayback, channels, 0, nullptr};
+                project->put_Label(Str(label).Get());
+                project->AddDataFile(0, nullptr);
+                Query<IKVCommandList>(project)->SetCommandList(1, &command);
+                Query<IKVEncodingParams>(project)->put_AudioChannels(channels);
+            };
+            project->AddTitle(1, removed.Put());
+            removed->GetProduction(production.Put());
+            Begin();
+            End();
+            Begin();
+            EXPECT_EQ(S_OK, project->BeginStoryboardUndo(production.Get(), 1));
+            edit(u"old", 4);
+            removed->put_Label(Str(u"edited").Get());
+            project->RemoveTitle(ValueOf(*removed.Get(), &IKVTitle::get_ID), nullptr);
+            project->AddTitle(0, nullptr);
+            other->put_Label(Str(u"other").Get());
+            EXPECT_EQ(S_OK, load ? project->loadXML(root.Get()) : project->Clear());
+            EXPECT_FALSE(CanUndo()) << "what was committed before";
+            removed->AddRef();
+            EXPECT_EQ(1u, removed->Release()) << "the step has let go of it";
+            const std::u16string before = saved();
+            edit(u"new", 6);
+            project->AddTitle(0, nullptr);
+            const std::u16string after = saved();
+            other->put_Options(3);
+            EXPECT_EQ(S_OK, End(commit));
+            if (commit) {
+                EXPECT_EQ(after, saved());
+                EXPECT_EQ(u"other", otherLabel());
+                EXPECT_EQ(S_OK, project->UndoOperation());
+            }
+            EXPECT_EQ(before, saved());
+            EXPECT_EQ(u"", otherLabel()) << "its records stay";
+            EXPECT_EQ(0u, ValueOf(*other.Get(), &IKVProjectData::get_Options));
+            EXPECT_EQ(commit, SUCCEEDED(project->RedoOperation()));
+            EXPECT_EQ(commit ? after : before, saved());
+            EXPECT_EQ(commit, SUCCEEDED(project->UndoOperation()));
+            EXPECT_FALSE(CanUndo());
+        }
+    }
 }
 
 TEST_F(UndoStepTest, StepsOfAProjectGoWithIt)
