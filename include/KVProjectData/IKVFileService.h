@@ -11,7 +11,8 @@ struct IKVFileService : IDispatch {
     using Base = IDispatch;
 
     /// Writes the project file; on failure an older file stays as it was. Sets ProjectDirectory. E_INVALIDARG for
-    /// an empty name.
+    /// an empty name. The productions of the titles stand in the file, too, with what was kept of the file that was
+    /// loaded; one whose engine saves none (Engine/Persist.h) is left out.
     virtual HRESULT SaveProject(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
     /// To gather a project and its source files in a folder. Not available yet: E_NOTIMPL for every project.
@@ -20,10 +21,12 @@ struct IKVFileService : IDispatch {
     /// Replaces the project by a project file, sets ProjectDirectory, and names a project without Label or DisplayName
     /// after the file. KV_E_FILE_DOES_NOT_PARSE, KV_E_FILE_TOO_OLD (below 700), E_INVALIDARG (after a message box) for
     /// a file that does not exist, E_POINTER for a document without a root, DISP_E_TYPEMISMATCH for a version that is
-    /// no number; for the versions 700 to 799 what their importer says, or REGDB_E_CLASSNOTREG without one.
+    /// no number; for the versions 700 to 799 what their importer says, or REGDB_E_CLASSNOTREG without one. Titles get
+    /// the productions that the file holds for them. One that cannot be loaded, for want of an engine or because the
+    /// engine refuses it, is told to the error reporter, and is kept with the project until that is cleared.
     virtual HRESULT LoadProject(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
-    /// As IKVProjectData::SaveXML and loadXML.
+    /// As IKVProjectData::SaveXML and loadXML: the project alone, without the productions of its titles.
     virtual HRESULT PersistToXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) = 0;
     virtual HRESULT PersistFromXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) = 0;
 

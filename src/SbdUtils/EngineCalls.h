@@ -49,6 +49,12 @@ public:
         return E_POINTER;
     }
 
+    /// Reports anything else.
+    void Report(std::string_view message, int line = __builtin_LINE()) const
+    {
+        ZXUReportError(ZXUErrStr({m_source, line}, message));
+    }
+
     // The same, thrown as Error.
 
     /// A call that has to succeed.

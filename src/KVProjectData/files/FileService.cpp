@@ -3,6 +3,7 @@
 #include "KVProjectData/IQ71ProjectImport.h"
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/files/ProjectProductions.h"
 #include "KVProjectData/persistence/ProjectDocument.h"
 #include "platform/com/Activation.h"
 #include "platform/system/MessageBox.h"
@@ -35,15 +36,12 @@ HRESULT WriteProjectFile(IKVProjectData& project, std::u16string_view fileName)
     ComPtr<IXMLDOMDocument> document;
     ComPtr<IXMLDOMNode> comment;
     ComPtr<IXMLDOMElement> root;
-    ComPtr<IXMLDOMElement> productions;
     ThrowIfFailed(CreateProjectDocument(document.Put()));
     ThrowIfFailed(
         document->createComment(Bstr(u"DVD Project xml file created using KVProject object.").Get(), comment.Put()));
     ThrowIfFailed(document->appendChild(comment.Get(), nullptr));
     ThrowIfFailed(document->get_documentElement(root.Put()));
-    ThrowIfFailed(project.SaveXML(root.Get()));
-    ThrowIfFailed(document->createElement(Bstr(u"Productions").Get(), productions.Put()));
-    ThrowIfFailed(root->appendChild(productions.Get(), nullptr));
+    SaveWithProductions(project, XmlElement(root.Get()));
     return document->save(Variant(fileName));
 }
 
@@ -65,6 +63,14 @@ HRESULT ImportOldVersion(IXMLDOMElement& root, IUnknown* project)
     ComPtr<IQ71ProjectImport> importer;
     const HRESULT created = CreateInstance(CLSID_Q71ProjectImport, importer);
     return FAILED(created) ? created : importer->ImportXML(&root, project);
+}
+
+HRESULT LoadCurrent(IXMLDOMElement& root, IKVProjectData& project)
+{
+    ReserveOwners(XmlElement(&root));
+    const HRESULT loaded = project.loadXML(&root);
+    if (SUCCEEDED(loaded)) LoadProductions(project, XmlElement(&root));
+    return loaded;
 }
 
 using StringGetter = HRESULT (IKVProjectData::*)(BSTR*);
@@ -121,7 +127,7 @@ HRESULT CKVFileService::LoadProject(BSTR bstrFileName, IUnknown* pUnkProject)
         HRESULT result = ProjectVersion(document.Get(), version);
         if (FAILED(result)) return result;
         if (version < kOldestVersion) return KV_E_FILE_TOO_OLD;
-        result = version < kFirstOwnVersion ? ImportOldVersion(*root, pUnkProject) : project->loadXML(root.Get());
+        result = version < kFirstOwnVersion ? ImportOldVersion(*root, pUnkProject) : LoadCurrent(*root, *project);
         if (FAILED(result)) return result;
 
         result = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());

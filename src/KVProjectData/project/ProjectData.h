@@ -6,6 +6,7 @@
 #include "KVProjectData/project/AsyncEventDispatcher.h"
 #include "KVProjectData/project/List.h"
 #include "KVProjectData/project/ProjectEvents.h"
+#include "KVProjectData/project/ProjectStoryboards.h"
 #include "KVProjectData/titles/CommandList.h"
 #include "KVProjectData/titles/EncodingParams.h"
 #include "KVProjectData/tree/Locking.h"
@@ -27,7 +28,7 @@ inline constexpr LONG kDocumentVersion = 900;
 class CKVProjectData final : public CProjectNode,
                              public CAsyncEventDispatcher,
                              public Aggregate<Parts<CKVCommandList, CKVEncodingParams, CKVLocking>,
-                                              Dual<IKVProjectData>, ConnectionPointContainer>,
+                                              Dual<IKVProjectData>, ConnectionPointContainer, IProjectStoryboards>,
                              private NodeFactory {
 public:
     explicit CKVProjectData(IUnknown* outer);
@@ -102,6 +103,10 @@ public:
     HRESULT get_UndoEnable(VARIANT_BOOL* pVal) override;
     HRESULT get_RedoEnable(VARIANT_BOOL* pVal) override;
 
+    CProjectNode& Node() override { return *this; }
+    XmlElement KeptProductions() override;
+    void KeepProductions(XmlElement kept) override;
+
     using CProjectNode::SaveXML;
 
     HRESULT FireEvent(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c) override;
@@ -159,6 +164,8 @@ private:
     CKVList m_titles{typeTitleList, {EVENT_TitleAdded, EVENT_TitleRemoved, EVENT_TitleMoved}};
     CKVList m_menus{typeMenuList, {EVENT_MenuAdded, EVENT_MenuRemoved, EVENT_MenuMoved}};
     CKVList m_dataFiles{typeFileList, {EVENT_DataFileAdded, EVENT_DataFileRemoved, EVENT_DataFileMoved}};
+
+    XmlElement m_keptProductions;
 
     ProjectEvents m_events{*this};
     ProjectUndo m_undo{*this};

@@ -20,6 +20,7 @@ HRESULT CKVProjectData::Clear()
         m_undo.DiscardAll();
         DropLists();
         m_settings = Settings{};
+        m_keptProductions = {};
         m_dirty = false;
         m_events.EnableHeartbeat(true);
         return S_OK;
@@ -95,6 +96,18 @@ HRESULT CKVProjectData::SaveXML(IXMLDOMNode* pRootNode)
         if (!pRootNode) return E_POINTER;
         return CXMLPersistor(pRootNode).Visit(*this, 0);
     });
+}
+
+XmlElement CKVProjectData::KeptProductions()
+{
+    const SectionLock lock(Section());
+    return m_keptProductions;
+}
+
+void CKVProjectData::KeepProductions(XmlElement kept)
+{
+    const SectionLock lock(Section());
+    m_keptProductions = std::move(kept);
 }
 
 } // namespace kv

@@ -17,6 +17,9 @@ namespace {
 
 constexpr EngineCalls kEngine("KVTitle");
 
+/// What project files call a title's production.
+constexpr std::string_view kStoryboard = "Storyboard";
+
 double RatioOf(AspectRatio aspect)
 {
     return aspect == AspectRatio_16x9 ? 16.0 / 9.0 : 4.0 / 3.0;
@@ -170,19 +173,43 @@ HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
         if (Query<IKVTitle>(pProduction) || Query<IKVProjectData>(pProduction)) {
             return kEngine.Checked(E_INVALIDARG, "pProduction");
         }
-        HRESULT result = DisconnectSink();
-        if (FAILED(result)) return result;
         // The one that is held stays in use, and is merely connected anew.
-        if (!IsSameObject(pProduction, Production().Get())) {
-            const auto data = ProductionData();
-            result = data ? kEngine.Checked(data->Close(), "Close()") : S_OK;
-            if (FAILED(result)) return result;
-            HoldProduction(Query<IUnknown>(pProduction));
-        }
+        const bool isHeld = IsSameObject(pProduction, Production().Get());
+        const HRESULT left = isHeld ? DisconnectSink() : LeaveProduction();
+        if (FAILED(left)) return left;
+        if (!isHeld) HoldProduction(Query<IUnknown>(pProduction));
         const HRESULT connected = ConnectSink();
         if (FAILED(connected)) return connected;
         FirePropertyChanged(203);
         return S_OK;
+    });
+}
+
+HRESULT CKVTitle::LeaveProduction()
+{
+    const HRESULT disconnected = DisconnectSink();
+    if (FAILED(disconnected)) return disconnected;
+    const auto data = ProductionData();
+    return data ? kEngine.Checked(data->Close(), "Close()") : S_OK;
+}
+
+std::vector<OwnedProduction> CKVTitle::Productions()
+{
+    std::vector<OwnedProduction> productions;
+    if (auto production = Production()) productions.push_back({kStoryboard, std::move(production)});
+    return productions;
+}
+
+HRESULT CKVTitle::TakeProduction(std::string_view name, IUnknown* production)
+{
+    return Read([&] {
+        if (name != kStoryboard) return E_INVALIDARG;
+        const HRESULT left = LeaveProduction();
+        if (FAILED(left)) return left;
+        HoldProduction(Query<IUnknown>(production));
+        const HRESULT connected = ConnectSink();
+        if (FAILED(connected)) HoldProduction(nullptr);
+        return connected;
     });
 }
 

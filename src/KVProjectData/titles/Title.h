@@ -7,6 +7,7 @@
 #include "KVProjectData/titles/EncodingParams.h"
 #include "KVProjectData/titles/TitleSink.h"
 #include "KVProjectData/tree/Locking.h"
+#include "KVProjectData/tree/ProductionOwner.h"
 #include "KVProjectData/tree/Properties.h"
 #include "platform/automation/Dispatch.h"
 #include "platform/com/Aggregate.h"
@@ -17,6 +18,7 @@ namespace kv {
 
 class CKVTitle final
     : public CProjectNode,
+      public ProductionOwner,
       public Aggregate<Parts<CKVEncodingParams, CKVCommandList, CKVLocking>, Dual<IKVTitle>, ProductionSink>,
       private ProductionAspect {
 public:
@@ -51,6 +53,9 @@ public:
     /// Empty while the title has no production.
     ComPtr<IZXEProductionData> ProductionData();
 
+    std::vector<OwnedProduction> Productions() override;
+    HRESULT TakeProduction(std::string_view name, IUnknown* production) override;
+
     IUnknown* Identity() override { return Controlling(); }
 
     void Attributes(AttributeArchive& archive) override;
@@ -69,6 +74,8 @@ private:
     ComPtr<IUnknown> Production();
     void HoldProduction(ComPtr<IUnknown> production);
     HRESULT CreateProduction();
+    /// Disconnects and closes the production, which stays with the title.
+    HRESULT LeaveProduction();
     HRESULT ConnectSink();
     /// Without a connection nothing happens.
     HRESULT DisconnectSink();

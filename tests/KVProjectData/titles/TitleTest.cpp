@@ -1,6 +1,7 @@
 #include "KVProjectData/Engine.h"
 #include "platform/system/ErrorReporter.h"
 #include "support/Host.h"
+#include "support/Productions.h"
 
 #include <gmock/gmock.h>
 
@@ -201,7 +202,7 @@ TEST_F(TitleTest, TakesItsSourceFromTheProduction)
 }
 
 /// A production without a connection point, whose list of sources is what a test says.
-class OddProduction final : public Object<IZXEProductionData> {
+class OddProduction final : public Object<BareProduction> {
 public:
     explicit OddProduction(VARTYPE sources) : m_sources(sources) {}
 
@@ -210,23 +211,6 @@ public:
         *sources = SafeArrayCreateVector(m_sources, 0, 1);
         return *sources ? S_OK : E_FAIL;
     }
-    HRESULT GetProductionObj(IUnknown**) override { return E_NOTIMPL; }
-    HRESULT GetPanelCount(LONG*) override { return E_NOTIMPL; }
-    HRESULT GetPanelBaseObject(LONG, IUnknown**) override { return E_NOTIMPL; }
-    HRESULT DeletePanel(LONG) override { return E_NOTIMPL; }
-    HRESULT get_UseSourceAspectRatio(VARIANT_BOOL*) override { return E_NOTIMPL; }
-    HRESULT put_UseSourceAspectRatio(VARIANT_BOOL) override { return E_NOTIMPL; }
-    HRESULT Initialise() override { return S_OK; }
-    HRESULT Close() override { return S_OK; }
-    HRESULT get_Flags(ULONG*) override { return E_NOTIMPL; }
-    HRESULT ClearModified() override { return S_OK; }
-    HRESULT OpenUndoBlock() override { return E_NOTIMPL; }
-    HRESULT CloseUndoBlock(VARIANT_BOOL) override { return E_NOTIMPL; }
-    HRESULT AddUndoUnit(IUnknown*) override { return E_NOTIMPL; }
-    HRESULT CanUndo(VARIANT_BOOL*, BSTR*) override { return E_NOTIMPL; }
-    HRESULT CanRedo(VARIANT_BOOL*, BSTR*) override { return E_NOTIMPL; }
-    HRESULT Undo() override { return E_NOTIMPL; }
-    HRESULT Redo() override { return E_NOTIMPL; }
 
 private:
     const VARTYPE m_sources;
