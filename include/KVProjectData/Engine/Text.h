@@ -26,9 +26,11 @@ struct ZXTextPoint {
 };
 
 /// Text is made of the elements "p" (a paragraph; attribute "align": "left", "center", "right"; "justify" is as left,
-/// since lines break at "br" and paragraphs alone), "br", "font" ("face", "fontHeight", "color"), "b", "i" and "u"; of
-/// others the content counts. Defaults are a white Arial of height 24 at the left. A height counts 480ths of the
-/// frame's height, from 1 to 1,000. A face that is not installed is shown by DejaVu Sans. A colour is a name of HTML 4,
+/// since lines break at "br" and paragraphs alone), "br", "font", "b", "i" and "u"; of others the content counts. A
+/// "font" tells "face", "fontHeight" and "color", and where glyphs have an edge or a shadow, "edgeColor", "edgeWidth",
+/// "shadowColor" and "shadowOffset", to the right and below. Defaults are a white Arial of height 24 at the left, and
+/// an edge of 2 and a shadow of 3 where it has a colour. Lengths count 480ths of the frame's height; heights go from 1
+/// to 1,000, the others to 100. A face that is not installed is shown by DejaVu Sans. A colour is a name of HTML 4,
 /// "#RRGGBBTT", or letters with two digits each, such as "RffG80T00"; T is transparency.
 ///
 /// The text's box is as wide as its widest line and stands in the middle of the frame. Texts end after 100,000

@@ -60,15 +60,27 @@ std::uint8_t HexAt(std::string_view text, std::size_t position)
     return value;
 }
 
+/// Takes over a length from `least` on.
+void SetLength(double& length, IXMLDOMNode* font, std::u16string_view name, double least, double most)
+{
+    const std::string text = AttributeOf(font, name).value_or("");
+    double value = 0.0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (read.ec == std::errc() && value >= least) length = std::min(value, most);
+}
+
 void SetFont(TextStyle& style, IXMLDOMNode* font)
 {
-    if (const auto face = AttributeOf(font, u"face"); face && !face->empty()) style.face = face->substr(0, kMaxFace);
-    if (const auto colour = AttributeOf(font, u"color")) SetColour(style, *colour);
-    if (const auto height = AttributeOf(font, u"fontHeight")) {
-        double value = 0.0;
-        const auto read = std::from_chars(height->data(), height->data() + height->size(), value);
-        if (read.ec == std::errc() && value >= 1.0) style.height = std::min(value, kMaxHeight);
+    constexpr double kMaxAside = 100.0;
+    if (const auto face = AttributeOf(font, u"face"); face && !face->empty()) {
+        style.font.face = face->substr(0, kMaxFace);
     }
+    SetLength(style.font.height, font, u"fontHeight", 1.0, kMaxHeight);
+    if (const auto colour = AttributeOf(font, u"color")) style.ink.colour = ReadColour(*colour);
+    if (const auto edge = AttributeOf(font, u"edgeColor")) style.ink.edge = ReadColour(*edge);
+    SetLength(style.ink.edgeWidth, font, u"edgeWidth", 0.0, kMaxAside);
+    if (const auto shadow = AttributeOf(font, u"shadowColor")) style.ink.shadow = ReadColour(*shadow);
+    SetLength(style.ink.shadowOffset, font, u"shadowOffset", 0.0, kMaxAside);
 }
 
 TextAlignment AlignmentOf(std::string_view align)
@@ -108,9 +120,9 @@ private:
         if (name == "br") return Add(std::string(kLineBreak), style);
         if (name == "p") return ReadParagraph(element, style);
         if (name == "font") SetFont(style, element);
-        style.bold |= name == "b";
-        style.italic |= name == "i";
-        style.underline |= name == "u";
+        style.font.bold |= name == "b";
+        style.font.italic |= name == "i";
+        style.ink.underline |= name == "u";
         ReadChildren(element, style);
     }
 
@@ -149,7 +161,7 @@ private:
     {
         // Empty paragraphs count as pieces, too.
         ++m_runs;
-        m_paragraphs.push_back({alignment, style, {}});
+        m_paragraphs.push_back({alignment, style.font, {}});
         m_open = true;
     }
 
@@ -164,7 +176,7 @@ private:
 
 } // namespace
 
-void SetColour(TextStyle& style, std::string_view text)
+Colour ReadColour(std::string_view text)
 {
     constexpr std::array<std::pair<std::string_view, std::uint32_t>, 16> kNames{{
         {"Black", 0x000000},
@@ -184,24 +196,19 @@ void SetColour(TextStyle& style, std::string_view text)
         {"Teal", 0x008080},
         {"Aqua", 0x00FFFF},
     }};
-    const auto set = [&](std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint8_t transparency) {
-        style.red = red;
-        style.green = green;
-        style.blue = blue;
-        style.alpha = static_cast<std::uint8_t>(255 - transparency);
-    };
+    const auto opaqueBut = [](std::uint8_t transparency) { return static_cast<std::uint8_t>(255 - transparency); };
     for (const auto& [name, colour] : kNames) {
         if (StartsWithoutCase(text, name)) {
-            return set(static_cast<std::uint8_t>(colour >> 16), static_cast<std::uint8_t>(colour >> 8 & 0xFF),
-                       static_cast<std::uint8_t>(colour & 0xFF), 0);
+            return {static_cast<std::uint8_t>(colour >> 16), static_cast<std::uint8_t>(colour >> 8 & 0xFF),
+                    static_cast<std::uint8_t>(colour & 0xFF)};
         }
     }
-    if (text.starts_with('#')) return set(HexAt(text, 1), HexAt(text, 3), HexAt(text, 5), HexAt(text, 7));
+    if (text.starts_with('#')) return {HexAt(text, 1), HexAt(text, 3), HexAt(text, 5), opaqueBut(HexAt(text, 7))};
     const auto after = [&](char letter) {
         const std::size_t found = text.find(letter);
         return found == text.npos ? std::uint8_t{0} : HexAt(text, found + 1);
     };
-    set(after('R'), after('G'), after('B'), after('T'));
+    return {after('R'), after('G'), after('B'), opaqueBut(after('T'))};
 }
 
 std::vector<Paragraph> ReadRichText(IXMLDOMNode* pluginData)

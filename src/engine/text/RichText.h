@@ -10,19 +10,40 @@
 
 namespace kv {
 
-struct TextStyle {
-    std::string face = "Arial";
-    /// 480ths of the frame's height.
-    double height = 24.0;
-    std::uint8_t red = 255;
-    std::uint8_t green = 255;
-    std::uint8_t blue = 255;
+struct Colour {
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
     std::uint8_t alpha = 255;
+};
+
+inline constexpr Colour kNoColour{0, 0, 0, 0};
+
+/// Lengths are 480ths of the frame's height.
+struct FontStyle {
+    std::string face = "Arial";
+    double height = 24.0;
     bool bold = false;
     bool italic = false;
-    bool underline = false;
 
-    bool operator==(const TextStyle&) const = default;
+    bool operator==(const FontStyle&) const = default;
+};
+
+/// How glyphs are drawn. What has no colour is not.
+struct Ink {
+    Colour colour{255, 255, 255, 255};
+    bool underline = false;
+    /// Around the glyphs.
+    Colour edge = kNoColour;
+    double edgeWidth = 2.0;
+    /// To the right and below.
+    Colour shadow = kNoColour;
+    double shadowOffset = 3.0;
+};
+
+struct TextStyle {
+    FontStyle font;
+    Ink ink;
 };
 
 struct TextRun {
@@ -36,15 +57,15 @@ using TextAlignment = double;
 
 struct Paragraph {
     TextAlignment alignment = 0.0;
-    /// How high a paragraph without text is.
-    TextStyle style;
+    /// Tells how high a paragraph without text is.
+    FontStyle font;
     std::vector<TextRun> runs;
 };
 
 /// Throws Error(ZXE_E_NO_TEXT) for an element without a text; one with an empty text has one empty paragraph.
 std::vector<Paragraph> ReadRichText(IXMLDOMNode* pluginData);
 
-/// Takes over what a colour's text tells; a text that tells nothing leaves black.
-void SetColour(TextStyle& style, std::string_view text);
+/// Black for a text that tells nothing.
+Colour ReadColour(std::string_view text);
 
 } // namespace kv

@@ -1,6 +1,7 @@
 #include "engine/text/TextLayout.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 namespace kv {
@@ -16,33 +17,29 @@ struct AttributesCloser {
 };
 using Attributes = std::unique_ptr<PangoAttrList, AttributesCloser>;
 
-Font FontOf(const TextStyle& style, int frameHeight)
+struct IteratorCloser {
+    void operator()(PangoLayoutIter* iterator) const { pango_layout_iter_free(iterator); }
+};
+using Iterator = std::unique_ptr<PangoLayoutIter, IteratorCloser>;
+
+struct MetricsCloser {
+    void operator()(PangoFontMetrics* metrics) const { pango_font_metrics_unref(metrics); }
+};
+using Metrics = std::unique_ptr<PangoFontMetrics, MetricsCloser>;
+
+double Pixels(int units)
 {
-    constexpr double kHeightUnits = 480.0;
+    return units / static_cast<double>(PANGO_SCALE);
+}
+
+Font FontOf(const FontStyle& style, double unit)
+{
     Font font(pango_font_description_new());
     pango_font_description_set_family(font.get(), style.face.c_str());
-    pango_font_description_set_absolute_size(font.get(), style.height * frameHeight / kHeightUnits * PANGO_SCALE);
+    pango_font_description_set_absolute_size(font.get(), style.height * unit * PANGO_SCALE);
     pango_font_description_set_weight(font.get(), style.bold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);
     pango_font_description_set_style(font.get(), style.italic ? PANGO_STYLE_ITALIC : PANGO_STYLE_NORMAL);
     return font;
-}
-
-/// `usual` is the style of the whole paragraph.
-void Style(PangoAttrList* attributes, const TextStyle& style, const TextStyle& usual, int frameHeight, std::size_t from,
-           std::size_t to)
-{
-    constexpr int kWide = 257;
-    const auto add = [&](PangoAttribute* attribute) {
-        attribute->start_index = static_cast<guint>(from);
-        attribute->end_index = static_cast<guint>(to);
-        pango_attr_list_insert(attributes, attribute);
-    };
-    const auto wide = [](std::uint8_t channel) { return static_cast<guint16>(channel * kWide); };
-    if (style != usual) add(pango_attr_font_desc_new(FontOf(style, frameHeight).get()));
-    add(pango_attr_foreground_new(wide(style.red), wide(style.green), wide(style.blue)));
-    // An alpha of 0 stands for none that is told.
-    add(pango_attr_foreground_alpha_new(std::max<guint16>(wide(style.alpha), 1)));
-    if (style.underline) add(pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
 }
 
 PangoAlignment AlignmentOf(TextAlignment alignment)
@@ -51,7 +48,7 @@ PangoAlignment AlignmentOf(TextAlignment alignment)
     return alignment == 1.0 ? PANGO_ALIGN_RIGHT : PANGO_ALIGN_LEFT;
 }
 
-GlibPtr<PangoLayout> LayOut(const Paragraph& paragraph, int frameHeight)
+GlibPtr<PangoLayout> LayOut(const Paragraph& paragraph, double unit)
 {
     GlibPtr<PangoLayout> layout = NewLayout();
     const Attributes attributes(pango_attr_list_new());
@@ -59,9 +56,16 @@ GlibPtr<PangoLayout> LayOut(const Paragraph& paragraph, int frameHeight)
     for (const TextRun& run : paragraph.runs) {
         const std::size_t from = text.size();
         text += run.text;
-        Style(attributes.get(), run.style, paragraph.style, frameHeight, from, text.size());
+        const auto add = [&](PangoAttribute* attribute) {
+            attribute->start_index = static_cast<guint>(from);
+            attribute->end_index = static_cast<guint>(text.size());
+            pango_attr_list_insert(attributes.get(), attribute);
+        };
+        if (run.style.font != paragraph.font) add(pango_attr_font_desc_new(FontOf(run.style.font, unit).get()));
+        // Sets the glyphs of the run apart; they are not drawn by it.
+        add(pango_attr_foreground_new(0, 0, 0));
     }
-    pango_layout_set_font_description(layout.get(), FontOf(paragraph.style, frameHeight).get());
+    pango_layout_set_font_description(layout.get(), FontOf(paragraph.font, unit).get());
     pango_layout_set_text(layout.get(), text.data(), static_cast<int>(text.size()));
     pango_layout_set_attributes(layout.get(), attributes.get());
     // The same side whatever the direction of its script.
@@ -70,23 +74,69 @@ GlibPtr<PangoLayout> LayOut(const Paragraph& paragraph, int frameHeight)
     return layout;
 }
 
+void SetColour(cairo_t* context, const Colour& colour)
+{
+    constexpr double kMost = 255.0;
+    cairo_set_source_rgba(context, colour.red / kMost, colour.green / kMost, colour.blue / kMost, colour.alpha / kMost);
+}
+
 } // namespace
 
 TextLayout::TextLayout(const std::vector<Paragraph>& text, int frameHeight)
 {
+    constexpr double kHeightUnits = 480.0;
+    const double unit = frameHeight / kHeightUnits;
     const SectionLock lock(FontSection());
     for (const Paragraph& paragraph : text) {
-        GlibPtr<PangoLayout> layout = LayOut(paragraph, frameHeight);
+        GlibPtr<PangoLayout> layout = LayOut(paragraph, unit);
         PangoRectangle box;
         pango_layout_get_extents(layout.get(), nullptr, &box);
-        const double width = box.width / static_cast<double>(PANGO_SCALE);
+        const double width = Pixels(box.width);
         // Its own width for now.
         m_blocks.push_back({std::move(layout), width, m_height});
         m_width = std::max(m_width, width);
-        m_height += box.height / static_cast<double>(PANGO_SCALE);
+        m_height += Pixels(box.height);
     }
-    for (std::size_t i = 0; i < text.size(); ++i)
+    for (std::size_t i = 0; i < text.size(); ++i) {
         m_blocks[i].x = (m_width - m_blocks[i].x) * text[i].alignment;
+        AddRuns(text[i], m_blocks[i], unit);
+    }
+}
+
+void TextLayout::AddRuns(const Paragraph& paragraph, const Block& block, double unit)
+{
+    // Where the text of each run ends.
+    std::vector<std::size_t> ends;
+    for (const TextRun& run : paragraph.runs)
+        ends.push_back((ends.empty() ? 0 : ends.back()) + run.text.size());
+    const Iterator iterator(pango_layout_get_iter(block.layout.get()));
+    do {
+        const PangoLayoutRun* glyphs = pango_layout_iter_get_run_readonly(iterator.get());
+        // Lines end with none.
+        if (!glyphs) continue;
+        const auto offset = static_cast<std::size_t>(glyphs->item->offset);
+        const auto place = static_cast<std::size_t>(std::ranges::upper_bound(ends, offset) - ends.begin());
+        if (place == ends.size()) continue;
+        const TextStyle& style = paragraph.runs[place].style;
+        PangoRectangle box;
+        pango_layout_iter_get_run_extents(iterator.get(), nullptr, &box);
+        PangoFont* font = glyphs->item->analysis.font;
+        Run run{font,
+                glyphs->glyphs,
+                style.ink,
+                style.font.height * unit,
+                block.x + Pixels(box.x),
+                block.y + Pixels(pango_layout_iter_get_run_baseline(iterator.get())),
+                Pixels(box.width)};
+        run.ink.edgeWidth *= unit;
+        run.ink.shadowOffset *= unit;
+        if (style.ink.underline) {
+            const Metrics metrics(pango_font_get_metrics(font, glyphs->item->analysis.language));
+            run.lineTop = -Pixels(pango_font_metrics_get_underline_position(metrics.get()));
+            run.lineHeight = Pixels(pango_font_metrics_get_underline_thickness(metrics.get()));
+        }
+        m_runs.push_back(run);
+    } while (pango_layout_iter_next_run(iterator.get()));
 }
 
 TextLayout::~TextLayout()
@@ -97,11 +147,74 @@ TextLayout::~TextLayout()
 
 void TextLayout::Draw(cairo_t* context) const
 {
+    double left = 0.0;
+    double top = 0.0;
+    double right = 0.0;
+    double bottom = 0.0;
+    cairo_clip_extents(context, &left, &top, &right, &bottom);
     const SectionLock lock(FontSection());
-    for (const Block& block : m_blocks) {
-        cairo_move_to(context, block.x, block.y);
-        pango_cairo_show_layout(context, block.layout.get());
+    for (const Part part : {Part::Shadow, Part::Edge, Part::Face}) {
+        for (const Run& run : m_runs) {
+            // Glyphs may stand out of their row.
+            const double reach = 2.0 * (run.height + run.ink.edgeWidth + run.ink.shadowOffset);
+            const bool within = run.x - reach < right && run.x + run.width + reach > left &&
+                                run.baseline - reach < bottom && run.baseline + reach > top;
+            if (within) Draw(context, run, part);
+        }
     }
+}
+
+void TextLayout::Draw(cairo_t* context, const Run& run, Part part)
+{
+    const Ink& ink = run.ink;
+    const Colour& colour = part == Part::Shadow ? ink.shadow : part == Part::Edge ? ink.edge : ink.colour;
+    if (colour.alpha == 0) return;
+    SetColour(context, colour);
+    switch (part) {
+    case Part::Shadow:
+        cairo_translate(context, ink.shadowOffset, ink.shadowOffset);
+        Fill(context, run);
+        cairo_translate(context, -ink.shadowOffset, -ink.shadowOffset);
+        break;
+    case Part::Edge:
+        // The face lies over its inner half.
+        cairo_set_line_width(context, 2.0 * ink.edgeWidth);
+        cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
+        Follow(context, run);
+        cairo_stroke(context);
+        break;
+    case Part::Face:
+        Fill(context, run);
+        break;
+    }
+}
+
+void TextLayout::Fill(cairo_t* context, const Run& run)
+{
+    // Larger glyphs would take much memory as pictures.
+    constexpr double kMostHeight = 256.0;
+    double x = run.height;
+    double y = run.height;
+    cairo_user_to_device_distance(context, &x, &y);
+    if (std::hypot(x, y) > kMostHeight) {
+        Follow(context, run);
+    } else {
+        cairo_move_to(context, run.x, run.baseline);
+        pango_cairo_show_glyph_string(context, run.font, run.glyphs);
+        cairo_new_path(context);
+        if (run.ink.underline) {
+            cairo_rectangle(context, run.x, run.baseline + run.lineTop, run.width, run.lineHeight);
+        }
+    }
+    cairo_fill(context);
+}
+
+void TextLayout::Follow(cairo_t* context, const Run& run)
+{
+    cairo_new_path(context);
+    cairo_move_to(context, run.x, run.baseline);
+    pango_cairo_glyph_string_path(context, run.font, run.glyphs);
+    if (run.ink.underline) cairo_rectangle(context, run.x, run.baseline + run.lineTop, run.width, run.lineHeight);
 }
 
 } // namespace kv

@@ -97,6 +97,10 @@ TEST(Renderer, DrawsEveryKindOfLayer)
         {"text_by_its_corner",
          SceneOf({TextLayer(words, At("Handles", 1, -1, 0) + At("Translation", -0.9, 0.9) + At("Scaling", 0.5, 0.5))})},
         {"text_turned", SceneOf({TextLayer(words, At("Rotation", 0, 0, -30) + Opacity(128))}, 16.0 / 9.0)},
+        {"text_with_edges",
+         SceneOf({TextLayer("<p><font fontHeight='120' edgeColor='Navy' edgeWidth='6'>Edge</font></p>"
+                            "<p><font fontHeight='120' color='Yellow' shadowColor='#00000080' "
+                            "shadowOffset='10'><u>Shade</u></font></p>")})},
         {"between_keys", SceneOf({PictureLayer("card.png", grow)}, 4.0 / 3.0, false, 2.0)},
         {"all",
          SceneOf(

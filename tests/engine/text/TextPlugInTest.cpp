@@ -230,6 +230,22 @@ TEST(TextPlugIn, DrawsColoursAndStyles)
     for (const auto& [colour, expected] : colours)
         EXPECT_THAT(drawn(colour), testing::Pointwise(testing::DoubleNear(1), expected)) << colour;
     EXPECT_EQ(255, InkOf("<p><font fontHeight='200'>\xe2\x96\x88</font></p>").colour[0]);
+    // Below all glyphs lies the shadow, above it the edge.
+    const auto square = [](const char* more) {
+        return InkOf(std::string("<p><font fontHeight='100' ") + more + ">\xe2\x96\x88</font></p>");
+    };
+    const Ink bare = square("");
+    const Ink edged = square("color='White' edgeColor='#FF000000' edgeWidth='10'");
+    EXPECT_NEAR(bare.left - 10, edged.left, 1);
+    EXPECT_NEAR(bare.bottom + 10, edged.bottom, 1);
+    const Ink shaded = square("shadowColor='#0000FF80' shadowOffset='20'");
+    EXPECT_EQ(bare.left, shaded.left);
+    EXPECT_NEAR(bare.right + 20, shaded.right, 1);
+    EXPECT_NEAR(bare.bottom + 20, shaded.bottom, 1);
+    EXPECT_GT(square("edgeColor='Red' edgeWidth='1e9'").left, bare.left - 110);
+    for (const char* none : {"edgeWidth='10' shadowOffset='9'", "edgeColor='#000000FF' shadowColor='#000000FF'",
+                             "edgeColor='Red' edgeWidth='0' shadowColor='Red' shadowOffset='0'"})
+        EXPECT_EQ(bare.pixels, square(none).pixels) << none;
     const auto styled = [](const char* open, const char* close) {
         return InkOf("<p><font fontHeight='100'>" + std::string(open) + "oooo" + close + "</font></p>");
     };
