@@ -40,6 +40,6 @@ struct IKVCommandList : IDispatch {
 template <>
 struct kv::InterfaceTable<IKVCommandList> {
     static constexpr auto members =
-        Members(Method<&IKVCommandList::GetCommandList>("GetCommandList", 0x3e8, "plCount", "ppCmdList"),
-                Method<&IKVCommandList::SetCommandList>("SetCommandList", 0x3e9, "lCount", "pCmdList"));
+        Members(Method<&IKVCommandList::GetCommandList>("GetCommandList", 0x3e8, "plCount", Counted("ppCmdList", 0)),
+                Method<&IKVCommandList::SetCommandList>("SetCommandList", 0x3e9, "lCount", Counted("pCmdList", 0)));
 };

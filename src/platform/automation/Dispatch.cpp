@@ -92,10 +92,7 @@ HRESULT InvokeMember(const InterfaceDescription& description, void* self, DISPID
         if (!found) return DISP_E_MEMBERNOTFOUND;
         if (params->cArgs > found->parameterCount || params->cNamedArgs > params->cArgs) return DISP_E_BADPARAMCOUNT;
 
-        ArgumentList list;
-        list.optional = found->optional;
-        list.inOut = found->inOut;
-        list.retval = found->retval;
+        ArgumentList list{*found};
         HRESULT outcome = Arrange(*found, *params, list, badArgument);
         if (FAILED(outcome)) return outcome;
 

@@ -1,6 +1,7 @@
 #include "platform/automation/SafeArray.h"
 
 #include "platform/automation/IDispatch.h"
+#include "platform/automation/RecordInfo.h"
 #include "platform/automation/ValueType.h"
 
 #include <cstdlib>
@@ -28,10 +29,10 @@ T& As(void* place)
 }
 
 /// Fills a place that owns nothing yet with a copy of its own; on failure the place owns nothing still.
-HRESULT CopyElement(VARTYPE type, ULONG size, void* target, const void* source)
+HRESULT CopyElement(const SAFEARRAY& array, void* target, const void* source)
 {
-    std::memset(target, 0, size);
-    switch (type) {
+    std::memset(target, 0, array.cbElements);
+    switch (array.vt) {
     case VT_BSTR: {
         const BSTR string = *static_cast<const BSTR*>(source);
         if (!string) return S_OK;
@@ -44,16 +45,18 @@ HRESULT CopyElement(VARTYPE type, ULONG size, void* target, const void* source)
         return ComPtr<IUnknown>(*static_cast<IUnknown* const*>(source)).CopyTo(&As<IUnknown*>(target));
     case VT_VARIANT:
         return VariantCopy(&As<VARIANT>(target), static_cast<const VARIANT*>(source));
+    case VT_RECORD:
+        return array.pRecInfo->RecordCopy(source, target);
     default:
-        std::memcpy(target, source, size);
+        std::memcpy(target, source, array.cbElements);
         return S_OK;
     }
 }
 
 /// Frees what an element owns; its bytes stay as they are.
-void FreeElement(VARTYPE type, void* element)
+void FreeElement(const SAFEARRAY& array, void* element)
 {
-    switch (type) {
+    switch (array.vt) {
     case VT_BSTR:
         SysFreeString(As<BSTR>(element));
         break;
@@ -63,6 +66,9 @@ void FreeElement(VARTYPE type, void* element)
         break;
     case VT_VARIANT:
         VariantClear(&As<VARIANT>(element));
+        break;
+    case VT_RECORD:
+        array.pRecInfo->RecordClear(element);
         break;
     default:
         break;
@@ -81,7 +87,14 @@ BYTE* ElementAt(const SAFEARRAY& array, LONG index)
 
 SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count)
 {
-    const ULONG size = kv::ValueSize(type);
+    return SafeArrayCreateVectorEx(type, lowerBound, count, nullptr);
+}
+
+SAFEARRAY* SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG count, void* extra)
+{
+    ComPtr<IRecordInfo> record(type == VT_RECORD ? static_cast<IRecordInfo*>(extra) : nullptr);
+    ULONG size = kv::ValueSize(type);
+    if (record && FAILED(record->GetSize(&size))) return nullptr;
     // The upper bound, one below the lower one for an empty array, has to be a LONG as well.
     const LONGLONG upperBound = LONGLONG{lowerBound} + count - 1;
     if (size == 0 || !std::in_range<LONG>(upperBound)) return nullptr;
@@ -96,6 +109,7 @@ SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count)
         std::free(array);
         return nullptr;
     }
+    array->pRecInfo = record.Detach();
     return array;
 }
 
@@ -103,7 +117,8 @@ HRESULT SafeArrayDestroy(SAFEARRAY* array)
 {
     if (!array) return S_OK;
     for (ULONG i = 0; i < Count(*array); ++i)
-        FreeElement(array->vt, Element(*array, i));
+        FreeElement(*array, Element(*array, i));
+    ComPtr<IRecordInfo>::Attach(array->pRecInfo).Reset();
     std::free(array->pvData);
     std::free(array);
     return S_OK;
@@ -114,10 +129,11 @@ HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy)
     if (!copy) return E_POINTER;
     *copy = nullptr;
     if (!array) return E_INVALIDARG;
-    kv::SafeArray made(SafeArrayCreateVector(array->vt, array->rgsabound[0].lLbound, Count(*array)));
+    const LONG lowerBound = array->rgsabound[0].lLbound;
+    kv::SafeArray made(SafeArrayCreateVectorEx(array->vt, lowerBound, Count(*array), array->pRecInfo));
     if (!made.Get()) return E_OUTOFMEMORY;
     for (ULONG i = 0; i < Count(*array); ++i) {
-        const HRESULT copied = CopyElement(array->vt, array->cbElements, Element(*made.Get(), i), Element(*array, i));
+        const HRESULT copied = CopyElement(*array, Element(*made.Get(), i), Element(*array, i));
         if (FAILED(copied)) return copied;
     }
     *copy = made.Detach();
@@ -146,7 +162,7 @@ HRESULT SafeArrayGetElement(SAFEARRAY* array, const LONG* index, void* out)
     if (!out) return E_POINTER;
     if (!array || !index) return E_INVALIDARG;
     const BYTE* element = ElementAt(*array, *index);
-    if (element) return CopyElement(array->vt, array->cbElements, out, element);
+    if (element) return CopyElement(*array, out, element);
     std::memset(out, 0, array->cbElements);
     return DISP_E_BADINDEX;
 }
@@ -158,14 +174,15 @@ HRESULT SafeArrayPutElement(SAFEARRAY* array, const LONG* index, void* value)
     if (!value && !passedItself) return E_INVALIDARG;
     BYTE* element = ElementAt(*array, *index);
     if (!element) return DISP_E_BADINDEX;
+    if (array->vt == VT_RECORD) return array->pRecInfo->RecordCopy(value, element);
 
     // The new value is copied before the old one goes: they may be the same.
     alignas(VARIANT) BYTE copy[sizeof(VARIANT)];
-    const HRESULT copied = CopyElement(array->vt, array->cbElements, copy, passedItself ? &value : value);
+    const HRESULT copied = CopyElement(*array, copy, passedItself ? &value : value);
     if (FAILED(copied)) return copied;
     alignas(VARIANT) BYTE old[sizeof(VARIANT)];
     std::memcpy(old, element, array->cbElements);
     std::memcpy(element, copy, array->cbElements);
-    FreeElement(array->vt, old);
+    FreeElement(*array, old);
     return S_OK;
 }

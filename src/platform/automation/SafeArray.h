@@ -15,11 +15,15 @@ struct SAFEARRAY {
     ULONG cbElements;
     ULONG cLocks;
     void* pvData;
+    /// Of an array of records only.
+    IRecordInfo* pRecInfo;
     SAFEARRAYBOUND rgsabound[1];
 };
 
 /// Elements start zeroed. Null for an element type that is not known, or on lack of memory.
 KV_EXPORT SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count);
+/// For VT_RECORD, too, where `extra` is the IRecordInfo of the elements.
+KV_EXPORT SAFEARRAY* SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG count, void* extra);
 KV_EXPORT HRESULT SafeArrayDestroy(SAFEARRAY* array);
 KV_EXPORT HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy);
 KV_EXPORT HRESULT SafeArrayGetLBound(SAFEARRAY* array, ULONG dimension, LONG* bound);

@@ -33,23 +33,26 @@ struct TypeDescription {
 };
 
 struct ParameterDescription {
+    static constexpr BYTE kNone = 0xff;
+
     std::string_view name;
     TypeDescription type;
     WORD flags = 0;
+    /// How many records a pointer to records stands for, or the position of the parameter that tells.
+    BYTE count = 1;
+    BYTE counter = kNone;
 };
 
 inline constexpr std::size_t kMaxParameters = 8;
+
+struct MemberDescription;
 
 /// The arguments of a late-bound call, in the order of the parameters; null where one was left out.
 struct ArgumentList {
     static constexpr BYTE kNone = 0xff;
 
+    const MemberDescription& member;
     std::array<VARIANT*, kMaxParameters> values{};
-    /// Bits of the parameters that may be left out, and of those that the callee reads and writes.
-    BYTE optional = 0;
-    BYTE inOut = 0;
-    /// The parameter that becomes the result of the call.
-    BYTE retval = kNone;
     /// Set by the callee to the parameter that it could not take.
     BYTE bad = kNone;
 };
@@ -63,10 +66,6 @@ struct MemberDescription {
     /// DISPATCH_METHOD, DISPATCH_PROPERTYGET or DISPATCH_PROPERTYPUT.
     WORD kind = DISPATCH_METHOD;
     BYTE parameterCount = 0;
-    /// As in ArgumentList.
-    BYTE optional = 0;
-    BYTE inOut = 0;
-    BYTE retval = ArgumentList::kNone;
     std::array<ParameterDescription, kMaxParameters> parameters{};
     Thunk thunk = nullptr;
 
@@ -110,10 +109,13 @@ struct EnumDescription {
 struct FieldDescription {
     std::string_view name;
     TypeDescription type;
+    void* (*place)(void* record) = nullptr;
 };
 
 struct RecordDescription {
     std::string_view name;
+    /// In bytes.
+    ULONG size = 0;
     std::span<const FieldDescription> fields;
 };
 
@@ -166,7 +168,7 @@ consteval std::string_view TypeName()
 template <class T>
 concept Record = requires
 {
-    RecordTable<T>::fields;
+    RecordTable<std::remove_const_t<T>>::fields;
 };
 
 /// The automation type of a plain value, VT_EMPTY when `T` is none.
@@ -199,6 +201,13 @@ const GUID* InterfaceIdentity()
     }
 }
 
+/// What travels in a VARIANT of its own. Interfaces may be declared only.
+template <class T>
+consteval bool IsFieldType()
+{
+    return ValueType<T>() != VT_EMPTY || std::is_enum_v<T> || std::is_class_v<std::remove_pointer_t<T>>;
+}
+
 template <class T>
 consteval TypeDescription Describe()
 {
@@ -217,6 +226,7 @@ consteval TypeDescription Describe()
 template <class T>
 struct ParameterTraits {
     static constexpr bool kOut = false;
+    static constexpr bool kEither = false;
 };
 
 template <class T>
@@ -227,6 +237,8 @@ requires(std::is_pointer_v<T> && !std::is_same_v<T, BSTR> && !std::is_same_v<T, 
     /// something constant is a list that the callee reads.
     static constexpr bool kOut = !std::is_const_v<Target> && (ValueType<Target>() != VT_EMPTY ||
                                                               std::is_enum_v<Target> || std::is_pointer_v<Target>);
+    /// Records are written by a getter, and where the row says so.
+    static constexpr bool kEither = Record<Target> && !std::is_const_v<Target>;
 };
 
 } // namespace detail
@@ -235,6 +247,8 @@ requires(std::is_pointer_v<T> && !std::is_same_v<T, BSTR> && !std::is_same_v<T, 
 struct ParameterName {
     const char* name;
     WORD flags = 0;
+    BYTE count = 1;
+    BYTE counter = ParameterDescription::kNone;
 
     constexpr ParameterName(const char* text, WORD more = 0) : name(text), flags(more) {}
 };
@@ -251,6 +265,29 @@ constexpr ParameterName Optional(const char* name)
     return {name, kParameterOptional};
 }
 
+/// Records that a method writes.
+constexpr ParameterName Out(ParameterName parameter)
+{
+    parameter.flags |= kParameterOut;
+    return parameter;
+}
+
+/// A pointer to that many records.
+constexpr ParameterName Several(const char* name, BYTE count)
+{
+    ParameterName parameter(name);
+    parameter.count = count;
+    return parameter;
+}
+
+/// A pointer to records, or the place of one, of which there are as many as the parameter at that position says.
+constexpr ParameterName Counted(const char* name, BYTE position)
+{
+    ParameterName parameter(name);
+    parameter.counter = position;
+    return parameter;
+}
+
 namespace detail {
 
 template <class... Arguments, std::size_t Count>
@@ -259,22 +296,23 @@ consteval void FillParameters(MemberDescription& member, const std::array<Parame
     static_assert(sizeof...(Arguments) == Count, "every parameter has a name");
     static_assert(Count <= kMaxParameters);
     constexpr std::array<bool, Count> out{ParameterTraits<Arguments>::kOut...};
+    constexpr std::array<bool, Count> either{ParameterTraits<Arguments>::kEither...};
     const std::array<TypeDescription, Count> types{Describe<Arguments>()...};
     std::size_t outs = 0;
     for (std::size_t i = 0; i < Count; ++i) {
-        const WORD direction = out[i] ? kParameterOut : kParameterIn;
-        const WORD flags = static_cast<WORD>(direction | names[i].flags);
-        member.parameters[i] = {names[i].name, types[i], flags};
-        if (flags & kParameterOptional) member.optional = static_cast<BYTE>(member.optional | 1 << i);
-        if ((flags & kParameterIn) && out[i]) member.inOut = static_cast<BYTE>(member.inOut | 1 << i);
-        outs += out[i];
+        const ParameterName& row = names[i];
+        const bool marked = row.flags & kParameterOut;
+        if (marked && !either[i]) throw "only a pointer to records is told by its row which way it passes";
+        const bool writes = out[i] || marked || (either[i] && member.kind == DISPATCH_PROPERTYGET);
+        const WORD direction = writes ? kParameterOut : kParameterIn;
+        member.parameters[i] = {row.name, types[i], static_cast<WORD>(direction | row.flags), row.count, row.counter};
+        outs += writes;
     }
     member.parameterCount = Count;
     // The only out parameter, standing last, is what a late-bound call results in.
     if constexpr (Count > 0) {
         if (outs == 1 && member.parameters[Count - 1].flags == kParameterOut) {
             member.parameters[Count - 1].flags |= kParameterRetval;
-            member.retval = Count - 1;
         }
     }
 }
@@ -369,7 +407,13 @@ struct FieldOf;
 
 template <class Owner, class Type, Type Owner::*Member>
 struct FieldOf<Member> {
-    static consteval FieldDescription Named(std::string_view name) { return {name, detail::Describe<Type>()}; }
+    static_assert(detail::IsFieldType<Type>(), "a field is a plain value, an enumeration or an object");
+
+    static consteval FieldDescription Named(std::string_view name)
+    {
+        return {name, detail::Describe<Type>(),
+                [](void* record) -> void* { return &(static_cast<Owner*>(record)->*Member); }};
+    }
 };
 
 template <auto Member>
@@ -379,7 +423,8 @@ consteval FieldDescription Field(std::string_view name)
 }
 
 template <class Record>
-inline constexpr RecordDescription kRecordDescription{detail::TypeName<Record>(), RecordTable<Record>::fields};
+inline constexpr RecordDescription kRecordDescription{detail::TypeName<Record>(), sizeof(Record),
+                                                      RecordTable<Record>::fields};
 
 namespace detail {
 

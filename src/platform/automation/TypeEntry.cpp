@@ -88,10 +88,10 @@ std::vector<std::string_view> MemberNames(const TypeEntry& type, DISPID member)
         return base ? MemberNames(TypeEntry(base), member) : std::vector<std::string_view>();
     }
     std::vector<std::string_view> names{row->name};
-    if (row->kind == DISPATCH_METHOD) {
-        for (const ParameterDescription& parameter : row->Parameters())
-            names.push_back(parameter.name);
-    }
+    // The value of a property has no name of its own.
+    const std::size_t unnamed = row->kind == DISPATCH_METHOD ? 0 : 1;
+    for (const ParameterDescription& parameter : row->Parameters().first(row->parameterCount - unnamed))
+        names.push_back(parameter.name);
     return names;
 }
 

@@ -28,6 +28,12 @@ const InterfaceDescription* TypeInfo::Interface() const
     return entry ? *entry : nullptr;
 }
 
+const RecordDescription* TypeInfo::Record() const
+{
+    const auto* entry = std::get_if<const RecordDescription*>(&m_type);
+    return entry ? *entry : nullptr;
+}
+
 std::vector<std::string_view> TypeInfo::Implemented() const
 {
     if (const InterfaceDescription* interface = Interface()) return {interface->base};

@@ -27,6 +27,9 @@ public:
     void ReleaseFuncDesc(FUNCDESC* description) override;
     void ReleaseVarDesc(VARDESC* description) override;
 
+    /// Null when the type is none.
+    const RecordDescription* Record() const;
+
 private:
     using TypeStorage = std::vector<std::unique_ptr<TYPEDESC>>;
 

@@ -2,6 +2,7 @@
 
 #include "platform/automation/IDispatch.h"
 #include "platform/automation/RealText.h"
+#include "platform/automation/RecordInfo.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/automation/ValueType.h"
 
@@ -26,8 +27,15 @@ bool IsKnown(VARTYPE type)
 {
     const VARTYPE base = type & VT_TYPEMASK;
     if ((type & ~(VT_TYPEMASK | VT_ARRAY | VT_BYREF)) != 0) return false;
+    if (base == VT_RECORD) return (type & (VT_ARRAY | VT_BYREF)) != (VT_ARRAY | VT_BYREF);
     if (type & (VT_ARRAY | VT_BYREF)) return kv::ValueSize(base) != 0;
     return base == VT_EMPTY || base == VT_NULL || (base != VT_VARIANT && kv::ValueSize(base) != 0);
+}
+
+/// A record is known with its type only.
+bool IsKnown(const VARIANT& value)
+{
+    return IsKnown(value.vt) && (value.vt != VT_RECORD || value.pRecInfo);
 }
 
 /// Looks through references at the value itself. The view owns nothing.
@@ -40,11 +48,12 @@ HRESULT Follow(const VARIANT& source, VARIANT& view)
         // A reference to a reference to a variant could go round in a circle.
         if (view.vt == (VT_BYREF | VT_VARIANT)) return E_INVALIDARG;
     }
-    if (!IsKnown(view.vt)) return DISP_E_BADVARTYPE;
+    if (!IsKnown(view)) return DISP_E_BADVARTYPE;
     if (!(view.vt & VT_BYREF)) return S_OK;
     const void* place = view.byref;
     if (!place) return E_INVALIDARG;
     view.vt = static_cast<VARTYPE>(view.vt & ~VT_BYREF);
+    if (view.vt == VT_RECORD) return IsKnown(view) ? S_OK : DISP_E_BADVARTYPE;
     view.ullVal = 0;
     std::memcpy(&view.ullVal, place, view.vt & VT_ARRAY ? sizeof(void*) : kv::ValueSize(view.vt));
     return S_OK;
@@ -53,7 +62,7 @@ HRESULT Follow(const VARIANT& source, VARIANT& view)
 /// Fills `copy`, which owns nothing yet, with a value of its own.
 HRESULT CopyValue(const VARIANT& source, VARIANT& copy)
 {
-    if (!IsKnown(source.vt)) return DISP_E_BADVARTYPE;
+    if (!IsKnown(source)) return DISP_E_BADVARTYPE;
     copy = source;
     if (source.vt & VT_BYREF) return S_OK;
     if (source.vt & VT_ARRAY) {
@@ -69,6 +78,11 @@ HRESULT CopyValue(const VARIANT& source, VARIANT& copy)
         return S_OK;
     case VT_DISPATCH:
         copy.pdispVal = ComPtr<IDispatch>(source.pdispVal).Detach();
+        return S_OK;
+    case VT_RECORD:
+        copy.pvRecord = source.pRecInfo->RecordCreateCopy(source.pvRecord);
+        if (!copy.pvRecord) return E_OUTOFMEMORY;
+        copy.pRecInfo = ComPtr<IRecordInfo>(source.pRecInfo).Detach();
         return S_OK;
     default:
         return S_OK;
@@ -365,7 +379,7 @@ void VariantInit(VARIANT* variant)
 HRESULT VariantClear(VARIANT* variant)
 {
     if (!variant) return E_INVALIDARG;
-    if (!IsKnown(variant->vt)) return DISP_E_BADVARTYPE;
+    if (!IsKnown(*variant)) return DISP_E_BADVARTYPE;
     // Emptied first: what is released may look at the variant again.
     const VARIANT value = *variant;
     VariantInit(variant);
@@ -381,6 +395,10 @@ HRESULT VariantClear(VARIANT* variant)
     case VT_DISPATCH:
         ComPtr<IDispatch>::Attach(value.pdispVal).Reset();
         break;
+    case VT_RECORD:
+        value.pRecInfo->RecordDestroy(value.pvRecord);
+        ComPtr<IRecordInfo>::Attach(value.pRecInfo).Reset();
+        break;
     default:
         break;
     }
@@ -390,7 +408,7 @@ HRESULT VariantClear(VARIANT* variant)
 HRESULT VariantCopy(VARIANT* target, const VARIANT* source)
 {
     if (!target || !source) return E_INVALIDARG;
-    if (target == source) return IsKnown(source->vt) ? S_OK : DISP_E_BADVARTYPE;
+    if (target == source) return IsKnown(*source) ? S_OK : DISP_E_BADVARTYPE;
     VARIANT copy{};
     const HRESULT copied = CopyValue(*source, copy);
     return SUCCEEDED(copied) ? Replace(*target, copy) : copied;

@@ -8,6 +8,7 @@
 #include <concepts>
 
 struct IDispatch;
+struct IRecordInfo;
 struct SAFEARRAY;
 struct VARIANT;
 
@@ -44,7 +45,8 @@ enum VARENUM : VARTYPE {
     VT_TYPEMASK = 0xfff,
 };
 
-/// `vt` tells which member holds the value. A VT_BYREF value only points at storage of the caller's.
+/// `vt` tells which member holds the value. A VT_BYREF value only points at storage of the caller's. A record stands in
+/// task memory of its own; one by reference may come without `pRecInfo`, from callers that know what it is.
 struct VARIANT {
     VARTYPE vt;
     WORD wReserved1;
@@ -72,7 +74,10 @@ struct VARIANT {
         IUnknown** ppunkVal;
         IDispatch** ppdispVal;
         void* byref;
+        void* pvRecord;
     };
+    /// Of a VT_RECORD value only.
+    IRecordInfo* pRecInfo;
 };
 
 /// Sets VT_EMPTY without freeing anything.

@@ -191,7 +191,7 @@ TEST_F(VariantTest, NumbersConvertWithinTheTargetsRange)
         {Variant(LONG{1}), VT_UNKNOWN, "mismatch"},
         {Variant(LONG{1}), VT_ARRAY | VT_I4, "mismatch"},
         {Variant(LONG{1}), VT_VARIANT, "bad type"},
-        {Variant(LONG{1}), VT_RECORD, "bad type"},
+        {Variant(LONG{1}), VT_RECORD, "mismatch"},
     };
     for (const auto& [source, type, expected] : cases) {
         EXPECT_EQ(Converted(source, type), expected) << source.vt << " to " << type;
