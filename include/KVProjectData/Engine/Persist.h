@@ -16,7 +16,7 @@ struct IZXEContentPaths : IUnknown {
     virtual HRESULT FromDocument(BSTR bstrText, BSTR* pbstrPath) = 0;
 };
 
-/// No production offers it yet. An element that holds a production:
+/// A production in a document. An element that holds one:
 ///
 ///     <… aspectRatio="1.7777777777777777" stereoscopic="1" useSourceAspectRatio="1">
 ///       <Panel source="%CONTENT%\sea.mpg" in="1" out="5" repeat="1" rotation="90" useNativeAudio="0" …>
@@ -24,27 +24,31 @@ struct IZXEContentPaths : IUnknown {
 ///         <PanZoom><ZXFPanZoom>…</ZXFPanZoom></PanZoom>
 ///       </Panel>
 ///       <Effect layer="12" type="2" start="0.02" end="5" group="4" mask="…" source="…" …>
-///         <Sound …/> <PanZoom>…</PanZoom>
+///         <Sound …/> <PanZoom>…</PanZoom> <Mask in="1" …> <PanZoom>…</PanZoom> </Mask>
 ///         <Parameters><effect>…</effect></Parameters>
 ///       </Effect>
 ///       <Audio source="title:3" kind="1" start="0" end="5"> <Sound …/> </Audio>
 ///     </…>
 ///
-/// What is as it was at first is left out. Beside a source stands what was found in it ("length", "frameRate",
-/// "sourceAspect"), which counts while the file cannot be read. Effects stand in the order of layer, start and age, all
-/// else in its own order. Attributes, elements and texts of other names are kept, and written after ours.
+/// What is as it was at first is left out, but for "source" of panels and audio, "layer", "type" and "kind", without
+/// which nothing is read. Numbers are decimal, truths "1" and "0". Beside a source stands what was found in it
+/// ("length", "frameRate", "sourceAspect"), which counts while the file cannot be read. Effects stand in the order of
+/// layer, start and age, all else in its own order. Attributes, elements and texts of other names are kept, and written
+/// after ours.
 struct IZXEProductionPersist : IUnknown {
     static constexpr GUID IID = "ddc8ff33-2ab8-43bb-9cf9-17419dbe631f"_guid;
     using Base = IUnknown;
 
     /// Writes the production into an element without content, at any time. `pPaths` may be null: then paths stand as
-    /// they are. E_POINTER for no element, E_INVALIDARG for one that holds something already, for text that XML cannot
-    /// hold and for a place too deep in its document; then the element is as it was.
+    /// they are. Looks into sources of which nothing is known yet. E_POINTER for no element, E_INVALIDARG for one that
+    /// holds something already, for text that XML cannot hold and for a place too deep in its document; then the
+    /// element is as it was.
     virtual HRESULT Save(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) = 0;
 
     /// Replaces the production by what stands in an element, which is only read. Opens no media. Of its undo history
-    /// nothing is left, and it counts as not modified; the sinks are told OnPanelsReset, OnEffectsInvalidated,
-    /// OnSettingsChanged and OnDurationChanged. ZXE_E_NOT_OPEN while the production is not in use,
+    /// nothing is left, and it counts as not modified; the sinks are told OnPanelsReset, OnSettingsChanged,
+    /// OnDurationChanged, of the modified and the undo state where that was another one, and OnEffectsInvalidated. What
+    /// it held before can only be read from now on. ZXE_E_NOT_OPEN while the production is not in use,
     /// ZXE_E_UNDO_BLOCK_OPEN while a block is open, ZXE_E_NOT_PRODUCTION for an element of which a part cannot be read;
     /// then the production is as it was.
     virtual HRESULT Load(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) = 0;

@@ -54,16 +54,15 @@ HRESULT CEffect::GetSourceObject(IUnknown** ppSource)
 
 HRESULT CEffect::GetParameterDocument(IXMLDOMNode** ppDocument)
 {
-    return GiveDocument(State().parameters, ppDocument);
+    return State().parameters.Give(ppDocument);
 }
 
 HRESULT CEffect::SetParameterDocument(IXMLDOMNode* pDocument, VARIANT_BOOL)
 {
     if (!pDocument) return E_POINTER;
     return Guarded([&]() -> HRESULT {
-        if (!IsStorableDocument(pDocument)) return E_INVALIDARG;
-        return Edit([pDocument](ItemState& state) {
-            state.parameters = pDocument;
+        return Edit([document = StoredDocument(pDocument)](ItemState& state) {
+            state.parameters = document;
             return S_OK;
         });
     });

@@ -96,15 +96,12 @@ HRESULT SourceFace::put_Rotation(LONG lDegrees)
 
 HRESULT SourceFace::GetPanZoom(IXMLDOMNode** ppElement)
 {
-    return GiveDocument(Now().panZoom, ppElement);
+    return Now().panZoom.Give(ppElement);
 }
 
 HRESULT SourceFace::SetPanZoom(IXMLDOMNode* pElement)
 {
-    return Guarded([&]() -> HRESULT {
-        if (pElement && !IsStorableDocument(pElement)) return E_INVALIDARG;
-        return Put(&Clip::panZoom, ComPtr(pElement));
-    });
+    return Guarded([&] { return Put(&Clip::panZoom, StoredDocument(pElement)); });
 }
 
 // Places in time

@@ -47,25 +47,4 @@ bool IsAmount(double value)
     return std::isfinite(value) && value >= 0.0;
 }
 
-HRESULT GiveDocument(const ComPtr<IXMLDOMNode>& document, IXMLDOMNode** out)
-{
-    const HRESULT given = document.CopyTo(out);
-    return given == S_OK && !document ? S_FALSE : given;
-}
-
-XmlElement RootOf(IXMLDOMNode* document)
-{
-    ComPtr<IXMLDOMElement> element;
-    if (const auto whole = Query<IXMLDOMDocument>(document)) whole->get_documentElement(element.Put());
-    return XmlElement(element ? element.Get() : document);
-}
-
-bool IsStorableDocument(IXMLDOMNode* document)
-{
-    // The elements that a saved production stands in, with some to spare.
-    constexpr int kLevelsAbove = 16;
-    const XmlElement element = RootOf(document);
-    return element && element.FitsBelow(kLevelsAbove);
-}
-
 } // namespace kv

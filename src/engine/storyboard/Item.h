@@ -1,23 +1,21 @@
 #pragma once
 // What panels, effects and background audio have in common: a state that is a value, and how it is edited.
 
+#include "engine/storyboard/Leftovers.h"
 #include "engine/storyboard/ProductionSinks.h"
 #include "engine/storyboard/Source.h"
+#include "engine/storyboard/StoredDocument.h"
 #include "platform/com/Object.h"
-#include "platform/xml/Element.h"
 
 #include <functional>
 #include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace kv {
 
 struct BoardContents;
 class Storyboard;
 
-/// A part of a source, and how it is shown. Documents are read only, and shared by all states that hold them.
+/// A part of a source, and how it is shown.
 struct Clip {
     /// Null for none.
     SourcePtr source;
@@ -28,7 +26,7 @@ struct Clip {
     bool repeat = false;
     /// Degrees, clockwise.
     LONG rotation = 0;
-    ComPtr<IXMLDOMNode> panZoom;
+    StoredDocument panZoom;
 
     bool operator==(const Clip&) const = default;
 };
@@ -62,17 +60,9 @@ struct ItemState {
     /// Of effects.
     LONG group = 0;
     Clip mask;
-    ComPtr<IXMLDOMNode> parameters;
+    StoredDocument parameters;
 
     bool operator==(const ItemState&) const = default;
-};
-
-/// What was read with an item and is not ours; it is written back.
-struct Leftovers {
-    /// UTF-8.
-    std::vector<std::pair<std::string, std::string>> attributes;
-    /// Read only.
-    std::vector<XmlNode> nodes;
 };
 
 /// Seconds of the production.
@@ -100,6 +90,7 @@ public:
     Storyboard& Board() const { return *m_board; }
     /// Unique in the storyboard.
     LONG ID() const { return m_id; }
+    /// What was read with it.
     const Leftovers& Rest() const { return m_rest; }
 
     /// Take their place in the contents, or leave it; the index is that of panels and audio, -1 for the last. Both give
@@ -150,14 +141,5 @@ inline VARIANT_BOOL ToVariantBool(bool value)
 {
     return value ? VARIANT_TRUE : VARIANT_FALSE;
 }
-
-/// Hands out a document, which may be null.
-HRESULT GiveDocument(const ComPtr<IXMLDOMNode>& document, IXMLDOMNode** out);
-
-/// The document itself where it is an element, or the one that it holds; empty for anything else.
-XmlElement RootOf(IXMLDOMNode* document);
-
-/// Whether it is such a document, and a saved production has room for it.
-bool IsStorableDocument(IXMLDOMNode* document);
 
 } // namespace kv

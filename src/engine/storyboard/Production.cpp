@@ -1,5 +1,7 @@
 #include "engine/storyboard/Production.h"
 
+#include "engine/storyboard/ProductionForm.h"
+
 #include <cmath>
 
 namespace kv {
@@ -136,11 +138,10 @@ HRESULT CProduction::AddProductionEffect(LONG lLayer, LONG lType, IXMLDOMNode* p
         ItemState state;
         state.clip.source = SourceOf(bstrSource);
         state.start = dStart;
-        state.parameters = pParameters;
         if (!m_board->IsOpen()) return ZXE_E_NOT_OPEN;
         if (lType < 0 || lReserved != 0 || !IsAmount(dStart)) return E_INVALIDARG;
         if (state.clip.source && lType != ZXE_EFFECT_OVERLAY) return E_INVALIDARG;
-        if (pParameters && !IsStorableDocument(pParameters)) return E_INVALIDARG;
+        state.parameters = StoredDocument(pParameters);
         const ComPtr<Item> effect = Make<CEffect>(m_board, m_board->NewID(), lLayer, lType, std::move(state));
         return HandOut(m_board->Add(effect), effect, ppEffect);
     });
@@ -229,6 +230,32 @@ HRESULT CProduction::get_Stereoscopic(VARIANT_BOOL* pVal)
 HRESULT CProduction::put_Stereoscopic(VARIANT_BOOL newVal)
 {
     return m_board->PutSetting(&Settings::stereoscopic, newVal != VARIANT_FALSE);
+}
+
+// Documents
+
+HRESULT CProduction::Save(IXMLDOMElement* pElement, IZXEContentPaths* pPaths)
+{
+    if (!pElement) return E_POINTER;
+    return Guarded([&]() -> HRESULT {
+        XmlElement element(pElement);
+        const XmlView place = element.View();
+        if (!element || place.FirstChild() || !place.Attributes().empty()) return E_INVALIDARG;
+        SaveBoard(m_board->Image(), element, pPaths);
+        return S_OK;
+    });
+}
+
+HRESULT CProduction::Load(IXMLDOMElement* pElement, IZXEContentPaths* pPaths)
+{
+    if (!pElement) return E_POINTER;
+    const ComPtr<IUnknown> self(Controlling());
+    return Guarded([&]() -> HRESULT {
+        const XmlElement element(pElement);
+        if (!element) return E_INVALIDARG;
+        const HRESULT ready = m_board->ReadyToLoad();
+        return FAILED(ready) ? ready : m_board->Load(LoadBoard(m_board, element, pPaths));
+    });
 }
 
 // Undo

@@ -11,7 +11,7 @@
 namespace kv {
 
 class CProduction final : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects,
-                                        IZXEProductionNotify, ConnectionPointContainer> {
+                                        IZXEProductionPersist, IZXEProductionNotify, ConnectionPointContainer> {
 public:
     using Object::Object;
 
@@ -50,6 +50,9 @@ public:
     HRESULT put_AspectRatio(double dAspectRatio) override;
     HRESULT get_Stereoscopic(VARIANT_BOOL* pVal) override;
     HRESULT put_Stereoscopic(VARIANT_BOOL newVal) override;
+
+    HRESULT Save(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) override;
+    HRESULT Load(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) override;
 
     HRESULT Notify(ULONG ulEvent, LONG lFirst, LONG lSecond) override;
 

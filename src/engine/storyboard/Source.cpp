@@ -60,4 +60,10 @@ SourceFacts Source::Known()
     return m_known;
 }
 
+SourceFacts Source::Remembered()
+{
+    const SourceFacts known = Known();
+    return known == SourceFacts{} ? Facts() : known;
+}
+
 } // namespace kv

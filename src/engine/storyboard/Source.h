@@ -20,6 +20,8 @@ struct SourceFacts {
     double frameRate = 0.0;
     /// Width to height of the picture as it is shown.
     double aspectRatio = 0.0;
+
+    bool operator==(const SourceFacts&) const = default;
 };
 
 /// Free-threaded, and shared by all states that show it.
@@ -36,6 +38,9 @@ public:
 
     /// What is known without a look.
     SourceFacts Known();
+
+    /// What is known already; only where that is nothing, what a look finds.
+    SourceFacts Remembered();
 
 private:
     const Bstr m_name;

@@ -127,6 +127,69 @@ ComPtr<CEffect> Storyboard::EffectAt(LONG layer, double time)
     });
 }
 
+BoardImage Storyboard::Image()
+{
+    const auto add = [](auto& list, const auto& item) { list.push_back({item, item->m_state}); };
+    BoardImage image;
+    const SectionLock lock(m_section);
+    image.settings = m_settings;
+    image.rest = m_rest;
+    image.panels.reserve(m_contents.panels.size());
+    for (const ComPtr<CPanel>& panel : m_contents.panels)
+        add(image.panels, panel);
+    image.effects.reserve(m_contents.effects.Count());
+    for (const auto& [key, effect] : m_contents.effects)
+        add(image.effects, effect);
+    image.audio.reserve(m_contents.audio.size());
+    for (const ComPtr<CAudio>& audio : m_contents.audio)
+        add(image.audio, audio);
+    return image;
+}
+
+// Loading
+
+HRESULT Storyboard::ReadyToLoad()
+{
+    return IsOpen() ? m_history.IsIdle() : ZXE_E_NOT_OPEN;
+}
+
+void Storyboard::SetPlaced(BoardContents& contents, bool placed)
+{
+    for (const ComPtr<CPanel>& panel : contents.panels)
+        panel->m_placed = placed;
+    for (const auto& [key, effect] : contents.effects)
+        effect->m_placed = placed;
+    for (const ComPtr<CAudio>& audio : contents.audio)
+        audio->m_placed = placed;
+}
+
+HRESULT Storyboard::Load(NewBoard board)
+{
+    // What is replaced ends behind the section.
+    UndoHistory::Stack blocks;
+    const ComPtr<IUnknown> production = Production();
+    bool wasModified = false;
+    {
+        const SectionLock lock(m_section);
+        if (!production || !m_open) return ZXE_E_NOT_OPEN;
+        const HRESULT taken = m_history.TakeAll(blocks);
+        if (FAILED(taken)) return taken;
+        SetPlaced(m_contents, false);
+        SetPlaced(board.contents, true);
+        std::swap(m_contents, board.contents);
+        std::swap(m_rest, board.rest);
+        m_settings = board.settings;
+        wasModified = std::exchange(m_modified, false);
+    }
+    m_sinks.Tell(&Events::OnPanelsReset);
+    m_sinks.Tell(&Events::OnSettingsChanged);
+    m_sinks.Tell(&Events::OnDurationChanged);
+    if (wasModified) m_sinks.Tell(&Events::OnModifiedChanged, 0);
+    if (!blocks.empty()) m_sinks.Tell(&Events::OnUndoStateChanged, 0);
+    m_sinks.Tell(&Events::OnEffectsInvalidated);
+    return S_OK;
+}
+
 LONG Storyboard::NewID()
 {
     const SectionLock lock(m_section);

@@ -26,6 +26,29 @@ struct BoardContents {
     std::vector<ComPtr<CAudio>> audio;
 };
 
+/// What a storyboard holds at a time, with the states of its items: a value that later edits leave alone.
+struct BoardImage {
+    template <class T>
+    struct Placed {
+        ComPtr<T> item;
+        ItemState state;
+    };
+
+    Settings settings;
+    Leftovers rest;
+    std::vector<Placed<CPanel>> panels;
+    /// From the back to the front.
+    std::vector<Placed<CEffect>> effects;
+    std::vector<Placed<CAudio>> audio;
+};
+
+/// What a storyboard is to hold.
+struct NewBoard {
+    Settings settings;
+    Leftovers rest;
+    BoardContents contents;
+};
+
 /// Puts an item into a row, -1 for the last place, and gives its index.
 template <class T>
 LONG EnterRow(std::vector<ComPtr<T>>& row, ComPtr<T> item, LONG index)
@@ -74,6 +97,13 @@ public:
     /// The effect that a layer shows in the frame at a time; null for none.
     ComPtr<CEffect> EffectAt(LONG layer, double time);
 
+    BoardImage Image();
+    /// S_OK when it can be loaded; else ZXE_E_NOT_OPEN or ZXE_E_UNDO_BLOCK_OPEN.
+    HRESULT ReadyToLoad();
+    /// Puts other contents in the place of all that it holds, with results as above. Sinks are told, and nothing is
+    /// left to undo.
+    HRESULT Load(NewBoard board);
+
     LONG NewID();
 
     // Edits. ZXE_E_NOT_OPEN while the storyboard is not in use.
@@ -113,6 +143,8 @@ private:
     HRESULT Exchange(Placement& placement);
     HRESULT Exchange(Item& item, ItemState& state);
 
+    /// In the section: whether the items can be edited.
+    static void SetPlaced(BoardContents& contents, bool placed);
     /// In the section: the item enters or leaves, and where.
     LONG Place(Item& item, LONG where, bool adds);
     /// In the section; tells whether this is the first edit since the modified state was cleared.
@@ -134,6 +166,8 @@ private:
     bool m_effectsPlaced = false;
     LONG m_lastID = 0;
     Settings m_settings;
+    /// What was read with the settings.
+    Leftovers m_rest;
     BoardContents m_contents;
     UndoHistory m_history;
 };

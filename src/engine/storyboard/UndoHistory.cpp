@@ -133,4 +133,19 @@ void UndoHistory::Clear()
     redo.swap(m_redo);
 }
 
+HRESULT UndoHistory::IsIdle() const
+{
+    const SectionLock lock(m_section);
+    return m_phase == Phase::Idle ? S_OK : ZXE_E_UNDO_BLOCK_OPEN;
+}
+
+HRESULT UndoHistory::TakeAll(Stack& blocks)
+{
+    const SectionLock lock(m_section);
+    if (m_phase != Phase::Idle) return ZXE_E_UNDO_BLOCK_OPEN;
+    blocks.splice(blocks.end(), m_undo);
+    blocks.splice(blocks.end(), m_redo);
+    return S_OK;
+}
+
 } // namespace kv

@@ -49,16 +49,22 @@ public:
     /// Drops the open block and all others, and runs nothing.
     void Clear();
 
-private:
-    enum class Phase { Idle, Open, Running };
-    enum class Order { NewestFirst, OldestFirst };
-
     struct Block {
         std::vector<Step> steps;
         ComPtr<IOleUndoUnit> lastUnit;
     };
     /// The newest block is the last. A list, so that a block goes from one stack to another without fail.
     using Stack = std::list<Block>;
+
+    /// S_OK, or ZXE_E_UNDO_BLOCK_OPEN as for `Open`.
+    HRESULT IsIdle() const;
+    /// As `Clear`, but for the end of the blocks, whose units are not ours: they go where they are put. Results as
+    /// those of `IsIdle`; then nothing is taken.
+    HRESULT TakeAll(Stack& blocks);
+
+private:
+    enum class Phase { Idle, Open, Running };
+    enum class Order { NewestFirst, OldestFirst };
 
     static HRESULT Run(const Block& block, Order order);
 

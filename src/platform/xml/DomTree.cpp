@@ -54,16 +54,6 @@ private:
     int m_before;
 };
 
-/// A deep copy before a sibling or last in its parent, whole or none. Throws std::bad_alloc.
-pugi::xml_node CopyTo(pugi::xml_node parent, pugi::xml_node before, pugi::xml_node node)
-{
-    const MemoryWatch memory;
-    const pugi::xml_node copy = before ? parent.insert_copy_before(node, before) : parent.append_copy(node);
-    if (copy && !memory.Lacked()) return copy;
-    parent.remove_child(copy);
-    throw std::bad_alloc();
-}
-
 /// Copies what a node is, without what is below it, into an empty one of its type. Throws std::bad_alloc.
 void CopyAlone(pugi::xml_node node, pugi::xml_node copy)
 {
@@ -76,6 +66,15 @@ void CopyAlone(pugi::xml_node node, pugi::xml_node copy)
 }
 
 } // namespace
+
+pugi::xml_node CopyTo(pugi::xml_node parent, pugi::xml_node before, pugi::xml_node node)
+{
+    const MemoryWatch memory;
+    const pugi::xml_node copy = before ? parent.insert_copy_before(node, before) : parent.append_copy(node);
+    if (copy && !memory.Lacked()) return copy;
+    parent.remove_child(copy);
+    throw std::bad_alloc();
+}
 
 /// Gives the objects of places in one tree to their copies in another. Both tables are locked meanwhile.
 class DomTransfer {

@@ -93,6 +93,9 @@ std::string_view TextOf(pugi::xml_node node, std::string& buffer);
 /// The declaration of a document is an instruction named "xml".
 bool IsDeclaration(pugi::xml_node node);
 
+/// A deep copy of a node of any tree before a sibling or last in its parent, whole or none. Throws std::bad_alloc.
+pugi::xml_node CopyTo(pugi::xml_node parent, pugi::xml_node before, pugi::xml_node node);
+
 /// Levels of elements above and with a node, and below and with it.
 int DepthOf(pugi::xml_node node);
 int HeightOf(pugi::xml_node node);

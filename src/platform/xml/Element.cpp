@@ -160,6 +160,21 @@ std::optional<std::string_view> XmlView::Attribute(std::string_view name) const
     return found ? std::optional<std::string_view>(found.value()) : std::nullopt;
 }
 
+std::vector<std::pair<std::string_view, std::string_view>> XmlView::Attributes() const
+{
+    std::vector<std::pair<std::string_view, std::string_view>> attributes;
+    for (pugi::xml_attribute attribute : pugi::xml_node(m_node).attributes())
+        attributes.emplace_back(attribute.name(), attribute.value());
+    return attributes;
+}
+
+std::string XmlView::Markup() const
+{
+    std::string markup;
+    WriteXml(pugi::xml_node(m_node), false, [&markup](std::string_view piece) { markup += piece; });
+    return markup;
+}
+
 XmlView XmlView::Parent() const
 {
     return XmlView(pugi::xml_node(m_node).parent().internal_object());
@@ -281,9 +296,7 @@ std::string_view XmlElement::Name() const
 
 std::string XmlElement::Markup() const
 {
-    std::string markup;
-    if (m_node) WriteXml(m_object->Place().node, false, [&markup](std::string_view piece) { markup += piece; });
-    return markup;
+    return View().Markup();
 }
 
 bool XmlElement::FitsBelow(int levels) const
@@ -377,6 +390,32 @@ XmlNode XmlElement::AddText(std::string_view text)
     return XmlNode(object.ObjectFor({node, {}}).Get());
 }
 
+void XmlElement::AddCopy(const XmlElement& element)
+{
+    if (!element) throw Error(E_POINTER);
+    pugi::xml_node parent = Object().Place().node;
+    if (!element.FitsBelow(DepthOf(parent))) throw Error(E_INVALIDARG);
+    CopyTo(parent, {}, element.Object().Place().node);
+}
+
+void XmlElement::AddMarkup(std::string_view markup)
+{
+    constexpr unsigned kOptions = pugi::parse_default | pugi::parse_pi | pugi::parse_comments | pugi::parse_fragment;
+    pugi::xml_node parent = Object().Place().node;
+    const pugi::xml_node last = parent.last_child();
+    const auto result = parent.append_buffer(markup.data(), markup.size(), kOptions, pugi::encoding_utf8);
+    pugi::xml_node added = last ? last.next_sibling() : parent.first_child();
+    const int room = kMaxXmlDepth - DepthOf(parent);
+    bool fits = static_cast<bool>(result);
+    for (pugi::xml_node node = added; node && fits; node = node.next_sibling())
+        fits = HeightOf(node) <= room;
+    if (fits) return;
+    while (added)
+        parent.remove_child(std::exchange(added, added.next_sibling()));
+    if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
+    throw Error(E_INVALIDARG);
+}
+
 void XmlElement::Set(const XmlKey& key, const XmlValue& value)
 {
     DomObject& object = Object();
@@ -420,6 +459,16 @@ bool XmlElement::Remove(const XmlKey& key)
 void XmlElement::Remove(const XmlView& place)
 {
     Object().Detach({pugi::xml_node(place.m_node), {}});
+}
+
+void XmlElement::Clear()
+{
+    DomObject& object = Object();
+    const pugi::xml_node node = object.Place().node;
+    while (const pugi::xml_attribute attribute = node.first_attribute())
+        object.Detach({node, attribute});
+    while (const pugi::xml_node child = node.first_child())
+        object.Detach({child, {}});
 }
 
 void XmlElement::SetValue(const XmlValue& value)

@@ -86,6 +86,10 @@ public:
     /// The text of a text; empty for an element.
     std::string_view Text() const;
     std::optional<std::string_view> Attribute(std::string_view name) const;
+    /// Names and texts of all attributes.
+    std::vector<std::pair<std::string_view, std::string_view>> Attributes() const;
+    /// As it stands, without the prefixes that elements above it declare.
+    std::string Markup() const;
 
     XmlView Parent() const;
     XmlView FirstChild() const;
@@ -178,6 +182,10 @@ public:
     /// A new last child with a text of no data type.
     void AddText(const XmlKey& key, std::string_view text);
     XmlNode AddText(std::string_view text);
+    /// A deep copy of an element of any tree as the last child.
+    void AddCopy(const XmlElement& element);
+    /// What `Markup` gave of any number of elements and texts, as the last children.
+    void AddMarkup(std::string_view markup);
     /// Gives the first such child a value, or adds one.
     void Set(const XmlKey& key, const XmlValue& value);
     /// A new last child in the place of all such children.
@@ -192,6 +200,8 @@ public:
     /// Removes what stands at a place below this element.
     void Remove(const XmlView& place);
     using XmlNode::Remove;
+    /// Removes all attributes and all that the element holds.
+    void Clear();
 
     /// The value of the first such child, whatever its data type, as VariantChangeType reads its text; a Variant has
     /// the child's own type. Nothing when there is no such child, or its text is no such value.

@@ -1,0 +1,81 @@
+#include "engine/storyboard/StoredDocument.h"
+
+#include <mutex>
+
+namespace kv {
+namespace {
+
+XmlElement RootOf(IXMLDOMNode* document)
+{
+    ComPtr<IXMLDOMElement> element;
+    if (const auto whole = Query<IXMLDOMDocument>(document)) whole->get_documentElement(element.Put());
+    return XmlElement(element ? element.Get() : document);
+}
+
+} // namespace
+
+struct StoredDocument::Held {
+    std::mutex mutex;
+    /// Empty until the markup was asked for.
+    ComPtr<IXMLDOMNode> node;
+    std::string markup;
+};
+
+StoredDocument::StoredDocument(IXMLDOMNode* node)
+{
+    // The elements that a saved production stands in, with some to spare.
+    constexpr int kLevelsAbove = 16;
+    if (!node) return;
+    const XmlElement element = RootOf(node);
+    if (!element || !element.FitsBelow(kLevelsAbove)) throw Error(E_INVALIDARG);
+    m_held = std::make_shared<Held>();
+    m_held->node = node;
+}
+
+StoredDocument StoredDocument::FromMarkup(std::string markup)
+{
+    StoredDocument document;
+    document.m_held = std::make_shared<Held>();
+    document.m_held->markup = std::move(markup);
+    return document;
+}
+
+bool StoredDocument::operator==(const StoredDocument& other) const
+{
+    if (m_held == other.m_held) return true;
+    if (!m_held || !other.m_held) return false;
+    const std::scoped_lock lock(m_held->mutex, other.m_held->mutex);
+    return m_held->node && m_held->node == other.m_held->node;
+}
+
+ComPtr<IXMLDOMNode> StoredDocument::Node() const
+{
+    if (!m_held) return nullptr;
+    const std::lock_guard lock(m_held->mutex);
+    if (!m_held->node) m_held->node = XmlElement::Parse(std::exchange(m_held->markup, {})).Get();
+    return m_held->node;
+}
+
+XmlElement StoredDocument::Root() const
+{
+    return RootOf(Node().Get());
+}
+
+HRESULT StoredDocument::Give(IXMLDOMNode** out) const
+{
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    return Guarded([&] { return m_held ? Node().CopyTo(out) : S_FALSE; });
+}
+
+void StoredDocument::CopyInto(XmlElement& parent) const
+{
+    if (!m_held) return;
+    {
+        const std::lock_guard lock(m_held->mutex);
+        if (!m_held->node) return parent.AddMarkup(m_held->markup);
+    }
+    parent.AddCopy(Root());
+}
+
+} // namespace kv
