@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "KVProjectData/Engine.h"
 #include "ObjectPath.h"
+#include "Text.h"
 #include "platform/com/Activation.h"
 
 #include <filesystem>
@@ -22,11 +23,12 @@ bool IsMedia(const kv::Bstr& clip)
 
 void AddClip(EventPrinter& events, const std::string& clip, LONG position)
 {
-    RequireFile(clip);
-    const kv::Bstr source(kv::ToUtf16(clip));
-    if (!IsMedia(source)) std::cerr << "kvproject: " << clip << ": neither video nor picture that can be read\n";
+    const std::string file = HostPath(clip);
+    RequireFile(file);
+    const kv::Bstr source(kv::ToUtf16(file));
+    if (!IsMedia(source)) std::cerr << "kvproject: " << file << ": neither video nor picture that can be read\n";
     const auto title = events.AddTitle(source, position);
-    const std::string name = std::filesystem::path(clip).stem().string();
+    const std::string name = std::filesystem::path(file).stem().string();
     Require(title->put_Label(kv::Bstr(kv::ToUtf16(name)).Get()), "cannot name the title");
     events.WaitForAll();
 }

@@ -244,9 +244,9 @@ void Editor::Set(std::string_view arguments)
 {
     const std::size_t equals = arguments.find('=');
     if (equals == arguments.npos) throw Failure("'" + std::string(arguments) + "' is not of the form PATH=VALUE");
-    Change([&] {
-        SetMember(m_session.Project(), Trimmed(arguments.substr(0, equals)), Trimmed(arguments.substr(equals + 1)));
-    });
+    const std::string path(Trimmed(arguments.substr(0, equals)));
+    Change([&] { SetMember(m_session.Project(), path, Trimmed(arguments.substr(equals + 1))); });
+    m_file.WasSet(path);
 }
 
 void Editor::Add(std::string_view arguments)
@@ -355,7 +355,7 @@ void Editor::Save(std::string_view arguments)
     std::string_view file = arguments;
     const bool force = TakeWord(file) == "--force";
     if (!force) file = arguments;
-    m_file.Save(file.empty() ? m_file.Name() : std::string(file), force);
+    m_file.Save(file.empty() ? m_file.Name() : HostPath(file), force);
     m_saved = DocumentText(m_session);
 }
 
@@ -363,7 +363,7 @@ void Editor::Status(std::string_view)
 {
     if (m_file.ChangedByOthers()) m_out << m_file.Name() << " was changed by somebody else\n";
     for (const std::string& loss : m_file.Losses())
-        m_out << m_file.Name() << ": " << loss << '\n';
+        m_out << m_file.Name() << ": " << Shown(loss) << '\n';
     m_out << (Unsaved() ? "there are changes that are not saved\n" : "all changes are saved\n");
 }
 

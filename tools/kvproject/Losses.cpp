@@ -19,6 +19,9 @@ using kv::Variant;
 constexpr std::array<std::string_view, 7> kBooleans{"VBREncoding",   "doCompression", "fitToDisc",      "menuless",
                                                     "onDiscProject", "syncToProject", "twoPassEncoding"};
 
+/// With which the library closes every file.
+constexpr const char* kWritersComment = "DVD Project xml file created using KVProject object.";
+
 // Values, as the library reads them from texts
 
 /// Empty for a text that is not read as that type.
@@ -73,6 +76,7 @@ public:
     void Run(const Element& file, const Element& loaded, const std::string& path)
     {
         CompareAttributes(file, loaded, path);
+        CompareContents(file.Contents(), loaded.Contents(), path);
         std::map<std::string, std::deque<Element>> rest;
         for (Element& child : loaded.Children())
             rest[child.Name()].push_back(std::move(child));
@@ -85,9 +89,12 @@ public:
     }
 
     /// What stands around the first project.
-    void RunOutside(const Element& root)
+    void RunOutside(IXMLDOMDocument& document)
     {
+        const Element root = RootOf(document);
         ReportAttributes(root, root.Name());
+        CompareContents(Element(&document).Contents(), {{"a comment", kWritersComment}}, "the document");
+        CompareContents(root.Contents(), {}, root.Name());
         bool first = true;
         ForEachChild(root, {}, [&](const Element& child, const std::string& path) {
             const std::string name = child.Name();
@@ -99,6 +106,14 @@ public:
     }
 
 private:
+    void CompareContents(const std::vector<Content>& file, const std::vector<Content>& kept, const std::string& path)
+    {
+        for (const Content& content : file) {
+            if (!std::ranges::count(kept, content))
+                m_faults.push_back(path + ": " + std::string(content.kind) + " is ignored");
+        }
+    }
+
     void CompareAttributes(const Element& file, const Element& loaded, const std::string& path)
     {
         const auto kept = loaded.Attributes();
@@ -167,7 +182,7 @@ std::vector<std::string> FindUnread(const std::string& file)
     std::vector<std::string> unread;
     Comparison comparison(unread);
     comparison.Run(Element(original), Element(FindProject(*written)), "Project[1]");
-    comparison.RunOutside(RootOf(*document));
+    comparison.RunOutside(*document);
     return unread;
 }
 

@@ -4,6 +4,8 @@
 #include "Session.h"
 #include "platform/com/Activation.h"
 
+#include <algorithm>
+#include <array>
 #include <limits>
 
 namespace kvproject {
@@ -41,6 +43,35 @@ std::vector<Element> Element::Children() const
         child = std::move(next);
     }
     return children;
+}
+
+std::vector<Content> Element::Contents() const
+{
+    static constexpr std::array<std::pair<DOMNodeType, std::string_view>, 4> kKinds{
+        {{NODE_TEXT, "a text"},
+         {NODE_CDATA_SECTION, "a text"},
+         {NODE_COMMENT, "a comment"},
+         {NODE_PROCESSING_INSTRUCTION, "a processing instruction"}}};
+    std::vector<Content> contents;
+    ComPtr<IXMLDOMNode> child;
+    m_node->get_firstChild(child.Put());
+    while (child) {
+        DOMNodeType type = NODE_INVALID;
+        kv::Bstr name;
+        Variant value;
+        child->get_nodeType(&type);
+        child->get_nodeName(name.Put());
+        child->get_nodeValue(value.Put());
+        const auto* kind = std::ranges::find(kKinds, type, &std::pair<DOMNodeType, std::string_view>::first);
+        std::string text = value.vt == VT_BSTR ? kv::ToUtf8(kv::View(value.bstrVal)) : std::string();
+        const bool blank = type == NODE_TEXT && text.find_first_not_of(" \t\r\n") == text.npos;
+        const bool declaration = type == NODE_PROCESSING_INSTRUCTION && name.View() == u"xml";
+        if (kind != kKinds.end() && !blank && !declaration) contents.push_back({kind->second, std::move(text)});
+        ComPtr<IXMLDOMNode> next;
+        child->get_nextSibling(next.Put());
+        child = std::move(next);
+    }
+    return contents;
 }
 
 ComPtr<IXMLDOMDocument> ParseFile(const std::string& file)

@@ -17,6 +17,15 @@ constexpr std::string_view kProjectElement = "Project";
 /// The place of the host's productions, beside the project.
 constexpr std::string_view kProductionsElement = "Productions";
 
+/// What is no element.
+struct Content {
+    /// "a comment"
+    std::string_view kind;
+    std::string text;
+
+    bool operator==(const Content&) const = default;
+};
+
 /// An element with its name, attributes and child elements.
 class Element {
 public:
@@ -25,6 +34,8 @@ public:
     std::string Name() const;
     std::map<std::string, std::string> Attributes() const;
     std::vector<Element> Children() const;
+    /// What else stands in it, or in a document: comments, instructions, texts that are not blank.
+    std::vector<Content> Contents() const;
 
 private:
     kv::ComPtr<IXMLDOMNode> m_node;

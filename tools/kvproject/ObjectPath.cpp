@@ -184,9 +184,9 @@ bool HoldsInteger(IDispatch& object, DISPID member)
 std::size_t FindSourceEnd(const std::string& text)
 {
     std::error_code error;
-    if (std::filesystem::exists(text, error)) return text.npos;
+    if (std::filesystem::exists(HostPath(text), error)) return text.npos;
     for (std::size_t end = text.rfind('='); end != text.npos && end > 0; end = text.rfind('=', end - 1)) {
-        if (std::filesystem::exists(text.substr(0, end), error)) return end;
+        if (std::filesystem::exists(HostPath(text.substr(0, end)), error)) return end;
     }
     return text.find('=');
 }
@@ -264,7 +264,7 @@ void RequireFile(const std::string& file)
 void AddDataFile(IKVProjectData& project, const std::string& text, LONG position)
 {
     const std::size_t equals = FindSourceEnd(text);
-    const std::string source = text.substr(0, equals);
+    const std::string source = HostPath(text.substr(0, equals));
     RequireFile(source);
     const std::string destination =
         equals == text.npos ? std::filesystem::path(source).filename().string() : text.substr(equals + 1);

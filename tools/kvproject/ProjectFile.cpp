@@ -2,8 +2,11 @@
 
 #include "Failure.h"
 #include "Losses.h"
+#include "ObjectPath.h"
 
+#include <cerrno>
 #include <fcntl.h>
+#include <iostream>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,6 +14,11 @@
 
 namespace kvproject {
 namespace {
+
+[[noreturn]] void ThrowNotNew(const std::string& file)
+{
+    throw Failure(file + " is not saved: the file exists already; see --force");
+}
 
 /// Lets one process at a time put another file in the place of this one. Whoever waited finds the other in its place.
 class SaveLock {
@@ -29,6 +37,40 @@ public:
 private:
     const int m_file;
 };
+
+/// A file of that name, so that no other process makes one; it goes again unless it is kept. Where none can be made,
+/// the save tells why.
+class NewFile {
+public:
+    explicit NewFile(const std::string& name) : m_name(name)
+    {
+        const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file < 0 && errno == EEXIST) ThrowNotNew(name);
+        m_made = file >= 0;
+        if (m_made) close(file);
+    }
+    ~NewFile()
+    {
+        if (m_made) unlink(m_name.c_str());
+    }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    void Keep() { m_made = false; }
+
+private:
+    const std::string m_name;
+    bool m_made = false;
+};
+
+std::optional<std::string> ValueOf(const Session& session, const std::string& path)
+{
+    try {
+        return GetMember(session.Project(), path);
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+}
 
 } // namespace
 
@@ -50,10 +92,31 @@ void ProjectFile::Save(const std::string& target, bool force)
 {
     const SaveLock lock(target);
     if (!force) RequireNoLoss(target);
-    m_session.Save(target);
+    MemberValues values;
+    // Before saving, which sets the project's directory.
+    for (const std::string& path : m_set)
+        values[path] = ValueOf(m_session, path);
+    force || FileState::Of(target).Exists() ? m_session.Save(target) : SaveNew(m_session, target);
     m_name = target;
     m_state = FileState::Of(target);
     m_losses.clear();
+    m_saved[target] = std::move(values);
+}
+
+bool ProjectFile::TellWhatIsNotHeld() const
+{
+    bool allHeld = true;
+    for (const auto& [file, values] : m_saved) {
+        if (values.empty()) continue;
+        Session saved;
+        saved.Load(file);
+        for (const auto& [path, value] : values) {
+            if (ValueOf(saved, path) == value) continue;
+            std::cerr << "kvproject: " << file << " does not hold " << path << '\n';
+            allHeld = false;
+        }
+    }
+    return allHeld;
 }
 
 void ProjectFile::RequireNoLoss(const std::string& target) const
@@ -71,7 +134,14 @@ void ProjectFile::RequireNoLoss(const std::string& target) const
 
 void RequireNew(const std::string& file)
 {
-    if (FileState::Of(file).Exists()) throw Failure(file + " is not saved: the file exists already; see --force");
+    if (FileState::Of(file).Exists()) ThrowNotNew(file);
+}
+
+void SaveNew(Session& session, const std::string& file)
+{
+    NewFile made(file);
+    session.Save(file);
+    made.Keep();
 }
 
 } // namespace kvproject

@@ -4,6 +4,9 @@
 #include "Session.h"
 
 #include <ctime>
+#include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -37,20 +40,34 @@ public:
     /// Another file bears the name than the one that was loaded or saved last.
     bool ChangedByOthers() const { return FileState::Of(m_name) != m_state; }
 
+    /// What saves from here on make of this member is compared at the end.
+    void WasSet(const std::string& path) { m_set.insert(path); }
     /// Throws Failure, unless forced, instead of losing anything: of the file that was loaded, of what others wrote to
     /// it since, of another file that bears the name.
     void Save(const std::string& target, bool force);
+    /// Tells on standard error which of the members that were set the saved files do not give back. False when there
+    /// are any. Comes last: it loads projects, which ends what can be undone in this process.
+    bool TellWhatIsNotHeld() const;
 
 private:
+    /// By path. Empty for a member without a value.
+    using MemberValues = std::map<std::string, std::optional<std::string>>;
+
     void RequireNoLoss(const std::string& target) const;
 
     Session& m_session;
     std::string m_name;
     FileState m_state;
     std::vector<std::string> m_losses;
+    std::set<std::string> m_set;
+    /// What was saved last, by file.
+    std::map<std::string, MemberValues> m_saved;
 };
 
 /// Throws Failure for a name that a file bears already.
 void RequireNew(const std::string& file);
+
+/// Saves a file that is not there yet. Of several that do so at once one succeeds; for the others RequireNew fails.
+void SaveNew(Session& session, const std::string& file);
 
 } // namespace kvproject

@@ -1,6 +1,8 @@
 #include "Text.h"
 
 #include "Failure.h"
+#include "platform/automation/Bstr.h"
+#include "platform/system/Paths.h"
 
 #include <array>
 #include <cstdint>
@@ -76,6 +78,11 @@ void RequireStorable(std::string_view text, const std::string& what)
                           ", which a project file cannot hold");
         }
     }
+}
+
+std::string HostPath(std::string_view name)
+{
+    return kv::ToHostPath(kv::ToUtf16(name));
 }
 
 std::string Shown(std::string_view text)

@@ -13,6 +13,9 @@ void RequireUtf8(std::string_view text);
 /// `text` it stands.
 void RequireStorable(std::string_view text, const std::string& what);
 
+/// The name of a file or folder as the system has it: "back\slash.xml" is that file, or slash.xml in the folder back.
+std::string HostPath(std::string_view name);
+
 /// The text as it can be shown within a line. One with characters that would end the line, steer the terminal or turn
 /// the direction of writing stands in double quotes, with these, backslashes and quotes escaped: "a\nb\u009B".
 std::string Shown(std::string_view text);

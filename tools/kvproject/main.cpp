@@ -20,7 +20,6 @@
 #include <functional>
 #include <iostream>
 #include <langinfo.h>
-#include <map>
 #include <memory>
 #include <optional>
 
@@ -43,7 +42,7 @@ struct FileOptions {
 
 void AddFileOptions(CLI::App& command, FileOptions& options, bool events)
 {
-    command.add_option("FILE", options.file, "The project file")->required();
+    command.add_option("FILE", options.file, "The project file")->required()->transform(HostPath);
     if (events) command.add_flag("--events", options.events, "Print the events of the project as they arrive");
 }
 
@@ -72,7 +71,7 @@ int RunNew(const NewOptions& options)
         AddDataFile(project, file, 0);
     // What the person says goes before what the first clip measures.
     if (!options.standard.empty()) SetMember(project, "TVStandard", options.standard);
-    session.Save(options.file);
+    options.force ? session.Save(options.file) : SaveNew(session, options.file);
     events.WaitForAll();
     return 0;
 }
@@ -119,18 +118,6 @@ std::string CheckAssignment(const std::string& text)
     return text.find('=') == text.npos ? "'" + text + "' is not of that form" : "";
 }
 
-/// The values of members by path. Empty for one without a value.
-using MemberValues = std::map<std::string, std::optional<std::string>>;
-
-std::optional<std::string> ValueOf(IKVProjectData& project, const std::string& path)
-{
-    try {
-        return GetMember(project, path);
-    } catch (const Failure&) {
-        return std::nullopt;
-    }
-}
-
 /// Tells a person what a save would lose of the file.
 void TellLosses(const ProjectFile& file)
 {
@@ -138,54 +125,30 @@ void TellLosses(const ProjectFile& file)
         std::cerr << "kvproject: " << file.Name() << ": " << Shown(loss) << '\n';
 }
 
-/// What the assignments made of their members.
-MemberValues SetAndSave(const FileOptions& options, const std::vector<std::string>& assignments)
+int RunSet(const FileOptions& options, const std::vector<std::string>& assignments)
 {
     Session session;
     ProjectFile file(session, options.file);
     TellLosses(file);
     EventPrinter events(session.Project(), options.EventStream());
-    MemberValues values;
     for (const std::string& assignment : assignments) {
         const std::size_t equals = assignment.find('=');
         const std::string path = assignment.substr(0, equals);
         SetMember(session.Project(), path, std::string_view(assignment).substr(equals + 1));
-        values.try_emplace(path);
+        file.WasSet(path);
     }
-    // Before saving, which sets the project's directory.
-    for (auto& [path, value] : values)
-        value = ValueOf(session.Project(), path);
     file.Save(options.file, options.force);
     events.WaitForAll();
-    return values;
-}
-
-int RunSet(const FileOptions& options, const std::vector<std::string>& assignments)
-{
-    const MemberValues values = SetAndSave(options, assignments);
-    Session saved;
-    saved.Load(options.file);
-    int result = 0;
-    for (const auto& [path, value] : values) {
-        if (ValueOf(saved.Project(), path) == value) continue;
-        std::cerr << "kvproject: " << options.file << " does not hold " << path << '\n';
-        result = kFault;
-    }
-    return result;
+    return file.TellWhatIsNotHeld() ? 0 : kFault;
 }
 
 struct EditOptions : FileOptions {
     std::string script;
 };
 
-int RunEdit(const EditOptions& options)
+/// Obeys the lines until the last.
+void ObeyLines(Session& session, Editor& editor, Lines& lines)
 {
-    Session session;
-    ProjectFile file(session, options.file);
-    TellLosses(file);
-    EventPrinter events(session.Project(), options.EventStream());
-    Editor editor(session, events, file, std::cout);
-    Lines lines(options.script, [&session] { return PathsOf(ReadTree(session.Project())); });
     // Nothing is to be printed while a person types.
     if (lines.Typed()) session.Project().EnableHeartBeatEvent(VARIANT_FALSE);
     for (bool more = true; more;) {
@@ -201,7 +164,20 @@ int RunEdit(const EditOptions& options)
         }
     }
     if (editor.Unsaved()) std::cerr << "kvproject: the last changes were not saved\n";
-    return 0;
+}
+
+int RunEdit(const EditOptions& options)
+{
+    Session session;
+    ProjectFile file(session, options.file);
+    TellLosses(file);
+    EventPrinter events(session.Project(), options.EventStream());
+    {
+        Editor editor(session, events, file, std::cout);
+        Lines lines(options.script, [&session] { return PathsOf(ReadTree(session.Project())); });
+        ObeyLines(session, editor, lines);
+    }
+    return file.TellWhatIsNotHeld() ? 0 : kFault;
 }
 
 int RunCheck(const FileOptions& options)
@@ -276,7 +252,8 @@ int Run(int argc, char** argv)
     auto edited = std::make_shared<EditOptions>();
     CLI::App* edit = app.add_subcommand("edit", "Edit by commands, one a line, with undo; the command help lists them");
     AddFileOptions(*edit, *edited, true);
-    edit->add_option("--script", edited->script, "Read the commands from this file and stop at the first bad one");
+    edit->add_option("--script", edited->script, "Read the commands from this file and stop at the first bad one")
+        ->transform(HostPath);
     edit->callback([&run, edited] { run = [edited] { return RunEdit(*edited); }; });
 
     auto checked = std::make_shared<FileOptions>();
