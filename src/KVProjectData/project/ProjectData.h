@@ -104,6 +104,8 @@ public:
     HRESULT get_RedoEnable(VARIANT_BOOL* pVal) override;
 
     CProjectNode& Node() override { return *this; }
+    XmlElement KeptXml() override { return m_keptProductions; }
+    void KeepXml(const XmlElement& xml) override { m_keptProductions = xml; }
     XmlElement KeptProductions() override;
     void KeepProductions(XmlElement kept) override;
 

@@ -12,11 +12,6 @@ HRESULT CKVProjectData::Clear()
 {
     const DrivingUndo driving;
     return Edit([&](EditScope&) {
-        if (m_undo.IsRestoring()) {
-            // The document brings all settings that it holds; the others stay, and so does what can be undone.
-            DropLists();
-            return S_OK;
-        }
         m_undo.DiscardAll();
         DropLists();
         m_settings = Settings{};
@@ -59,18 +54,11 @@ CProjectNode* CKVProjectData::CreateItem(NodeType type, CProjectNode& parent)
         return &item;
     };
     if (type == typeTitle && &parent == &m_titles) {
-        if (CProjectNode* kept = m_undo.TakeKept(type)) {
-            static_cast<CKVTitle*>(kept)->CommandList().DropAll();
-            return adopt(m_titles, *kept);
-        }
         const auto title = Make<CKVTitle>();
         title->SetStereoscopic(m_settings.discVideoType != Normal_2D);
         return adopt(m_titles, *title);
     }
-    if (type == typeFile && &parent == &m_dataFiles) {
-        if (CProjectNode* kept = m_undo.TakeKept(type)) return adopt(m_dataFiles, *kept);
-        return adopt(m_dataFiles, *Make<CKVDataFile>());
-    }
+    if (type == typeFile && &parent == &m_dataFiles) return adopt(m_dataFiles, *Make<CKVDataFile>());
     if (type == typeCommand && parent.Type() == typeCmdList)
         return &static_cast<CKVCommandList&>(parent).AppendCommand();
     return nullptr;

@@ -14,12 +14,17 @@ public:
     /// Takes a child out and hands over the list's reference; empty for a bad index.
     ComPtr<IUnknown> TakeOut(LONG index);
 
+    /// So many more children can be added without fail. Throws for lack of memory.
+    void ReserveRoom(std::size_t count) { ReserveChildren(static_cast<std::size_t>(ChildCount()) + count); }
+
     /// Drops every child, the last one first.
     void DropAll();
 
     /// Keeps an edit of this list for undo, each in an open step; `child` stands at `index` in the list, which for a
     /// move is where it came from. True when kept.
     bool RecordChange(ListChange change, CProjectNode& child, LONG index, bool major = false);
+
+    CNodeList* List() override { return this; }
 
 protected:
     explicit CNodeList(NodeType type) : CProjectNode(type) {}

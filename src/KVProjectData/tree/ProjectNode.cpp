@@ -6,6 +6,7 @@
 #include "KVProjectData/tree/RecordArchive.h"
 #include "KVProjectData/tree/UndoContext.h"
 #include "platform/com/ComPtr.h"
+#include "platform/xml/Element.h"
 
 #include <algorithm>
 
@@ -78,6 +79,13 @@ HRESULT CProjectNode::DetachEffect()
 {
     return S_OK;
 }
+
+XmlElement CProjectNode::KeptXml()
+{
+    return {};
+}
+
+void CProjectNode::KeepXml(const XmlElement&) {}
 
 void CProjectNode::FirePropertyChanged(DISPID) {}
 

@@ -26,6 +26,8 @@ struct Fires {
 
 class AttributeArchive;
 class CKVCommandList;
+class CNodeList;
+class XmlElement;
 
 /// Held while a parent link changes, after the node's section. Whoever climbs the tree holds it: what is above may be
 /// released by others. Nothing but the event queue is locked meanwhile.
@@ -61,6 +63,14 @@ public:
     virtual HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
     /// The object that the node is part of; not counted.
     virtual IUnknown* Identity() = 0;
+
+    /// What documents say of the node beside its attributes and children, for snapshots: an element of a tree that
+    /// nobody changes. Empty for most. Run inside the node's section.
+    virtual XmlElement KeptXml();
+    /// Takes over what `KeptXml` of this node gave.
+    virtual void KeepXml(const XmlElement& xml);
+    /// The node as a list that owns its children; null for every other.
+    virtual CNodeList* List() { return nullptr; }
 
     /// The values that an undo record keeps of the node.
     RecordedValues GetRecord();

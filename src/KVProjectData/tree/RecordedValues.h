@@ -3,6 +3,7 @@
 
 #include "platform/automation/Bstr.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -17,23 +18,35 @@ public:
     RecordedValues() = default;
     /// Null strings and zeros.
     RecordedValues(std::uint32_t strings, std::uint32_t numbers)
-        : m_slots(std::make_unique<Slot[]>(strings + numbers)), m_strings(strings)
+        : m_slots(std::make_unique<Slot[]>(strings + numbers)), m_strings(strings), m_numbers(numbers)
     {
     }
     RecordedValues(RecordedValues&& other) noexcept
-        : m_slots(std::move(other.m_slots)), m_strings(std::exchange(other.m_strings, 0))
+        : m_slots(std::move(other.m_slots)),
+          m_strings(std::exchange(other.m_strings, 0)),
+          m_numbers(std::exchange(other.m_numbers, 0))
     {
     }
     RecordedValues& operator=(RecordedValues&& other) noexcept
     {
         std::swap(m_slots, other.m_slots);
         std::swap(m_strings, other.m_strings);
+        std::swap(m_numbers, other.m_numbers);
         return *this;
     }
     ~RecordedValues()
     {
         for (std::uint32_t i = 0; i < m_strings; ++i)
             SysFreeString(m_slots[i].string);
+    }
+
+    RecordedValues Copy() const
+    {
+        RecordedValues copy(m_strings, m_numbers);
+        for (std::uint32_t i = 0; i < m_strings; ++i)
+            copy.m_slots[i].string = Bstr::Copy(m_slots[i].string);
+        std::copy_n(m_slots.get() + m_strings, m_numbers, copy.m_slots.get() + m_strings);
+        return copy;
     }
 
     /// Keeps a string and gives the one that was kept.
@@ -61,6 +74,7 @@ private:
 
     std::unique_ptr<Slot[]> m_slots;
     std::uint32_t m_strings = 0;
+    std::uint32_t m_numbers = 0;
 };
 
 } // namespace kv

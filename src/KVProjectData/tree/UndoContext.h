@@ -31,16 +31,6 @@ protected:
     ~StateRecorder() = default;
 };
 
-/// The objects that a snapshot kept, handed back in the order of its document while that is loaded.
-class KeptObjects {
-public:
-    /// The next object, when it is of that kind and stands in no list; null otherwise.
-    virtual CProjectNode* TakeNext(NodeType type) = 0;
-
-protected:
-    ~KeptObjects() = default;
-};
-
 /// Edits of any thread are recorded in the open step; recording, and the end of it, run inside `recording`, in which no
 /// other section is entered and no object ends.
 struct UndoContext {
@@ -62,9 +52,6 @@ struct UndoContext {
     bool recordingEnabled = true;
     /// A change of the storyboards belongs to the open step.
     std::atomic<bool> majorChange{false};
-    /// The project that a snapshot is being restored in, and what the snapshot kept; null at all other times.
-    const CProjectNode* restored = nullptr;
-    KeptObjects* kept = nullptr;
     /// Nodes that bind their effects anew after a storyboard's undo.
     CAttachList attachNodes;
 };

@@ -110,7 +110,9 @@ void CStdOleParentUndoUnit::RemoveUnitsOf(const void* owner, DrivingUndo& drivin
     others.reserve(m_children.size());
     for (const auto& child : m_children) {
         const auto owned = Query<IOwnedUndoUnit>(child);
-        if (owned && owned->BelongsTo(owner) == S_OK) {
+        const HRESULT belongs = owned ? owned->BelongsTo(owner) : S_FALSE;
+        ThrowIfFailed(belongs);
+        if (belongs == S_OK) {
             driving.Keep(child);
         } else {
             others.push_back(child);

@@ -33,7 +33,7 @@ public:
     /// Takes in a unit that was opened within this one and not closed, or drops it where that cannot be.
     void EndOpenChild();
     /// Takes out the units that belong to an owner; what a unit within this one took in stays there. They end with the
-    /// end of driving undo.
+    /// end of driving undo. Throws Error for lack of memory, with all of them still there.
     void RemoveUnitsOf(const void* owner, DrivingUndo& driving);
     /// Drops all units.
     void Empty();

@@ -40,23 +40,7 @@ public:
     /// forgets what it recorded of this project and of its storyboards.
     void DiscardAll();
 
-    /// A snapshot is being restored, which loads the project.
-    bool IsRestoring() const { return Kept() != nullptr; }
-    /// The object that the snapshot being restored has for the next item of its document; null when it has none.
-    CProjectNode* TakeKept(NodeType type) const
-    {
-        KeptObjects* kept = Kept();
-        return kept ? kept->TakeNext(type) : nullptr;
-    }
-
 private:
-    /// What the snapshot that is being restored in this project kept; null when none is.
-    KeptObjects* Kept() const
-    {
-        UndoContext& context = SharedUndoContext();
-        const SectionLock lock(context.recording);
-        return context.restored == &m_project ? context.kept : nullptr;
-    }
     HRESULT Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*));
     /// From here on nothing is recorded in the step; the next one records all nodes anew.
     void StopRecording();

@@ -17,8 +17,10 @@ public:
             m_passOver = false;
         } else {
             DrivingUndo driving;
-            Node* const node = m_node.Find(driving);
-            const HRESULT exchanged = node ? Guarded([&] { return Exchange(*node, driving); }) : S_FALSE;
+            const HRESULT exchanged = Guarded([&] {
+                Node* const node = m_node.Find(driving);
+                return node ? Exchange(*node, driving) : S_FALSE;
+            });
             m_passOver = exchanged != S_OK;
             if (FAILED(exchanged)) return exchanged;
         }
@@ -29,9 +31,11 @@ public:
     HRESULT BelongsTo(const void* owner) final
     {
         DrivingUndo driving;
-        CProjectNode* const node = m_node.Find(driving);
-        const SectionLock links(ParentLinks());
-        return node && &node->Root() == owner ? S_OK : S_FALSE;
+        return Guarded([&] {
+            CProjectNode* const node = m_node.Find(driving);
+            const SectionLock links(ParentLinks());
+            return node && &node->Root() == owner ? S_OK : S_FALSE;
+        });
     }
 
 protected:

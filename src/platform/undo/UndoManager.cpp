@@ -32,6 +32,13 @@ HRESULT Enumerate(const UnitStack& stack, IEnumOleUndoUnits** units)
     });
 }
 
+/// One more unit can be added without fail.
+void MakeRoom(UnitStack& stack)
+{
+    constexpr std::size_t kLeast = 8;
+    if (stack.size() == stack.capacity()) stack.reserve(std::max(kLeast, 2 * stack.size()));
+}
+
 HRESULT DescribeNewest(const UnitStack& stack, BSTR* description)
 {
     if (!description) return E_POINTER;
@@ -190,6 +197,12 @@ HRESULT UndoManager::Run(UnitStack& stack, std::size_t count, State state)
     UnitStack& target = StackFor(state);
     HRESULT result = S_OK;
     while (count-- > 0 && SUCCEEDED(result)) {
+        // A unit that has run must not get lost on its way to the other stack.
+        result = Guarded([&] {
+            MakeRoom(target);
+            return S_OK;
+        });
+        if (FAILED(result)) break;
         const ComPtr<IOleUndoUnit> running = std::move(stack.back());
         stack.pop_back();
         const std::size_t before = target.size();

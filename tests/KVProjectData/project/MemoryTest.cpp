@@ -80,5 +80,34 @@ TEST(MemoryTest, AnEditIsMadeAndRecordedOrNot)
     }
 }
 
+TEST(MemoryTest, ASnapshotIsTakenBackOrNot)
+{
+    const auto project = NewProject();
+    const auto document = [&] { return XmlOf(*SaveToDocument(*project.Get())); };
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(S_OK, project->AddTitle(0, nullptr));
+    const std::u16string before = document();
+    ASSERT_EQ(S_OK, project->TakeUndoSnapshot(nullptr));
+    project->put_Label(Str(u"a text that is long enough for the heap").Get());
+    project->MoveTitle(1, 3);
+    project->AddTitle(1, nullptr);
+    ASSERT_EQ(S_OK, project->EndUndo(VARIANT_TRUE));
+    const std::u16string after = document();
+    Sweep([&](int left) {
+        HRESULT undone = S_OK;
+        bool failed = false;
+        {
+            const LittleMemory memory(left);
+            undone = project->UndoOperation();
+            failed = LittleMemory::HasFailed();
+        }
+        const std::u16string is = document();
+        EXPECT_TRUE(is == before || (failed && is == after)) << left;
+        EXPECT_EQ(SUCCEEDED(undone), SUCCEEDED(project->RedoOperation())) << "the step is on one of the stacks";
+        EXPECT_EQ(after, document()) << left;
+        return !failed;
+    });
+}
+
 } // namespace
 } // namespace kv::test

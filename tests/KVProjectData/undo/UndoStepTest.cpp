@@ -1,5 +1,7 @@
 #include "UndoSupport.h"
 
+#include "platform/com/TaskMemory.h"
+
 namespace kv::test {
 namespace {
 
@@ -232,6 +234,45 @@ TEST_F(UndoStepTest, ASnapshotBringsBackTheObjectsThemselves)
     EXPECT_EQ(1u, added->Release()) << "the snapshot has let go of it";
 }
 
+TEST_F(UndoStepTest, ASnapshotKeepsWhatNoDocumentHolds)
+{
+    const auto commands = Query<IKVCommandList>(title);
+    const auto fragment = ParseXml(u"<neither><file/></neither>");
+    ComPtr<IXMLDOMElement> xml;
+    fragment->get_documentElement(xml.Put());
+    const auto set = [&](BSTR label, LONG parameter, IXMLDOMNode* data) {
+        DiscCommandParams command{static_cast<DiscCommand>(12), parameter, 0, data};
+        EXPECT_EQ(S_OK, project->put_Label(label));
+        EXPECT_EQ(S_OK, title->put_Label(label));
+        EXPECT_EQ(S_OK, commands->SetCommandList(1, &command));
+    };
+    const auto expect = [&](std::u16string_view label, LONG parameter, std::u16string_view data) {
+        LONG count = 0;
+        DiscCommandParams* records = nullptr;
+        EXPECT_EQ(label, Text(*project.Get(), &IKVProjectData::get_Label));
+        EXPECT_EQ(label, Label());
+        ASSERT_EQ(S_OK, commands->GetCommandList(&count, &records));
+        const UniqueTaskMem<DiscCommandParams> owned(records);
+        ASSERT_EQ(1, count);
+        const auto copy = ComPtr<IXMLDOMNode>::Attach(records[0].pXMLData);
+        EXPECT_EQ(12, records[0].cmd);
+        EXPECT_EQ(parameter, records[0].lParam1);
+        EXPECT_EQ(data, copy ? XmlOf(*copy) : u"");
+    };
+    const Bstr noXml(u"no XML \u0001");
+    set(nullptr, 1, xml.Get());
+    for (const bool commit : {true, false}) {
+        project->TakeUndoSnapshot(nullptr);
+        set(noXml.Get(), 2, nullptr);
+        EXPECT_EQ(S_OK, End(commit));
+        EXPECT_EQ(commit ? S_OK : E_FAIL, project->UndoOperation());
+        expect(u"<null>", 1, u"<neither><file/></neither>");
+        EXPECT_EQ(S_OK, project->RedoOperation()) << "also what was cancelled";
+        expect(noXml.View(), 2, u"");
+        EXPECT_EQ(S_OK, project->UndoOperation());
+    }
+}
+
 TEST_F(UndoStepTest, ASnapshotThatCannotBeCancelledSaysSo)
 {
     SetLabel(u"before");
@@ -244,13 +285,6 @@ TEST_F(UndoStepTest, ASnapshotThatCannotBeCancelledSaysSo)
     locking->UnlockObject(VARIANT_FALSE);
     EXPECT_EQ(S_OK, End(false)) << "it can be tried again";
     EXPECT_EQ(u"before", Label());
-
-    project->TakeUndoSnapshot(nullptr);
-    EXPECT_EQ(S_OK, project->put_Label(Bstr(u"no XML \u0001").Get()));
-    EXPECT_EQ(S_OK, End(false)) << "a state that cannot be saved does not hinder";
-    EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_Label));
-    EXPECT_EQ(S_OK, project->RedoOperation()) << "nor can it be brought back";
-    EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_Label));
 
     const auto other = NewProject();
     project->TakeUndoSnapshot(nullptr);

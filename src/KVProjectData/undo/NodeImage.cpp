@@ -1,0 +1,81 @@
+#include "KVProjectData/undo/NodeImage.h"
+
+namespace kv {
+namespace {
+
+/// Commands are put into a list and taken out, and are never changed.
+bool IsFixed(const CProjectNode& node)
+{
+    return node.Type() == typeCommand;
+}
+
+} // namespace
+
+NodeImage::NodeImage(CProjectNode& node, ComPtr<IUnknown> object) : m_object(std::move(object)), m_node(&node)
+{
+    if (IsFixed(node)) return;
+    const SectionLock lock(node.Section());
+    m_values = node.GetRecord();
+    m_xml = node.KeptXml();
+    m_children.reserve(static_cast<std::size_t>(node.ChildCount()));
+    for (LONG i = 0; i < node.ChildCount(); ++i) {
+        CProjectNode& child = *node.GetChild(i);
+        m_children.emplace_back(child, node.List() ? child.Identity() : nullptr);
+    }
+}
+
+NodeImage NodeImage::Copy() const
+{
+    NodeImage copy;
+    copy.m_object = m_object;
+    copy.m_node = m_node;
+    copy.m_values = m_values.Copy();
+    copy.m_xml = m_xml;
+    copy.m_children.reserve(m_children.size());
+    for (const NodeImage& child : m_children)
+        copy.m_children.push_back(child.Copy());
+    if (CNodeList* list = m_node->List()) list->ReserveRoom(m_children.size());
+    return copy;
+}
+
+void NodeImage::Restore()
+{
+    if (IsFixed(*m_node)) return;
+    const SectionLock lock(m_node->Section());
+    m_node->ExchangeRecord(m_values);
+    m_node->KeepXml(m_xml);
+    if (CNodeList* list = m_node->List()) {
+        RestoreItems(*list);
+    } else {
+        for (NodeImage& child : m_children)
+            child.Restore();
+    }
+}
+
+void NodeImage::RestoreItems(CNodeList& list)
+{
+    LONG place = 0;
+    // How far behind its place the last item was found: most of the others are, too.
+    LONG behind = 0;
+    for (NodeImage& item : m_children) {
+        CProjectNode& node = *item.m_node;
+        const CProjectNode* parent = node.Parent();
+        if (parent && parent != &list) continue;
+        if (parent) {
+            const LONG index = list.IndexOf(node, place + behind);
+            behind = index - place;
+            list.MoveChild(index, place);
+        } else {
+            list.Adopt(node, place, false);
+        }
+        ++place;
+        item.Restore();
+        if (!parent) node.AttachEffect();
+    }
+    while (list.ChildCount() > place) {
+        list.GetChild(list.ChildCount() - 1)->DetachEffect();
+        list.TakeOut(list.ChildCount() - 1);
+    }
+}
+
+} // namespace kv
