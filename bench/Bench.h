@@ -59,5 +59,6 @@ void MeasureDocuments(std::vector<Row>& rows);
 void MeasureDom(std::vector<Row>& rows);
 void MeasureMedia(std::vector<Row>& rows);
 void MeasureTexts(std::vector<Row>& rows);
+void MeasureStoryboards(std::vector<Row>& rows);
 
 } // namespace kv::bench

@@ -21,7 +21,7 @@ constexpr Group kGroups[]{
     {"puts", kv::bench::MeasureProperties}, {"events", kv::bench::MeasureEvents},
     {"undo", kv::bench::MeasureUndo},       {"documents", kv::bench::MeasureDocuments},
     {"dom", kv::bench::MeasureDom},         {"media", kv::bench::MeasureMedia},
-    {"texts", kv::bench::MeasureTexts},
+    {"texts", kv::bench::MeasureTexts},     {"storyboards", kv::bench::MeasureStoryboards},
 };
 
 } // namespace

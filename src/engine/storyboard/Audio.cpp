@@ -26,9 +26,10 @@ Span CAudio::Time() const
     return {state.start, state.start + length};
 }
 
-LONG CAudio::Enter(BoardContents& contents, LONG index)
+LONG CAudio::Enter(BoardContents& contents, LONG)
 {
-    EnterRow(contents.audio, ComPtr(this), index);
+    const auto idOf = [](const ComPtr<CAudio>& audio) { return audio->ID(); };
+    contents.audio.insert(std::ranges::upper_bound(contents.audio, ID(), {}, idOf), ComPtr(this));
     return ID();
 }
 

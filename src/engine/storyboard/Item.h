@@ -93,7 +93,7 @@ public:
     /// What was read with it.
     const Leftovers& Rest() const { return m_rest; }
 
-    /// Take their place in the contents, or leave it; the index is that of panels and audio, -1 for the last. Both give
+    /// Take their place in the contents, or leave it; the index is that of panels, -1 for the last. Both give
     /// what events call the item by. Run in the storyboard's section.
     virtual LONG Enter(BoardContents& contents, LONG index) = 0;
     virtual LONG Where(const BoardContents& contents) const = 0;

@@ -31,7 +31,7 @@ std::optional<SourceFacts> LookInto(std::u16string_view name)
     if (IsMoniker(name)) return std::nullopt;
     try {
         return FactsOf(ProbeMedia(name));
-    } catch (const Error&) {
+    } catch (const std::exception&) {
         return std::nullopt;
     }
 }

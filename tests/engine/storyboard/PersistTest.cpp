@@ -80,13 +80,6 @@ private:
 
 class PersistTest : public StoryboardTest {
 protected:
-    static std::string Saved(const ComPtr<IUnknown>& from, IZXEContentPaths* paths = nullptr)
-    {
-        const XmlElement element = XmlElement::New("Production");
-        EXPECT_EQ(S_OK, Call(from, &IZXEProductionPersist::Save, element.Element().Get(), paths));
-        return element.Markup();
-    }
-
     static HRESULT Load(const ComPtr<IUnknown>& into, const std::string& text, IZXEContentPaths* paths = nullptr)
     {
         const XmlElement element = XmlElement::Parse(text);

@@ -1,7 +1,5 @@
 #include "engine/EngineSupport.h"
 
-#include <random>
-
 namespace kv::test {
 namespace {
 
@@ -264,49 +262,6 @@ TEST_F(ProductionUndoTest, TellsWhatCanBeUndone)
     sink->heard.clear();
     ASSERT_EQ(S_OK, production->Redo());
     EXPECT_EQ((std::vector<Heard>{{0, {0}}, {18, {1}}}), sink->heard);
-}
-
-TEST_F(ProductionUndoTest, RandomEditsGoBackToTheFirstStateAndForthToTheLast)
-{
-    std::mt19937 random(20240517);
-    const auto pick = [&](LONG limit) { return static_cast<LONG>(random() % static_cast<unsigned>(limit)); };
-    const auto edit = Query<IEditData>(production);
-    std::vector<std::pair<std::u16string, double>> states{{Sources(), Aspect()}};
-    LONG panels = 0;
-    for (int block = 0; block < 40; ++block) {
-        ASSERT_EQ(S_OK, production->OpenUndoBlock());
-        const auto edits = 1 + pick(5);
-        const auto panelsBefore = panels;
-        for (LONG i = 0; i < edits; ++i) {
-            if (panels > 0 && pick(3) == 0) {
-                ASSERT_EQ(S_OK, production->DeletePanel(pick(panels)));
-                --panels;
-            } else {
-                const char16_t name[] = {static_cast<char16_t>(u'a' + pick(26)), 0};
-                ASSERT_EQ(S_OK, edit->AddSourceFile(0, Bstr(name).Get(), 0.0, 0.0, pick(panels + 2) - 1, nullptr));
-                ++panels;
-            }
-            ASSERT_EQ(S_OK, info->put_AspectRatio(1.0 + pick(4)));
-        }
-        const bool kept = pick(4) != 0;
-        ASSERT_EQ(S_OK, production->CloseUndoBlock(kept ? VARIANT_TRUE : VARIANT_FALSE));
-        if (kept) {
-            states.emplace_back(Sources(), Aspect());
-        } else {
-            panels = panelsBefore;
-            ASSERT_EQ(states.back(), std::pair(Sources(), Aspect()));
-        }
-    }
-    for (auto state = states.rbegin() + 1; state != states.rend(); ++state) {
-        ASSERT_EQ(S_OK, production->Undo());
-        ASSERT_EQ(*state, std::pair(Sources(), Aspect()));
-    }
-    EXPECT_FALSE(CanUndo());
-    for (auto state = states.begin() + 1; state != states.end(); ++state) {
-        ASSERT_EQ(S_OK, production->Redo());
-        ASSERT_EQ(*state, std::pair(Sources(), Aspect()));
-    }
-    EXPECT_FALSE(CanRedo());
 }
 
 } // namespace

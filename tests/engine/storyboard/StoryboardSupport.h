@@ -38,6 +38,14 @@ HRESULT Call(const ComPtr<IUnknown>& object, HRESULT (Interface::*method)(Parame
     return asked ? (asked.Get()->*method)(arguments...) : E_NOINTERFACE;
 }
 
+/// A production as a document holds it.
+inline std::string Saved(const ComPtr<IUnknown>& production, IZXEContentPaths* paths = nullptr)
+{
+    const XmlElement element = XmlElement::New("Production");
+    EXPECT_EQ(S_OK, Call(production, &IZXEProductionPersist::Save, element.Element().Get(), paths));
+    return element.Markup();
+}
+
 class StoryboardTest : public testing::Test {
 protected:
     StoryboardTest()
