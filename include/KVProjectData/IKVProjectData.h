@@ -135,7 +135,9 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT FindByID(LONG ID, IUnknown** ppUnkObj) = 0;
 
     /// Replaces the project by a document, or by what stands below a node, and forgets what could be undone as Clear
-    /// does. What cannot be read is left out. KV_E_NO_XML_NODE for null.
+    /// does. What the project cannot take of it (values that cannot be read, attributes and elements that it does not
+    /// know or that stand in the wrong place, text) is passed over and told to the error reporter, whose lines since
+    /// the beginning of the call are those of the load; whatever is around it is loaded. KV_E_NO_XML_NODE for null.
     virtual HRESULT loadXML(IXMLDOMNode* pRootNode) = 0;
 
     /// Writes the project below an element of a document. E_POINTER for null, E_INVALIDARG for a node that cannot have

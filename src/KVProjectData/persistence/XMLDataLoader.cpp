@@ -1,37 +1,23 @@
 #include "KVProjectData/persistence/XMLDataLoader.h"
 
 #include "KVProjectData/content/StringRefs.h"
+#include "KVProjectData/tree/ElementArchives.h"
+#include "platform/system/ErrorReporter.h"
 
 namespace kv {
 namespace {
 
-/// The name of an element; empty for every other node.
-std::string_view ElementName(IXMLDOMNode* node)
-{
-    std::string_view name;
-    if (const auto element = Query<IXMLElementAttributes>(node)) element->ElementName(&name);
-    return name;
-}
+constexpr std::string_view kSource = "KVXMLDataLoader";
+constexpr std::string_view kRoot = "Root";
+constexpr std::string_view kProject = "Project";
+/// What hosts keep beside the project.
+constexpr std::string_view kProductions = "Productions";
 
 template <class Each>
-void ForEachChild(IXMLDOMNode* parent, Each&& each)
+void ForEachChild(const XmlView& parent, Each&& each)
 {
-    ComPtr<IXMLDOMNode> child;
-    ThrowIfFailed(parent->get_firstChild(child.Put()));
-    while (child) {
-        each(child.Get());
-        ComPtr<IXMLDOMNode> next;
-        ThrowIfFailed(child->get_nextSibling(next.Put()));
-        child = std::move(next);
-    }
-}
-
-/// False for a node that cannot read its element. Lack of memory is no fault of the element: it ends the load.
-bool ReadElement(CProjectNode& node, IXMLDOMNode* element)
-{
-    const HRESULT result = Guarded([&] { return node.LoadXML(element); });
-    if (result == E_OUTOFMEMORY) throw Error(result);
-    return SUCCEEDED(result);
+    for (XmlView child = parent.FirstChild(); child; child = child.Next())
+        each(child);
 }
 
 } // namespace
@@ -52,14 +38,29 @@ HRESULT CKVXMLDataLoader::Load(IXMLDOMNode* root)
 
 void CKVXMLDataLoader::LoadRoot(IXMLDOMNode* root)
 {
+    m_scope = XmlElement(root);
+    if (!m_scope) return LoadDocument(*root);
     // What cannot be resolved is loaded as it is.
-    if (!ElementName(root).empty()) ResolveStringRefs(root);
-    const std::string_view name = ElementName(root);
-    const ElementRow* row = FindElement(name);
-    CProjectNode* node = FindNode(row, name, nullptr);
-    if (node && !ReadElement(*node, root)) return;
-    if (!row || !row->Leaf()) {
-        ForEachChild(root, [&](IXMLDOMNode* child) { LoadElement(child, node); });
+    const HRESULT resolved = ResolveStringRefs(root);
+    if (FAILED(resolved)) ZXUReportError(ZXUErrResultStr({kSource, __LINE__}, "ResolveStringRefs()", resolved));
+    const XmlView place = m_scope.View();
+    const ElementRow* row = FindElement(place.Name());
+    if (row && row->type == typeProject) return LoadNode(place, m_project, *row);
+    if (place.Name() == kRoot) ReportAttributes(place);
+    if (row && row->Leaf()) return;
+    ForEachChild(place, [&](const XmlView& child) { LoadPlace(child, nullptr); });
+}
+
+void CKVXMLDataLoader::LoadDocument(IXMLDOMNode& document)
+{
+    ComPtr<IXMLDOMNode> child;
+    ThrowIfFailed(document.get_firstChild(child.Put()));
+    while (child) {
+        m_scope = XmlElement(child.Get());
+        if (m_scope) LoadPlace(m_scope.View(), nullptr);
+        ComPtr<IXMLDOMNode> next;
+        ThrowIfFailed(child->get_nextSibling(next.Put()));
+        child = std::move(next);
     }
 }
 
@@ -71,23 +72,65 @@ CProjectNode* CKVXMLDataLoader::FindNode(const ElementRow* row, std::string_view
     return row->Item() ? m_factory.CreateItem(row->type, *parent) : parent->FindChildByTypeAndName(row->type, name);
 }
 
-void CKVXMLDataLoader::LoadElement(IXMLDOMNode* element, CProjectNode* parent)
+void CKVXMLDataLoader::LoadPlace(const XmlView& place, CProjectNode* parent)
 {
-    const std::string_view name = ElementName(element);
-    if (name.empty()) return;
+    if (!place.IsElement()) return PassOver(place);
+    const std::string_view name = place.Name();
     const ElementRow* row = FindElement(name);
-    CProjectNode* node = FindNode(row, name, parent);
-    const bool read = !node || ReadElement(*node, element);
-    if (node && row->Item() && node->ID() == 0) m_unnumbered.push_back({node->Identity(), node});
-    if (read && !(row && row->Leaf())) LoadChildren(element, node);
+    if (CProjectNode* node = FindNode(row, name, parent)) return LoadNode(place, *node, *row);
+    const bool isRoot = !parent && name == kRoot;
+    if (isRoot) {
+        ReportAttributes(place);
+    } else if (parent || name != kProductions) {
+        PassOver(place);
+    }
+    if (row && row->Leaf()) return;
+    ForEachChild(place, [&](const XmlView& child) {
+        if (child.IsElement() && child.Name() == kProject) {
+            LoadPlace(child, nullptr);
+        } else if (isRoot && child.Name() != kProductions) {
+            PassOver(child);
+        }
+    });
 }
 
-void CKVXMLDataLoader::LoadChildren(IXMLDOMNode* element, CProjectNode* node)
+void CKVXMLDataLoader::LoadNode(const XmlView& element, CProjectNode& node, const ElementRow& row)
 {
-    ForEachChild(element, [&](IXMLDOMNode* child) {
-        const ElementRow* row = node ? nullptr : FindElement(ElementName(child));
-        if (node || (row && row->type == typeProject)) LoadElement(child, node);
+    const bool read = ReadElement(element, node);
+    if (row.Item() && node.ID() == 0) m_unnumbered.push_back({node.Identity(), &node});
+    if (!read) return;
+    ForEachChild(element, [&](const XmlView& child) {
+        if (!row.Leaf()) {
+            LoadPlace(child, &node);
+        } else if (!node.OwnsContent(child)) {
+            PassOver(child);
+        }
     });
+}
+
+bool CKVXMLDataLoader::ReadElement(const XmlView& element, CProjectNode& node)
+{
+    const HRESULT result = Guarded([&] { return node.LoadElement({m_scope, element, m_report}); });
+    // Lack of memory is no fault of the element: it ends the load.
+    if (result == E_OUTOFMEMORY) throw Error(result);
+    if (FAILED(result)) m_report.PassOver(element, "the element cannot be read: " + ResultText(result));
+    return SUCCEEDED(result);
+}
+
+void CKVXMLDataLoader::PassOver(const XmlView& place)
+{
+    if (place.IsText()) {
+        m_report.PassOver(place.Parent(), "text does not belong here: " + LoadReport::Quote(place.Text()));
+    } else if (place.IsElement()) {
+        const bool known = FindElement(place.Name());
+        m_report.PassOver(place, known ? "the element does not belong here" : "the element is not known");
+    }
+}
+
+void CKVXMLDataLoader::ReportAttributes(const XmlView& element)
+{
+    const LoadedElement loaded(m_scope, element, m_report);
+    AttributeReader(loaded).ReportRest();
 }
 
 } // namespace kv

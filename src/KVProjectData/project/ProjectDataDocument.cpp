@@ -5,6 +5,7 @@
 #include "KVProjectData/persistence/XMLPersistor.h"
 #include "KVProjectData/titles/DataFile.h"
 #include "KVProjectData/titles/Title.h"
+#include "SbdUtils/EngineCalls.h"
 
 namespace kv {
 
@@ -68,6 +69,7 @@ HRESULT CKVProjectData::loadXML(IXMLDOMNode* pRootNode)
 {
     const DrivingUndo driving;
     return Edit([&](EditScope&) {
+        EngineCalls::Begin();
         if (!pRootNode) return KV_E_NO_XML_NODE;
         const HRESULT cleared = Clear();
         if (FAILED(cleared)) return cleared;

@@ -2,6 +2,7 @@
 
 #include "KVProjectData/persistence/ElementTable.h"
 #include "KVProjectData/tree/AttributeArchive.h"
+#include "KVProjectData/tree/LoadedElement.h"
 
 namespace kv {
 
@@ -33,16 +34,19 @@ std::string_view CDiscCommandNode::GetName(ULONG) const
     return CommandElementName(m_cmd);
 }
 
-HRESULT CDiscCommandNode::LoadElement(IXMLDOMNode* element)
+HRESULT CDiscCommandNode::LoadElement(const LoadedElement& element)
 {
     const HRESULT result = CProjectNode::LoadElement(element);
     if (FAILED(result)) return result;
-
-    ComPtr<IXMLDOMNode> first;
-    ThrowIfFailed(element->get_firstChild(first.Put()));
-    const std::string_view name = XmlElement(first.Get()).Name();
-    if (name == "file" || name == "effect") m_xml = XmlFragment(first.Get());
+    const XmlView first = element.View().FirstChild();
+    if (first && OwnsContent(first)) m_xml = XmlFragment(element.At(first).Get());
     return S_OK;
+}
+
+bool CDiscCommandNode::OwnsContent(const XmlView& child) const
+{
+    const bool isFirst = child.Parent().FirstChild() == child;
+    return isFirst && child.IsElement() && (child.Name() == "file" || child.Name() == "effect");
 }
 
 HRESULT CDiscCommandNode::SaveElement(IXMLDOMNode* element, ULONG flags)

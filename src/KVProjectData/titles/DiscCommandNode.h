@@ -20,7 +20,8 @@ public:
     void CopyTo(DiscCommandParams& params) const;
 
     std::string_view GetName(ULONG flags) const override;
-    HRESULT LoadElement(IXMLDOMNode* element) override;
+    HRESULT LoadElement(const LoadedElement& element) override;
+    bool OwnsContent(const XmlView& child) const override;
     HRESULT SaveElement(IXMLDOMNode* element, ULONG flags) override;
     IUnknown* Identity() override { return Controlling(); }
 

@@ -90,7 +90,7 @@ public:
             take(std::move(value));
             return true;
         } catch (const Error& error) {
-            Refuse(name, error.Result());
+            Refuse(error.Result());
             return false;
         }
     }
@@ -108,7 +108,11 @@ public:
     template <class T>
     void OnlyWrite(std::string_view name, T value)
     {
-        if (Writes()) (*this)(name, value);
+        if (Writes()) {
+            (*this)(name, value);
+        } else {
+            Skip(name);
+        }
     }
     template <class Field>
     bool OnlyRead(std::string_view name, Field&& field)
@@ -132,8 +136,10 @@ protected:
     ~AttributeArchive() = default;
 
     virtual bool Named(std::string_view name, ULONG& number, const ValueNames& names) = 0;
-    /// The value of an attribute was not taken.
-    virtual void Refuse(std::string_view, HRESULT result) { throw Error(result); }
+    /// The value of the attribute that was handed out last was not taken.
+    virtual void Refuse(HRESULT result) { throw Error(result); }
+    /// A document may have the attribute all the same.
+    virtual void Skip(std::string_view) {}
 
 private:
     const Purpose m_purpose;

@@ -76,7 +76,7 @@ bool ParseBool(std::string_view text)
     return ParsePlain(text, number) ? number != 0 : Convert(text, VT_BOOL).boolVal != VARIANT_FALSE;
 }
 
-ULONG ParseLeading(std::string_view text)
+std::optional<ULONG> ParseLeading(std::string_view text)
 {
     const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
     while (!text.empty() && isBlank(text.front()))
@@ -87,8 +87,10 @@ ULONG ParseLeading(std::string_view text)
     // Flags are unsigned, so that a number may take all 32 bits; beyond them it stays at the limit.
     constexpr LONGLONG kHighest = std::numeric_limits<ULONG>::max();
     constexpr LONGLONG kLowest = std::numeric_limits<LONG>::min();
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    if (text.empty() || !isDigit(text.front())) return std::nullopt;
     LONGLONG value = 0;
-    for (; !text.empty() && text.front() >= '0' && text.front() <= '9'; text.remove_prefix(1)) {
+    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1)) {
         value = std::min(value * 10 + (text.front() - '0'), kHighest);
     }
     return static_cast<ULONG>(negative ? std::max(-value, kLowest) : value);

@@ -3,6 +3,7 @@
 
 #include "platform/automation/Bstr.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,8 +19,8 @@ LONG ParseID(std::string_view text);
 /// Any non-zero number, and the word true, is true.
 bool ParseBool(std::string_view text);
 
-/// The 32 bits of the integer, signed or unsigned, that the text starts with; 0 when it starts with none.
-ULONG ParseLeading(std::string_view text);
+/// The 32 bits of the integer, signed or unsigned, that the text starts with; nothing when it starts with none.
+std::optional<ULONG> ParseLeading(std::string_view text);
 
 void AppendNumber(LONG value, std::string& text);
 void AppendNumber(ULONG value, std::string& text);

@@ -85,12 +85,20 @@ bool AttributeWriter::Next(XMLAttribute& attribute)
     return true;
 }
 
-HRESULT AttributeReader::ReadFrom(IXMLElementAttributes& element)
+AttributeReader::AttributeReader(const LoadedElement& element) : AttributeArchive(Purpose::Read), m_element(element)
 {
     m_items.reserve(kUsualCount);
-    const HRESULT read = element.ReadAttributes(this);
+    element.View().ReadAttributes(*this);
     SortByName(m_items);
-    return read;
+}
+
+void AttributeReader::ReportRest() const
+{
+    if (m_taken == m_items.size()) return;
+    for (const Item& item : m_items) {
+        if (!item.taken && !item.name.starts_with("xmlns"))
+            m_element.Report().PassOver(m_element.View(), item.name, "the attribute is not known");
+    }
 }
 
 const AttributeReader::Item* AttributeReader::Find(std::string_view name)
@@ -100,7 +108,9 @@ const AttributeReader::Item* AttributeReader::Find(std::string_view name)
         if (found == m_items.end() || found->name != name) return nullptr;
         m_next = static_cast<std::size_t>(found - m_items.begin());
     }
-    return &m_items[m_next++];
+    Item& item = m_items[m_next++];
+    if (!std::exchange(item.taken, true)) ++m_taken;
+    return &item;
 }
 
 template <class Field, class Parse>
@@ -112,7 +122,7 @@ bool AttributeReader::Read(std::string_view name, Field& field, Parse&& parse)
         field = parse(item->text);
         return true;
     } catch (const Error& error) {
-        Refuse(name, error.Result());
+        Refuse(error.Result());
         return false;
     }
 }
@@ -155,13 +165,24 @@ bool AttributeReader::operator()(std::string_view name, bool& field)
 
 bool AttributeReader::Named(std::string_view name, ULONG& number, const ValueNames&)
 {
-    return Read(name, number, ParseLeading);
+    const Item* item = Find(name);
+    if (!item) return false;
+    const std::optional<ULONG> leading = ParseLeading(item->text);
+    if (!leading) Tell(*item, "is read as 0");
+    number = leading.value_or(0);
+    return true;
 }
 
-void AttributeReader::Refuse(std::string_view, HRESULT result)
+void AttributeReader::Refuse(HRESULT result)
 {
     if (result == E_OUTOFMEMORY) throw Error(result);
-    if (SUCCEEDED(m_result)) m_result = result;
+    Tell(m_items[m_next - 1], "cannot be read");
+}
+
+void AttributeReader::Tell(const Item& item, std::string_view fault) const
+{
+    m_element.Report().PassOver(m_element.View(), item.name,
+                                "the value " + LoadReport::Quote(item.text) + ' ' + std::string(fault));
 }
 
 } // namespace kv

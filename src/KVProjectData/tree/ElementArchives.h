@@ -2,6 +2,7 @@
 // The archives between a node and an element of a document.
 
 #include "KVProjectData/tree/AttributeArchive.h"
+#include "KVProjectData/tree/LoadedElement.h"
 #include "platform/xml/Dom.h"
 
 #include <vector>
@@ -48,14 +49,14 @@ private:
     std::size_t m_next = 0;
 };
 
-/// Hands a node the attributes of an element. One that cannot be read leaves its field as it is; the others are taken.
-class AttributeReader final : public AttributeArchive, public XMLAttributeVisitor {
+/// Hands a node the attributes of an element. One that cannot be read leaves its field as it is and is reported; the
+/// others are taken.
+class AttributeReader final : public AttributeArchive, private XMLAttributeVisitor {
 public:
-    AttributeReader() : AttributeArchive(Purpose::Read) {}
+    explicit AttributeReader(const LoadedElement& element);
 
-    HRESULT ReadFrom(IXMLElementAttributes& element);
-    /// Borrowed from the document.
-    void Attribute(std::string_view name, std::string_view text) override { m_items.push_back({name, text}); }
+    /// The attributes that the node did not ask for.
+    void ReportRest() const;
 
     void ID(CProjectNode& node) override;
     bool operator()(std::string_view name, Bstr& field) override;
@@ -66,26 +67,30 @@ public:
     bool operator()(std::string_view name, bool& field) override;
     bool operator()(std::string_view name, OneOrZero field) override { return (*this)(name, field.value); }
 
-    /// Why the first attribute was refused; S_OK when none was.
-    HRESULT Result() const { return m_result; }
-
 private:
+    /// Borrowed from the document.
     struct Item {
         std::string_view name;
         std::string_view text;
+        bool taken;
     };
 
+    void Attribute(std::string_view name, std::string_view text) override { m_items.push_back({name, text, false}); }
     bool Named(std::string_view name, ULONG& number, const ValueNames& names) override;
-    void Refuse(std::string_view name, HRESULT result) override;
+    void Refuse(HRESULT result) override;
+    void Skip(std::string_view name) override { Find(name); }
     /// Null when there is none. Asking in the order of the names is the cheap case.
     const Item* Find(std::string_view name);
+    void Tell(const Item& item, std::string_view fault) const;
     template <class Field, class Parse>
     bool Read(std::string_view name, Field& field, Parse&& parse);
 
+    const LoadedElement& m_element;
     /// In the order of the names.
     std::vector<Item> m_items;
+    /// Behind the item that was handed out last.
     std::size_t m_next = 0;
-    HRESULT m_result = S_OK;
+    std::size_t m_taken = 0;
 };
 
 } // namespace kv

@@ -41,8 +41,10 @@ CProjectNode::~CProjectNode()
 
 HRESULT CProjectNode::LoadXML(IUnknown* node)
 {
-    const ComPtr<IXMLDOMNode> element = DomNode(node);
-    return element ? LoadElement(element.Get()) : E_NOTIMPL;
+    const XmlElement element(DomNode(node).Get());
+    if (!element) return E_NOTIMPL;
+    LoadReport report;
+    return LoadElement({element, element.View(), report});
 }
 
 HRESULT CProjectNode::SaveXML(IUnknown* node, ULONG flags)
@@ -89,16 +91,18 @@ void CProjectNode::KeepXml(const XmlElement&) {}
 
 void CProjectNode::FirePropertyChanged(DISPID) {}
 
-HRESULT CProjectNode::LoadElement(IXMLDOMNode* element)
+HRESULT CProjectNode::LoadElement(const LoadedElement& element)
 {
-    const auto source = Query<IXMLElementAttributes>(element);
-    if (!source) return E_NOINTERFACE;
-    AttributeReader reader;
-    const HRESULT result = reader.ReadFrom(*source.Get());
-    if (FAILED(result)) return result;
+    AttributeReader reader(element);
     const SectionLock lock(m_section);
     Attributes(reader);
-    return reader.Result();
+    reader.ReportRest();
+    return S_OK;
+}
+
+bool CProjectNode::OwnsContent(const XmlView&) const
+{
+    return false;
 }
 
 HRESULT CProjectNode::SaveElement(IXMLDOMNode* element, ULONG flags)

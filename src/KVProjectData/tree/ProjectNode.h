@@ -5,7 +5,7 @@
 #include "KVProjectData/tree/RecordedValues.h"
 #include "platform/com/Error.h"
 #include "platform/system/CriticalSection.h"
-#include "platform/xml/Dom.h"
+#include "platform/xml/Element.h"
 
 #include <atomic>
 #include <string_view>
@@ -27,7 +27,7 @@ struct Fires {
 class AttributeArchive;
 class CKVCommandList;
 class CNodeList;
-class XmlElement;
+class LoadedElement;
 
 /// Held while a parent link changes, after the node's section. Whoever climbs the tree holds it: what is above may be
 /// released by others. Nothing but the event queue is locked meanwhile.
@@ -43,7 +43,7 @@ public:
     /// Leaves its parent's children; its own children lose their parent.
     virtual ~CProjectNode();
 
-    /// Takes the node's properties from the attributes of an element. E_NOTIMPL unless `node` is a DOM node.
+    /// Takes the node's properties from an element. E_NOTIMPL unless `node` is one.
     virtual HRESULT LoadXML(IUnknown* node);
     /// Writes the node's attributes to an element. E_NOTIMPL unless `node` is a DOM node.
     virtual HRESULT SaveXML(IUnknown* node, ULONG flags);
@@ -58,8 +58,11 @@ public:
     virtual HRESULT DetachEffect();
     /// Lists the node's attributes; run inside the node's section.
     virtual void Attributes(AttributeArchive& archive) = 0;
-    /// Takes over the attributes that are there. Fails when one cannot be read, after the others were taken.
-    virtual HRESULT LoadElement(IXMLDOMNode* element);
+    /// Takes over the attributes that are there; those that it does not know or cannot read are reported. Fails, or
+    /// throws Error, for an element that the node cannot take.
+    virtual HRESULT LoadElement(const LoadedElement& element);
+    /// Whether the node takes a child of its element for itself, which the element table has no node for.
+    virtual bool OwnsContent(const XmlView& child) const;
     virtual HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
     /// The object that the node is part of; not counted.
     virtual IUnknown* Identity() = 0;

@@ -175,6 +175,12 @@ std::string XmlView::Markup() const
     return markup;
 }
 
+void XmlView::ReadAttributes(XMLAttributeVisitor& visitor) const
+{
+    for (const pugi::xml_attribute attribute : pugi::xml_node(m_node).attributes())
+        visitor.Attribute(attribute.name(), attribute.value());
+}
+
 XmlView XmlView::Parent() const
 {
     return XmlView(pugi::xml_node(m_node).parent().internal_object());

@@ -90,6 +90,8 @@ public:
     std::vector<std::pair<std::string_view, std::string_view>> Attributes() const;
     /// As it stands, without the prefixes that elements above it declare.
     std::string Markup() const;
+    /// The same without memory for them.
+    void ReadAttributes(XMLAttributeVisitor& visitor) const;
 
     XmlView Parent() const;
     XmlView FirstChild() const;

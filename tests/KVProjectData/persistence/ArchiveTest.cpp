@@ -1,8 +1,11 @@
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "KVProjectData/tree/ProjectNode.h"
 #include "platform/com/Object.h"
+#include "platform/system/ErrorReporter.h"
 #include "platform/xml/Element.h"
 #include "support/Host.h"
+
+#include <gmock/gmock.h>
 
 namespace kv::test {
 namespace {
@@ -88,9 +91,12 @@ TEST(ArchiveTest, ReadsEveryFormAndLeavesWhatCannotBeRead)
 
     const auto other = Make<Shape>();
     for (const char* refused : {"angle='wide'", "bits='-1'", "on='maybe'", "seconds='soon'", "still='2 KB'",
-                                "turns='99999999999'", "x='-1'"}) {
-        EXPECT_TRUE(FAILED(other->Load((std::string("<Shape label='\u00e9' ") + refused + "/>").c_str()))) << refused;
+                                "turns='99999999999'", "x='-1'", "label2='unknown'"}) {
+        ZXUClearErrorStack();
+        EXPECT_EQ(S_OK, other->Load((std::string("<Shape label='\u00e9' version='9' ") + refused + "/>").c_str()));
         EXPECT_EQ(std::u16string(kShape) + u" x=\"0.5\"/>", other->Saved(0)) << refused;
+        const std::string name(refused, std::string_view(refused).find('='));
+        EXPECT_THAT(ZXUErrorStack(), testing::ElementsAre(testing::HasSubstr(" /Shape/@" + name + ": "))) << refused;
     }
 }
 

@@ -2,10 +2,12 @@
 #include "KVProjectData/persistence/XMLDataLoader.h"
 #include "KVProjectData/tree/ObjectID.h"
 #include "platform/com/TaskMemory.h"
+#include "platform/system/ErrorReporter.h"
 #include "platform/system/Locale.h"
 #include "support/Host.h"
 
 #include <cstdlib>
+#include <gmock/gmock.h>
 #include <limits>
 
 namespace kv::test {
@@ -39,6 +41,24 @@ protected:
     ComPtr<IKVProjectData> project = NewProject();
 };
 
+/// What the error reporter is told meanwhile, without the places in the sources.
+struct ReportsOf {
+    ReportsOf()
+    {
+        SetErrorReporter([this](std::string_view line) {
+            constexpr std::string_view kMark = ": *** Error ";
+            EXPECT_TRUE(line.starts_with("KVXMLDataLoader(") && line.ends_with('\n')) << line;
+            line.remove_prefix(line.find(kMark) + kMark.size());
+            lines.emplace_back(line.substr(0, line.size() - 1));
+        });
+    }
+    ReportsOf(const ReportsOf&) = delete;
+    ReportsOf& operator=(const ReportsOf&) = delete;
+    ~ReportsOf() { SetErrorReporter(nullptr); }
+
+    std::vector<std::string> lines;
+};
+
 /// A document with a value other than its default in every attribute.
 constexpr std::u16string_view kFull =
     uR"x(<Project DiscSize="8 (BluRay_25)" ID="0" TVStandard="2 (PAL)" ThemeSource="t&amp;t" Version="900")x"
@@ -58,11 +78,13 @@ constexpr std::u16string_view kFull =
 
 TEST_F(LoadingTest, GivesBackADocumentWithEveryAttributeSet)
 {
+    ReportsOf reports;
     const auto document = ParseXml(std::u16string(u"<Root>").append(kFull).append(u"</Root>"));
     ASSERT_EQ(S_OK, project->loadXML(document.Get()));
     ComPtr<IXMLDOMNode> saved;
     SaveToDocument(*project.Get())->selectSingleNode(Str(u"/Root/Project").Get(), saved.Put());
     EXPECT_EQ(kFull, XmlOf(*saved.Get()));
+    EXPECT_THAT(reports.lines, testing::IsEmpty());
 }
 
 TEST_F(LoadingTest, LooksForTheProjectTwoLevelsBelowTheNode)
@@ -222,12 +244,13 @@ TEST(ObjectIDTest, LooksForFreeIdsNearTheEnd)
     EXPECT_EQ(kLast - 1, last);
 }
 
-TEST_F(LoadingTest, PassesOverWhatItDoesNotKnow)
+TEST_F(LoadingTest, PassesOverAndReportsWhatItDoesNotKnow)
 {
+    ReportsOf reports;
     Load(u"<!-- note --><?target data?>text<Unknown><Titles><Title/></Titles><Commands><PlayMenu/></Commands></Unknown>"
          u"<titles><Title/></titles><Titles NumItems='99' other='1'><Unknown/><Title label='one'><Title/>"
          u"<Palette/><Encoding videoBitrate='5'><Commands/></Encoding></Title><File/></Titles>"
-         u"<DataFiles><Title/><File tag='3'><Title/></File></DataFiles><Title/>"
+         u"<DataFiles><Title/><File tag='3'><Title/>a\nb</File></DataFiles><Title/>"
          u"<Palette><Project label='below a leaf'/></Palette><File><Project label='below a leaf'/></File>",
          u"unknown='1' label='L'");
     EXPECT_EQ(u"L", Text(*project.Get(), &IKVProjectData::get_Label));
@@ -239,16 +262,73 @@ TEST_F(LoadingTest, PassesOverWhatItDoesNotKnow)
     DiscCommandParams* none = nullptr;
     EXPECT_EQ(S_OK, Query<IKVCommandList>(project)->GetCommandList(&count, &none));
     EXPECT_EQ(0, count);
+    const std::string misplaced = ": the element does not belong here";
+    const std::string unknown = ": the element is not known";
+    EXPECT_THAT(
+        reports.lines,
+        testing::ElementsAre(
+            "/Root/Project/@unknown: the attribute is not known", "/Root/Project: text does not belong here: \"text\"",
+            "/Root/Project/Unknown" + unknown, "/Root/Project/titles" + unknown,
+            "/Root/Project/Titles/@other: the attribute is not known", "/Root/Project/Titles/Unknown" + unknown,
+            "/Root/Project/Titles/Title/Title" + misplaced, "/Root/Project/Titles/Title/Palette" + misplaced,
+            "/Root/Project/Titles/Title/Encoding/Commands" + misplaced, "/Root/Project/Titles/File" + misplaced,
+            "/Root/Project/DataFiles/Title" + misplaced, "/Root/Project/DataFiles/File/Title" + misplaced,
+            "/Root/Project/DataFiles/File: text does not belong here: \"a b\"", "/Root/Project/Title" + misplaced,
+            "/Root/Project/Palette" + misplaced, "/Root/Project/File" + misplaced));
 }
 
-TEST_F(LoadingTest, LeavesOutOnlyTheElementThatCannotBeRead)
+TEST_F(LoadingTest, ReportsWhatStandsAroundTheProjectFromWhereverItIsLoaded)
 {
+    const auto document = ParseXml(u"<Root xmlns:dt='urn:x' odd='1'>text<Extra><Title/></Extra><Title/><Project/>"
+                                   u"<Productions any='1'>kept<Thing/></Productions></Root>");
+    for (const char16_t* path : {u"/", u"/Root", u"/Root/Project"}) {
+        ReportsOf reports;
+        ComPtr<IXMLDOMNode> node;
+        ASSERT_EQ(S_OK, document->selectSingleNode(Str(path).Get(), node.Put()));
+        EXPECT_EQ(S_OK, project->loadXML(node.Get()));
+        if (std::u16string_view(path) == u"/Root/Project") {
+            EXPECT_THAT(reports.lines, testing::IsEmpty());
+        } else {
+            EXPECT_THAT(reports.lines, testing::ElementsAre("/Root/@odd: the attribute is not known",
+                                                            "/Root: text does not belong here: \"text\"",
+                                                            "/Root/Extra: the element is not known",
+                                                            "/Root/Title: the element does not belong here"));
+        }
+    }
+}
+
+TEST_F(LoadingTest, ReportsTheFirstPlacesAndCountsTheRest)
+{
+    ReportsOf reports;
+    std::u16string titles;
+    for (int i = 0; i < 1'000; ++i)
+        titles += u"<Title ID='" + std::u16string(i, u'\u20ac') + u"'/>";
+    Load(u"<Titles>" + titles + u"</Titles>");
+    EXPECT_EQ(1'000u, TitleIds().size());
+    ASSERT_EQ(201u, reports.lines.size());
+    EXPECT_EQ("/Root/Project/Titles/Title[2]/@ID: the value \"\u20ac\" cannot be read", reports.lines[1]);
+    EXPECT_EQ(std::string("/Root/Project/Titles/Title[200]/@ID: the value \"") + ToUtf8(std::u16string(26, u'\u20ac')) +
+                  "...\" cannot be read",
+              reports.lines[199]);
+    EXPECT_EQ("800 other places of the document are passed over", reports.lines[200]);
+}
+
+TEST_F(LoadingTest, LeavesWhatCannotBeReadAsItIsAndLoadsTheRest)
+{
+    ReportsOf reports;
     Load(u"<Titles><Title label='bad' stillWaitSecs='many' tag='2'><Encoding videoBitrate='5'/></Title>"
-         u"<Title label='good' stillWaitSecs='7'/></Titles>");
+         u"<Title label='good' stillWaitSecs='7'/></Titles>",
+         u"onDiscSizeKB='12 KB' remainingCaptures='3' discFormat='DVD_Video'");
+    EXPECT_THAT(reports.lines, testing::ElementsAre(
+                                   "/Root/Project/@discFormat: the value \"DVD_Video\" is read as 0",
+                                   "/Root/Project/@onDiscSizeKB: the value \"12 KB\" cannot be read",
+                                   "/Root/Project/Titles/Title[1]/@stillWaitSecs: the value \"many\" cannot be read"));
+    EXPECT_EQ(0u, ValueOf(*project.Get(), &IKVProjectData::get_OnDiscSize));
+    EXPECT_EQ(3, ValueOf(*project.Get(), &IKVProjectData::get_RemainingCaptures));
     ASSERT_EQ(2u, TitleIds().size());
-    EXPECT_EQ(8000000, ValueOf(*Query<IKVEncodingParams>(Title(1)).Get(), &IKVEncodingParams::get_VideoBitrate));
+    EXPECT_EQ(5, ValueOf(*Query<IKVEncodingParams>(Title(1)).Get(), &IKVEncodingParams::get_VideoBitrate));
     EXPECT_EQ(5, ValueOf(*Title(1).Get(), &IKVTitle::get_StillWaitTime));
-    EXPECT_EQ(2u, ValueOf(*Title(1).Get(), &IKVTitle::get_Tag)) << "read all the same";
+    EXPECT_EQ(2u, ValueOf(*Title(1).Get(), &IKVTitle::get_Tag));
     EXPECT_EQ(u"good", Text(*Title(2).Get(), &IKVTitle::get_Label));
     EXPECT_EQ(7, ValueOf(*Title(2).Get(), &IKVTitle::get_StillWaitTime));
     for (const char16_t* number : {u"99999999999", u"-2147483649", u"1e40", u"NaN"}) {
@@ -256,6 +336,8 @@ TEST_F(LoadingTest, LeavesOutOnlyTheElementThatCannotBeRead)
         ASSERT_EQ(1u, TitleIds().size());
         EXPECT_EQ(5, ValueOf(*Title(1).Get(), &IKVTitle::get_StillWaitTime)) << ToUtf8(number);
     }
+    const std::vector<std::string> stack = ZXUErrorStack();
+    EXPECT_EQ(1u, stack.size()) << "those of the last load";
 }
 
 TEST_F(LoadingTest, KeepsTheXmlOfCommandsByName)
