@@ -19,11 +19,12 @@ struct IKVFileService : IDispatch {
     virtual HRESULT Archive(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
     /// Replaces the project by a project file, sets ProjectDirectory, and names a project without Label or DisplayName
-    /// after the file. KV_E_FILE_DOES_NOT_PARSE, KV_E_FILE_TOO_OLD (below 700), E_INVALIDARG (after a message box) for
-    /// a file that does not exist, E_POINTER for a document without a root, DISP_E_TYPEMISMATCH for a version that is
-    /// no number; for the versions 700 to 799 what their importer says, or REGDB_E_CLASSNOTREG without one. Titles get
-    /// the productions that the file holds for them. One that cannot be loaded, for want of an engine or because the
-    /// engine refuses it, is told to the error reporter, and is kept with the project until that is cleared.
+    /// after the file. KV_E_FILE_DOES_NOT_PARSE, also for one that cannot be read, KV_E_FILE_TOO_OLD (below 700),
+    /// E_INVALIDARG (after a message box) for a file that does not exist, E_POINTER for a document without a root,
+    /// DISP_E_TYPEMISMATCH for a version that is no number; for the versions 700 to 799 what their importer says, or
+    /// REGDB_E_CLASSNOTREG without one. Titles get the productions that the file holds for them. One that cannot be
+    /// loaded, for want of an engine or because the engine refuses it, is told to the error reporter, and is kept with
+    /// the project until that is cleared.
     virtual HRESULT LoadProject(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
     /// As IKVProjectData::SaveXML and loadXML: the project alone, without the productions of its titles.

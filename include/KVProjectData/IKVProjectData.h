@@ -124,7 +124,8 @@ struct IKVProjectData : IDispatch {
     /// By position, not by ID.
     virtual HRESULT RemoveDataFile(LONG index, IKVDataFile** ppDataFile) = 0;
 
-    /// S_FALSE when other users of the file remain: it stays with one user less. KV_E_NO_SUCH_SOURCE.
+    /// Compares ordinally; null is the empty path, of a file without a source. S_FALSE when other users of the file
+    /// remain: it stays with one user less. KV_E_NO_SUCH_SOURCE.
     virtual HRESULT RemoveDataFileBySource(BSTR bstrSrcPath, IKVDataFile** ppDataFile) = 0;
     virtual HRESULT MoveDataFile(LONG fromPos, LONG toPos) = 0;
 
