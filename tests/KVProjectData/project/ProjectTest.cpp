@@ -1,6 +1,4 @@
-#include "support/Host.h"
-
-#include <algorithm>
+#include "support/Script.h"
 
 namespace kv::test {
 namespace {
@@ -43,80 +41,61 @@ LONG IdOf(const ComPtr<IKVTitle>& title)
 
 TEST_F(ProjectTest, StartsWithItsDefaultsAndClearBringsThemBack)
 {
-    const auto expectDefaults = [this] {
-        EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_Label));
-        EXPECT_EQ(DVD_Video, ValueOf(*project.Get(), &IKVProjectData::get_DiscFormat));
-        EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_VolumeName));
-        EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_ThemeSource));
-        EXPECT_EQ(NTSC, ValueOf(*project.Get(), &IKVProjectData::get_TVStandard));
-        EXPECT_EQ(29.97, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
-        EXPECT_EQ(1u, ValueOf(*project.Get(), &IKVProjectData::get_TargetType));
-        EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_DisplayName));
-        EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsOnDisc));
-        EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_FitToDisc));
-        EXPECT_EQ(0u, ValueOf(*project.Get(), &IKVProjectData::get_Options));
-        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_ProjectSize));
-        EXPECT_EQ(0u, ValueOf(*project.Get(), &IKVProjectData::get_OnDiscSize));
-        EXPECT_EQ(-1, ValueOf(*project.Get(), &IKVProjectData::get_RemainingCaptures));
-        EXPECT_EQ(SZ_DVD47, ValueOf(*project.Get(), &IKVProjectData::get_DiscSize));
-        EXPECT_EQ(Normal_2D, ValueOf(*project.Get(), &IKVProjectData::get_DiscVideoType));
-        EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_MenuLess));
-        EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
-        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
-        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_MenuCount));
-        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_DataFileCount));
-    };
-    EXPECT_EQ(900, ValueOf(*project.Get(), &IKVProjectData::get_version));
-    expectDefaults();
-    for (auto getter :
-         {&IKVProjectData::get_ProjectDirectory, &IKVProjectData::get_ImagePath, &IKVProjectData::get_TargetDrive}) {
-        EXPECT_EQ(u"<null>", Text(*project.Get(), getter));
+    ScriptHost script(project.Get());
+    const auto properties = [&script] { return script.Properties<IKVProjectData>({"DoCompression"}); };
+    const std::string defaults =
+        "version=900 Label= DiscFormat=1 VolumeName= ThemeSource= TVStandard=1 FrameRate=29.97 ProjectDirectory=<null> "
+        "TargetType=1 ImagePath=<null> TargetDrive=<null> DisplayName= IsOnDisc=0 TitleCount=0 MenuCount=0 "
+        "DataFileCount=0 FitToDisc=0 Options=0 IsDirty=0 ProjectSize=0 OnDiscSize=0 RemainingCaptures=-1 DiscSize=4 "
+        "DiscVideoType=1 MenuLess=0 UndoEnable=0 RedoEnable=0 ";
+    EXPECT_EQ(defaults, properties());
+    for (const auto& [name, value] :
+         std::initializer_list<std::pair<const char16_t*, const char16_t*>>{{u"Label", u"Trip"},
+                                                                            {u"DiscFormat", u"11"},
+                                                                            {u"VolumeName", u"V"},
+                                                                            {u"ThemeSource", u"T"},
+                                                                            {u"TVStandard", u"2"},
+                                                                            {u"FrameRate", u"50"},
+                                                                            {u"TargetType", u"2"},
+                                                                            {u"DisplayName", u"D"},
+                                                                            {u"IsOnDisc", u"true"},
+                                                                            {u"FitToDisc", u"true"},
+                                                                            {u"Options", u"3"},
+                                                                            {u"ProjectSize", u"1099511627776"},
+                                                                            {u"OnDiscSize", u"7"},
+                                                                            {u"RemainingCaptures", u"2"},
+                                                                            {u"DiscSize", u"8"},
+                                                                            {u"DiscVideoType", u"3"},
+                                                                            {u"MenuLess", u"true"},
+                                                                            {u"DoCompression", u"false"}}) {
+        script.Put(name, Variant(value));
+        EXPECT_NE(defaults, properties()) << ToUtf8(name);
     }
-
-    project->put_Label(Str(u"Trip").Get());
-    project->put_DiscFormat(AVCHD);
-    project->put_VolumeName(Str(u"V").Get());
-    project->put_ThemeSource(Str(u"T").Get());
-    project->put_TVStandard(PAL);
-    project->put_FrameRate(50.0);
-    project->put_TargetType(ISOTarget);
-    project->put_DisplayName(Str(u"D").Get());
-    project->put_IsOnDisc(VARIANT_TRUE);
-    project->put_FitToDisc(VARIANT_TRUE);
-    project->put_DoCompression(VARIANT_FALSE);
-    project->put_Options(3);
-    project->put_ProjectSize(1LL << 40);
-    project->put_OnDiscSize(7);
-    project->put_RemainingCaptures(2);
-    project->put_DiscSize(SZ_BD25);
-    project->put_DiscVideoType(RealD_3D);
-    project->put_MenuLess(VARIANT_TRUE);
-    project->put_ImagePath(Str(u"I").Get());
     AddTitle();
     project->AddDataFile(0, nullptr);
     EXPECT_EQ(S_OK, project->Clear());
-    expectDefaults();
-    EXPECT_EQ(u"I", Text(*project.Get(), &IKVProjectData::get_ImagePath)) << "kept by Clear";
+    EXPECT_EQ(defaults, properties());
+    // What no document holds is kept.
+    for (const auto* name : {u"ProjectDirectory", u"ImagePath", u"TargetDrive"})
+        script.Put(name, Variant(u"kept"));
+    project->Clear();
+    for (const auto* name : {u"ProjectDirectory", u"ImagePath", u"TargetDrive"})
+        EXPECT_EQ(u"kept", script.Get(name)) << ToUtf8(name);
     VARIANT_BOOL compression = 7;
     project->put_FitToDisc(VARIANT_TRUE);
     EXPECT_EQ(S_OK, project->get_DoCompression(&compression));
     EXPECT_EQ(VARIANT_TRUE, compression);
 }
 
-TEST_F(ProjectTest, GettersRefuseNullPointers)
+TEST_F(ProjectTest, RefusesNullPointers)
 {
-    EXPECT_EQ(E_POINTER, project->get_version(nullptr));
-    EXPECT_EQ(E_POINTER, project->get_Label(nullptr));
-    EXPECT_EQ(E_POINTER, project->get_FrameRate(nullptr));
-    EXPECT_EQ(E_POINTER, project->get_DoCompression(nullptr));
-    EXPECT_EQ(E_POINTER, project->get_IsDirty(nullptr));
-    EXPECT_EQ(E_POINTER, project->get_TitleCount(nullptr));
-    EXPECT_EQ(E_POINTER, project->GetTitle(1, nullptr));
-    EXPECT_EQ(E_POINTER, project->GetMenu(1, nullptr));
-    EXPECT_EQ(E_POINTER, project->GetDataFile(1, nullptr));
-    EXPECT_EQ(E_POINTER, project->FindDataFile(nullptr, nullptr, 0, nullptr));
-    EXPECT_EQ(E_POINTER, project->FindByID(1, nullptr));
-    EXPECT_EQ(E_POINTER, project->SaveXML(nullptr));
+    for (const HRESULT result :
+         {project->get_version(nullptr), project->get_Label(nullptr), project->get_FrameRate(nullptr),
+          project->get_DoCompression(nullptr), project->get_IsDirty(nullptr), project->get_TitleCount(nullptr),
+          project->GetTitle(1, nullptr), project->GetMenu(1, nullptr), project->GetDataFile(1, nullptr),
+          project->FindDataFile(nullptr, nullptr, 0, nullptr), project->FindByID(1, nullptr),
+          project->SaveXML(nullptr)})
+        EXPECT_EQ(E_POINTER, result);
     EXPECT_EQ(KV_E_NO_XML_NODE, project->loadXML(nullptr));
 }
 
@@ -223,7 +202,7 @@ TEST_F(ProjectTest, FindsAndRemovesDataFilesByTheirSource)
         folder.Write(name, "x");
     IKVDataFile* none = nullptr;
     EXPECT_EQ(KV_E_DATA_FILE_NOT_FOUND, project->FindDataFile(nullptr, nullptr, 0, &none));
-    EXPECT_EQ(KV_E_NO_SUCH_SOURCE, project->RemoveDataFileBySource(folder.File("a.txt").Get(), nullptr));
+    EXPECT_EQ(KV_E_NO_SUCH_SOURCE, project->RemoveDataFileBySource(nullptr, nullptr));
 
     const auto shared = AddDataFile(folder.File("a.txt"), 1);
     const auto same = AddDataFile(folder.File("a.txt"), 2);
@@ -259,6 +238,8 @@ TEST_F(ProjectTest, FindsAndRemovesDataFilesByTheirSource)
         EXPECT_EQ(KV_E_BAD_POSITION, project->RemoveDataFile(position, nullptr)) << position;
     EXPECT_EQ(S_OK, project->RemoveDataFile(1, removed.Put()));
     EXPECT_EQ(other, removed);
+    EXPECT_EQ(S_OK, project->AddDataFile(0, nullptr));
+    EXPECT_EQ(S_OK, project->RemoveDataFileBySource(nullptr, nullptr)) << "one without a source";
 }
 
 TEST_F(ProjectTest, BecomesDirtyByRecordedChangesAlone)

@@ -1,7 +1,7 @@
 #include "KVProjectData/Identities.h"
 #include "platform/automation/TypeInfo.h"
 #include "platform/system/Registry.h"
-#include "support/Host.h"
+#include "support/Script.h"
 
 #include <algorithm>
 
@@ -146,44 +146,6 @@ TEST_F(ServerTest, CreatesObjectsThatCanBeAggregated)
                   CoCreateInstance(*clsid, outer->Controlling(), CLSCTX_ALL, IDispatch::IID, direct.PutVoid()));
     }
 }
-
-/// A host that knows names alone.
-class ScriptHost {
-public:
-    explicit ScriptHost(IDispatch* object) : m_object(object) {}
-
-    Variant Call(std::u16string name, WORD flags, std::vector<Variant> arguments = {})
-    {
-        OLECHAR* names[] = {name.data()};
-        DISPID id = DISPID_UNKNOWN;
-        EXPECT_EQ(S_OK, m_object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)) << ToUtf8(name);
-        std::ranges::reverse(arguments);
-        DISPID put = DISPID_PROPERTYPUT;
-        const bool puts = flags == DISPATCH_PROPERTYPUT;
-        DISPPARAMS params{arguments.data(), puts ? &put : nullptr, static_cast<ULONG>(arguments.size()), puts};
-        Variant result;
-        EXPECT_EQ(S_OK,
-                  m_object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, result.Put(), nullptr, nullptr))
-            << ToUtf8(name);
-        return result;
-    }
-    std::u16string Get(const std::u16string& name) { return TextOf(Call(name, DISPATCH_PROPERTYGET)); }
-    void Put(const std::u16string& name, Variant value)
-    {
-        std::vector<Variant> arguments;
-        arguments.push_back(std::move(value));
-        Call(name, DISPATCH_PROPERTYPUT, std::move(arguments));
-    }
-
-private:
-    static std::u16string TextOf(const Variant& value)
-    {
-        const Variant text = value.As(VT_BSTR);
-        return std::u16string(View(text.bstrVal));
-    }
-
-    ComPtr<IDispatch> m_object;
-};
 
 TEST_F(ServerTest, ServesAHostThatBindsLate)
 {

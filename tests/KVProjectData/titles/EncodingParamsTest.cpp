@@ -1,4 +1,4 @@
-#include "support/Host.h"
+#include "support/Script.h"
 
 namespace kv::test {
 namespace {
@@ -19,18 +19,9 @@ protected:
 TEST(EncodingParamsObjectTest, StartsWithItsDefaultsOnItsOwn)
 {
     const auto own = Create<IKVEncodingParams>(CLSID_KVEncodingParams);
-    EXPECT_EQ(VideoResolution_Full_D1, ValueOf(*own.Get(), &IKVEncodingParams::get_VideoResolution));
-    EXPECT_EQ(AspectRatio_4x3, ValueOf(*own.Get(), &IKVEncodingParams::get_AspectRatio));
-    EXPECT_EQ(VideoFormat_MPEG2, ValueOf(*own.Get(), &IKVEncodingParams::get_VideoFormat));
-    EXPECT_EQ(8'000'000, ValueOf(*own.Get(), &IKVEncodingParams::get_VideoBitrate));
-    EXPECT_EQ(AudioFormat_AC3, ValueOf(*own.Get(), &IKVEncodingParams::get_AudioFormat));
-    EXPECT_EQ(224'000, ValueOf(*own.Get(), &IKVEncodingParams::get_AudioBitrate));
-    EXPECT_EQ(WideDisplayMode_Letterbox, ValueOf(*own.Get(), &IKVEncodingParams::get_WideDisplayMode));
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*own.Get(), &IKVEncodingParams::get_VBREncoding));
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*own.Get(), &IKVEncodingParams::get_TwoPassEncoding));
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*own.Get(), &IKVEncodingParams::get_SyncToProject));
-    EXPECT_EQ(SubpictureFormat_RLE, ValueOf(*own.Get(), &IKVEncodingParams::get_SubpictureFormat));
-    EXPECT_EQ(2, ValueOf(*own.Get(), &IKVEncodingParams::get_AudioChannels));
+    EXPECT_EQ("VideoResolution=1 AspectRatio=1 VideoFormat=0 VideoBitrate=8000000 AudioFormat=3 AudioBitrate=224000 "
+              "WideDisplayMode=1 VBREncoding=0 TwoPassEncoding=0 SyncToProject=0 SubpictureFormat=1 AudioChannels=2 ",
+              ScriptHost(own.Get()).Properties<IKVEncodingParams>());
     EXPECT_EQ(KV_E_CANNOT_FOLLOW_PROJECT, own->put_SyncToProject(VARIANT_TRUE));
     EXPECT_EQ(S_OK, own->put_VideoBitrate(-1));
     EXPECT_EQ(-1, ValueOf(*own.Get(), &IKVEncodingParams::get_VideoBitrate)) << "any value is stored";
@@ -41,23 +32,25 @@ TEST(EncodingParamsObjectTest, StartsWithItsDefaultsOnItsOwn)
 TEST_F(EncodingParamsTest, ChangesAreToldWithTheirProperty)
 {
     Events();
-    ofProject->put_VideoResolution(VideoResolution_720p);
-    ofProject->put_VideoResolution(VideoResolution_720p);
-    ofProject->put_AspectRatio(AspectRatio_16x9);
-    ofProject->put_VideoBitrate(1);
-    ofProject->put_AudioFormat(AudioFormat_DTS);
-    ofProject->put_AudioBitrate(1);
-    ofProject->put_WideDisplayMode(WideDisplayMode_Both);
-    ofProject->put_VideoFormat(VideoFormat_AVC);
-    ofProject->put_VideoFormat(VideoFormat_AVC);
-    ofProject->put_VBREncoding(VARIANT_TRUE);
-    ofProject->put_TwoPassEncoding(VARIANT_TRUE);
-    ofProject->put_SubpictureFormat(SubpictureFormat_None);
-    ofProject->put_AudioChannels(6);
+    ScriptHost script(ofProject.Get());
+    for (const auto& [name, value] :
+         std::initializer_list<std::pair<const char16_t*, LONG>>{{u"VideoResolution", VideoResolution_720p},
+                                                                 {u"VideoResolution", VideoResolution_720p},
+                                                                 {u"AspectRatio", AspectRatio_16x9},
+                                                                 {u"VideoBitrate", 1},
+                                                                 {u"AudioFormat", AudioFormat_DTS},
+                                                                 {u"AudioBitrate", 1},
+                                                                 {u"WideDisplayMode", WideDisplayMode_Both},
+                                                                 {u"VideoFormat", VideoFormat_AVC},
+                                                                 {u"VideoFormat", VideoFormat_AVC},
+                                                                 {u"VBREncoding", -1},
+                                                                 {u"TwoPassEncoding", -1},
+                                                                 {u"SubpictureFormat", SubpictureFormat_None},
+                                                                 {u"AudioChannels", 6}})
+        script.Put(name, Variant(value));
     std::vector<ReceivedEvent> expected;
-    for (LONG propId : {100, 101, 102, 103, 104, 105, 106, 106, 107, 108, 110, 111}) {
+    for (LONG propId : {100, 101, 102, 103, 104, 105, 106, 106, 107, 108, 110, 111})
         expected.push_back(Event(EVENT_MenuEncodingParamChanged, {0, propId}));
-    }
     EXPECT_EQ(expected, Events());
 }
 

@@ -1,7 +1,7 @@
 #include "KVProjectData/Engine.h"
 #include "platform/system/ErrorReporter.h"
-#include "support/Host.h"
 #include "support/Productions.h"
+#include "support/Script.h"
 
 #include <gmock/gmock.h>
 
@@ -43,14 +43,9 @@ protected:
 
 TEST_F(TitleTest, StartsWithItsDefaults)
 {
-    EXPECT_EQ(1u, ValueOf(*title.Get(), &IKVTitle::get_Tag));
-    EXPECT_EQ(0u, ValueOf(*title.Get(), &IKVTitle::get_Flags));
-    EXPECT_EQ(5, ValueOf(*title.Get(), &IKVTitle::get_StillWaitTime));
-    EXPECT_EQ(0, ValueOf(*title.Get(), &IKVTitle::get_DiscIndex));
-    EXPECT_EQ(u"<null>", Text(*title.Get(), &IKVTitle::get_Label));
-    EXPECT_EQ(u"<null>", Text(*title.Get(), &IKVTitle::get_Source));
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*title.Get(), &IKVTitle::get_IsDirty));
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*title.Get(), &IKVTitle::get_IsResolved));
+    EXPECT_EQ("Tag=1 Source=<null> StillWaitTime=5 Flags=0 IsDirty=0 DiscIndex=0 Label=<null> VOBDuration=0 VOBSize=0 "
+              "IsResolved=0 ",
+              ScriptHost(title.Get()).Properties<IKVTitle>({"ID"}));
     ComPtr<IKVProjectData> owner;
     EXPECT_EQ(S_OK, title->GetProject(owner.Put()));
     EXPECT_EQ(project, owner);
@@ -86,9 +81,9 @@ TEST_F(TitleTest, SettersValidateStoreAndTell)
     EXPECT_EQ((std::vector{Event(EVENT_TitlePropChanged, {ID(), 2}), Event(EVENT_TitlePropChanged, {ID(), 3}),
                            Event(EVENT_TitlePropChanged, {ID(), 202}), Event(EVENT_TitlePropChanged, {ID(), 11})}),
               Events());
-    EXPECT_EQ(2.5, ValueOf(*title.Get(), &IKVTitle::get_VOBSize));
-    EXPECT_EQ(VARIANT_TRUE, ValueOf(*title.Get(), &IKVTitle::get_IsResolved));
-    EXPECT_EQ(3, ValueOf(*title.Get(), &IKVTitle::get_DiscIndex));
+    EXPECT_EQ("Tag=2 Source=s StillWaitTime=0 Flags=4 IsDirty=0 DiscIndex=3 Label=L VOBDuration=9 VOBSize=2.5 "
+              "IsResolved=-1 ",
+              ScriptHost(title.Get()).Properties<IKVTitle>({"ID"}));
 }
 
 TEST_F(TitleTest, ADetachedTitleStaysUsable)
