@@ -12,3 +12,4 @@
 #include "KVProjectData/Engine/Sources.h"
 #include "KVProjectData/Engine/Strings.h"
 #include "KVProjectData/Engine/Text.h"
+#include "KVProjectData/Engine/TextMarkup.h"

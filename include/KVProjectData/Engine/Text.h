@@ -31,7 +31,8 @@ struct ZXTextPoint {
 /// "shadowColor" and "shadowOffset", to the right and below. Defaults are a white Arial of height 24 at the left, and
 /// an edge of 2 and a shadow of 3 where it has a colour. Lengths count 480ths of the frame's height; heights go from 1
 /// to 1,000, the others to 100. A face that is not installed is shown by DejaVu Sans. A colour is a name of HTML 4,
-/// "#RRGGBBTT", or letters with two digits each, such as "RffG80T00"; T is transparency.
+/// "#RRGGBBTT", or letters with two digits each, such as "RffG80T00"; T is transparency. A placeholder for
+/// an empty text shows nothing. TextMarkup.h has both.
 ///
 /// The text's box is as wide as its widest line and stands in the middle of the frame. Texts end after 100,000
 /// characters and 10,000 pieces. Calls may come on any thread.

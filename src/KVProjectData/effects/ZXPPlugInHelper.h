@@ -34,7 +34,7 @@ public:
 
 protected:
     /// Empty when nothing is loaded.
-    XmlElement& WorkingCopy() { return m_workingCopy; }
+    const XmlElement& WorkingCopy() const { return m_workingCopy; }
 
 private:
     /// Takes over what a derived helper knows of the element. Throws Error.

@@ -1,12 +1,11 @@
 #include "engine/text/RichText.h"
 
 #include "KVProjectData/Engine/Text.h"
+#include "KVProjectData/Engine/TextMarkup.h"
 #include "platform/com/ComPtr.h"
 #include "platform/com/Error.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -43,21 +42,11 @@ ComPtr<IXMLDOMNode> Find(IXMLDOMNode* node, std::u16string_view expression)
     return found;
 }
 
-bool StartsWithoutCase(std::string_view text, std::string_view start)
+/// Black for a text that tells nothing.
+Colour ReadColour(std::string_view text)
 {
-    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
-    return text.size() >= start.size() && std::ranges::equal(text.substr(0, start.size()), start, {}, lower, lower);
-}
-
-/// Two hexadecimal digits at most; 0 for none.
-std::uint8_t HexAt(std::string_view text, std::size_t position)
-{
-    std::uint8_t value = 0;
-    if (position < text.size()) {
-        const std::string_view digits = text.substr(position, 2);
-        std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
-    }
-    return value;
+    const ZXTextColour colour = ParseTextColour(text);
+    return {colour.red, colour.green, colour.blue, static_cast<std::uint8_t>(255 - colour.transparency)};
 }
 
 /// Takes over a length from `least` on.
@@ -129,9 +118,9 @@ private:
     void ReadParagraph(IXMLDOMNode* element, const TextStyle& style)
     {
         Open(AlignmentOf(AttributeOf(element, u"align").value_or("")), style);
-        const bool within = std::exchange(m_within, true);
+        const std::string placeholder = std::exchange(m_placeholder, AttributeOf(element, u"placeholder").value_or(""));
         ReadChildren(element, style);
-        m_within = within;
+        m_placeholder = placeholder;
         m_open = false;
     }
 
@@ -142,7 +131,8 @@ private:
         std::u16string text(value.View().substr(0, kMaxText - m_length));
         const auto isBlank = [](char16_t c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; };
         // Between paragraphs blanks set elements apart, and are no text.
-        if (!m_within && std::ranges::all_of(text, isBlank)) return;
+        if (!m_open && std::ranges::all_of(text, isBlank)) return;
+        if (text.size() == kTextPlaceholder.size() && IsTextPlaceholder(ToUtf8(text), m_placeholder)) return;
         // What breaks lines and paragraphs are elements.
         std::ranges::replace_if(
             text, [&](char16_t c) { return isBlank(c) || c == 0x2028 || c == 0x2029 || c == 0x85 || c < 0x20; }, u' ');
@@ -168,48 +158,13 @@ private:
     std::vector<Paragraph> m_paragraphs;
     /// The last paragraph takes what follows.
     bool m_open = false;
-    /// Within an element "p".
-    bool m_within = false;
+    /// The attribute of the paragraph.
+    std::string m_placeholder;
     std::size_t m_runs = 0;
     std::size_t m_length = 0;
 };
 
 } // namespace
-
-Colour ReadColour(std::string_view text)
-{
-    constexpr std::array<std::pair<std::string_view, std::uint32_t>, 16> kNames{{
-        {"Black", 0x000000},
-        {"Silver", 0xC0C0C0},
-        {"Gray", 0x808080},
-        {"White", 0xFFFFFF},
-        {"Maroon", 0x800000},
-        {"Red", 0xFF0000},
-        {"Purple", 0x800080},
-        {"Fuchsia", 0xFF00FF},
-        {"Green", 0x008000},
-        {"Lime", 0x00FF00},
-        {"Olive", 0x808000},
-        {"Yellow", 0xFFFF00},
-        {"Navy", 0x000080},
-        {"Blue", 0x0000FF},
-        {"Teal", 0x008080},
-        {"Aqua", 0x00FFFF},
-    }};
-    const auto opaqueBut = [](std::uint8_t transparency) { return static_cast<std::uint8_t>(255 - transparency); };
-    for (const auto& [name, colour] : kNames) {
-        if (StartsWithoutCase(text, name)) {
-            return {static_cast<std::uint8_t>(colour >> 16), static_cast<std::uint8_t>(colour >> 8 & 0xFF),
-                    static_cast<std::uint8_t>(colour & 0xFF)};
-        }
-    }
-    if (text.starts_with('#')) return {HexAt(text, 1), HexAt(text, 3), HexAt(text, 5), opaqueBut(HexAt(text, 7))};
-    const auto after = [&](char letter) {
-        const std::size_t found = text.find(letter);
-        return found == text.npos ? std::uint8_t{0} : HexAt(text, found + 1);
-    };
-    return {after('R'), after('G'), after('B'), opaqueBut(after('T'))};
-}
 
 std::vector<Paragraph> ReadRichText(IXMLDOMNode* pluginData)
 {

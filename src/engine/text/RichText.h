@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace kv {
@@ -64,8 +63,5 @@ struct Paragraph {
 
 /// Throws Error(ZXE_E_NO_TEXT) for an element without a text; one with an empty text has one empty paragraph.
 std::vector<Paragraph> ReadRichText(IXMLDOMNode* pluginData);
-
-/// Black for a text that tells nothing.
-Colour ReadColour(std::string_view text);
 
 } // namespace kv

@@ -477,6 +477,21 @@ void XmlElement::Clear()
         object.Detach({child, {}});
 }
 
+void XmlElement::Move(const XmlView& place, const XmlView& parent, const XmlView& before)
+{
+    Object();
+    const pugi::xml_node node(place.m_node);
+    const pugi::xml_node next(before.m_node);
+    pugi::xml_node target(parent.m_node);
+    for (pugi::xml_node above = target; above; above = above.parent()) {
+        if (above == node) throw Error(E_INVALIDARG);
+    }
+    const bool isPlace = target.type() == pugi::node_element && (!next || next.parent() == target);
+    if (!isPlace || DepthOf(target) + HeightOf(node) > kMaxXmlDepth) throw Error(E_INVALIDARG);
+    const pugi::xml_node moved = next ? target.insert_move_before(node, next) : target.append_move(node);
+    if (!moved && next != node) throw Error(E_INVALIDARG);
+}
+
 void XmlElement::SetValue(const XmlValue& value)
 {
     DomObject& object = Object();

@@ -201,6 +201,9 @@ public:
     bool Remove(const XmlKey& key);
     /// Removes what stands at a place below this element.
     void Remove(const XmlView& place);
+    /// Moves what stands at a place below this element, whatever it is, to another element below it or to itself:
+    /// before a child there, or last.
+    void Move(const XmlView& place, const XmlView& parent, const XmlView& before = {});
     using XmlNode::Remove;
     /// Removes all attributes and all that the element holds.
     void Clear();

@@ -118,6 +118,8 @@ TEST(TextPlugIn, MeasuresTheLaidOutText)
         {"<p><font fontHeight='100'><![CDATA[M]]></font></p>", 1, 1},
         {"<font fontHeight='100'>M<p>M</p>M</font>", 1, 3},
         {"<p/>", 0, 0.24},
+        {"<p placeholder='1'><b>~</b></p>", 0, 0.24},
+        {"<font fontHeight='100'>M</font>&#32;<font fontHeight='100'>M</font>", 2.088, 1},
         {"", 0, 0.24},
         {"<p><font fontHeight='twelve'>M</font></p>", 0.24, 0.24},
         {"<p><font fontHeight='-5'>M</font></p>", 0.24, 0.24},

@@ -1,0 +1,84 @@
+#pragma once
+// How the rich text of a parameter document tells what its editors and the text plug-in must read alike.
+
+#include "platform/com/BaseTypes.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <string_view>
+#include <utility>
+
+/// Each from 0 to 255; what is wholly transparent has 255.
+struct ZXTextColour {
+    BYTE red;
+    BYTE green;
+    BYTE blue;
+    BYTE transparency;
+
+    friend bool operator==(const ZXTextColour&, const ZXTextColour&) = default;
+};
+
+/// A text that begins with a colour's name of HTML 4, in any case; "#RRGGBBTT"; or letters with two digits each, such
+/// as "RffG80T00". What is not told, or cannot be read, is 0.
+inline ZXTextColour ParseTextColour(std::string_view text)
+{
+    constexpr std::array<std::pair<std::string_view, ZXTextColour>, 16> kNames{{
+        {"Black", {0x00, 0x00, 0x00, 0}},
+        {"Silver", {0xC0, 0xC0, 0xC0, 0}},
+        {"Gray", {0x80, 0x80, 0x80, 0}},
+        {"White", {0xFF, 0xFF, 0xFF, 0}},
+        {"Maroon", {0x80, 0x00, 0x00, 0}},
+        {"Red", {0xFF, 0x00, 0x00, 0}},
+        {"Purple", {0x80, 0x00, 0x80, 0}},
+        {"Fuchsia", {0xFF, 0x00, 0xFF, 0}},
+        {"Green", {0x00, 0x80, 0x00, 0}},
+        {"Lime", {0x00, 0xFF, 0x00, 0}},
+        {"Olive", {0x80, 0x80, 0x00, 0}},
+        {"Yellow", {0xFF, 0xFF, 0x00, 0}},
+        {"Navy", {0x00, 0x00, 0x80, 0}},
+        {"Blue", {0x00, 0x00, 0xFF, 0}},
+        {"Teal", {0x00, 0x80, 0x80, 0}},
+        {"Aqua", {0x00, 0xFF, 0xFF, 0}},
+    }};
+    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
+    for (const auto& [name, colour] : kNames) {
+        std::size_t same = 0;
+        while (same < name.size() && same < text.size() && lower(text[same]) == lower(name[same]))
+            ++same;
+        if (same == name.size()) return colour;
+    }
+    // Takes two digits at most, and blanks before them.
+    const auto take = [](std::string_view& rest) {
+        rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+        BYTE value = 0;
+        const std::string_view digits = rest.substr(0, 2);
+        const char* const end = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16).ptr;
+        rest.remove_prefix(static_cast<std::size_t>(end - digits.data()));
+        return value;
+    };
+    if (text.starts_with('#')) {
+        text.remove_prefix(1);
+        const BYTE red = take(text);
+        const BYTE green = take(text);
+        const BYTE blue = take(text);
+        return {red, green, blue, take(text)};
+    }
+    const auto behind = [&](char letter) {
+        const std::size_t at = text.find(letter);
+        std::string_view rest = at == text.npos ? std::string_view() : text.substr(at + 1);
+        return take(rest);
+    };
+    return {behind('R'), behind('G'), behind('B'), behind('T')};
+}
+
+/// An empty text is a paragraph with the attribute "placeholder" of "1" that holds this, so that it can be seen, and
+/// hit, by who does not know of placeholders. A paragraph without the attribute may hold it, too, as its text.
+inline constexpr std::string_view kTextPlaceholder = "~";
+
+/// Of a text in a paragraph: whether it stands for none.
+inline bool IsTextPlaceholder(std::string_view text, std::string_view placeholderAttribute)
+{
+    return placeholderAttribute == "1" && text == kTextPlaceholder;
+}
