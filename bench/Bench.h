@@ -57,6 +57,7 @@ void MeasureHeap(std::vector<Row>& rows);
 void MeasureUndo(std::vector<Row>& rows);
 void MeasureDocuments(std::vector<Row>& rows);
 void MeasureDom(std::vector<Row>& rows);
+void MeasureEffects(std::vector<Row>& rows);
 void MeasureMedia(std::vector<Row>& rows);
 void MeasureTexts(std::vector<Row>& rows);
 void MeasureStoryboards(std::vector<Row>& rows);

@@ -114,7 +114,7 @@ public:
     }
 
     /// Takes the lists from an element; all are empty without one.
-    static KeyFrames Read(const XmlElement& element)
+    static KeyFrames Read(const XmlView& element)
     {
         KeyFrames frames;
         for (std::size_t i = 0; i < kNames.size(); ++i)
@@ -149,10 +149,10 @@ private:
         return static_cast<std::size_t>(found - keys.begin());
     }
 
-    static List ReadList(const XmlElement& element)
+    static List ReadList(const XmlView& element)
     {
         List keys;
-        for (const XmlElement& frame : element.Children("KeyFrame")) {
+        for (XmlView frame = element.Child("KeyFrame"); frame; frame = frame.Next("KeyFrame")) {
             Key& key = keys.emplace_back();
             ReadParameter(frame, "Time", key.time);
             ReadParameter(frame, "Caps", key.caps);

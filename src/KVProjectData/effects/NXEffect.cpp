@@ -12,6 +12,7 @@ namespace kv {
 namespace {
 
 constexpr EngineCalls kEngine("NXEffect");
+constexpr std::string_view kPluginData = "plugin_data";
 
 // While a call of the engine runs, its sinks may have the wrapper let go of the effect: every operation holds what it
 // works on.
@@ -81,9 +82,8 @@ XmlElement RootOf(IXMLDOMNode* document)
 
 XmlElement PluginDataOf(IXMLDOMNode* document)
 {
-    constexpr auto kName = "plugin_data";
     const XmlElement root = RootOf(document);
-    XmlElement pluginData = root.Name() == kName ? root : root.Child(kName);
+    XmlElement pluginData = root.Name() == kPluginData ? root : root.Child(kPluginData);
     if (!pluginData) throw Error(kEngine.Checked(E_FAIL));
     return pluginData;
 }
@@ -257,7 +257,7 @@ HRESULT CNXEffect::Edit(const Change& change)
         XmlElement pluginData = PluginDataOf(copy.Get());
         if (!change(pluginData)) return S_FALSE;
         XmlElement root = RootOf(copy.Get());
-        if (root != pluginData) root.Insert(pluginData);
+        if (root != pluginData) root.MoveLast(kPluginData);
         Push(*info, copy.Get());
         return S_OK;
     });
@@ -285,9 +285,9 @@ HRESULT CNXEffect::setChannel(ULONG channel, double time, ULONG list, const ZXPV
 {
     return Edit([&](XmlElement& pluginData) {
         CZXPTransformImpl transform;
-        kEngine.Need(transform.Load(pluginData.Get()));
+        kEngine.Reporting([&] { transform.LoadChannel(pluginData, channel); });
         kEngine.Need(transform.SetKeyValue(channel, time, list, value.x, value.y, value.z, caps));
-        kEngine.Need(transform.Save(pluginData.Get()));
+        kEngine.Reporting([&] { transform.SaveChannel(pluginData, channel); });
         return true;
     });
 }

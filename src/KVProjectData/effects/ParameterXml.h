@@ -17,27 +17,27 @@ inline XmlElement ElementOf(IUnknown* node)
 /// Reads a value, which stays as it is when there is none. False then. Throws Error(DISP_E_TYPEMISMATCH) for a text
 /// that is no such value: who went on with the default would save it over what stands there.
 template <class T>
-bool ReadParameter(const XmlElement& parent, const XmlKey& key, T& value)
+bool ReadParameter(const XmlView& parent, std::string_view name, T& value)
 {
-    if (auto read = parent.Typed<T>(key)) {
-        value = std::move(*read);
-        return true;
-    }
-    if (parent.Child(key)) throw Error(DISP_E_TYPEMISMATCH);
-    return false;
+    const XmlView element = parent.Child(name);
+    if (!element) return false;
+    auto read = element.Value<T>();
+    if (!read) throw Error(DISP_E_TYPEMISMATCH);
+    value = std::move(*read);
+    return true;
 }
 
-inline void ReadParameter(const XmlElement& parent, const XmlKey& key, ZXPVector& value)
+inline void ReadParameter(const XmlView& parent, std::string_view name, ZXPVector& value)
 {
-    const XmlElement vector = parent.Child(key);
+    const XmlView vector = parent.Child(name);
     ReadParameter(vector, "x", value.x);
     ReadParameter(vector, "y", value.y);
     ReadParameter(vector, "z", value.z);
 }
 
-inline void ReadParameter(const XmlElement& parent, const XmlKey& key, FloatRect& value)
+inline void ReadParameter(const XmlView& parent, std::string_view name, FloatRect& value)
 {
-    const XmlElement rect = parent.Child(key);
+    const XmlView rect = parent.Child(name);
     ReadParameter(rect, "left", value.fLeft);
     ReadParameter(rect, "top", value.fTop);
     ReadParameter(rect, "right", value.fRight);

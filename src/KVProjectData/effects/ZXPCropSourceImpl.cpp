@@ -5,7 +5,7 @@ namespace {
 
 /// Reads a setting where it stands for the crop, else for the whole effect.
 template <class T>
-void ReadSetting(const XmlElement& pluginData, const XmlElement& crop, const char* name, T& value)
+void ReadSetting(const XmlView& pluginData, const XmlView& crop, const char* name, T& value)
 {
     if (!ReadParameter(crop, name, value)) ReadParameter(pluginData, name, value);
 }
@@ -18,9 +18,9 @@ void WriteSetting(XmlElement& pluginData, XmlElement& crop, const char* name, T 
     if (crop.Child(name)) crop.Set(name, value);
 }
 
-CropSettings ReadSettings(const XmlElement& pluginData)
+CropSettings ReadSettings(const XmlView& pluginData)
 {
-    const XmlElement crop = pluginData.Child("Crop");
+    const XmlView crop = pluginData.Child("Crop");
     CropSettings settings;
     ReadSetting(pluginData, crop, "PresetID", settings.presetID);
     ReadSetting(pluginData, crop, "EditMode", settings.editMode);
@@ -32,7 +32,7 @@ void WriteSettings(XmlElement& pluginData, const CropSettings& settings)
 {
     XmlElement crop = pluginData.Child("Crop");
     // A document that says nothing of a crop stays as it is.
-    if (!crop && settings == ReadSettings(pluginData)) return;
+    if (!crop && settings == ReadSettings(pluginData.View())) return;
     WriteSetting(pluginData, crop, "PresetID", settings.presetID);
     WriteSetting(pluginData, crop, "EditMode", settings.editMode);
     WriteSetting(pluginData, crop, "CropMode", settings.cropMode);
@@ -163,8 +163,8 @@ HRESULT CZXPCropSourceImpl::Save(IUnknown* pNode)
 
 void CZXPCropSourceImpl::Load(const XmlElement& pluginData)
 {
-    const CropSettings settings = ReadSettings(pluginData);
-    auto keys = KeyFrames<FloatRect>::Read(pluginData.Child("Crop"));
+    const CropSettings settings = ReadSettings(pluginData.View());
+    auto keys = KeyFrames<FloatRect>::Read(pluginData.View("Crop"));
     const std::lock_guard lock(m_lock);
     m_keys = std::move(keys);
     m_settings = settings;

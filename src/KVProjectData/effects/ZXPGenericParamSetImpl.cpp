@@ -5,14 +5,14 @@
 namespace kv {
 namespace {
 
-ULONG ReadID(const XmlElement& element)
+ULONG ReadID(const XmlView& element)
 {
     ULONG id = 0;
     if (!ReadParameter(element, "ParamID", id)) throw Error(E_INVALIDARG);
     return id;
 }
 
-void Read(const XmlElement& element, Parameter& parameter)
+void Read(const XmlView& element, Parameter& parameter)
 {
     ReadParameter(element, "Value", parameter.value);
     ReadParameter(element, "ValueMin", parameter.min);
@@ -127,7 +127,8 @@ void CZXPGenericParamSetImpl::Load(const XmlElement& pluginData)
 {
     auto parameters = m_parameters;
     auto places = m_places;
-    for (const XmlElement& element : pluginData.Child("ParameterSet").Children("Parameter")) {
+    const XmlView set = pluginData.View("ParameterSet");
+    for (XmlView element = set.Child("Parameter"); element; element = element.Next("Parameter")) {
         const ULONG id = ReadID(element);
         const auto [place, isNew] = places.emplace(id, parameters.size());
         if (isNew) parameters.emplace_back().id = id;

@@ -70,11 +70,49 @@ void OnDelta(TransformDocument& document, ULONG channel, Visit&& visit)
 
 // The document
 
-/// A channel bears the mode of the crop, where there is one.
-void CopyCropMode(const XmlElement& crop, const char* name, XmlElement& channel)
+/// Shows all but the channels to `visit(element name, value, whether 0 is left out)`, in the order of the document.
+template <class Document, class Visit>
+void EachScalar(Document& document, Visit&& visit)
 {
-    ULONG value = 0;
-    if (ReadParameter(crop, name, value)) channel.Add(name, value);
+    visit("StartPathID", document.startPathID, true);
+    visit("EndPathID", document.endPathID, true);
+    visit("PercentPathID", document.percentPathID, true);
+    visit("Speed", document.speed, true);
+    visit("IsSelectable", document.isSelectable, false);
+    visit("IsEditable", document.isEditable, false);
+    visit("Caps", document.caps, false);
+    visit("HandlesDelta", document.handlesDelta, false);
+    visit("TranslationDelta", document.translationDelta, false);
+    visit("RotationDelta", document.rotationDelta, false);
+    visit("ScalingDelta", document.scalingDelta, false);
+    visit("OpacityDelta", document.opacityDelta, false);
+}
+
+template <class T>
+bool SaysNothing(const T& value)
+{
+    if constexpr (std::is_arithmetic_v<T>) return !(value > 0);
+    return false;
+}
+
+TransformDocument Read(const XmlView& pluginData)
+{
+    TransformDocument document;
+    EachChannel(document, [&pluginData](ULONG, const char* name, auto& keys) {
+        keys = std::decay_t<decltype(keys)>::Read(pluginData.Child(name));
+    });
+    EachScalar(document,
+               [&pluginData](const char* name, auto& value, bool) { ReadParameter(pluginData, name, value); });
+    return document;
+}
+
+/// A channel bears the mode of the crop, where there is one.
+void CopyCropMode(const XmlView& crop, XmlElement channel)
+{
+    for (const char* name : {"EditMode", "PresetID"}) {
+        ULONG value = 0;
+        if (ReadParameter(crop, name, value)) channel.Set(name, value);
+    }
 }
 
 template <class Value>
@@ -83,57 +121,25 @@ void WriteChannel(XmlElement& pluginData, const char* name, const KeyFrames<Valu
     pluginData.Remove(name);
     if (keys.Empty()) return;
     XmlElement channel = pluginData.Add(name);
-    const XmlElement crop = pluginData.Child("Crop");
-    CopyCropMode(crop, "EditMode", channel);
-    CopyCropMode(crop, "PresetID", channel);
+    CopyCropMode(pluginData.View("Crop"), channel);
     keys.Write(channel);
 }
 
-/// Writes a value that is left out where it says nothing.
 template <class T>
-void WriteUnlessZero(XmlElement& pluginData, const char* name, T value)
+void WriteScalar(XmlElement& pluginData, const char* name, const T& value, bool omitsZero)
 {
-    pluginData.Remove(name);
-    if (value > 0) pluginData.Add(name, value);
+    if (omitsZero && SaysNothing(value)) {
+        pluginData.Remove(name);
+    } else {
+        WriteParameter(pluginData, name, value);
+    }
 }
 
-TransformDocument Read(const XmlElement& pluginData)
+/// Leaves a channel as it is, in the place where it would be written.
+void KeepChannel(XmlElement& pluginData, const char* name)
 {
-    TransformDocument document;
-    EachChannel(document, [&pluginData](ULONG, const char* name, auto& keys) {
-        keys = std::decay_t<decltype(keys)>::Read(pluginData.Child(name));
-    });
-    ReadParameter(pluginData, "StartPathID", document.startPathID);
-    ReadParameter(pluginData, "EndPathID", document.endPathID);
-    ReadParameter(pluginData, "PercentPathID", document.percentPathID);
-    ReadParameter(pluginData, "Speed", document.speed);
-    ReadParameter(pluginData, "IsSelectable", document.isSelectable);
-    ReadParameter(pluginData, "IsEditable", document.isEditable);
-    ReadParameter(pluginData, "Caps", document.caps);
-    ReadParameter(pluginData, "HandlesDelta", document.handlesDelta);
-    ReadParameter(pluginData, "TranslationDelta", document.translationDelta);
-    ReadParameter(pluginData, "RotationDelta", document.rotationDelta);
-    ReadParameter(pluginData, "ScalingDelta", document.scalingDelta);
-    ReadParameter(pluginData, "OpacityDelta", document.opacityDelta);
-    return document;
-}
-
-void Write(XmlElement& pluginData, const TransformDocument& document)
-{
-    EachChannel(document,
-                [&pluginData](ULONG, const char* name, const auto& keys) { WriteChannel(pluginData, name, keys); });
-    WriteUnlessZero(pluginData, "StartPathID", document.startPathID);
-    WriteUnlessZero(pluginData, "EndPathID", document.endPathID);
-    WriteUnlessZero(pluginData, "PercentPathID", document.percentPathID);
-    WriteUnlessZero(pluginData, "Speed", document.speed);
-    WriteParameter(pluginData, "IsSelectable", document.isSelectable);
-    WriteParameter(pluginData, "IsEditable", document.isEditable);
-    WriteParameter(pluginData, "Caps", document.caps);
-    WriteParameter(pluginData, "HandlesDelta", document.handlesDelta);
-    WriteParameter(pluginData, "TranslationDelta", document.translationDelta);
-    WriteParameter(pluginData, "RotationDelta", document.rotationDelta);
-    WriteParameter(pluginData, "ScalingDelta", document.scalingDelta);
-    WriteParameter(pluginData, "OpacityDelta", document.opacityDelta);
+    if (!pluginData.MoveLast(name)) return;
+    if (const XmlView crop = pluginData.View("Crop")) CopyCropMode(crop, pluginData.Child(name));
 }
 
 } // namespace
@@ -343,7 +349,7 @@ HRESULT CZXPTransformImpl::Save(IUnknown* pNode)
 
 void CZXPTransformImpl::Load(const XmlElement& pluginData)
 {
-    TransformDocument document = Read(pluginData);
+    TransformDocument document = Read(pluginData.View());
     const auto lock = LockAll();
     m_document = std::move(document);
 }
@@ -351,14 +357,28 @@ void CZXPTransformImpl::Load(const XmlElement& pluginData)
 void CZXPTransformImpl::Save(XmlElement& pluginData)
 {
     const auto lock = LockAll();
-    Write(pluginData, m_document);
+    EachChannel(m_document, [&](ULONG, const char* name, const auto& keys) { WriteChannel(pluginData, name, keys); });
+    EachScalar(m_document, [&](const char* name, const auto& value, bool omitsZero) {
+        WriteScalar(pluginData, name, value, omitsZero);
+    });
 }
 
 void CZXPTransformImpl::LoadChannel(const XmlElement& pluginData, ULONG channel)
 {
     const std::lock_guard lock(m_locks[IndexOf(channel)]);
     EachChannel(m_document, [&](ULONG mask, const char* name, auto& keys) {
-        if (mask == channel) keys = std::decay_t<decltype(keys)>::Read(pluginData.Child(name));
+        if (mask == channel) keys = std::decay_t<decltype(keys)>::Read(pluginData.View(name));
+    });
+}
+
+void CZXPTransformImpl::SaveChannel(XmlElement& pluginData, ULONG channel)
+{
+    const std::lock_guard lock(m_locks[IndexOf(channel)]);
+    EachChannel(m_document, [&](ULONG mask, const char* name, const auto& keys) {
+        mask == channel ? WriteChannel(pluginData, name, keys) : KeepChannel(pluginData, name);
+    });
+    EachScalar(m_document, [&](const char* name, const auto& value, bool omitsZero) {
+        if (!pluginData.MoveLast(name)) WriteScalar(pluginData, name, value, omitsZero);
     });
 }
 

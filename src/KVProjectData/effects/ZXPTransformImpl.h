@@ -68,8 +68,10 @@ public:
     void Load(const XmlElement& pluginData);
     void Save(XmlElement& pluginData);
 
-    /// Takes the keys of one channel, for who wants no more: the rest of the document is not looked at.
+    /// The keys of one channel, for who wants no more: the rest of the document is not read. A document that one
+    /// channel was saved to stands in the order of one that a whole transform was saved to. Throw Error.
     void LoadChannel(const XmlElement& pluginData, ULONG channel);
+    void SaveChannel(XmlElement& pluginData, ULONG channel);
 
 private:
     ULONG& PathID(ULONG list);

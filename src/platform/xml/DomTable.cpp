@@ -23,6 +23,16 @@ DomObject* DomTable::Find(const void* key) const
     return object;
 }
 
+bool DomTable::Any(const std::function<bool(const DomObject&)>& is) const
+{
+    for (std::size_t i = 0; i <= m_mask; ++i) {
+        for (const DomObject* object = m_chains ? m_chains[i] : m_chain; object; object = object->m_nextInTable) {
+            if (is(*object)) return true;
+        }
+    }
+    return false;
+}
+
 void DomTable::Add(DomObject& object)
 {
     constexpr std::size_t kLongChain = 4;

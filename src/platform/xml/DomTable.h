@@ -2,6 +2,7 @@
 // The interface objects of a tree, found by the places that they stand for.
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 
 namespace kv {
@@ -18,6 +19,8 @@ public:
 
     std::size_t Size() const { return m_size; }
     DomObject* Find(const void* key) const;
+    /// Whether an object is as asked.
+    bool Any(const std::function<bool(const DomObject&)>& is) const;
     /// For a place without an object.
     void Add(DomObject& object);
     /// Nothing happens for an object that is not in the table.

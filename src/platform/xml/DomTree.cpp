@@ -172,16 +172,25 @@ void DomTree::Forget(DomObject& object)
 
 bool DomTree::IsHeld(const DomPlace& place) const
 {
+    constexpr std::size_t kFew = 8;
     if (m_objects.Size() == 0) return false;
     if (m_objects.Find(place.Key())) return true;
     if (place.attribute) return false;
-    return std::ranges::any_of(place.node.attributes(),
-                               [&](pugi::xml_attribute own) {
-                                   return IsHeld({place.node, own});
-                               }) ||
-           std::ranges::any_of(place.node.children(), [&](pugi::xml_node child) {
-               return IsHeld({child, {}});
-           });
+    if (m_objects.Size() <= kFew) {
+        return m_objects.Any([&](const DomObject& object) {
+            pugi::xml_node above = object.Place().node;
+            while (above && above != place.node)
+                above = above.parent();
+            return static_cast<bool>(above);
+        });
+    }
+    for (auto own = place.node.first_attribute(); own; own = own.next_attribute()) {
+        if (IsHeld({place.node, own})) return true;
+    }
+    for (auto child = place.node.first_child(); child; child = child.next_sibling()) {
+        if (IsHeld({child, {}})) return true;
+    }
+    return false;
 }
 
 void DomTree::Detach(const DomPlace& place, IXMLDOMDocument* document)
@@ -274,7 +283,7 @@ int HeightOf(pugi::xml_node node)
 {
     if (node.type() != pugi::node_element) return 0;
     int below = 0;
-    for (pugi::xml_node child : node.children())
+    for (auto child = node.first_child(); child; child = child.next_sibling())
         below = std::max(below, HeightOf(child));
     return below + 1;
 }

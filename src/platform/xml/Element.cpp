@@ -79,19 +79,10 @@ void WriteValue(DomObject& owner, pugi::xml_node element, const XmlValue& value)
     owner.Tree().SetContent(element, value.Text(), owner.Document());
 }
 
-/// The first such child of an element, or without a key the element itself.
-pugi::xml_node ElementAt(const DomObject* object, const XmlKey* key)
-{
-    if (!object || !key) return object ? object->Place().node : pugi::xml_node();
-    return FindChild(object->Place().node, *key);
-}
-
 /// What a number nearly always looks like is read at once, all else as VariantChangeType reads it.
 template <class T>
-bool ReadNumber(const DomObject* object, const XmlKey* key, VARTYPE type, T VARIANT::*member, T& value)
+bool ReadNumber(pugi::xml_node element, VARTYPE type, T VARIANT::*member, T& value)
 {
-    const pugi::xml_node element = ElementAt(object, key);
-    if (!element) return false;
     std::string buffer;
     const std::string_view text = TextOf(element, buffer);
     const char* const end = text.data() + text.size();
@@ -196,6 +187,19 @@ XmlView XmlView::Next() const
     return XmlView(pugi::xml_node(m_node).next_sibling().internal_object());
 }
 
+XmlView XmlView::Child(std::string_view name) const
+{
+    return XmlView(FindChild(pugi::xml_node(m_node), name).internal_object());
+}
+
+XmlView XmlView::Next(std::string_view name) const
+{
+    pugi::xml_node node = pugi::xml_node(m_node).next_sibling();
+    while (node && !Matches(node, name))
+        node = node.next_sibling();
+    return XmlView(node.internal_object());
+}
+
 XmlView XmlView::Following(const XmlView& top) const
 {
     if (const XmlView child = FirstChild()) return child;
@@ -203,6 +207,52 @@ XmlView XmlView::Following(const XmlView& top) const
         if (const XmlView next = place.Next()) return next;
     }
     return {};
+}
+
+bool XmlView::ReadInto(bool& value) const
+{
+    SHORT truth = VARIANT_FALSE;
+    if (!ReadNumber(pugi::xml_node(m_node), VT_BOOL, &VARIANT::boolVal, truth)) return false;
+    value = truth != 0;
+    return true;
+}
+
+bool XmlView::ReadInto(LONG& value) const
+{
+    return ReadNumber(pugi::xml_node(m_node), VT_I4, &VARIANT::lVal, value);
+}
+
+bool XmlView::ReadInto(ULONG& value) const
+{
+    return ReadNumber(pugi::xml_node(m_node), VT_UI4, &VARIANT::ulVal, value);
+}
+
+bool XmlView::ReadInto(float& value) const
+{
+    return ReadNumber(pugi::xml_node(m_node), VT_R4, &VARIANT::fltVal, value);
+}
+
+bool XmlView::ReadInto(double& value) const
+{
+    return ReadNumber(pugi::xml_node(m_node), VT_R8, &VARIANT::dblVal, value);
+}
+
+bool XmlView::ReadInto(std::string& value) const
+{
+    std::string buffer;
+    value = TextOf(pugi::xml_node(m_node), buffer);
+    return true;
+}
+
+bool XmlView::ReadInto(Variant& value) const
+{
+    const pugi::xml_node element(m_node);
+    std::string buffer;
+    const std::string_view text = TextOf(element, buffer);
+    return SUCCEEDED(Guarded([&] {
+        value = ParseTyped(element.attribute(kDataTypeAttribute).value(), text);
+        return S_OK;
+    }));
 }
 
 XmlNode::XmlNode(IUnknown* node) : m_object(ObjectOf(node))
@@ -344,7 +394,7 @@ std::vector<XmlElement> XmlElement::Children(std::string_view name) const
 {
     std::vector<XmlElement> children;
     if (!m_node) return children;
-    for (pugi::xml_node child : m_object->Place().node.children()) {
+    for (auto child = m_object->Place().node.first_child(); child; child = child.next_sibling()) {
         if (child.type() == pugi::node_element && (name.empty() || name == child.name()))
             children.push_back(XmlElement(m_object->ObjectFor({child, {}})));
     }
@@ -355,7 +405,7 @@ std::vector<XmlNode> XmlElement::Nodes() const
 {
     std::vector<XmlNode> nodes;
     if (!m_node) return nodes;
-    for (pugi::xml_node child : m_object->Place().node.children()) {
+    for (auto child = m_object->Place().node.first_child(); child; child = child.next_sibling()) {
         if (child.type() == pugi::node_element || kv::IsText(child))
             nodes.push_back(XmlNode(m_object->ObjectFor({child, {}}).Get()));
     }
@@ -365,6 +415,11 @@ std::vector<XmlNode> XmlElement::Nodes() const
 XmlView XmlElement::View() const
 {
     return m_node ? XmlView(m_object->Place().node.internal_object()) : XmlView();
+}
+
+XmlView XmlElement::View(const XmlKey& key) const
+{
+    return m_node ? XmlView(FindChild(m_object->Place().node, key).internal_object()) : XmlView();
 }
 
 XmlNode XmlElement::At(const XmlView& place) const
@@ -457,6 +512,19 @@ void XmlElement::Insert(const XmlNode& node, const XmlNode& before)
     ThrowIfFailed(Object().Insert(node.Get(), before.Get(), nullptr));
 }
 
+bool XmlElement::MoveLast(const XmlKey& key)
+{
+    pugi::xml_node node = Object().Place().node;
+    const pugi::xml_node first = FindChild(node, key);
+    const pugi::xml_node last = node.last_child();
+    if (first == last) return static_cast<bool>(first);
+    for (pugi::xml_node child = first, next; child; child = next) {
+        next = child != last ? child.next_sibling() : pugi::xml_node();
+        if (Matches(child, key)) node.append_move(child);
+    }
+    return static_cast<bool>(first);
+}
+
 bool XmlElement::Remove(const XmlKey& key)
 {
     return RemoveChildren(Object(), key, {});
@@ -496,54 +564,6 @@ void XmlElement::SetValue(const XmlValue& value)
 {
     DomObject& object = Object();
     WriteValue(object, object.Place().node, value);
-}
-
-bool XmlElement::ReadInto(const XmlKey* key, bool& value) const
-{
-    SHORT truth = VARIANT_FALSE;
-    if (!ReadNumber(Behind(), key, VT_BOOL, &VARIANT::boolVal, truth)) return false;
-    value = truth != 0;
-    return true;
-}
-
-bool XmlElement::ReadInto(const XmlKey* key, LONG& value) const
-{
-    return ReadNumber(Behind(), key, VT_I4, &VARIANT::lVal, value);
-}
-
-bool XmlElement::ReadInto(const XmlKey* key, ULONG& value) const
-{
-    return ReadNumber(Behind(), key, VT_UI4, &VARIANT::ulVal, value);
-}
-
-bool XmlElement::ReadInto(const XmlKey* key, float& value) const
-{
-    return ReadNumber(Behind(), key, VT_R4, &VARIANT::fltVal, value);
-}
-
-bool XmlElement::ReadInto(const XmlKey* key, double& value) const
-{
-    return ReadNumber(Behind(), key, VT_R8, &VARIANT::dblVal, value);
-}
-
-bool XmlElement::ReadInto(const XmlKey* key, std::string& value) const
-{
-    const pugi::xml_node element = ElementAt(Behind(), key);
-    std::string buffer;
-    if (element) value = TextOf(element, buffer);
-    return element;
-}
-
-bool XmlElement::ReadInto(const XmlKey* key, Variant& value) const
-{
-    const pugi::xml_node element = ElementAt(Behind(), key);
-    if (!element) return false;
-    std::string buffer;
-    const std::string_view text = TextOf(element, buffer);
-    return SUCCEEDED(Guarded([&] {
-        value = ParseTyped(element.attribute(kDataTypeAttribute).value(), text);
-        return S_OK;
-    }));
 }
 
 } // namespace kv

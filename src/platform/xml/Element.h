@@ -96,13 +96,40 @@ public:
     XmlView Parent() const;
     XmlView FirstChild() const;
     XmlView Next() const;
+    /// The first child element of a name, and the next sibling element of a name; empty when there is none.
+    XmlView Child(std::string_view name) const;
+    XmlView Next(std::string_view name) const;
     /// What follows in document order below `top`; empty at its end.
     XmlView Following(const XmlView& top) const;
+
+    /// What an element holds, whatever its data type, as VariantChangeType reads its text; a Variant has the element's
+    /// own type. Nothing when the text is no such value. T is bool, LONG, ULONG, float, double, std::string or Variant.
+    template <class T>
+    std::optional<T> Value() const
+    {
+        T value{};
+        return m_node && ReadInto(value) ? std::optional<T>(std::move(value)) : std::nullopt;
+    }
+
+    /// The same of a child element.
+    template <class T>
+    std::optional<T> Typed(std::string_view name) const
+    {
+        return Child(name).Value<T>();
+    }
 
 private:
     friend class XmlElement;
 
     explicit XmlView(pugi::xml_node_struct* node) : m_node(node) {}
+
+    bool ReadInto(bool& value) const;
+    bool ReadInto(LONG& value) const;
+    bool ReadInto(ULONG& value) const;
+    bool ReadInto(float& value) const;
+    bool ReadInto(double& value) const;
+    bool ReadInto(std::string& value) const;
+    bool ReadInto(Variant& value) const;
 
     pugi::xml_node_struct* m_node = nullptr;
 };
@@ -175,6 +202,8 @@ public:
     /// The child elements and texts, as they are now.
     std::vector<XmlNode> Nodes() const;
     XmlView View() const;
+    /// The first such child; empty when there is none.
+    XmlView View(const XmlKey& key) const;
     /// What stands at a place in the tree of this element; empty for what is neither element nor text.
     XmlNode At(const XmlView& place) const;
 
@@ -197,6 +226,8 @@ public:
     void Replace(const XmlElement& element);
     /// Puts a node of any tree before a child, or last.
     void Insert(const XmlNode& node, const XmlNode& before = {});
+    /// Puts all such children behind the others; false when there is none.
+    bool MoveLast(const XmlKey& key);
     /// Removes all such children; false when there is none.
     bool Remove(const XmlKey& key);
     /// Removes what stands at a place below this element.
@@ -208,46 +239,29 @@ public:
     /// Removes all attributes and all that the element holds.
     void Clear();
 
-    /// The value of the first such child, whatever its data type, as VariantChangeType reads its text; a Variant has
-    /// the child's own type. Nothing when there is no such child, or its text is no such value.
-    /// T is bool, LONG, ULONG, float, double, std::string or Variant.
+    /// The value of the first such child (XmlView::Value). Nothing when there is none.
     template <class T>
     std::optional<T> Typed(const XmlKey& key) const
     {
-        return Read<T>(&key);
+        return View(key).Value<T>();
     }
 
     template <class T>
     T Typed(const XmlKey& key, T fallback) const
     {
-        return Read<T>(&key).value_or(std::move(fallback));
+        return View(key).Value<T>().value_or(std::move(fallback));
     }
 
     /// The value of the element itself.
     template <class T>
     std::optional<T> Value() const
     {
-        return Read<T>(nullptr);
+        return View().Value<T>();
     }
     void SetValue(const XmlValue& value);
 
 private:
     explicit XmlElement(ComPtr<IXMLDOMNode> element);
-
-    template <class T>
-    std::optional<T> Read(const XmlKey* key) const
-    {
-        T value{};
-        return ReadInto(key, value) ? std::optional<T>(std::move(value)) : std::nullopt;
-    }
-    /// Without a key, what the element itself holds.
-    bool ReadInto(const XmlKey* key, bool& value) const;
-    bool ReadInto(const XmlKey* key, LONG& value) const;
-    bool ReadInto(const XmlKey* key, ULONG& value) const;
-    bool ReadInto(const XmlKey* key, float& value) const;
-    bool ReadInto(const XmlKey* key, double& value) const;
-    bool ReadInto(const XmlKey* key, std::string& value) const;
-    bool ReadInto(const XmlKey* key, Variant& value) const;
 };
 
 } // namespace kv

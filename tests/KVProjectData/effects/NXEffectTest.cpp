@@ -286,13 +286,57 @@ TEST_F(NXEffectTest, WhatCannotBeReadIsNotOverwritten)
     ZXPVector value{};
     EXPECT_EQ(S_OK, effect.getChannel(ZXP_ROTATION, 0, ZXP_FROM_START, value)) << "of the others nothing is read";
     EXPECT_EQ(DISP_E_TYPEMISMATCH, effect.getChannel(ZXP_SCALING, 0, ZXP_FROM_START, value));
-    EXPECT_EQ(DISP_E_TYPEMISMATCH, effect.setChannel(ZXP_ROTATION, 0, ZXP_FROM_START, {0, 0, 1}));
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, effect.setChannel(ZXP_SCALING, 0, ZXP_FROM_START, {0, 0, 1}));
     EXPECT_EQ(DISP_E_TYPEMISMATCH, effect.setMaskFile(Bstr(u"a.png").Get()));
     EXPECT_EQ(DISP_E_TYPEMISMATCH, effect.setMaskSize(1, 1));
     EXPECT_THAT(Reported("NXEffect"), ElementsAre(ResultText(DISP_E_TYPEMISMATCH)));
     EXPECT_EQ(markup, MarkupOf(effect));
     Bstr mask;
     EXPECT_EQ(S_FALSE, effect.getMaskFile(mask));
+    EXPECT_EQ(S_OK, effect.setChannel(ZXP_ROTATION, 0, ZXP_FROM_START, {0, 0, 1}));
+    EXPECT_THAT(MarkupOf(effect), HasSubstr("<Time>soon</Time>"));
+}
+
+TEST_F(NXEffectTest, AChannelIsSetAsByAWholeTransform)
+{
+    const auto set = [](IZXPTransform& transform) {
+        return transform.SetKeyValue(ZXP_ROTATION, 0, ZXP_FROM_START, 1, 2, 3, ZXP_ALL_CAPS);
+    };
+    const auto document = [&](bool crop, bool others) {
+        XmlElement pluginData = XmlElement::New("plugin_data");
+        CZXPTransformImpl transform;
+        for (const ULONG channel : {ZXP_SCALING, ZXP_OPACITY, ZXP_TRANSLATION})
+            transform.SetKeyValue(channel, 0.5, ZXP_PERCENT, 1, 2, 3, 4);
+        transform.put_Speed(2);
+        transform.put_PathID(ZXP_FROM_END, 3);
+        if (others) set(transform);
+        transform.Save(pluginData);
+        pluginData.Remove("Caps");
+        pluginData.Add("html").AddText("b", "text");
+        if (others) pluginData.MoveLast("Translation");
+        if (crop) pluginData.Add("Crop").Add("EditMode", ULONG{3});
+        return pluginData;
+    };
+    EXPECT_EQ(S_OK, Create());
+    for (const bool crop : {false, true}) {
+        for (const bool others : {false, true}) {
+            XmlElement expected = document(crop, others);
+            EXPECT_EQ(S_OK, effect.setDocument(expected.Copy().Get()));
+            EXPECT_EQ(S_OK, effect.setChannel(ZXP_ROTATION, 0, ZXP_FROM_START, {1, 2, 3}));
+            CZXPTransformImpl transform;
+            transform.Load(expected);
+            EXPECT_EQ(S_OK, set(transform));
+            transform.Save(expected);
+            if (!crop) {
+                EXPECT_EQ(Plain(expected.Markup()), MarkupOf(effect));
+                continue;
+            }
+            XmlElement pluginData;
+            EXPECT_EQ(S_OK, effect.getPluginData(pluginData));
+            for (const char* channel : {"Scaling", "Translation", "Rotation", "Opacity"})
+                EXPECT_EQ(3U, pluginData.Child(channel).Typed<ULONG>("EditMode")) << channel;
+        }
+    }
 }
 
 TEST_F(NXEffectTest, EditsAreUndoneAndRedoneUnderTheWrapper)

@@ -231,6 +231,51 @@ TEST(Element, EditsRichText)
     EXPECT_FALSE(font.Parent());
 }
 
+TEST(Element, IsReadWithoutObjectsByViews)
+{
+    const XmlElement data = RootOf("<d><k>1</k>text<n/><k>x</k><k>2.5</k></d>");
+    std::vector<std::optional<double>> values;
+    for (XmlView k = data.View("k"); k; k = k.Next("k"))
+        values.push_back(k.Value<double>());
+    EXPECT_EQ(values, (std::vector<std::optional<double>>{1, std::nullopt, 2.5}));
+    EXPECT_EQ(data.View().Typed<LONG>("k"), 1);
+    EXPECT_EQ(data.View().Typed<std::string>("n"), "");
+    EXPECT_EQ(XmlView().Child("k").Typed<LONG>("k"), std::nullopt);
+    EXPECT_FALSE(XmlView().Next("k") || data.View("none") || XmlElement().View("k"));
+}
+
+TEST(Element, MovesAllChildrenOfANameBehindTheOthers)
+{
+    XmlElement data = RootOf("<d><a/>text<b i='1'/><c/><b i='2'/></d>");
+    const XmlElement held = data.Child("b");
+    EXPECT_TRUE(data.MoveLast("b"));
+    EXPECT_TRUE(data.MoveLast("b"));
+    EXPECT_TRUE(data.MoveLast("a"));
+    EXPECT_FALSE(data.MoveLast("none"));
+    EXPECT_EQ(XmlOf(*data.Get()), "<d>text<c/><b i=\"1\"/><b i=\"2\"/><a/></d>");
+    EXPECT_EQ(held, data.Child("b"));
+}
+
+TEST(Element, WhatIsHeldOutlivesTheRemovalOfWhatIsAroundIt)
+{
+    for (const bool attribute : {false, true}) {
+        for (const std::size_t others : {0, 100}) {
+            XmlElement data = RootOf("<d><gone><far><held x='1'>text</held></far></gone></d>");
+            std::vector<XmlElement> many;
+            for (std::size_t i = 0; i < others; ++i)
+                many.push_back(data.Add("other"));
+            const ComPtr<IXMLDOMNode> held = Find(*data.Get(), attribute ? "gone/far/held/@x" : "gone/far/held");
+            EXPECT_TRUE(data.Remove("gone"));
+            EXPECT_FALSE(data.Child("gone"));
+            Bstr text;
+            EXPECT_EQ(S_OK, held->get_text(text.Put()));
+            EXPECT_EQ(attribute ? u"1" : u"text", text.View());
+            const auto above = Find(*held.Get(), "ancestor::gone");
+            EXPECT_TRUE(above);
+        }
+    }
+}
+
 TEST(Element, CopiesBelongToADocumentOfTheirOwn)
 {
     auto source = Parsed("<r><e k='v'>t</e></r>");
