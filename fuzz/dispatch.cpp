@@ -1,49 +1,16 @@
 // Any bytes as a row of late-bound calls to a project and the objects that it hands out.
 
+#include "Choices.h"
 #include "Fuzz.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/automation/TypeInfo.h"
 
 #include <array>
-#include <cstdint>
-#include <cstring>
 #include <deque>
 #include <vector>
 
 namespace kv::fuzz {
 namespace {
-
-/// Takes choices from the input; zeros when it has run out.
-class Choices {
-public:
-    Choices(const std::uint8_t* data, std::size_t size) : m_next(data), m_end(data + size) {}
-
-    bool Any() const { return m_next != m_end; }
-
-    template <class T>
-    T Take()
-    {
-        T value{};
-        const std::size_t count = std::min(sizeof value, static_cast<std::size_t>(m_end - m_next));
-        std::memcpy(&value, m_next, count);
-        m_next += count;
-        return value;
-    }
-
-    std::size_t Below(std::size_t count) { return count ? Take<std::uint8_t>() % count : 0; }
-
-    std::u16string Text()
-    {
-        std::u16string text(Below(12), u'\0');
-        for (char16_t& unit : text)
-            unit = Below(8) ? Take<std::uint8_t>() : Take<std::uint16_t>();
-        return text;
-    }
-
-private:
-    const std::uint8_t* m_next;
-    const std::uint8_t* m_end;
-};
 
 class Session {
 public:

@@ -2,6 +2,8 @@
 
 #include "KVProjectData/effects/ZXPGenericParamSetImpl.h"
 
+#include <cmath>
+
 namespace kv {
 namespace {
 
@@ -36,6 +38,7 @@ void SetMaskParameters(XmlElement& pluginData, std::u16string_view file)
 
 bool SetMaskParameters(XmlElement& pluginData, double width, double height)
 {
+    if (!std::isfinite(width) || !std::isfinite(height)) throw Error(E_INVALIDARG);
     CZXPGenericParamSetImpl parameters;
     parameters.Load(pluginData);
     const auto declare = [&parameters](ULONG id, const char* name) {

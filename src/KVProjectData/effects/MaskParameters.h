@@ -9,7 +9,7 @@ namespace kv {
 /// that cannot be read; then nothing has changed.
 void SetMaskParameters(XmlElement& pluginData, std::u16string_view file);
 
-/// The size, of finite numbers. False, and nothing is changed, when it is that already.
+/// The size. False, and nothing is changed, when it is that already. Throws Error(E_INVALIDARG), too, unless finite.
 bool SetMaskParameters(XmlElement& pluginData, double width, double height);
 
 } // namespace kv

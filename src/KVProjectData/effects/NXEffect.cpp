@@ -5,7 +5,6 @@
 #include "KVProjectData/effects/ZXPTransformImpl.h"
 #include "SbdUtils/ProductionObject.h"
 
-#include <cmath>
 #include <optional>
 
 namespace kv {
@@ -330,7 +329,6 @@ HRESULT CNXEffect::setMaskFile(BSTR file)
 
 HRESULT CNXEffect::setMaskSize(double width, double height)
 {
-    if (!std::isfinite(width) || !std::isfinite(height)) return E_INVALIDARG;
     const HRESULT result = Edit([&](XmlElement& pluginData) {
         bool changed = false;
         kEngine.Reporting([&] { changed = SetMaskParameters(pluginData, width, height); });
