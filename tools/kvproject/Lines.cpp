@@ -1,7 +1,7 @@
 #include "Lines.h"
 
 #include "Failure.h"
-#include "Properties.h"
+#include "platform/system/Case.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -33,8 +33,7 @@ char* NextMatch(const char* word, int state)
     }
     while (next < words.size()) {
         const std::string& candidate = words[next++];
-        const std::string_view typed(word);
-        if (SameName(std::string_view(candidate).substr(0, typed.size()), typed)) return strdup(candidate.c_str());
+        if (kv::StartsWithText(candidate, word)) return strdup(candidate.c_str());
     }
     return nullptr;
 }

@@ -6,6 +6,7 @@
 #include "KVProjectData/ResultCodes.h"
 #include "Properties.h"
 #include "Text.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
 #include <array>
@@ -73,7 +74,7 @@ std::string_view ItemGetter(std::string_view list)
     static constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kLists{
         {{"titles", "GetTitle"}, {"menus", "GetMenu"}, {"dataFiles", "GetDataFile"}}};
     for (const auto& [name, getter] : kLists) {
-        if (SameName(name, list)) return getter;
+        if (kv::SameText(name, list)) return getter;
     }
     throw Failure("'" + std::string(list) + "' is no list: there are titles[N], menus[N] and dataFiles[N]");
 }
@@ -88,7 +89,7 @@ ComPtr<IDispatch> StepInto(IDispatch& object, const Segment& segment)
         return item.pdispVal;
     }
     ComPtr<IDispatch> part;
-    if (SameName(segment.name, "encoding")) part = kv::Query<IKVEncodingParams>(&object);
+    if (kv::SameText(segment.name, "encoding")) part = kv::Query<IKVEncodingParams>(&object);
     if (!part) throw Failure("'" + std::string(segment.name) + "' has no members");
     return part;
 }
@@ -113,7 +114,7 @@ Target Find(IKVProjectData& project, std::string_view path)
     for (std::size_t dot = path.find('.'); dot != path.npos; dot = path.find('.')) {
         const Segment segment = ParseSegment(path.substr(0, dot));
         if (target.command) throw Failure("'" + std::string(segment.name) + "' has no members");
-        if (segment.position && SameName(segment.name, "commands")) {
+        if (segment.position && kv::SameText(segment.name, "commands")) {
             target.command = segment.position;
         } else {
             target.object = StepInto(*target.object, segment);
@@ -134,10 +135,10 @@ std::optional<std::string> CommandMember(const Target& target)
         throw Failure("commands[" + std::to_string(position) + "]: " + Describe(KV_E_BAD_POSITION));
     }
     const Command& command = commands[static_cast<std::size_t>(position) - 1];
-    if (SameName(target.member, "Command")) return command.name;
-    if (SameName(target.member, "Param1")) return std::to_string(command.param1);
-    if (SameName(target.member, "Param2")) return std::to_string(command.param2);
-    if (SameName(target.member, "XML")) return command.xml;
+    if (kv::SameText(target.member, "Command")) return command.name;
+    if (kv::SameText(target.member, "Param1")) return std::to_string(command.param1);
+    if (kv::SameText(target.member, "Param2")) return std::to_string(command.param2);
+    if (kv::SameText(target.member, "XML")) return command.xml;
     throw Failure("'" + std::string(target.member) + "': " + Describe(DISP_E_UNKNOWNNAME));
 }
 
@@ -225,8 +226,8 @@ void SetMember(IKVProjectData& project, std::string_view path, std::string_view 
 Item ParseItem(std::string_view text)
 {
     const Segment segment = ParseSegment(text);
-    const bool isTitle = SameName(segment.name, "titles");
-    if (!segment.position || !(isTitle || SameName(segment.name, "dataFiles"))) {
+    const bool isTitle = kv::SameText(segment.name, "titles");
+    if (!segment.position || !(isTitle || kv::SameText(segment.name, "dataFiles"))) {
         throw Failure("'" + std::string(text) + "' is neither titles[N] nor dataFiles[N]");
     }
     return {isTitle ? Item::List::Titles : Item::List::DataFiles, *segment.position};

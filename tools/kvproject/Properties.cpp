@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "TypeRecords.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
 #include <array>
@@ -71,18 +72,12 @@ std::optional<Enumeration> EnumerationOf(ITypeInfo& info, const std::string& pro
 
 } // namespace
 
-bool SameName(std::string_view left, std::string_view right)
-{
-    const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::ranges::equal(left, right, {}, fold, fold);
-}
-
 std::optional<LONG> Enumeration::Single(std::string_view text) const
 {
     long long number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
-    const auto means = [&](const auto& row) { return isNumber ? row.second == number : SameName(row.first, text); };
+    const auto means = [&](const auto& row) { return isNumber ? row.second == number : kv::SameText(row.first, text); };
     const auto found = std::ranges::find_if(enumerators, means);
     if (found != enumerators.end()) return found->second;
     const bool isFlags = flags && isNumber && number >= 0 && number <= std::numeric_limits<ULONG>::max();

@@ -12,9 +12,6 @@
 
 namespace kvproject {
 
-/// Compares names without regard to the case of ASCII letters.
-bool SameName(std::string_view left, std::string_view right);
-
 /// The names of a property's values.
 struct Enumeration {
     /// In the order of the type library.

@@ -1,7 +1,7 @@
 #include "platform/automation/Dispatch.h"
 
-#include "platform/automation/Names.h"
 #include "platform/com/Error.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
 
@@ -36,7 +36,7 @@ const MemberDescription* FindMemberNamed(const InterfaceDescription& description
     for (const InterfaceDescription* owner = &description; owner; owner = owner->inherited) {
         const auto& members = owner->members;
         const auto found =
-            std::ranges::find_if(members, [name](const MemberDescription& row) { return SameName(row.name, name); });
+            std::ranges::find_if(members, [name](const MemberDescription& row) { return SameText(row.name, name); });
         if (found != members.end()) return &*found;
     }
     return nullptr;
@@ -130,7 +130,7 @@ HRESULT FindMemberNames(const InterfaceDescription& description, OLECHAR** names
     for (ULONG i = 1; i < count; ++i) {
         const auto parameters = member->Parameters();
         const auto named = std::find_if(parameters.begin(), parameters.end(), [&](const ParameterDescription& row) {
-            return names[i] && SameName(row.name, names[i]);
+            return names[i] && SameText(row.name, names[i]);
         });
         if (named == parameters.end()) {
             outcome = DISP_E_UNKNOWNNAME;

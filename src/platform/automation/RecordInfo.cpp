@@ -1,9 +1,9 @@
 #include "platform/automation/RecordInfo.h"
 
-#include "platform/automation/Names.h"
 #include "platform/automation/TypeInfoObject.h"
 #include "platform/automation/ValueType.h"
 #include "platform/com/TaskMemory.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
 #include <cstring>
@@ -150,7 +150,7 @@ public:
 private:
     const FieldDescription* Find(std::u16string_view name) const
     {
-        const auto named = [name](const FieldDescription& field) { return SameName(field.name, name); };
+        const auto named = [name](const FieldDescription& field) { return SameText(field.name, name); };
         const auto found = std::ranges::find_if(m_record.fields, named);
         return found == m_record.fields.end() ? nullptr : &*found;
     }

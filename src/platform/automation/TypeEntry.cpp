@@ -1,6 +1,6 @@
 #include "platform/automation/TypeEntry.h"
 
-#include "platform/automation/Names.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
 
@@ -18,7 +18,7 @@ std::vector<std::string_view> RowNames(std::span<const Row> rows, DISPID positio
 template <class Row>
 std::optional<DISPID> RowNamed(std::span<const Row> rows, std::u16string_view name)
 {
-    const auto found = std::ranges::find_if(rows, [name](const Row& row) { return SameName(row.name, name); });
+    const auto found = std::ranges::find_if(rows, [name](const Row& row) { return SameText(row.name, name); });
     if (found == rows.end()) return std::nullopt;
     if constexpr (std::is_same_v<Row, MemberDescription>) {
         return found->id;

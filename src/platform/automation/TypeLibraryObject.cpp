@@ -1,7 +1,7 @@
 #include "platform/automation/TypeLibraryObject.h"
 
-#include "platform/automation/Names.h"
 #include "platform/automation/TypeInfoObject.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
 #include <dlfcn.h>
@@ -15,7 +15,7 @@ constexpr TypeEntry kPlatformEntries[]{&kPlatformTypes[0], &kPlatformTypes[1]};
 /// What a name stands for within a type: the type itself (DISPID_UNKNOWN) or one of its members.
 std::optional<DISPID> NamedWithin(const TypeEntry& type, std::u16string_view name)
 {
-    return SameName(NameOf(type), name) ? DISPID_UNKNOWN : MemberNamed(type, name);
+    return SameText(NameOf(type), name) ? DISPID_UNKNOWN : MemberNamed(type, name);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "platform/automation/RecordInfo.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/automation/ValueType.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
 #include <charconv>
@@ -273,9 +274,7 @@ HRESULT ToBool(const VARIANT& source, VARIANT& converted)
 {
     if (source.vt == VT_BSTR) {
         const auto is = [text = Trimmed(kv::View(source.bstrVal))](std::u16string_view word) {
-            return std::equal(text.begin(), text.end(), word.begin(), word.end(), [](char16_t unit, char16_t letter) {
-                return unit == letter || unit == letter - (u'a' - u'A');
-            });
+            return kv::SameText(text, word);
         };
         if (is(u"true") || is(u"false")) {
             converted.boolVal = is(u"true") ? VARIANT_TRUE : VARIANT_FALSE;

@@ -2,6 +2,7 @@
 
 #include "platform/automation/Bstr.h"
 #include "platform/com/Error.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
 #include <charconv>
@@ -12,11 +13,6 @@ namespace {
 constexpr std::size_t kMaxDepth = 64;
 constexpr std::size_t kMaxName = 255;
 constexpr std::string_view kSignature = "KVProjectData Registry 1";
-
-char16_t Fold(char16_t c)
-{
-    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
-}
 
 /// Takes the first name off a path.
 std::u16string_view TakeName(std::u16string_view& path)
@@ -190,7 +186,8 @@ private:
 
 bool RegistryNameLess::operator()(std::u16string_view left, std::u16string_view right) const
 {
-    return std::ranges::lexicographical_compare(left, right, {}, Fold, Fold);
+    const auto fold = [](char16_t c) { return FoldCase(c); };
+    return std::ranges::lexicographical_compare(left, right, {}, fold, fold);
 }
 
 const RegistryKey* RegistryKey::Find(std::u16string_view path) const

@@ -1,9 +1,12 @@
 #include "platform/xml/DomDocument.h"
 
 #include "platform/system/AtomicFile.h"
+#include "platform/system/Case.h"
 #include "platform/system/Paths.h"
 #include "platform/xml/DomDocumentObject.h"
 #include "platform/xml/DomEdit.h"
+#include "platform/xml/XmlChecker.h"
+#include "platform/xml/XmlDecoder.h"
 #include "platform/xml/XmlWriter.h"
 
 #include <algorithm>
@@ -129,10 +132,9 @@ void ReadXmlFile(const std::string& path, std::string& text)
 bool SaysUtf16(pugi::xml_node document)
 {
     if (!IsDeclaration(document.first_child())) return false;
-    std::string data = document.first_child().value();
-    std::ranges::transform(data, data.begin(),
-                           [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
-    return data.find("UTF-16") != data.npos;
+    const std::string_view data = document.first_child().value();
+    const auto fold = [](char c) { return static_cast<char>(FoldCase(c)); };
+    return !std::ranges::search(data, std::string_view("utf-16"), {}, fold).empty();
 }
 
 /// Whether a path holds U+0000, at which the system would cut it.

@@ -3,7 +3,6 @@
 
 #include "platform/system/AtomicFile.h"
 #include "platform/xml/DomNodes.h"
-#include "platform/xml/XmlText.h"
 
 #include <functional>
 

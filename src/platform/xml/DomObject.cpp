@@ -6,6 +6,7 @@
 #include "platform/xml/DomLists.h"
 #include "platform/xml/DomNodes.h"
 #include "platform/xml/XPath.h"
+#include "platform/xml/XmlChecker.h"
 #include "platform/xml/XmlText.h"
 #include "platform/xml/XmlWriter.h"
 

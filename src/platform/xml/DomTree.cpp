@@ -2,7 +2,7 @@
 
 #include "platform/xml/DomEdit.h"
 #include "platform/xml/DomObject.h"
-#include "platform/xml/XmlText.h"
+#include "platform/xml/XmlChecker.h"
 
 #include <algorithm>
 #include <cerrno>
