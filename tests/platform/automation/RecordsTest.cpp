@@ -1,5 +1,4 @@
-#include "platform/automation/Dispatch.h"
-#include "platform/automation/Members.h"
+#include "Sample.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -78,56 +77,30 @@ using kv::UniqueTaskMem;
 using kv::Variant;
 using testing::ElementsAre;
 
-void Assign(Tag& target, const Tag& source)
-{
-    EXPECT_EQ(kv::MakeRecordInfo(kv::kRecordDescription<Tag>)->RecordCopy(&source, &target), S_OK);
-}
-
 class Records final : public kv::Object<kv::Dual<IRecords>> {
 public:
     ~Records()
     {
         for (Tag& tag : tags)
-            kv::MakeRecordInfo(kv::kRecordDescription<Tag>)->RecordClear(&tag);
+            m_tag->RecordClear(&tag);
     }
 
-    HRESULT get_Origin(Corner* value) override
-    {
-        *value = box[0];
-        return result;
-    }
-    HRESULT put_Origin(Corner* value) override
-    {
-        if (!value) return E_POINTER;
-        box[0] = *value;
-        return S_OK;
-    }
+    HRESULT get_Origin(Corner* value) override { return Give(*value, box[0], result); }
+    HRESULT put_Origin(Corner* value) override { return value ? Give(box[0], *value) : E_POINTER; }
     HRESULT get_Region(Corner* corner, VARIANT_BOOL* valid) override
     {
-        *corner = box[1];
-        *valid = VARIANT_TRUE;
-        return S_OK;
+        return Give(*corner, box[1]), Give(*valid, VARIANT_TRUE);
     }
-    HRESULT put_Region(Corner* corner, VARIANT_BOOL valid) override
-    {
-        box[1] = valid ? *corner : Corner{};
-        return S_OK;
-    }
+    HRESULT put_Region(Corner* corner, VARIANT_BOOL valid) override { return Give(box[1], valid ? *corner : Corner{}); }
     HRESULT get_Owned(Tag** value) override
     {
-        *value = static_cast<Tag*>(kv::MakeRecordInfo(kv::kRecordDescription<Tag>)->RecordCreateCopy(&tags[0]));
-        return result;
+        return Give(*value, static_cast<Tag*>(m_tag->RecordCreateCopy(&tags[0])), result);
     }
-    HRESULT put_Owned(Tag* value) override
-    {
-        Assign(tags[0], *value);
-        return S_OK;
-    }
+    HRESULT put_Owned(Tag* value) override { return m_tag->RecordCopy(value, &tags[0]); }
     HRESULT GetBox(Corner* corners) override
     {
-        if (!corners) return S_FALSE;
-        std::ranges::copy(box, corners);
-        return S_OK;
+        if (corners) std::ranges::copy(box, corners);
+        return corners ? S_OK : S_FALSE;
     }
     HRESULT SetBox(const Corner* corners) override
     {
@@ -136,24 +109,19 @@ public:
     }
     HRESULT GetTags(LONG* count, Tag** copies) override
     {
-        *count = static_cast<LONG>(tags.size());
         *copies = static_cast<Tag*>(CoTaskMemAlloc(sizeof tags));
         std::uninitialized_fill_n(*copies, tags.size(), Tag{});
         for (std::size_t i = 0; i < tags.size(); ++i)
-            Assign((*copies)[i], tags[i]);
-        return S_OK;
+            m_tag->RecordCopy(&tags[i], *copies + i);
+        return Give(*count, static_cast<LONG>(tags.size()));
     }
     HRESULT SetTags(LONG count, Tag* given) override
     {
         for (LONG i = 0; i < count; ++i)
-            Assign(tags[static_cast<std::size_t>(i)], given[i]);
+            m_tag->RecordCopy(given + i, &tags[static_cast<std::size_t>(i)]);
         return S_OK;
     }
-    HRESULT Sum(Corner one, Corner other, float* sum) override
-    {
-        *sum = one.x + one.y + other.x + other.y;
-        return S_OK;
-    }
+    HRESULT Sum(Corner one, Corner other, float* sum) override { return Give(*sum, one.x + one.y + other.x + other.y); }
     HRESULT Pixels(LONG size, BYTE** bytes) override
     {
         *bytes = static_cast<BYTE*>(CoTaskMemAlloc(static_cast<std::size_t>(size)));
@@ -164,6 +132,9 @@ public:
     HRESULT result = S_OK;
     std::array<Corner, 4> box{{{1, 2}, {3, 4}, {5, 6}, {7, 8}}};
     std::array<Tag, 2> tags{};
+
+private:
+    const ComPtr<IRecordInfo> m_tag = kv::MakeRecordInfo(kv::kRecordDescription<Tag>);
 };
 
 VARIANT Reference(VARTYPE type, void* place)

@@ -4,6 +4,16 @@
 #include "platform/automation/Dispatch.h"
 #include "platform/automation/Members.h"
 
+#include <string>
+
+/// Stores a value for a member that then returns `result`.
+template <class T, class Value>
+HRESULT Give(T& target, Value&& value, HRESULT result = S_OK)
+{
+    target = std::forward<Value>(value);
+    return result;
+}
+
 KV_ENUM(SampleColour, Red = 1, Green = 0x20, Blue = 48);
 
 /// An interface that the sample's type library refers to without having it.
@@ -129,10 +139,10 @@ struct kv::InterfaceTable<IPrism> {
 
 class Prism final : public kv::Object<kv::Dual<IPrism>> {
 public:
-    HRESULT get_Sides(LONG* value) override;
-    HRESULT put_Sides(LONG value) override;
-    HRESULT get_Edges(LONG* value) override;
-    HRESULT Extend(LONG sides) override;
+    HRESULT get_Sides(LONG* value) override { return Give(*value, m_sides); }
+    HRESULT put_Sides(LONG value) override { return Give(m_sides, value); }
+    HRESULT get_Edges(LONG* value) override { return Give(*value, 3 * m_sides); }
+    HRESULT Extend(LONG sides) override { return Give(m_sides, m_sides + sides); }
 
 private:
     LONG m_sides = 3;
@@ -160,40 +170,99 @@ const kv::LibraryDescription& SampleLibrary();
 
 class Sample final : public kv::Object<kv::Dual<ISample>, IPlainSample> {
 public:
-    HRESULT get_Count(LONG* value) override;
-    HRESULT put_Count(LONG value) override;
-    HRESULT get_Colour(SampleColour* value) override;
-    HRESULT put_Colour(SampleColour value) override;
-    HRESULT get_Visible(VARIANT_BOOL* value) override;
-    HRESULT put_Visible(VARIANT_BOOL value) override;
-    HRESULT get_Width(double* value) override;
-    HRESULT put_Width(double value) override;
-    HRESULT get_Name(BSTR* value) override;
-    HRESULT put_Name(BSTR value) override;
-    HRESULT get_Value(VARIANT* value) override;
-    HRESULT put_Value(VARIANT value) override;
-    HRESULT get_Peer(ISample** value) override;
-    HRESULT put_Peer(ISample* value) override;
-    HRESULT get_Calls(ULONG* value) override;
-    HRESULT Twice(BSTR* text) override;
-    HRESULT Divide(LONG whole, LONG part, LONG* quotient, LONG* remainder) override;
-    HRESULT Join(LONG first, LONG second, LONG third, BSTR* text) override;
-    HRESULT Measure(LONG count, SamplePoint* points, double* sum) override;
-    HRESULT Parts(BSTR* name, VARIANT* value, ISample** self, SampleColour* colour) override;
-    HRESULT Answer(LONG code, BSTR* text) override;
-    HRESULT Narrow(BYTE a, USHORT b, ULONG c, LONGLONG d, ULONGLONG e, float f, double* sum) override;
-    HRESULT IsSame(IUnknown* object, VARIANT_BOOL* same) override;
-    HRESULT Spell(VARIANT* value) override;
-    HRESULT Reset() override;
-    HRESULT Half(LONG number, LONG* half) override;
+    HRESULT get_Count(LONG* value) override { return Store(*value, m_count); }
+    HRESULT put_Count(LONG value) override { return Store(m_count, value); }
+    HRESULT get_Colour(SampleColour* value) override { return Store(*value, m_colour); }
+    HRESULT put_Colour(SampleColour value) override { return Store(m_colour, value); }
+    HRESULT get_Visible(VARIANT_BOOL* value) override { return Store(*value, m_visible); }
+    HRESULT put_Visible(VARIANT_BOOL value) override { return Store(m_visible, value); }
+    HRESULT get_Width(double* value) override { return Store(*value, m_width); }
+    HRESULT put_Width(double value) override { return Store(m_width, value); }
+    HRESULT get_Name(BSTR* value) override { return Store(*value, kv::Bstr(m_name).Detach()); }
+    HRESULT put_Name(BSTR value) override { return Store(m_name, kv::Bstr::CopyOf(value)); }
+    HRESULT get_Value(VARIANT* value) override { return Store(*value, kv::Variant(m_value).Detach()); }
+    HRESULT put_Value(VARIANT value) override
+    {
+        ++m_calls;
+        return VariantCopy(m_value.Put(), &value);
+    }
+
+    HRESULT get_Peer(ISample** value) override { return Store(*value, kv::ComPtr(m_peer).Detach()); }
+    HRESULT put_Peer(ISample* value) override { return Store(m_peer, value); }
+    HRESULT get_Calls(ULONG* value) override { return Give(*value, m_calls); }
+
+    HRESULT Twice(BSTR* text) override
+    {
+        ++m_calls;
+        const kv::Bstr old = kv::Bstr::Attach(*text);
+        if (old.Empty()) {
+            *text = kv::Bstr(u"spoilt").Detach();
+            return E_FAIL;
+        }
+        *text = kv::Bstr(std::u16string(old.View()) + std::u16string(old.View())).Detach();
+        return S_OK;
+    }
+
+    HRESULT Divide(LONG whole, LONG part, LONG* quotient, LONG* remainder) override
+    {
+        ++m_calls;
+        *quotient = whole / part;
+        *remainder = whole % part;
+        return S_OK;
+    }
+
+    HRESULT Join(LONG first, LONG second, LONG third, BSTR* text) override
+    {
+        const std::string joined = std::to_string(first) + ' ' + std::to_string(second) + ' ' + std::to_string(third);
+        Store(*text, kv::Bstr(kv::ToUtf16(joined)).Detach());
+        return second || third ? S_OK : S_FALSE;
+    }
+
+    HRESULT Measure(LONG count, SamplePoint* points, double* sum) override
+    {
+        ++m_calls;
+        *sum = 0;
+        for (LONG i = 0; points && i < count; ++i)
+            *sum += points[i].x + points[i].y;
+        return S_OK;
+    }
+
+    HRESULT Parts(BSTR* name, VARIANT* value, ISample** self, SampleColour* colour) override
+    {
+        get_Name(name);
+        get_Value(value);
+        get_Colour(colour);
+        return kv::ComPtr<ISample>(this).CopyTo(self);
+    }
+
+    HRESULT Answer(LONG code, BSTR* text) override { return Store(*text, kv::Bstr(u"left behind").Detach()), code; }
+
+    HRESULT Narrow(BYTE a, USHORT b, ULONG c, LONGLONG d, ULONGLONG e, float f, double* sum) override
+    {
+        return Store(*sum, a + b + static_cast<double>(c) + static_cast<double>(d) + static_cast<double>(e) +
+                               static_cast<double>(f));
+    }
+
+    HRESULT IsSame(IUnknown* object, VARIANT_BOOL* same) override
+    {
+        return Store(*same, object == Controlling() ? VARIANT_TRUE : VARIANT_FALSE);
+    }
+    HRESULT Spell(VARIANT* value) override
+    {
+        ++m_calls;
+        return VariantChangeType(value, value, 0, VT_BSTR);
+    }
+
+    HRESULT Reset() override { return Give(m_calls, ULONG{0}); }
+
+    HRESULT Half(LONG number, LONG* half) override { return Store(*half, number / 2); }
 
 private:
     template <class T, class Value>
     HRESULT Store(T& target, Value&& value)
     {
         ++m_calls;
-        target = std::forward<Value>(value);
-        return S_OK;
+        return Give(target, std::forward<Value>(value));
     }
 
     ULONG m_calls = 0;

@@ -106,20 +106,21 @@ protected:
     }
     Names Log() { return std::exchange(log, {}); }
 
-    Names Stack(HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndoUnits**))
+    std::string Stack(HRESULT (IOleUndoManager::*enumerate)(IEnumOleUndoUnits**))
     {
         ComPtr<IEnumOleUndoUnits> units;
         EXPECT_EQ(S_OK, (manager.Get()->*enumerate)(units.Put()));
-        Names names;
+        std::string names;
         for (ComPtr<IOleUndoUnit> unit; units->Next(1, unit.Put(), nullptr) == S_OK;) {
             Bstr name;
             unit->GetDescription(name.Put());
-            names.push_back(kv::ToUtf8(name.View()));
+            names += kv::ToUtf8(name.View()) + ' ';
         }
         return names;
     }
-    Names Undoable() { return Stack(&IOleUndoManager::EnumUndoable); }
-    Names Redoable() { return Stack(&IOleUndoManager::EnumRedoable); }
+    std::string Undoable() { return Stack(&IOleUndoManager::EnumUndoable); }
+    /// What can be undone, and behind the bar what can be redone.
+    std::string Stacks() { return Undoable() + "| " + Stack(&IOleUndoManager::EnumRedoable); }
 
     Names log;
     ComPtr<IOleUndoManager> manager;
@@ -131,17 +132,14 @@ TEST_F(UndoManagerTest, MovesUnitsBetweenItsStacks)
     const auto b = Add("b");
     const auto c = Add("c");
     EXPECT_EQ((Names{"a followed", "b followed"}), Log());
-    EXPECT_EQ((Names{"c", "b", "a"}), Undoable());
+    EXPECT_EQ("c b a ", Undoable());
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
     EXPECT_EQ(S_OK, manager->UndoTo(a.Get()));
-    EXPECT_EQ((Names{}), Undoable());
-    EXPECT_EQ((Names{"a", "b", "c"}), Redoable());
+    EXPECT_EQ("| a b c ", Stacks());
     EXPECT_EQ(S_OK, manager->RedoTo(b.Get()));
-    EXPECT_EQ((Names{"b", "a"}), Undoable());
-    EXPECT_EQ((Names{"c"}), Redoable());
+    EXPECT_EQ("b a | c ", Stacks());
     Add("d");
-    EXPECT_EQ((Names{"d", "b", "a"}), Undoable());
-    EXPECT_EQ((Names{}), Redoable()) << "a new unit ends what could be redone";
+    EXPECT_EQ("d b a | ", Stacks()) << "a new unit ends what could be redone";
 }
 
 TEST_F(UndoManagerTest, SaysWhenThereIsNothingToDo)
@@ -182,9 +180,9 @@ TEST_F(UndoManagerTest, GathersUnitsInAnOpenParent)
     EXPECT_EQ(E_INVALIDARG, manager->Close(parent.Get(), true)) << "the inner one is open";
     EXPECT_EQ(S_OK, manager->Close(inner.Get(), true));
     EXPECT_EQ(E_INVALIDARG, manager->Close(inner.Get(), true));
-    EXPECT_EQ((Names{}), Undoable());
+    EXPECT_EQ("", Undoable());
     EXPECT_EQ(S_OK, manager->Close(parent.Get(), true));
-    EXPECT_EQ((Names{"parent"}), Undoable());
+    EXPECT_EQ("parent ", Undoable());
 
     EXPECT_EQ(S_OK, manager->Open(Make<Parent>().Get()));
     EXPECT_EQ(S_OK, manager->GetOpenParentState(&state));
@@ -199,8 +197,7 @@ TEST_F(UndoManagerTest, DropsAParentThatIsNotCommitted)
     const auto parent = Make<Parent>();
     EXPECT_EQ(S_OK, manager->Open(parent.Get()));
     EXPECT_EQ(S_OK, manager->Close(parent.Get(), false));
-    EXPECT_EQ((Names{}), Undoable());
-    EXPECT_EQ((Names{"a"}), Redoable());
+    EXPECT_EQ("| a ", Stacks());
     EXPECT_EQ(S_FALSE, manager->Close(parent.Get(), false));
 }
 
@@ -218,15 +215,13 @@ TEST_F(UndoManagerTest, IsAsBeforeWhenAUnitFails)
         EXPECT_EQ(E_UNEXPECTED, running->DiscardFrom(nullptr));
     };
     EXPECT_EQ(E_ACCESSDENIED, manager->UndoTo(b.Get()));
-    EXPECT_EQ((Names{"d", "c", "b", "a"}), Undoable());
-    EXPECT_EQ((Names{}), Redoable());
+    EXPECT_EQ("d c b a | ", Stacks());
     const Names ran = Log();
     EXPECT_EQ(1, std::ranges::count(ran, "~half"));
     b->result = S_OK;
     b->before = {};
     EXPECT_EQ(S_OK, manager->UndoTo(b.Get()));
-    EXPECT_EQ((Names{"a"}), Undoable());
-    EXPECT_EQ((Names{"b", "c", "d"}), Redoable());
+    EXPECT_EQ("a | b c d ", Stacks());
 }
 
 TEST_F(UndoManagerTest, GivesUpWhenNeitherWayWorks)
@@ -235,11 +230,10 @@ TEST_F(UndoManagerTest, GivesUpWhenNeitherWayWorks)
     const auto b = Add("b");
     a->result = E_ABORT;
     EXPECT_EQ(E_FAIL, manager->UndoTo(a.Get())) << "nothing was lost";
-    EXPECT_EQ((Names{"b", "a"}), Undoable());
+    EXPECT_EQ("b a ", Undoable());
     a->before = [&](IOleUndoManager*) { b->result = E_FAIL; };
     EXPECT_EQ(E_ABORT, manager->UndoTo(a.Get()));
-    EXPECT_EQ((Names{}), Undoable());
-    EXPECT_EQ((Names{}), Redoable());
+    EXPECT_EQ("| ", Stacks());
 }
 
 TEST_F(UndoManagerTest, DiscardsWhatIsOlderToo)
@@ -248,14 +242,13 @@ TEST_F(UndoManagerTest, DiscardsWhatIsOlderToo)
     const auto b = Add("b");
     Add("c");
     EXPECT_EQ(S_OK, manager->DiscardFrom(b.Get()));
-    EXPECT_EQ((Names{"c"}), Undoable());
+    EXPECT_EQ("c ", Undoable());
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
     Add("d");
-    EXPECT_EQ((Names{"d"}), Undoable());
+    EXPECT_EQ("d ", Undoable());
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
     EXPECT_EQ(S_OK, manager->DiscardFrom(nullptr));
-    EXPECT_EQ((Names{}), Undoable());
-    EXPECT_EQ((Names{}), Redoable());
+    EXPECT_EQ("| ", Stacks());
 }
 
 TEST_F(UndoManagerTest, LetsGoOfTheUnitsOfAnOwner)
@@ -269,19 +262,18 @@ TEST_F(UndoManagerTest, LetsGoOfTheUnitsOfAnOwner)
         if (*name == 'd') {
             unit->before = [&](IOleUndoManager*) {
                 EXPECT_EQ(S_OK, removal->RemoveUnitsOf(&owner));
-                EXPECT_EQ((Names{"c", "b", "a"}), Undoable()) << "until the run is over";
+                EXPECT_EQ("c b a ", Undoable()) << "until the run is over";
             };
         }
     }
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
-    EXPECT_EQ((Names{"c", "a"}), Undoable());
-    EXPECT_EQ((Names{"e"}), Redoable());
+    EXPECT_EQ("c a | e ", Stacks());
     const auto g = Add("g");
     EXPECT_EQ(S_OK, removal->RemoveUnit(g.Get()));
     EXPECT_EQ(E_INVALIDARG, removal->RemoveUnit(g.Get()));
-    EXPECT_EQ((Names{"c", "a"}), Undoable());
+    EXPECT_EQ("c a ", Undoable());
     const Names gone = Log();
     EXPECT_EQ(1, std::ranges::count(gone, "~b"));
     EXPECT_EQ(1, std::ranges::count(gone, "~d"));
@@ -291,16 +283,16 @@ TEST_F(UndoManagerTest, KeepsNothingWhileDisabled)
 {
     Add("a");
     EXPECT_EQ(S_OK, manager->Enable(false));
-    EXPECT_EQ((Names{}), Undoable());
+    EXPECT_EQ("", Undoable());
     Add("b");
     EXPECT_EQ(S_OK, manager->Open(Make<Parent>().Get()));
     EXPECT_EQ(S_OK, manager->Close(Make<Parent>().Get(), true));
     EXPECT_EQ(E_UNEXPECTED, manager->UndoTo(nullptr));
     EXPECT_EQ(E_UNEXPECTED, manager->DiscardFrom(nullptr));
     EXPECT_EQ(S_OK, manager->Enable(true));
-    EXPECT_EQ((Names{}), Undoable());
+    EXPECT_EQ("", Undoable());
     Add("c");
-    EXPECT_EQ((Names{"c"}), Undoable());
+    EXPECT_EQ("c ", Undoable());
 }
 
 TEST_F(UndoManagerTest, EnumeratesWithSkipsAndCopies)
