@@ -61,5 +61,6 @@ void MeasureEffects(std::vector<Row>& rows);
 void MeasureMedia(std::vector<Row>& rows);
 void MeasureTexts(std::vector<Row>& rows);
 void MeasureStoryboards(std::vector<Row>& rows);
+void MeasureFrames(std::vector<Row>& rows);
 
 } // namespace kv::bench

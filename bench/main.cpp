@@ -22,7 +22,7 @@ constexpr Group kGroups[]{
     {"undo", kv::bench::MeasureUndo},       {"documents", kv::bench::MeasureDocuments},
     {"dom", kv::bench::MeasureDom},         {"media", kv::bench::MeasureMedia},
     {"texts", kv::bench::MeasureTexts},     {"storyboards", kv::bench::MeasureStoryboards},
-    {"effects", kv::bench::MeasureEffects},
+    {"effects", kv::bench::MeasureEffects}, {"frames", kv::bench::MeasureFrames},
 };
 
 } // namespace

@@ -5,7 +5,7 @@
 #include "platform/com/Unknown.h"
 
 /// What a production shows, one frame at a time: its panels with crop and fit, then its effects from the lowest layer
-/// to the highest. No production offers it yet. Calls may come on any thread, while others edit.
+/// to the highest. Calls may come on any thread, while others edit.
 struct IZXEProductionFrames : IUnknown {
     static constexpr GUID IID = "7ae93170-5163-4b85-a085-b0199d3f16d9"_guid;
     using Base = IUnknown;

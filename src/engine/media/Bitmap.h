@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace kv {
@@ -28,7 +29,16 @@ struct Bitmap {
     }
 };
 
+/// Sizes of bitmaps end here.
+inline constexpr int kMaxBitmapSide = 16'384;
+
+/// Of a width and a height, of which one may be 0 and follows from the aspect ratio then, both.
+std::pair<int, int> SizeOf(double aspectRatio, int width, int height);
+
 /// The pixels as an array of bytes. Throws on lack of memory.
 SafeArray BytesOf(const Bitmap& bitmap);
+
+/// Hands out a bitmap, the bytes of its rows, and its pixels. The out-pointers of an interface, none of which is null.
+void Give(const Bitmap& bitmap, ULONG* width, ULONG* height, ULONG* stride, SAFEARRAY** pixels);
 
 } // namespace kv

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
-#include <utility>
 
 namespace kv {
 namespace {
@@ -34,19 +33,6 @@ Decoder OpenDecoder(const AVStream& stream)
     return decoder;
 }
 
-/// Of a width and a height of which one is not given, both.
-std::pair<int, int> SizeOf(const PictureStream& picture, int width, int height)
-{
-    const auto side = [](double length) {
-        return static_cast<int>(std::clamp(std::round(length), 1.0, double{kMaxBitmapSide}));
-    };
-    if (width < 0 || height < 0 || width > kMaxBitmapSide || height > kMaxBitmapSide) throw Error(E_INVALIDARG);
-    if (width == 0 && height == 0) return {static_cast<int>(picture.width), static_cast<int>(picture.height)};
-    if (width == 0) return {side(height * picture.aspectRatio), height};
-    if (height == 0) return {width, side(width / picture.aspectRatio)};
-    return {width, height};
-}
-
 } // namespace
 
 FrameReader::FrameReader(MediaFile& file, const MediaProperties& media)
@@ -67,7 +53,12 @@ FrameReader::FrameReader(MediaFile& file, const MediaProperties& media)
 Bitmap FrameReader::FrameAt(double seconds, int width, int height)
 {
     if (!std::isfinite(seconds) || seconds < 0.0) throw Error(E_INVALIDARG);
-    const auto [columns, rows] = SizeOf(m_picture, width, height);
+    if (width < 0 || height < 0 || width > kMaxBitmapSide || height > kMaxBitmapSide) throw Error(E_INVALIDARG);
+    if (width == 0 && height == 0) {
+        width = static_cast<int>(m_picture.width);
+        height = static_cast<int>(m_picture.height);
+    }
+    const auto [columns, rows] = SizeOf(m_picture.aspectRatio, width, height);
     m_file.StartClock();
     Find(m_picture.moving ? InStreamTime(seconds) : INT64_MAX);
     return Scaled(*m_shown, m_orientation, columns, rows);

@@ -10,9 +10,6 @@
 
 namespace kv {
 
-/// Sizes of bitmaps end here.
-inline constexpr int kMaxBitmapSide = 16'384;
-
 /// Belongs to one thread at a time. Times that grow in small steps cost no seeking.
 class FrameReader {
 public:

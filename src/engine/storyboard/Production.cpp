@@ -1,6 +1,8 @@
 #include "engine/storyboard/Production.h"
 
+#include "engine/render/Renderer.h"
 #include "engine/storyboard/ProductionForm.h"
+#include "engine/storyboard/SceneBuilder.h"
 
 #include <cmath>
 
@@ -255,6 +257,26 @@ HRESULT CProduction::Load(IXMLDOMElement* pElement, IZXEContentPaths* pPaths)
         if (!element) return E_INVALIDARG;
         const HRESULT ready = m_board->ReadyToLoad();
         return FAILED(ready) ? ready : m_board->Load(LoadBoard(m_board, element, pPaths));
+    });
+}
+
+// Pictures
+
+HRESULT CProduction::GetFrame(double dSeconds, ULONG ulWidth, ULONG ulHeight, ULONG* pulWidth, ULONG* pulHeight,
+                              ULONG* pulStride, SAFEARRAY** ppPixels)
+{
+    for (ULONG* out : {pulWidth, pulHeight, pulStride}) {
+        if (out) *out = 0;
+    }
+    if (ppPixels) *ppPixels = nullptr;
+    if (!pulWidth || !pulHeight || !pulStride || !ppPixels) return E_POINTER;
+    const ULONG most = std::max(ulWidth, ulHeight);
+    if (!IsAmount(dSeconds) || most == 0 || most > static_cast<ULONG>(kMaxBitmapSide)) return E_INVALIDARG;
+    return Guarded([&] {
+        const Scene scene = SceneOf(m_board->Image(), dSeconds);
+        const auto [width, height] = SizeOf(scene.aspectRatio, static_cast<int>(ulWidth), static_cast<int>(ulHeight));
+        kv::Give(SharedRenderer().Draw(scene, width, height), pulWidth, pulHeight, pulStride, ppPixels);
+        return S_OK;
     });
 }
 

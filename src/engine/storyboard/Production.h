@@ -10,8 +10,9 @@
 
 namespace kv {
 
-class CProduction final : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects,
-                                        IZXEProductionPersist, IZXEProductionNotify, ConnectionPointContainer> {
+class CProduction final
+    : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects, IZXEProductionPersist,
+                    IZXEProductionFrames, IZXEProductionNotify, ConnectionPointContainer> {
 public:
     using Object::Object;
 
@@ -53,6 +54,9 @@ public:
 
     HRESULT Save(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) override;
     HRESULT Load(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) override;
+
+    HRESULT GetFrame(double dSeconds, ULONG ulWidth, ULONG ulHeight, ULONG* pulWidth, ULONG* pulHeight,
+                     ULONG* pulStride, SAFEARRAY** ppPixels) override;
 
     HRESULT Notify(ULONG ulEvent, LONG lFirst, LONG lSecond) override;
 

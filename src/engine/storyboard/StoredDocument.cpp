@@ -19,6 +19,10 @@ struct StoredDocument::Held {
     /// Empty until the markup was asked for.
     ComPtr<IXMLDOMNode> node;
     std::string markup;
+    /// Taken before the other one.
+    std::mutex lookMutex;
+    /// Empty until it was asked for.
+    std::shared_ptr<const Look> look;
 };
 
 StoredDocument::StoredDocument(IXMLDOMNode* node)
@@ -66,6 +70,23 @@ HRESULT StoredDocument::Give(IXMLDOMNode** out) const
     if (!out) return E_POINTER;
     *out = nullptr;
     return Guarded([&] { return m_held ? Node().CopyTo(out) : S_FALSE; });
+}
+
+std::shared_ptr<const Look> StoredDocument::ShownAs() const
+{
+    if (!m_held) return nullptr;
+    const std::lock_guard lock(m_held->lookMutex);
+    if (!m_held->look) m_held->look = std::make_shared<const Look>(ReadLook(Passing()));
+    return m_held->look;
+}
+
+XmlElement StoredDocument::Passing() const
+{
+    {
+        const std::lock_guard lock(m_held->mutex);
+        if (!m_held->node) return XmlElement::Parse(m_held->markup);
+    }
+    return Root();
 }
 
 void StoredDocument::CopyInto(XmlElement& parent) const

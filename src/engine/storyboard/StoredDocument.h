@@ -1,6 +1,7 @@
 #pragma once
 // A document of an effect or of a clip.
 
+#include "engine/render/Look.h"
 #include "platform/xml/Element.h"
 
 #include <memory>
@@ -30,11 +31,17 @@ public:
     /// The document itself; null and S_FALSE without one.
     HRESULT Give(IXMLDOMNode** out) const;
 
+    /// What it tells of how its owner is shown, read once; null without a document.
+    std::shared_ptr<const Look> ShownAs() const;
+
     /// Puts a copy of its element last into another one.
     void CopyInto(XmlElement& parent) const;
 
 private:
     struct Held;
+
+    /// The element, without a tree that stays where there is none yet.
+    XmlElement Passing() const;
 
     std::shared_ptr<Held> m_held;
 };

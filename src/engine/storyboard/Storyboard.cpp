@@ -9,9 +9,6 @@ namespace {
 
 using Events = IZXEProductionDataEvents;
 
-/// Frames per second where no panel shows video.
-constexpr double kDefaultFrameRate = 29.97;
-
 } // namespace
 
 // Life

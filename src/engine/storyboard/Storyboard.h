@@ -12,6 +12,9 @@ namespace kv {
 
 class CProduction;
 
+/// Frames per second where no panel shows video.
+inline constexpr double kDefaultFrameRate = 29.97;
+
 /// What a production is made for.
 struct Settings {
     double aspectRatio = 4.0 / 3.0;
