@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace kv {
 
@@ -18,22 +17,19 @@ std::pair<int, int> SizeOf(double aspectRatio, int width, int height)
     return {width, height};
 }
 
-SafeArray BytesOf(const Bitmap& bitmap)
+SafeArray NewPixels(int width, int height)
 {
-    const std::size_t size = bitmap.pixels.size() * sizeof bitmap.pixels[0];
-    SafeArray bytes(SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(size)));
+    const auto pixels = static_cast<ULONG>(width) * static_cast<ULONG>(height);
+    SafeArray bytes(SafeArrayCreateVector(VT_UI1, 0, pixels * ULONG{sizeof(std::uint32_t)}));
     if (!bytes.Get()) throw Error(E_OUTOFMEMORY);
-    std::memcpy(bytes.Get()->pvData, bitmap.pixels.data(), size);
     return bytes;
 }
 
-void Give(const Bitmap& bitmap, ULONG* width, ULONG* height, ULONG* stride, SAFEARRAY** pixels)
+SafeArray BytesOf(const Bitmap& bitmap)
 {
-    SafeArray bytes = BytesOf(bitmap);
-    *width = static_cast<ULONG>(bitmap.width);
-    *height = static_cast<ULONG>(bitmap.height);
-    *stride = *width * sizeof(std::uint32_t);
-    *pixels = bytes.Detach();
+    SafeArray bytes = NewPixels(bitmap.width, bitmap.height);
+    std::ranges::copy(bitmap.pixels, PixelsIn(bytes));
+    return bytes;
 }
 
 } // namespace kv

@@ -35,10 +35,13 @@ inline constexpr int kMaxBitmapSide = 16'384;
 /// Of a width and a height, of which one may be 0 and follows from the aspect ratio then, both.
 std::pair<int, int> SizeOf(double aspectRatio, int width, int height);
 
-/// The pixels as an array of bytes. Throws on lack of memory.
+/// Transparent pixels as an array of bytes, and where the first one lies. Throw on lack of memory.
+SafeArray NewPixels(int width, int height);
+inline std::uint32_t* PixelsIn(const SafeArray& bytes)
+{
+    return static_cast<std::uint32_t*>(bytes.Get()->pvData);
+}
+/// The pixels as such an array.
 SafeArray BytesOf(const Bitmap& bitmap);
-
-/// Hands out a bitmap, the bytes of its rows, and its pixels. The out-pointers of an interface, none of which is null.
-void Give(const Bitmap& bitmap, ULONG* width, ULONG* height, ULONG* stride, SAFEARRAY** pixels);
 
 } // namespace kv

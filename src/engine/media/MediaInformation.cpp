@@ -72,8 +72,13 @@ HRESULT CMediaInformation::GetFrame(double dSeconds, ULONG ulWidth, ULONG ulHeig
         const SectionLock lock(m_section);
         if (!m_source) return ZXE_E_NOT_OPEN;
         if (!m_source->frames) m_source->frames.emplace(m_source->file, m_source->media);
-        Give(m_source->frames->FrameAt(dSeconds, static_cast<int>(ulWidth), static_cast<int>(ulHeight)), pulWidth,
-             pulHeight, pulStride, ppPixels);
+        const Bitmap bitmap =
+            m_source->frames->FrameAt(dSeconds, static_cast<int>(ulWidth), static_cast<int>(ulHeight));
+        SafeArray bytes = BytesOf(bitmap);
+        *pulWidth = static_cast<ULONG>(bitmap.width);
+        *pulHeight = static_cast<ULONG>(bitmap.height);
+        *pulStride = *pulWidth * sizeof(std::uint32_t);
+        *ppPixels = bytes.Detach();
         return S_OK;
     });
 }

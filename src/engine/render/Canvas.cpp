@@ -14,12 +14,11 @@ struct PatternCloser {
 };
 using Pattern = std::unique_ptr<cairo_pattern_t, PatternCloser>;
 
-cairo_surface_t* SurfaceOver(const Bitmap& bitmap)
+cairo_surface_t* SurfaceOver(FrameSize size, std::uint32_t* pixels)
 {
-    // What is only a source is not written to.
-    auto* pixels = reinterpret_cast<unsigned char*>(const_cast<std::uint32_t*>(bitmap.pixels.data()));
-    return cairo_image_surface_create_for_data(pixels, CAIRO_FORMAT_ARGB32, bitmap.width, bitmap.height,
-                                               bitmap.width * static_cast<int>(sizeof(std::uint32_t)));
+    return cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(pixels), CAIRO_FORMAT_ARGB32,
+                                               size.width, size.height,
+                                               size.width * static_cast<int>(sizeof(std::uint32_t)));
 }
 
 /// Null without a bitmap, and for one that is not to be seen at its place.
@@ -35,7 +34,9 @@ Pattern PatternOf(const Canvas::Placed& placed)
     const auto width = static_cast<double>(placed.bitmap->width);
     const auto height = static_cast<double>(placed.bitmap->height);
     const cairo_matrix_t toBitmap = Then(*back, {width, 0.0, 0.0, height, 0.0, 0.0});
-    cairo_surface_t* surface = SurfaceOver(*placed.bitmap);
+    // What is only a source is not written to.
+    auto* pixels = const_cast<std::uint32_t*>(placed.bitmap->pixels.data());
+    cairo_surface_t* surface = SurfaceOver({placed.bitmap->width, placed.bitmap->height}, pixels);
     Pattern pattern(cairo_pattern_create_for_surface(surface));
     cairo_surface_destroy(surface);
     cairo_pattern_set_matrix(pattern.get(), &toBitmap);
@@ -57,7 +58,7 @@ void PaintMasked(cairo_t* context, cairo_pattern_t* mask, double opacity)
 
 } // namespace
 
-Canvas::Canvas(Bitmap& frame) : m_size{frame.width, frame.height}, m_surface(SurfaceOver(frame)) {}
+Canvas::Canvas(FrameSize size, std::uint32_t* pixels) : m_size(size), m_surface(SurfaceOver(size, pixels)) {}
 
 void Canvas::Blacken()
 {

@@ -13,8 +13,8 @@ namespace kv {
 /// of memory.
 class Canvas {
 public:
-    /// Draws on the bitmap, which outlives it and is used for nothing else meanwhile.
-    explicit Canvas(Bitmap& frame);
+    /// Draws on pixels that lie as those of a Bitmap, outlive it and are used for nothing else meanwhile.
+    Canvas(FrameSize size, std::uint32_t* pixels);
 
     FrameSize Size() const { return m_size; }
     void Blacken();

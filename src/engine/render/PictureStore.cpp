@@ -32,9 +32,11 @@ std::size_t SizeOf(int width, int height)
 /// The smallest of the sizes that halve, rounded up, which is not below the one that is needed.
 int Halved(int side, double needed)
 {
-    while (side > kMaxBitmapSide || (side > 1 && (side + 1) / 2 >= needed))
-        side = (side + 1) / 2;
-    return side;
+    while (true) {
+        const int half = (side + 1) / 2;
+        if (side <= kMaxBitmapSide && (side == 1 || half < needed)) return side;
+        side = half;
+    }
 }
 
 /// What a file that is open costs. Even that of a small picture has a decoder.

@@ -142,16 +142,14 @@ private:
 
 } // namespace
 
-Bitmap Renderer::Draw(const Scene& scene, int width, int height) const
+void Renderer::Draw(const Scene& scene, int width, int height, std::uint32_t* pixels) const
 {
-    Bitmap frame(width, height);
-    Canvas canvas(frame);
+    Canvas canvas({width, height}, pixels);
     if (scene.onBlack) canvas.Blacken();
     for (const Layer& layer : scene.layers) {
         const LayerPainter painter(m_pictures, canvas, scene, layer);
         layer.picture ? painter.PaintPicture(*layer.picture) : painter.PaintText();
     }
-    return frame;
 }
 
 const Renderer& SharedRenderer()

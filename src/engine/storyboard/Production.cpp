@@ -275,7 +275,12 @@ HRESULT CProduction::GetFrame(double dSeconds, ULONG ulWidth, ULONG ulHeight, UL
     return Guarded([&] {
         const Scene scene = SceneOf(m_board->Image(), dSeconds);
         const auto [width, height] = SizeOf(scene.aspectRatio, static_cast<int>(ulWidth), static_cast<int>(ulHeight));
-        kv::Give(SharedRenderer().Draw(scene, width, height), pulWidth, pulHeight, pulStride, ppPixels);
+        SafeArray pixels = NewPixels(width, height);
+        SharedRenderer().Draw(scene, width, height, PixelsIn(pixels));
+        *pulWidth = static_cast<ULONG>(width);
+        *pulHeight = static_cast<ULONG>(height);
+        *pulStride = *pulWidth * sizeof(std::uint32_t);
+        *ppPixels = pixels.Detach();
         return S_OK;
     });
 }

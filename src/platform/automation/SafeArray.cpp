@@ -4,8 +4,10 @@
 #include "platform/automation/RecordInfo.h"
 #include "platform/automation/ValueType.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -51,6 +53,12 @@ HRESULT CopyElement(const SAFEARRAY& array, void* target, const void* source)
         std::memcpy(target, source, array.cbElements);
         return S_OK;
     }
+}
+
+bool OwnsElements(const SAFEARRAY& array)
+{
+    constexpr VARTYPE kOwners[] = {VT_BSTR, VT_UNKNOWN, VT_DISPATCH, VT_VARIANT, VT_RECORD};
+    return std::ranges::find(kOwners, array.vt) != std::end(kOwners);
 }
 
 /// Frees what an element owns; its bytes stay as they are.
@@ -116,7 +124,9 @@ SAFEARRAY* SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG count, v
 HRESULT SafeArrayDestroy(SAFEARRAY* array)
 {
     if (!array) return S_OK;
-    for (ULONG i = 0; i < Count(*array); ++i)
+    // Of the bytes of a picture there are millions.
+    const ULONG owners = OwnsElements(*array) ? Count(*array) : 0;
+    for (ULONG i = 0; i < owners; ++i)
         FreeElement(*array, Element(*array, i));
     ComPtr<IRecordInfo>::Attach(array->pRecInfo).Reset();
     std::free(array->pvData);
