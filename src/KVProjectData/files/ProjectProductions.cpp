@@ -3,6 +3,7 @@
 #include "KVProjectData/Engine/Persist.h"
 #include "KVProjectData/Engine/Production.h"
 #include "KVProjectData/content/DocumentPaths.h"
+#include "KVProjectData/content/ParameterPaths.h"
 #include "KVProjectData/project/ProjectStoryboards.h"
 #include "KVProjectData/tree/AttributeTexts.h"
 #include "KVProjectData/tree/ObjectID.h"
@@ -120,6 +121,7 @@ public:
         entry.SetAttribute(kName, owned.name);
         const XmlElement storyboard = entry.Add(kStoryboard);
         kEngine.Need(persist->Save(storyboard.Element().Get(), m_paths.Get()), "Save()");
+        ParameterPathsToDocument(storyboard, *m_paths);
         if (const auto kept = m_kept.find({ownerID, owned.name}); kept != m_kept.end()) {
             Join(entry, storyboard, kept->second);
             m_kept.erase(kept);
@@ -221,8 +223,9 @@ private:
     HRESULT LoadProduction(IUnknown* production, const XmlElement& storyboard)
     {
         const auto persist = Query<IZXEProductionPersist>(production);
-        return kEngine.Checked(persist ? persist->Load(storyboard.Element().Get(), m_paths.Get()) : E_NOINTERFACE,
-                               "Load()");
+        if (!persist) return kEngine.Checked(E_NOINTERFACE, "Query<IZXEProductionPersist>");
+        const XmlElement resolved = ParameterPathsFromDocument(storyboard, *m_paths);
+        return kEngine.Checked(persist->Load(resolved.Element().Get(), m_paths.Get()), "Load()");
     }
 
     static constexpr LONG kOwnAttributes = 2;

@@ -221,7 +221,7 @@ TEST_F(ProductionsTest, WhatCannotBeLoadedIsToldKeptAndLoadedLater)
     const std::string productions = Within(Entry(5, kSea) + Entry(6, kSky));
     for (const auto& [fault, told] : {std::pair{Fault::Create, "0x80040111 = CreateInstance(CLSID_ZXEProduction)"},
                                       {Fault::Initialise, "0x80004005 = Initialise()"},
-                                      {Fault::Offer, "0x80004002 = Load()"},
+                                      {Fault::Offer, "0x80004002 = Query<IZXEProductionPersist>"},
                                       {Fault::Load, "0xC2000019 = Load()"},
                                       {Fault::Connect, "0x80004005 = TakeProduction()"}}) {
         engine.fault = fault;

@@ -1,0 +1,70 @@
+#include "KVProjectData/content/ParameterPaths.h"
+
+#include "KVProjectData/Engine/Parameters.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kv {
+namespace {
+
+XmlView ChildOf(const XmlView& element, std::string_view name)
+{
+    XmlView child = element.FirstChild();
+    while (child && child.Name() != name)
+        child = child.Next();
+    return child;
+}
+
+/// The element that holds the path of an element, if that is one of those with a path.
+XmlView PathOf(const XmlView& element)
+{
+    if (element.Name() == "alphaFile") return element.Parent().Name() == "effect" ? element : XmlView();
+    if (element.Name() != "Parameter" || element.Parent().Name() != "ParameterSet") return {};
+    static const std::string kMaskFile = std::to_string(ZXP_PARAM_MASK_FILE);
+    const XmlView id = ChildOf(element, "ParamID").FirstChild();
+    return id.Text() == kMaskFile ? ChildOf(element, "Value") : XmlView();
+}
+
+using Translate = HRESULT (IZXEContentPaths::*)(BSTR, BSTR*);
+
+/// Where another text is to stand, and which.
+std::vector<std::pair<XmlView, std::string>> Translations(const XmlElement& element, IZXEContentPaths& paths,
+                                                          Translate translate)
+{
+    std::vector<std::pair<XmlView, std::string>> translations;
+    const XmlView top = element.View();
+    for (XmlView place = top; place; place = place.Following(top)) {
+        const XmlView text = PathOf(place).FirstChild();
+        if (!text.IsText() || text.Next()) continue;
+        Bstr translated;
+        ThrowIfFailed((paths.*translate)(Bstr(ToUtf16(text.Text())).Get(), translated.Put()));
+        if (std::string other = ToUtf8(translated.View()); other != text.Text())
+            translations.emplace_back(text, std::move(other));
+    }
+    return translations;
+}
+
+void TranslateIn(const XmlElement& element, IZXEContentPaths& paths, Translate translate)
+{
+    for (const auto& [place, text] : Translations(element, paths, translate))
+        element.At(place).SetText(text);
+}
+
+} // namespace
+
+void ParameterPathsToDocument(const XmlElement& element, IZXEContentPaths& paths)
+{
+    TranslateIn(element, paths, &IZXEContentPaths::ToDocument);
+}
+
+XmlElement ParameterPathsFromDocument(const XmlElement& element, IZXEContentPaths& paths)
+{
+    if (Translations(element, paths, &IZXEContentPaths::FromDocument).empty()) return element;
+    XmlElement copy = element.Copy();
+    TranslateIn(copy, paths, &IZXEContentPaths::FromDocument);
+    return copy;
+}
+
+} // namespace kv
