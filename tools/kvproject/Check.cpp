@@ -1,12 +1,15 @@
 #include "Check.h"
 
+#include "Failure.h"
 #include "Losses.h"
 #include "Markup.h"
 #include "Session.h"
+#include "Storyboard.h"
 #include "platform/system/Paths.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <set>
 
 namespace kvproject {
@@ -71,18 +74,103 @@ void FindMissingFiles(IKVProjectData& project, std::vector<std::string>& faults)
     }
 }
 
+/// "title:3", but neither a path nor a drive.
+bool IsMoniker(std::string_view source)
+{
+    const std::size_t colon = source.find(':');
+    return colon != source.npos && colon > 1 && source.find_first_of("/\\") > colon;
+}
+
+/// 0 for none, and for what is none.
+ULONG IdOf(const Element& element, const std::string& attribute)
+{
+    const auto attributes = element.Attributes();
+    const auto text = attributes.find(attribute);
+    return text == attributes.end() ? 0 : ReadId(text->second).value_or(0);
+}
+
+/// What stands among the productions of a file.
+class ProductionCheck {
+public:
+    ProductionCheck(const Session& session, const Element& project, std::vector<std::string>& faults)
+        : m_session(session), m_faults(faults)
+    {
+        ForEachChild(project, {}, [this](const Element& list, const std::string& path) {
+            if (list.Name() == "Titles") CollectTitles(list, path);
+        });
+    }
+
+    void Run(const Element& productions, const std::string& path)
+    {
+        ForEachChild(productions, path, [this](const Element& child, const std::string& childPath) {
+            if (child.Name() == "Production") CheckProduction(child, childPath);
+        });
+    }
+
+private:
+    void CollectTitles(const Element& list, const std::string& path)
+    {
+        ForEachChild(list, path, [this](const Element& title, const std::string&) {
+            if (title.Name() == "Title") m_titles.insert(IdOf(title, "ID"));
+        });
+    }
+
+    void CheckProduction(const Element& production, const std::string& path)
+    {
+        std::optional<Element> storyboard;
+        std::string storyboardPath;
+        ForEachChild(production, path, [&](const Element& child, const std::string& childPath) {
+            if (child.Name() != "Storyboard" || storyboard) return;
+            storyboard = child;
+            storyboardPath = childPath;
+        });
+        const ULONG owner = IdOf(production, "ownerID");
+        if (!storyboard || owner == 0) {
+            m_faults.push_back(path + ": no production that can be loaded");
+            return;
+        }
+        const auto title = m_titles.find(owner);
+        if (title == m_titles.end()) {
+            m_faults.push_back(path + ": there is no title of the ID " + std::to_string(owner) + " for it");
+        } else {
+            m_titles.erase(title);
+        }
+        const HRESULT read = TryStoryboard(storyboard->Node().Get());
+        if (FAILED(read)) m_faults.push_back(storyboardPath + ": " + Describe(read, "the engine does not read it"));
+        ForEachChild(*storyboard, storyboardPath, [this](const Element& part, const std::string& partPath) {
+            for (const auto& [name, value] : part.Attributes()) {
+                if (name == "source" || name == "mask") CheckMedia(value, partPath);
+            }
+        });
+    }
+
+    void CheckMedia(const std::string& source, const std::string& path)
+    {
+        const kv::Bstr file = m_session.Resolved(source);
+        if (!IsMoniker(source) && !kv::PathFileExists(file.View()))
+            m_faults.push_back(path + ": the file " + kv::ToUtf8(file.View()) + " is missing");
+    }
+
+    const Session& m_session;
+    /// Those whose production was not met yet.
+    std::multiset<ULONG> m_titles;
+    std::vector<std::string>& m_faults;
+};
+
 } // namespace
 
 std::vector<std::string> CheckFile(const std::string& file)
 {
-    std::vector<std::string> faults = FindUnread(file);
-    std::set<ULONG> seen;
-    ForEachChild(RootOf(*ParseFile(file)), {}, [&](const Element& child, const std::string& path) {
-        // The IDs of productions are the host's.
-        if (child.Name() != kProductionsElement) FindDoubleIds(child, path, seen, faults);
-    });
+    std::vector<std::string> faults = FindLosses(file);
     Session session;
     session.Load(file);
+    std::set<ULONG> seen;
+    const auto document = ParseFile(file);
+    ProductionCheck productions(session, Element(FindProject(*document)), faults);
+    ForEachChild(RootOf(*document), {}, [&](const Element& child, const std::string& path) {
+        // Productions have no IDs of their own.
+        child.Name() == kProductionsElement ? productions.Run(child, path) : FindDoubleIds(child, path, seen, faults);
+    });
     FindMissingFiles(session.Project(), faults);
     FindDestinations(session.Project(), faults);
     return faults;

@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "KVProjectData/Engine.h"
 #include "ObjectPath.h"
+#include "Storyboard.h"
 #include "Text.h"
 #include "platform/com/Activation.h"
 
@@ -30,6 +31,7 @@ void AddClip(EventPrinter& events, const std::string& clip, LONG position)
     const auto title = events.AddTitle(source, position);
     const std::string name = std::filesystem::path(file).stem().string();
     Require(title->put_Label(kv::Bstr(kv::ToUtf16(name)).Get()), "cannot name the title");
+    PutIntoStoryboard(*title, file);
     events.WaitForAll();
 }
 

@@ -88,19 +88,20 @@ public:
         });
     }
 
-    /// What stands around the first project.
+    /// What stands around the first project. Of the productions all is kept.
     void RunOutside(IXMLDOMDocument& document)
     {
         const Element root = RootOf(document);
         ReportAttributes(root, root.Name());
         CompareContents(Element(&document).Contents(), {{"a comment", kWritersComment}}, "the document");
         CompareContents(root.Contents(), {}, root.Name());
-        bool first = true;
+        bool firstProject = true;
+        bool firstProductions = true;
         ForEachChild(root, {}, [&](const Element& child, const std::string& path) {
             const std::string name = child.Name();
-            if (name == kProjectElement && std::exchange(first, false)) return;
-            if (name != kProductionsElement) return ReportUnread(child, path);
-            ReportAttributes(child, path);
+            if (name == kProjectElement && std::exchange(firstProject, false)) return;
+            if (name != kProductionsElement || !std::exchange(firstProductions, false))
+                return ReportUnread(child, path);
             ReportProjectsIn(child, path);
         });
     }
@@ -168,7 +169,7 @@ private:
 
 } // namespace
 
-std::vector<std::string> FindUnread(const std::string& file)
+std::vector<std::string> FindLosses(const std::string& file)
 {
     Session session;
     session.Load(file);
@@ -179,22 +180,10 @@ std::vector<std::string> FindUnread(const std::string& file)
     Require(session.Project().loadXML(original.Get()), "cannot load " + file);
     const auto written = session.Document();
 
-    std::vector<std::string> unread;
-    Comparison comparison(unread);
+    std::vector<std::string> losses;
+    Comparison comparison(losses);
     comparison.Run(Element(original), Element(FindProject(*written)), "Project[1]");
     comparison.RunOutside(*document);
-    return unread;
-}
-
-std::vector<std::string> FindLosses(const std::string& file)
-{
-    std::vector<std::string> losses = FindUnread(file);
-    ForEachChild(RootOf(*ParseFile(file)), {}, [&](const Element& child, const std::string& path) {
-        if (child.Name() != kProductionsElement) return;
-        ForEachChild(child, path, [&](const Element&, const std::string& production) {
-            losses.push_back(production + ": productions are not kept");
-        });
-    });
     return losses;
 }
 

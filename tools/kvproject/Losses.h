@@ -6,11 +6,8 @@
 
 namespace kvproject {
 
-/// One sentence for each element and attribute that is passed over or read differently. Throws Failure for a file that
-/// cannot be loaded at all.
-std::vector<std::string> FindUnread(const std::string& file);
-
-/// These, and what stands in Productions, which is the host's: no fault of the file, but this program writes none.
+/// One sentence for each element and attribute that is passed over or read differently; of productions all is kept.
+/// Throws Failure for a file that cannot be loaded at all.
 std::vector<std::string> FindLosses(const std::string& file);
 
 } // namespace kvproject

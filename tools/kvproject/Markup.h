@@ -14,7 +14,7 @@
 namespace kvproject {
 
 constexpr std::string_view kProjectElement = "Project";
-/// The place of the host's productions, beside the project.
+/// The place of the titles' productions, beside the project.
 constexpr std::string_view kProductionsElement = "Productions";
 
 /// What is no element.
@@ -36,6 +36,7 @@ public:
     std::vector<Element> Children() const;
     /// What else stands in it, or in a document: comments, instructions, texts that are not blank.
     std::vector<Content> Contents() const;
+    kv::ComPtr<IXMLDOMElement> Node() const { return kv::Query<IXMLDOMElement>(m_node); }
 
 private:
     kv::ComPtr<IXMLDOMNode> m_node;

@@ -5,6 +5,7 @@
 #include "KVProjectData/KVProjectData.h"
 #include "KVProjectData/ResultCodes.h"
 #include "Properties.h"
+#include "Storyboard.h"
 #include "Text.h"
 #include "platform/system/Case.h"
 
@@ -99,10 +100,13 @@ struct Target {
     ComPtr<IDispatch> object;
     /// The command of the object that holds it.
     std::optional<LONG> command;
+    /// The production of the title that holds it.
+    bool isOfProduction = false;
     std::string_view member;
 
     DISPID Id() const
     {
+        if (isOfProduction) throw Failure("'" + std::string(member) + "': what a title shows cannot be set");
         if (command) throw Failure("commands[" + std::to_string(*command) + "]: commands cannot be set");
         return FindMember(*object, member);
     }
@@ -110,12 +114,16 @@ struct Target {
 
 Target Find(IKVProjectData& project, std::string_view path)
 {
-    Target target{ComPtr<IDispatch>(&project), std::nullopt, {}};
+    Target target{ComPtr<IDispatch>(&project), std::nullopt, false, {}};
     for (std::size_t dot = path.find('.'); dot != path.npos; dot = path.find('.')) {
         const Segment segment = ParseSegment(path.substr(0, dot));
-        if (target.command) throw Failure("'" + std::string(segment.name) + "' has no members");
+        if (target.command || target.isOfProduction)
+            throw Failure("'" + std::string(segment.name) + "' has no members");
         if (segment.position && kv::SameText(segment.name, "commands")) {
             target.command = segment.position;
+        } else if (!segment.position && kv::SameText(segment.name, kProductionPart) &&
+                   kv::Query<IKVTitle>(target.object)) {
+            target.isOfProduction = true;
         } else {
             target.object = StepInto(*target.object, segment);
         }
@@ -124,6 +132,13 @@ Target Find(IKVProjectData& project, std::string_view path)
     if (ParseSegment(path).position) throw Failure("'" + std::string(path) + "' is an object: name one of its members");
     target.member = path;
     return target;
+}
+
+std::string ValueText(const Variant& value)
+{
+    if (value.vt == VT_EMPTY) return {};
+    if (value.vt == VT_BOOL) return value.boolVal ? "true" : "false";
+    return kv::ToUtf8(kv::View(value.As(VT_BSTR).bstrVal));
 }
 
 /// A member of a command. Empty where it has no value.
@@ -142,6 +157,16 @@ std::optional<std::string> CommandMember(const Target& target)
     throw Failure("'" + std::string(target.member) + "': " + Describe(DISP_E_UNKNOWNNAME));
 }
 
+/// A member of a production. Empty where it has no value.
+std::optional<std::string> ProductionMember(const Target& target)
+{
+    for (const auto& [name, value] : StoryboardOf(*kv::Query<IKVTitle>(target.object))) {
+        if (kv::SameText(name, target.member))
+            return value.vt == VT_EMPTY ? std::nullopt : std::optional(ValueText(value));
+    }
+    throw Failure("'" + std::string(target.member) + "': " + Describe(DISP_E_UNKNOWNNAME));
+}
+
 /// Empty for a member that is no property.
 std::optional<Property> PropertyAt(const Target& target)
 {
@@ -150,13 +175,6 @@ std::optional<Property> PropertyAt(const Target& target)
         if (property.id == id) return std::move(property);
     }
     return std::nullopt;
-}
-
-std::string ValueText(const Variant& value)
-{
-    if (value.vt == VT_EMPTY) return {};
-    if (value.vt == VT_BOOL) return value.boolVal ? "true" : "false";
-    return kv::ToUtf8(kv::View(value.As(VT_BSTR).bstrVal));
 }
 
 /// The number that the property takes for it, as text.
@@ -197,8 +215,8 @@ std::size_t FindSourceEnd(const std::string& text)
 std::string GetMember(IKVProjectData& project, std::string_view path)
 {
     const Target target = Find(project, path);
-    if (target.command) {
-        const auto text = CommandMember(target);
+    if (target.command || target.isOfProduction) {
+        const auto text = target.command ? CommandMember(target) : ProductionMember(target);
         if (!text) throw Failure(std::string(path) + ": " + Describe(S_FALSE));
         return *text;
     }

@@ -121,6 +121,16 @@ void Session::Save(const std::string& file)
     Require(result, "cannot save " + file);
 }
 
+kv::Bstr Session::Resolved(std::string_view path) const
+{
+    kv::Bstr resolved(kv::ToUtf16(path));
+    BSTR text = resolved.Detach();
+    const HRESULT result = m_files->ResolveFilePath(&text);
+    resolved = kv::Bstr::Attach(text);
+    Require(result, "cannot read a path");
+    return resolved;
+}
+
 kv::ComPtr<IXMLDOMDocument> Session::Document() const
 {
     kv::ComPtr<IXMLDOMDocument> document;

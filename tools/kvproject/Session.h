@@ -34,6 +34,9 @@ public:
     void Load(const std::string& file);
     void Save(const std::string& file);
 
+    /// What a path of the file stands for on this machine.
+    kv::Bstr Resolved(std::string_view path) const;
+
     /// A document of the project as it is now, as saving writes it.
     kv::ComPtr<IXMLDOMDocument> Document() const;
 

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "KVProjectData/KVProjectData.h"
 #include "Properties.h"
+#include "Storyboard.h"
 #include "Text.h"
 
 #include <algorithm>
@@ -166,6 +167,9 @@ Json ReadTree(IKVProjectData& project)
     for (LONG i = 1; SUCCEEDED(project.GetTitle(i, title.Put())); ++i) {
         Json item = titles.Read(*title);
         AddParts(item, title.Get(), encodings);
+        Json& production = item[std::string(kProductionPart)] = Json::object();
+        for (const auto& [name, value] : StoryboardOf(*title))
+            production[std::string(name)] = ToJson(value);
         titleList.push_back(std::move(item));
     }
     tree["Menus"] = Json::array();

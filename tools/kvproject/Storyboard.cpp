@@ -1,0 +1,111 @@
+#include "Storyboard.h"
+
+#include "Failure.h"
+#include "KVProjectData/Engine.h"
+#include "platform/com/Activation.h"
+
+#include <filesystem>
+
+namespace kvproject {
+namespace {
+
+using kv::ComPtr;
+using kv::Query;
+using kv::Variant;
+
+ComPtr<IZXEProductionData> ProductionOf(IKVTitle& title)
+{
+    ComPtr<IUnknown> production;
+    Require(title.GetProduction(production.Put()), "the title has no production");
+    auto data = Query<IZXEProductionData>(production);
+    if (!data) throw Failure("the title has a production of another engine");
+    return data;
+}
+
+/// Of what is known; 0 stands for what is not.
+Variant Known(HRESULT result, double value)
+{
+    return SUCCEEDED(result) && value > 0.0 ? Variant(value) : Variant();
+}
+
+struct Size {
+    Variant width;
+    Variant height;
+};
+
+/// In pixels, of a clip that can be read.
+Size MeasureClip(const kv::Bstr& clip)
+{
+    ComPtr<IZXMediaInformation> information;
+    ULONG width = 0;
+    ULONG height = 0;
+    double frameRate = 0.0;
+    if (FAILED(kv::CreateInstance(CLSID_ZXMediaInformation, information)) || FAILED(information->Open(clip.Get())))
+        return {};
+    for (const LONG kind : {ZXM_STREAM_VIDEO, ZXM_STREAM_PICTURE}) {
+        if (SUCCEEDED(information->GetVideoProperties(kind, 0, &width, &height, &frameRate)))
+            return {Variant(width), Variant(height)};
+    }
+    return {};
+}
+
+} // namespace
+
+std::vector<std::pair<std::string_view, Variant>> StoryboardOf(IKVTitle& title)
+{
+    const auto data = ProductionOf(title);
+    kv::Bstr source;
+    LONG panels = 0;
+    Require(title.GetSourceFromProd(source.Put()), "the sources of the title cannot be read");
+    Require(data->GetPanelCount(&panels), "the panels of the title cannot be counted");
+    Size size = source.Empty() ? Size() : MeasureClip(source);
+
+    ComPtr<IUnknown> object;
+    data->GetProductionObj(object.Put());
+    Variant length;
+    Variant frameRate;
+    Variant aspectRatio;
+    if (const auto info = Query<IProductionInfo>(object)) {
+        const auto read = [&info](HRESULT (IProductionInfo::*getter)(double*)) {
+            double value = 0.0;
+            const HRESULT result = ((*info).*getter)(&value);
+            return Known(result, value);
+        };
+        length = read(&IProductionInfo::get_Duration);
+        frameRate = read(&IProductionInfo::get_EditingFrameRate);
+        aspectRatio = read(&IProductionInfo::get_AspectRatio);
+    }
+    std::vector<std::pair<std::string_view, Variant>> members;
+    members.emplace_back("Source", source.Empty() ? Variant() : Variant(source.View()));
+    members.emplace_back("Width", std::move(size.width));
+    members.emplace_back("Height", std::move(size.height));
+    members.emplace_back("Length", std::move(length));
+    members.emplace_back("FrameRate", std::move(frameRate));
+    members.emplace_back("AspectRatio", std::move(aspectRatio));
+    members.emplace_back("Panels", Variant(panels));
+    return members;
+}
+
+void PutIntoStoryboard(IKVTitle& title, const std::string& clip)
+{
+    // The file of the project may be moved, and the program started elsewhere.
+    const kv::Bstr source(kv::ToUtf16(std::filesystem::absolute(clip).string()));
+    const auto edit = Query<IEditData>(ProductionOf(title).Get());
+    Require(edit ? edit->AddSourceFile(0, source.Get(), 0.0, 0.0, -1, nullptr) : E_NOINTERFACE,
+            "cannot put " + clip + " into the title");
+}
+
+HRESULT TryStoryboard(IXMLDOMElement* element)
+{
+    ComPtr<IZXEProductionData> production;
+    const HRESULT created = kv::CreateInstance(CLSID_ZXEProduction, production);
+    if (FAILED(created)) return created;
+    const HRESULT initialised = production->Initialise();
+    if (FAILED(initialised)) return initialised;
+    const auto persist = Query<IZXEProductionPersist>(production);
+    const HRESULT loaded = persist ? persist->Load(element, nullptr) : E_NOINTERFACE;
+    production->Close();
+    return loaded;
+}
+
+} // namespace kvproject

@@ -1,0 +1,27 @@
+#pragma once
+// What the productions of titles show, as a person reads it.
+
+#include "KVProjectData/IKVTitle.h"
+#include "platform/automation/Variant.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kvproject {
+
+/// The part of a title that its production is shown as.
+inline constexpr std::string_view kProductionPart = "Production";
+
+/// Source, Width, Height, Length, FrameRate, AspectRatio and Panels, in this order; VT_EMPTY for what is not known. A
+/// title without a production is given one. Throws Failure when the engine makes none.
+std::vector<std::pair<std::string_view, kv::Variant>> StoryboardOf(IKVTitle& title);
+
+/// Appends a clip to the production of a title. Throws Failure.
+void PutIntoStoryboard(IKVTitle& title, const std::string& clip);
+
+/// Whether the engine reads an element that a production was saved into, and its result where it does not.
+HRESULT TryStoryboard(IXMLDOMElement* element);
+
+} // namespace kvproject
