@@ -133,8 +133,9 @@ bool SaysUtf16(pugi::xml_node document)
 {
     if (!IsDeclaration(document.first_child())) return false;
     const std::string_view data = document.first_child().value();
-    const auto fold = [](char c) { return static_cast<char>(FoldCase(c)); };
-    return !std::ranges::search(data, std::string_view("utf-16"), {}, fold).empty();
+    constexpr std::string_view kName = "utf-16";
+    const auto same = [](char a, char b) { return FoldCase(a) == FoldCase(b); };
+    return std::search(data.begin(), data.end(), kName.begin(), kName.end(), same) != data.end();
 }
 
 /// Whether a path holds U+0000, at which the system would cut it.
