@@ -85,15 +85,17 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT put_Options(ULONG newVal) = 0;
 
     /// True after a recorded edit of a property or of commands, after EndUndoEx with `bCommit`, and when the production
-    /// of a title says that it was modified. Undo and redo leave it as it is: a host that saves and then undoes has to
-    /// remember for itself that the file says something else.
+    /// of a title says that it was modified. Undo and redo leave it as it is: after a save and an undo the project is
+    /// not dirty, and a host that asks this alone before it closes the project loses the person's work. A host has to
+    /// remember for itself whether anything was undone or redone since the save.
     virtual HRESULT get_IsDirty(VARIANT_BOOL* pVal) = 0;
 
     /// Clears the modified state of the titles' productions, too.
     virtual HRESULT ClearDirtyFlag() = 0;
 
     /// Removes all titles, menus and data files and resets the properties, without events. What any project of the
-    /// process could undo or redo is forgotten. The heartbeat is on again.
+    /// process could undo or redo is forgotten; an open step stays open, forgets what it recorded of this project and
+    /// its storyboards, and records what follows. The heartbeat is on again.
     virtual HRESULT Clear() = 0;
 
     virtual HRESULT GetTitle(LONG index, IKVTitle** ppTitle) = 0;
@@ -145,17 +147,20 @@ struct IKVProjectData : IDispatch {
     /// children or the document itself, and when a text of the project holds what XML cannot hold.
     virtual HRESULT SaveXML(IXMLDOMNode* pRootNode) = 0;
 
-    /// Opens a step: recorded edits from here to EndUndo, of other projects, too, are undone and redone together. The
-    /// description, a copy of which is kept, is for a person. One step may be open in the process: KV_E_UNDO_STEP_OPEN.
-    /// KV_E_NO_UNDO_MANAGER, or why the manager does not open it.
+    /// Opens a step: recorded edits from here to EndUndo are undone and redone together. Edits of other projects join
+    /// the step, whichever thread makes them. The description, a copy of which is kept, is for a person. One step may
+    /// be open in the process: KV_E_UNDO_STEP_OPEN. KV_E_NO_UNDO_MANAGER, or why the manager does not open it.
     virtual HRESULT BeginUndo(BSTR bsDesc) = 0;
 
-    /// The same with a copy of the whole project in the place of records of single edits. The step still needs its
-    /// EndUndo, also when the copy failed.
+    /// The same with a copy of the whole project in the place of records of single edits; edits of other projects do
+    /// not join. The step can be undone from here on, and still needs its EndUndo, also when the copy failed. What was
+    /// not recorded, such as the production of a title, is not in the copy and stays as it is.
     virtual HRESULT TakeUndoSnapshot(BSTR bsDesc) = 0;
 
-    /// Ends the step; with 0 everything in it is taken back. S_OK without a step. When a storyboard refuses its part
-    /// the step stays open, and its failure is returned.
+    /// Ends the step. Committed, also without any edit, it is the newest that can be undone, and ends what could be
+    /// redone. With 0 everything in it is taken back and what could be redone stays; a snapshot is undone, and can be
+    /// redone. S_OK without a step. When a storyboard refuses its part the step stays open, and its failure is
+    /// returned. E_UNEXPECTED when a snapshot is not the newest step any more: it stays, and nothing is taken back.
     virtual HRESULT EndUndo(VARIANT_BOOL bCommit) = 0;
 
     /// The same; `bSbdHint` says that storyboards were changed in the step. Makes the project dirty with `bCommit`.
@@ -207,7 +212,9 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT get_MenuLess(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_MenuLess(VARIANT_BOOL newVal) = 0;
 
-    /// Whether there is a step to undo, or to redo. S_FALSE for a null out-pointer; E_POINTER without an undo manager.
+    /// Whether there is a step to undo, or to redo, of any project. They tell of the stacks alone: while a step is open
+    /// they may be true, although UndoOperation and RedoOperation then say E_UNEXPECTED; the open step counts when it
+    /// is committed. S_FALSE for a null out-pointer; E_POINTER without an undo manager.
     virtual HRESULT get_UndoEnable(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT get_RedoEnable(VARIANT_BOOL* pVal) = 0;
 };
