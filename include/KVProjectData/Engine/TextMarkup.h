@@ -73,12 +73,13 @@ inline ZXTextColour ParseTextColour(std::string_view text)
     return {behind('R'), behind('G'), behind('B'), behind('T')};
 }
 
-/// An empty text is a paragraph with the attribute "placeholder" of "1" that holds this, so that it can be seen, and
-/// hit, by who does not know of placeholders. A paragraph without the attribute may hold it, too, as its text.
+/// An empty text is a paragraph with the attribute "placeholder" of "1" whose whole text is this, so that it can be
+/// seen, and hit, by who does not know of placeholders. A paragraph without the attribute may hold it, too, as its
+/// text.
 inline constexpr std::string_view kTextPlaceholder = "~";
 
-/// Of a text in a paragraph: whether it stands for none.
-inline bool IsTextPlaceholder(std::string_view text, std::string_view placeholderAttribute)
+/// Of a paragraph: whether its text stands for none.
+inline bool IsTextPlaceholder(std::string_view placeholderAttribute, std::string_view text)
 {
     return placeholderAttribute == "1" && text == kTextPlaceholder;
 }

@@ -18,12 +18,25 @@ struct Run {
     Told colour;
     Told styleID;
     Told align;
-    std::string_view placeholder;
+    /// Stands for no text.
+    bool isPlaceholder = false;
 };
 
 void Override(Told& told, const XmlView& element, std::string_view name)
 {
     if (const Told inner = element.Attribute(name)) told = inner;
+}
+
+bool IsPlaceholder(const XmlView& paragraph)
+{
+    const Told attribute = paragraph.Attribute("placeholder");
+    if (!attribute) return false;
+    std::string text;
+    XmlView place = paragraph.Following(paragraph);
+    for (; place && text.size() <= kTextPlaceholder.size(); place = place.Following(paragraph)) {
+        if (place.IsText()) text += place.Text();
+    }
+    return IsTextPlaceholder(*attribute, text);
 }
 
 void Enter(Run& run, const XmlView& element)
@@ -37,7 +50,7 @@ void Enter(Run& run, const XmlView& element)
         Override(run.face, element, "face");
     } else if (name == "p") {
         Override(run.align, element, "align");
-        run.placeholder = element.Attribute("placeholder").value_or("");
+        run.isPlaceholder = IsPlaceholder(element);
     } else if (name == "b") {
         turnOn(kBoldOff | kBoldMixed, kBoldOn);
     } else if (name == "i") {
@@ -92,7 +105,7 @@ private:
 
     void Add(const Run& run, std::string_view text)
     {
-        if (!IsTextPlaceholder(text, run.placeholder)) m_attributes.text += text;
+        if (!run.isPlaceholder) m_attributes.text += text;
         if (!std::exchange(m_any, true)) {
             m_common = run;
             return;

@@ -72,6 +72,14 @@ void SetFont(TextStyle& style, IXMLDOMNode* font)
     SetLength(style.ink.shadowOffset, font, u"shadowOffset", 0.0, kMaxAside);
 }
 
+bool IsPlaceholder(IXMLDOMNode* paragraph)
+{
+    const std::string attribute = AttributeOf(paragraph, u"placeholder").value_or("");
+    Bstr text;
+    if (!attribute.empty()) ThrowIfFailed(paragraph->get_text(text.Put()));
+    return IsTextPlaceholder(attribute, ToUtf8(text.View()));
+}
+
 TextAlignment AlignmentOf(std::string_view align)
 {
     if (align == "center") return 0.5;
@@ -118,9 +126,9 @@ private:
     void ReadParagraph(IXMLDOMNode* element, const TextStyle& style)
     {
         Open(AlignmentOf(AttributeOf(element, u"align").value_or("")), style);
-        const std::string placeholder = std::exchange(m_placeholder, AttributeOf(element, u"placeholder").value_or(""));
+        const bool around = std::exchange(m_isPlaceholder, IsPlaceholder(element));
         ReadChildren(element, style);
-        m_placeholder = placeholder;
+        m_isPlaceholder = around;
         m_open = false;
     }
 
@@ -132,7 +140,7 @@ private:
         const auto isBlank = [](char16_t c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; };
         // Between paragraphs blanks set elements apart, and are no text.
         if (!m_open && std::ranges::all_of(text, isBlank)) return;
-        if (text.size() == kTextPlaceholder.size() && IsTextPlaceholder(ToUtf8(text), m_placeholder)) return;
+        if (m_isPlaceholder) return;
         // What breaks lines and paragraphs are elements.
         std::ranges::replace_if(
             text, [&](char16_t c) { return isBlank(c) || c == 0x2028 || c == 0x2029 || c == 0x85 || c < 0x20; }, u' ');
@@ -158,8 +166,8 @@ private:
     std::vector<Paragraph> m_paragraphs;
     /// The last paragraph takes what follows.
     bool m_open = false;
-    /// The attribute of the paragraph.
-    std::string m_placeholder;
+    /// Within such a paragraph.
+    bool m_isPlaceholder = false;
     std::size_t m_runs = 0;
     std::size_t m_length = 0;
 };

@@ -44,6 +44,8 @@ TEST(TextPlugInHelper, TellsWhatRunsHaveInCommon)
         {"<p>a&#32;</p>&#32;<table><![CDATA[<b>]]></table><?font a?>", "Arial 24 null 1 -1 101 ffffff 'a  <b>'"},
         {"<p placeholder='1'><b>~</b></p>", "Arial 24 null 1 -1 201 ffffff '?'"},
         {"<p placeholder='1'>~words</p><p>~</p>", "Arial 24 null 1 -1 101 ffffff '~words~'"},
+        {"<p placeholder='1'><!-- c -->~<b>b</b></p><p placeholder='1'>~<p>~</p></p>",
+         "Arial 24 null 1 -1 401 ffffff '~b~~'"},
         {"<body><font face='A'>a</font></body>", "A 24 null 1 -1 101 ffffff 'a'"},
     };
     for (const auto& [content, told] : cases) {
