@@ -3,31 +3,6 @@
 namespace kv::test {
 namespace {
 
-/// A host's own unit.
-class HostUnit final : public Object<IOleUndoUnit> {
-public:
-    HostUnit(int name, std::vector<int>& log) : m_name(name), m_log(log) {}
-
-    HRESULT Do(IOleUndoManager* manager) override
-    {
-        m_log.push_back(m_name);
-        // Ignored, as the parent is running.
-        if (manager) manager->Add(this);
-        return E_FAIL;
-    }
-    HRESULT GetDescription(BSTR* description) override
-    {
-        *description = nullptr;
-        return S_OK;
-    }
-    HRESULT GetUnitType(CLSID*, LONG*) override { return E_NOTIMPL; }
-    HRESULT OnNextAdd() override { return S_OK; }
-
-private:
-    const int m_name;
-    std::vector<int>& m_log;
-};
-
 class CompoundUnitTest : public UndoTest {
 protected:
     /// A step without records, as the stack holds it.
@@ -37,7 +12,7 @@ protected:
         End();
         return Query<IOleParentUndoUnit>(NewestStep());
     }
-    ComPtr<IOleUndoUnit> Unit(int name) { return Make<HostUnit>(name, log); }
+    ComPtr<IOleUndoUnit> Unit(int name) { return Make<HostUnit>(name, &log); }
     std::vector<int> Log() { return std::exchange(log, {}); }
 
     std::vector<int> log;

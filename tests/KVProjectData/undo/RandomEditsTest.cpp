@@ -61,59 +61,30 @@ public:
     /// An edit that is recorded in an open step.
     void Apply(const Edit& edit)
     {
-        switch (edit.kind % 12) {
-        case 0:
-        case 1:
-            EditProject(edit.where, edit.what);
-            break;
-        case 2:
-            project->AddTitle(Position(edit.where, &IKVProjectData::get_TitleCount), nullptr);
-            break;
-        case 3:
-            RemoveTitle(edit.where);
-            break;
-        case 4:
-            project->MoveTitle(Position(edit.where, &IKVProjectData::get_TitleCount),
-                               Position(edit.what, &IKVProjectData::get_TitleCount));
-            break;
-        case 5:
-        case 6:
-            if (const auto title = Title(edit.where)) EditTitle(*title.Get(), edit.what);
-            break;
-        case 7:
-            if (!removed.empty()) EditTitle(*removed[edit.where % removed.size()].Get(), edit.what);
-            break;
-        case 8:
-            EditEncoding(edit.where, edit.what);
-            break;
-        case 9:
-            EditCommands(edit.where, edit.what);
-            break;
-        case 10:
-            EditDataFiles(edit.where, edit.what);
-            break;
-        default:
-            EditDataFile(edit.where, edit.what);
-            break;
-        }
+        const unsigned where = edit.where;
+        const unsigned what = edit.what;
+        const auto count = &IKVProjectData::get_TitleCount;
+        const auto title = Title(where);
+        const auto ofProject = [&] { EditProject(where, what); };
+        const auto ofTitle = [&] { title ? EditTitle(*title.Get(), what) : void(); };
+        Choose(
+            edit.kind, ofProject, ofProject, [&] { project->AddTitle(Position(where, count), nullptr); },
+            [&] { title ? RemoveTitle(*title.Get(), where % 2) : void(); },
+            [&] { project->MoveTitle(Position(where, count), Position(what, count)); }, ofTitle, ofTitle,
+            [&] { removed.empty() ? void() : EditTitle(*removed[where % removed.size()].Get(), what); },
+            [&] { EditEncoding(where, what); }, [&] { EditCommands(where, what); }, [&] { EditDataFiles(where, what); },
+            [&] { EditDataFile(where, what); });
     }
 
     /// An edit that changes the document and is never recorded.
     void ApplyUnrecorded(const Edit& edit)
     {
-        switch (edit.kind % 4) {
-        case 0:
-            project->put_DiscSize(static_cast<DiscSizeEnum>(edit.what % 12));
-            break;
-        case 1:
-            project->put_ThemeSource(RandomText(edit.what).Get());
-            break;
-        case 2:
-            project->put_MenuLess(edit.what % 2 ? VARIANT_TRUE : VARIANT_FALSE);
-            break;
-        default:
-            if (const auto title = Title(edit.where)) title->put_DiscIndex(static_cast<LONG>(edit.what));
-        }
+        const auto title = Title(edit.where);
+        Choose(
+            edit.kind, [&] { project->put_DiscSize(static_cast<DiscSizeEnum>(edit.what % 12)); },
+            [&] { project->put_ThemeSource(RandomText(edit.what).Get()); },
+            [&] { project->put_MenuLess(Flag(edit.what)); },
+            [&] { return title ? title->put_DiscIndex(static_cast<LONG>(edit.what)) : S_FALSE; });
     }
 
     /// Loads what the project would save.
@@ -128,6 +99,16 @@ public:
     const ComPtr<IKVProjectData> project = NewProject();
 
 private:
+    /// Makes one of the edits.
+    template <class... Edits>
+    static void Choose(unsigned number, Edits&&... edits)
+    {
+        unsigned index = 0;
+        ((index++ == number % sizeof...(Edits) ? static_cast<void>(edits()) : void()), ...);
+    }
+
+    static VARIANT_BOOL Flag(unsigned number) { return number % 2 ? VARIANT_TRUE : VARIANT_FALSE; }
+
     static Bstr RandomText(unsigned number)
     {
         return number % 7 ? Bstr(u"text " + ToUtf16(std::to_string(number))) : Bstr();
@@ -156,102 +137,43 @@ private:
 
     void EditProject(unsigned which, unsigned what)
     {
-        const VARIANT_BOOL flag = what % 2 ? VARIANT_TRUE : VARIANT_FALSE;
-        switch (which % 10) {
-        case 0:
-            project->put_Label(RandomText(what).Get());
-            break;
-        case 1:
-            project->put_DisplayName(RandomText(what).Get());
-            break;
-        case 2:
-            project->put_DiscFormat(static_cast<DiscFormat>(what % 13));
-            break;
-        case 3:
-            project->put_TVStandard(what % 2 ? PAL : NTSC);
-            break;
-        case 4:
-            project->put_Options(what);
-            break;
-        case 5:
-            project->put_FitToDisc(flag);
-            break;
-        case 6:
-            project->put_DoCompression(flag);
-            break;
-        case 7:
-            project->put_VolumeName(RandomText(what).Get());
-            break;
-        case 8:
-            project->put_TargetType(what);
-            break;
-        default:
-            project->put_DiscVideoType(static_cast<DiscVideoType>(what % 4));
-            break;
-        }
+        Choose(
+            which, [&] { project->put_Label(RandomText(what).Get()); },
+            [&] { project->put_DisplayName(RandomText(what).Get()); },
+            [&] { project->put_DiscFormat(static_cast<DiscFormat>(what % 13)); },
+            [&] { project->put_TVStandard(what % 2 ? PAL : NTSC); }, [&] { project->put_Options(what); },
+            [&] { project->put_FitToDisc(Flag(what)); }, [&] { project->put_DoCompression(Flag(what)); },
+            [&] { project->put_VolumeName(RandomText(what).Get()); }, [&] { project->put_TargetType(what); },
+            [&] { project->put_DiscVideoType(static_cast<DiscVideoType>(what % 4)); });
     }
 
     static void EditTitle(IKVTitle& title, unsigned what)
     {
-        switch (what % 6) {
-        case 0:
-            title.put_Label(RandomText(what).Get());
-            break;
-        case 1:
-            title.put_Tag(what % 16);
-            break;
-        case 2:
-            title.put_Flags(what);
-            break;
-        case 3:
-            title.put_StillWaitTime(static_cast<LONG>(what));
-            break;
-        case 4:
-            title.put_VOBDuration(what);
-            break;
-        default:
-            title.put_VOBSize(what / 7.0);
-            break;
-        }
+        Choose(
+            what, [&] { title.put_Label(RandomText(what).Get()); }, [&] { title.put_Tag(what % 16); },
+            [&] { title.put_Flags(what); }, [&] { title.put_StillWaitTime(static_cast<LONG>(what)); },
+            [&] { title.put_VOBDuration(what); }, [&] { title.put_VOBSize(what / 7.0); });
     }
 
-    void RemoveTitle(unsigned number)
+    void RemoveTitle(IKVTitle& title, bool keep)
     {
-        const auto title = Title(number);
-        if (!title) return;
         ComPtr<IKVTitle> taken;
-        project->RemoveTitle(ValueOf(*title.Get(), &IKVTitle::get_ID), taken.Put());
-        // Some are kept to be edited while they are out of the project.
-        if (number % 2) removed.push_back(taken);
+        project->RemoveTitle(ValueOf(title, &IKVTitle::get_ID), taken.Put());
+        // Some are edited while they are out of the project.
+        if (keep) removed.push_back(taken);
     }
 
     void EditEncoding(unsigned where, unsigned what)
     {
         const auto encoding = Query<IKVEncodingParams>(Owner(where));
-        const VARIANT_BOOL flag = what % 2 ? VARIANT_TRUE : VARIANT_FALSE;
-        switch (what % 7) {
-        case 0:
-            encoding->put_VideoResolution(static_cast<VideoResolution>(what % 18));
-            break;
-        case 1:
-            encoding->put_AspectRatio(what % 2 ? AspectRatio_16x9 : AspectRatio_4x3);
-            break;
-        case 2:
-            encoding->put_VideoBitrate(static_cast<LONG>(what) * 1000);
-            break;
-        case 3:
-            encoding->put_AudioFormat(static_cast<AudioFormat>(what % 8));
-            break;
-        case 4:
-            encoding->put_VBREncoding(flag);
-            break;
-        case 5:
-            encoding->put_AudioChannels(static_cast<LONG>(what % 8));
-            break;
-        default:
-            encoding->put_SyncToProject(flag);
-            break;
-        }
+        Choose(
+            what, [&] { encoding->put_VideoResolution(static_cast<VideoResolution>(what % 18)); },
+            [&] { encoding->put_AspectRatio(what % 2 ? AspectRatio_16x9 : AspectRatio_4x3); },
+            [&] { encoding->put_VideoBitrate(static_cast<LONG>(what) * 1000); },
+            [&] { encoding->put_AudioFormat(static_cast<AudioFormat>(what % 8)); },
+            [&] { encoding->put_VBREncoding(Flag(what)); },
+            [&] { encoding->put_AudioChannels(static_cast<LONG>(what % 8)); },
+            [&] { encoding->put_SyncToProject(Flag(what)); });
     }
 
     void EditCommands(unsigned where, unsigned what)
@@ -270,28 +192,19 @@ private:
     void EditDataFiles(unsigned where, unsigned what)
     {
         const LONG position = Position(where, &IKVProjectData::get_DataFileCount);
-        switch (what % 4) {
-        case 0:
-            project->RemoveDataFile(position, nullptr);
-            break;
-        case 1:
-            project->MoveDataFile(position, Position(what / 4, &IKVProjectData::get_DataFileCount));
-            break;
-        default:
-            project->AddDataFile(position, nullptr);
-            break;
-        }
+        const LONG to = Position(what / 4, &IKVProjectData::get_DataFileCount);
+        const auto add = [&] { project->AddDataFile(position, nullptr); };
+        Choose(
+            what, [&] { project->RemoveDataFile(position, nullptr); }, [&] { project->MoveDataFile(position, to); },
+            add, add);
     }
 
     void EditDataFile(unsigned where, unsigned what)
     {
         ComPtr<IKVDataFile> file;
         if (FAILED(project->GetDataFile(Position(where, &IKVProjectData::get_DataFileCount), file.Put()))) return;
-        if (what % 2) {
-            file->put_Tag(what);
-        } else {
-            file->put_DestPath(RandomText(what).Get());
-        }
+        Choose(
+            what, [&] { file->put_DestPath(RandomText(what).Get()); }, [&] { file->put_Tag(what); });
     }
 
     std::vector<ComPtr<IKVTitle>> removed;

@@ -141,24 +141,9 @@ TEST_F(StoryboardUndoTest, AClosedStoryboardFailsAndIsReported)
     End(false);
 }
 
-/// Undoes its edit of nothing, or fails.
-class StubbornUnit final : public Object<IOleUndoUnit> {
-public:
-    HRESULT Do(IOleUndoManager*) override { return result; }
-    HRESULT GetDescription(BSTR* description) override
-    {
-        *description = nullptr;
-        return S_OK;
-    }
-    HRESULT GetUnitType(CLSID*, LONG*) override { return E_NOTIMPL; }
-    HRESULT OnNextAdd() override { return S_OK; }
-
-    HRESULT result = E_ACCESSDENIED;
-};
-
 TEST_F(StoryboardUndoTest, AStoryboardThatFailsToUndoIsReportedAndTheRestIsUndone)
 {
-    const auto stubborn = Make<StubbornUnit>();
+    const auto stubborn = Make<HostUnit>();
     Begin();
     project->BeginStoryboardUndo(production.Get(), 1);
     SetLabel(u"x");
@@ -178,7 +163,7 @@ TEST_F(StoryboardUndoTest, StoryboardsStayTogetherWhenOneFails)
     ComPtr<IUnknown> other;
     project->AddTitle(0, second.Put());
     second->GetProduction(other.Put());
-    const auto stubborn = Make<StubbornUnit>();
+    const auto stubborn = Make<HostUnit>();
     stubborn->result = S_OK;
     for (const char16_t* label : {u"one", u"two"}) {
         Begin();

@@ -87,26 +87,6 @@ TEST_F(UndoStepTest, CancellingTakesEverythingBackAtOnce)
     EXPECT_EQ(u"kept", Label());
 }
 
-TEST_F(UndoStepTest, ANewStepEndsWhatCouldBeRedone)
-{
-    for (const char16_t* label : {u"a", u"b"}) {
-        Begin();
-        SetLabel(label);
-        End();
-    }
-    EXPECT_EQ(S_OK, project->UndoOperation());
-    EXPECT_TRUE(CanRedo());
-    Begin();
-    EXPECT_TRUE(CanRedo()) << "until the step is committed";
-    SetLabel(u"c");
-    End();
-    EXPECT_FALSE(CanRedo());
-    EXPECT_EQ(S_OK, project->UndoOperation());
-    EXPECT_EQ(u"a", Label());
-    EXPECT_EQ(S_OK, project->UndoOperation());
-    EXPECT_EQ(u"<null>", Label());
-}
-
 TEST_F(UndoStepTest, CommittingWithEndUndoExMarksTheProjectAsChanged)
 {
     project->ClearDirtyFlag();
@@ -117,6 +97,44 @@ TEST_F(UndoStepTest, CommittingWithEndUndoExMarksTheProjectAsChanged)
     EXPECT_EQ(S_OK, project->EndUndoEx(VARIANT_TRUE, VARIANT_TRUE));
     EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
     EXPECT_EQ((std::vector<std::u16string>{u"105 "}), UnitsOf(NewestStep().Get())) << "the storyboards' part";
+}
+
+TEST_F(UndoStepTest, WhatTheHeaderTellsHosts)
+{
+    const auto other = NewProject();
+    const auto isDirty = [&] { return ValueOf(*project.Get(), &IKVProjectData::get_IsDirty) == VARIANT_TRUE; };
+    Begin();
+    SetLabel(u"one");
+    EXPECT_FALSE(CanUndo()) << "the open step is on no stack yet";
+    other->put_Label(Str(u"joins").Get());
+    EXPECT_EQ(S_OK, End());
+    Begin();
+    EXPECT_TRUE(CanUndo()) << "what was committed before";
+    EXPECT_EQ(E_UNEXPECTED, project->UndoOperation());
+    EXPECT_EQ(S_OK, End(false));
+    EXPECT_EQ(S_OK, other->UndoOperation()) << "the last step, whichever project it is of";
+    EXPECT_EQ(u"<null>", Label());
+    EXPECT_EQ(u"", Text(*other.Get(), &IKVProjectData::get_Label));
+
+    Begin();
+    EXPECT_EQ(S_OK, End(false));
+    EXPECT_TRUE(CanRedo()) << "a cancelled step ends nothing";
+    Begin();
+    EXPECT_TRUE(CanRedo()) << "nor does an open one";
+    EXPECT_EQ(S_OK, End());
+    EXPECT_FALSE(CanRedo()) << "an empty one that is committed does";
+    EXPECT_TRUE(CanUndo()) << "and can be undone";
+
+    project->TakeUndoSnapshot(nullptr);
+    SetLabel(u"cancelled");
+    EXPECT_EQ(S_OK, End(false));
+    EXPECT_EQ(u"<null>", Label());
+    EXPECT_EQ(S_OK, project->RedoOperation()) << "the cancel of a snapshot is an undo";
+    EXPECT_EQ(u"cancelled", Label());
+
+    project->ClearDirtyFlag();
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_FALSE(isDirty()) << "although the document says something else";
 }
 
 TEST_F(UndoStepTest, ASnapshotBringsEverythingBackAndSaysSo)

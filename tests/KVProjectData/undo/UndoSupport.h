@@ -7,6 +7,33 @@
 
 namespace kv::test {
 
+/// A host's own unit. With a log it writes down its name and tries to come onto the other stack.
+class HostUnit final : public Object<IOleUndoUnit> {
+public:
+    explicit HostUnit(int name = 0, std::vector<int>* log = nullptr) : m_name(name), m_log(log) {}
+
+    HRESULT Do(IOleUndoManager* manager) override
+    {
+        if (m_log) m_log->push_back(m_name);
+        // Ignored where the parent is running.
+        if (m_log && manager) manager->Add(this);
+        return result;
+    }
+    HRESULT GetDescription(BSTR* description) override
+    {
+        *description = nullptr;
+        return S_OK;
+    }
+    HRESULT GetUnitType(CLSID*, LONG*) override { return E_NOTIMPL; }
+    HRESULT OnNextAdd() override { return S_OK; }
+
+    HRESULT result = E_ACCESSDENIED;
+
+private:
+    const int m_name;
+    std::vector<int>* const m_log;
+};
+
 /// A project with one title, and short words for its steps.
 class UndoTest : public testing::Test {
 protected:
