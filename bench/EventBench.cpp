@@ -20,14 +20,15 @@ public:
     {
         if (member != EVENT_TitlePropChanged) return S_OK;
         const std::lock_guard lock(m_mutex);
-        ++m_count;
-        m_arrived.notify_all();
+        // Who waits is woken once, lest the figure tell of switches between threads.
+        if (++m_count == m_awaited) m_arrived.notify_one();
         return S_OK;
     }
 
     void WaitFor(std::size_t count)
     {
         std::unique_lock lock(m_mutex);
+        m_awaited = count;
         m_arrived.wait(lock, [&] { return m_count >= count; });
     }
 
@@ -35,6 +36,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_arrived;
     std::size_t m_count = 0;
+    std::size_t m_awaited = 0;
 };
 
 namespace {

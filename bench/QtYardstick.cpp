@@ -37,14 +37,14 @@ public slots:
     void Heard(int, int)
     {
         const QMutexLocker lock(&m_mutex);
-        ++m_count;
-        m_arrived.wakeAll();
+        if (++m_count == m_awaited) m_arrived.wakeOne();
     }
 
 public:
     void WaitFor(std::size_t count)
     {
         const QMutexLocker lock(&m_mutex);
+        m_awaited = count;
         while (m_count < count)
             m_arrived.wait(&m_mutex);
     }
@@ -53,6 +53,7 @@ private:
     QMutex m_mutex;
     QWaitCondition m_arrived;
     std::size_t m_count = 0;
+    std::size_t m_awaited = 0;
 };
 
 class QtYardstick::Parts {

@@ -35,7 +35,8 @@ void UndoStep::Abandon()
 template <class Record, class... Arguments>
 bool UndoStep::Keep(Arguments&&... arguments)
 {
-    const HRESULT added = Guarded([&] { return Add(Make<Record>(arguments...)); });
+    // Whoever records has entered the section.
+    const HRESULT added = Guarded([&] { return m_manager.Add(Make<Record>(arguments...).Get()); });
     if (added == E_OUTOFMEMORY) throw Error(added);
     return added == S_OK;
 }
