@@ -8,7 +8,7 @@
 namespace kv {
 
 struct EffectState {
-    /// Chosen by the host; decides how effect data is written for themes.
+    /// Chosen by the host. While it is not 0, parameter documents are given to the engine without refresh.
     std::atomic<LONG> saveThemeMode{0};
 };
 

@@ -1,7 +1,7 @@
 #include "KVProjectData/undo/StoryboardProxy.h"
 
 #include "KVProjectData/tree/UndoContext.h"
-#include "platform/system/ErrorReporter.h"
+#include "SbdUtils/EngineCalls.h"
 
 namespace kv {
 namespace {
@@ -15,11 +15,12 @@ constexpr int kStopped = 212;
 constexpr int kAdd = 222;
 constexpr int kFinish = 244;
 
-/// Reports a failure and gives the result on.
-HRESULT Checked(HRESULT result, int line)
+constexpr EngineCalls kEngine("KVProjectUndo");
+
+/// Reports a failure from one of these places and gives the result on.
+HRESULT Checked(HRESULT result, int place)
 {
-    if (FAILED(result)) ZXUReportError(ZXUErrStr({"KVProjectUndo", line}, ResultText(result)));
-    return result;
+    return kEngine.Checked(result, {}, place);
 }
 
 /// S_FALSE when there is nothing to undo.
@@ -46,7 +47,7 @@ HRESULT RedoLast(IZXEProductionData& storyboard)
 
 HRESULT CKVSbdProxy::Finish()
 {
-    ZXUClearErrorStack();
+    EngineCalls::Begin();
     for (const auto& storyboard : m_storyboards) {
         const auto filler = Make<CKVNullOperation>();
         const HRESULT added = Checked(storyboard->AddUndoUnit(filler->Controlling()), kFinish);
@@ -57,7 +58,7 @@ HRESULT CKVSbdProxy::Finish()
 
 HRESULT CKVSbdProxy::Run()
 {
-    ZXUClearErrorStack();
+    EngineCalls::Begin();
     std::vector<IZXEProductionData*> done;
     done.reserve(m_storyboards.size());
     for (const auto& storyboard : m_storyboards) {
