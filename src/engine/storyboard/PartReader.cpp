@@ -52,7 +52,7 @@ Leftovers PartReader::TakeRest(const XmlView& taken)
     }
     for (XmlView child = m_place.FirstChild(); child; child = child.Next()) {
         const bool isForeign = child.IsText() || (child.IsElement() && !Has(m_parts, child.Name()));
-        if (isForeign && child != taken) rest.nodes += child.Markup();
+        if (isForeign && child != taken) rest.nodes += child.CompactMarkup();
     }
     return rest;
 }
@@ -95,7 +95,7 @@ void PartReader::Document(const char* name, StoredDocument& document)
     XmlView root = place.FirstChild();
     while (root && !root.IsElement())
         root = root.Next();
-    if (root) document = StoredDocument::FromMarkup(root.Markup());
+    if (root) document = StoredDocument::FromMarkup(root.CompactMarkup());
     PartReader part(place, m_paths);
     KeepRest(name, part.TakeRest(root));
 }

@@ -172,6 +172,13 @@ void XmlView::ReadAttributes(XMLAttributeVisitor& visitor) const
         visitor.Attribute(attribute.name(), attribute.value());
 }
 
+std::string XmlView::CompactMarkup() const
+{
+    std::string markup;
+    WriteCompactXml(pugi::xml_node(m_node), [&markup](std::string_view piece) { markup += piece; });
+    return markup;
+}
+
 XmlView XmlView::Parent() const
 {
     return XmlView(pugi::xml_node(m_node).parent().internal_object());

@@ -88,10 +88,12 @@ public:
     std::optional<std::string_view> Attribute(std::string_view name) const;
     /// Names and texts of all attributes.
     std::vector<std::pair<std::string_view, std::string_view>> Attributes() const;
-    /// As it stands, without the prefixes that elements above it declare.
-    std::string Markup() const;
     /// The same without memory for them.
     void ReadAttributes(XMLAttributeVisitor& visitor) const;
+    /// As it stands, without the prefixes that elements above it declare.
+    std::string Markup() const;
+    /// The same in one line.
+    std::string CompactMarkup() const;
 
     XmlView Parent() const;
     XmlView FirstChild() const;
@@ -215,7 +217,7 @@ public:
     XmlNode AddText(std::string_view text);
     /// A deep copy of an element of any tree as the last child.
     void AddCopy(const XmlElement& element);
-    /// What `Markup` gave of any number of elements and texts, as the last children.
+    /// The markup of any number of elements and texts, as it was given here, as the last children.
     void AddMarkup(std::string_view markup);
     /// Gives the first such child a value, or adds one.
     void Set(const XmlKey& key, const XmlValue& value);

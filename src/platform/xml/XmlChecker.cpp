@@ -19,6 +19,20 @@ bool IsVersion(std::string_view version)
            version.find_first_not_of("0123456789", 2) == version.npos;
 }
 
+using ByteSet = std::array<bool, 256>;
+
+/// ASCII characters that need no further look wherever they stand, without some.
+constexpr ByteSet PlainBut(std::string_view characters)
+{
+    ByteSet plain{};
+    for (std::size_t c = 0x20; c < 0x80; ++c)
+        plain[c] = true;
+    plain['\t'] = plain['\n'] = plain['\r'] = true;
+    for (const char c : characters)
+        plain[static_cast<unsigned char>(c)] = false;
+    return plain;
+}
+
 /// Walks over a document once.
 class Checker {
 public:
@@ -63,6 +77,17 @@ private:
     {
         while (!AtEnd() && IsBlank(m_text[m_at]))
             ++m_at;
+    }
+
+    /// The bytes of a set that stand next.
+    void SkipAll(const ByteSet& bytes)
+    {
+        const char* const text = m_text.data();
+        const char* const end = text + m_text.size();
+        const char* at = text + m_at;
+        while (at != end && bytes[static_cast<unsigned char>(*at)])
+            ++at;
+        m_at = static_cast<std::size_t>(at - text);
     }
 
     /// One character that XML can hold.
@@ -178,8 +203,10 @@ private:
 
     void Text()
     {
-        while (!AtEnd() && m_text[m_at] != '<') {
-            const char c = m_text[m_at];
+        while (true) {
+            if (m_depth > 0) SkipAll(kPlainText);
+            const char c = Current();
+            if (c == '<' || AtEnd()) return;
             if (m_depth == 0 && !IsBlank(c)) Fail("text stands outside of the root element");
             if (c == '&') {
                 Reference();
@@ -195,13 +222,9 @@ private:
     std::string_view TakeName()
     {
         const std::size_t start = m_at;
-        while (!AtEnd()) {
-            const auto c = static_cast<unsigned char>(m_text[m_at]);
-            if (kNameByte[c]) {
-                ++m_at;
-                continue;
-            }
-            if (c < 0x80) break;
+        while (true) {
+            SkipAll(kNameByte);
+            if (AtEnd() || static_cast<unsigned char>(Current()) < 0x80) break;
             std::size_t length = 1;
             if (!IsNameChar(DecodeUtf8(Rest(), length))) break;
             m_at += length;
@@ -246,8 +269,10 @@ private:
     {
         m_attributes.push_back(TakeName());
         const char quote = m_text[TakeQuote("an attribute has no value")];
-        while (Current() != quote || AtEnd()) {
+        while (true) {
+            SkipAll(kPlainValue);
             const char c = Current();
+            if (c == quote) break;
             if (AtEnd()) Fail("the value of an attribute does not end");
             if (c == '<') Fail("the value of an attribute holds '<'");
             if (c == '&') {
@@ -323,17 +348,12 @@ private:
         return digits.empty() ? kMalformed : number;
     }
 
-    /// ASCII characters that need no further look wherever they stand.
-    static constexpr std::array<bool, 256> kPlain = [] {
-        std::array<bool, 256> plain{};
-        for (std::size_t c = 0x20; c < 0x80; ++c)
-            plain[c] = true;
-        plain['\t'] = plain['\n'] = plain['\r'] = true;
-        return plain;
-    }();
+    static constexpr ByteSet kPlain = PlainBut("");
+    static constexpr ByteSet kPlainText = PlainBut("<>&");
+    static constexpr ByteSet kPlainValue = PlainBut("<&\"'");
 
-    static constexpr std::array<bool, 256> kNameByte = [] {
-        std::array<bool, 256> name{};
+    static constexpr ByteSet kNameByte = [] {
+        ByteSet name{};
         for (char c = 'a'; c <= 'z'; ++c)
             name[static_cast<unsigned char>(c)] = true;
         for (char c = 'A'; c <= 'Z'; ++c)

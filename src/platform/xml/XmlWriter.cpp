@@ -34,8 +34,8 @@ public:
 
     bool LacksPrefix() const { return m_lacksPrefix; }
 
-    /// A document, or one node without the layout around it.
-    void Run(pugi::xml_node node)
+    /// A document, or one node without the layout around it; a compact one without any.
+    void Run(pugi::xml_node node, bool compact)
     {
         if (node.type() == pugi::node_document) {
             for (pugi::xml_node child : node.children()) {
@@ -43,7 +43,7 @@ public:
                 Put('\n');
             }
         } else {
-            Node(node, 0, true);
+            Node(node, 0, !compact);
         }
         Flush();
     }
@@ -57,27 +57,37 @@ public:
 private:
     void Flush()
     {
-        if (m_size) m_output({m_buffer.data(), m_size});
-        m_size = 0;
+        if (Size()) m_output({m_buffer.data(), Size()});
+        m_out = m_buffer.data();
     }
+
+    std::size_t Size() const { return static_cast<std::size_t>(m_out - m_buffer.data()); }
 
     /// Where the next so many bytes go.
     char* Room(std::size_t count)
     {
-        if (m_buffer.size() - m_size < count) m_buffer.resize(2 * m_buffer.size() + count);
-        return m_buffer.data() + m_size;
+        if (static_cast<std::size_t>(m_end - m_out) < count) Grow(count);
+        return m_out;
+    }
+
+    void Grow(std::size_t count)
+    {
+        const std::size_t size = Size();
+        m_buffer.resize(2 * m_buffer.size() + count);
+        m_out = m_buffer.data() + size;
+        m_end = m_buffer.data() + m_buffer.size();
     }
 
     void Put(char c)
     {
         *Room(1) = c;
-        ++m_size;
+        ++m_out;
     }
 
     void Put(std::string_view text)
     {
         std::memcpy(Room(text.size()), text.data(), text.size());
-        m_size += text.size();
+        m_out += text.size();
     }
 
     void Node(pugi::xml_node node, int level, bool layout)
@@ -107,44 +117,44 @@ private:
         default:
             break;
         }
-        if (m_size >= kPiece) Flush();
+        if (Size() >= kPiece) Flush();
     }
 
     void Element(pugi::xml_node element, int level, bool layout)
     {
+        const std::string_view name = element.name();
         Put('<');
-        Put(element.name());
+        Put(name);
         const bool declaredAbove = m_prefixDeclared;
         const bool typed = Attributes(element);
         if (level == 0 && m_declares && !m_prefixDeclared) DeclarePrefix();
         m_lacksPrefix = m_lacksPrefix || (typed && !m_prefixDeclared);
-        Content(element, level, layout);
+        if (const pugi::xml_node first = element.first_child()) {
+            Put('>');
+            Content(first, level, layout && !HoldsText(first));
+            Put("</");
+            Put(name);
+            Put('>');
+        } else {
+            Put("/>");
+        }
         m_prefixDeclared = declaredAbove;
     }
 
-    void Content(pugi::xml_node element, int level, bool layout)
+    void Content(pugi::xml_node child, int level, bool lines)
     {
-        if (!element.first_child()) {
-            Put("/>");
-            return;
-        }
-        Put('>');
-        const bool lines = layout && !HoldsText(element);
-        for (pugi::xml_node child : element.children()) {
+        for (; child; child = child.next_sibling()) {
             if (lines) NewLine(level + 1);
             Node(child, level + 1, lines);
         }
         if (lines) NewLine(level);
-        Put("</");
-        Put(element.name());
-        Put('>');
     }
 
     /// Tells whether there is a data type among them.
     bool Attributes(pugi::xml_node node)
     {
         bool typed = false;
-        for (pugi::xml_attribute attribute : node.attributes()) {
+        for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
             Put(' ');
             const std::string_view name = Attribute(attribute);
             typed = typed || name == kDataTypeAttribute;
@@ -174,10 +184,12 @@ private:
         m_prefixDeclared = true;
     }
 
-    static bool HoldsText(pugi::xml_node element)
+    /// Whether there is a text among a node and those behind it.
+    static bool HoldsText(pugi::xml_node child)
     {
-        for (pugi::xml_node child : element.children()) {
-            if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) return true;
+        for (; child; child = child.next_sibling()) {
+            const pugi::xml_node_type type = child.type();
+            if (type == pugi::node_pcdata || type == pugi::node_cdata) return true;
         }
         return false;
     }
@@ -185,23 +197,22 @@ private:
     void NewLine(int level)
     {
         const std::size_t indent = static_cast<std::size_t>(level) * 2;
-        Put('\n');
-        std::memset(Room(indent), ' ', indent);
-        m_size += indent;
+        char* const out = Room(1 + indent);
+        *out = '\n';
+        std::memset(out + 1, ' ', indent);
+        m_out += 1 + indent;
     }
 
     void Escape(const char* text, const CharacterSet& special)
     {
-        constexpr std::size_t kPortion = 128;
         while (true) {
-            char* out = Room(kPortion);
-            const char* const end = out + kPortion;
-            while (out != end && !special[static_cast<unsigned char>(*text)])
-                *out++ = *text++;
-            m_size = static_cast<std::size_t>(out - m_buffer.data());
-            if (out == end) continue;
-            if (!*text) return;
-            Reference(*text++);
+            const char* end = text;
+            while (!special[static_cast<unsigned char>(*end)])
+                ++end;
+            Put({text, static_cast<std::size_t>(end - text)});
+            if (!*end) return;
+            Reference(*end);
+            text = end + 1;
         }
     }
 
@@ -256,7 +267,8 @@ private:
     bool m_lacksPrefix = false;
     /// Grows where the text between two nodes is longer.
     std::string m_buffer = std::string(kPiece / 16, '\0');
-    std::size_t m_size = 0;
+    char* m_out = m_buffer.data();
+    char* m_end = m_out + m_buffer.size();
 };
 
 } // namespace
@@ -264,8 +276,13 @@ private:
 bool WriteXml(pugi::xml_node node, bool declarePrefix, const XmlOutput& output)
 {
     Writer writer(declarePrefix, output);
-    writer.Run(node);
+    writer.Run(node, false);
     return !writer.LacksPrefix();
+}
+
+void WriteCompactXml(pugi::xml_node node, const XmlOutput& output)
+{
+    Writer(false, output).Run(node, true);
 }
 
 void WriteXml(pugi::xml_attribute attribute, const XmlOutput& output)

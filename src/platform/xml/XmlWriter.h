@@ -18,6 +18,8 @@ using XmlOutput = std::function<void(std::string_view)>;
 /// False when some element has a data type and nothing declares its prefix: markup that is to stand alone is then
 /// written once more, with a declaration in the outermost element.
 bool WriteXml(pugi::xml_node node, bool declarePrefix, const XmlOutput& output);
+/// A node without layout and without a declaration.
+void WriteCompactXml(pugi::xml_node node, const XmlOutput& output);
 /// An attribute as it stands in its element.
 void WriteXml(pugi::xml_attribute attribute, const XmlOutput& output);
 
