@@ -1,5 +1,7 @@
 #include "engine/storyboard/StoredDocument.h"
 
+#include "engine/render/Look.h"
+
 #include <mutex>
 
 namespace kv {

@@ -1,13 +1,14 @@
 #pragma once
 // A document of an effect or of a clip.
 
-#include "engine/render/Look.h"
 #include "platform/xml/Element.h"
 
 #include <memory>
 #include <string>
 
 namespace kv {
+
+struct Look;
 
 /// A document that was set stands for itself. One that was loaded is markup until somebody asks for it, since a tree
 /// for each takes many times as much. Read only, free-threaded, and shared by its copies.
