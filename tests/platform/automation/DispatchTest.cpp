@@ -157,6 +157,9 @@ TEST_F(DispatchTest, WrongUseIsRefusedBeforeTheMemberRuns)
     const Variant word(u"word");
     const VARIANT one = Variant(LONG{1});
     LONG place = 0;
+    const VARIANT here = Reference(VT_I4, &place);
+    const VARIANT real = Reference(VT_R8, &place);
+    const VARIANT nowhere = Reference(VT_I4, nullptr);
     const ComPtr<IPlainSample> plain = kv::Make<Sample>();
     const Variant object(plain.Get());
     struct Case {
@@ -176,7 +179,7 @@ TEST_F(DispatchTest, WrongUseIsRefusedBeforeTheMemberRuns)
         {"one too many", 0, DISPATCH_METHOD, {one}, DISP_E_BADPARAMCOUNT},
         {"none at all", 22, DISPATCH_METHOD, {}, DISP_E_BADPARAMCOUNT},
         {"put of nothing", 1, DISPATCH_PROPERTYPUT, {}, DISP_E_BADPARAMCOUNT},
-        {"out parameter missing", 21, DISPATCH_METHOD, {one, one, Reference(VT_I4, &place)}, DISP_E_BADPARAMCOUNT},
+        {"out parameter missing", 21, DISPATCH_METHOD, {one, one, here}, DISP_E_BADPARAMCOUNT},
         {"left out on purpose", 22, DISPATCH_METHOD, {Omitted()}, DISP_E_PARAMNOTOPTIONAL},
         {"text for a number", 22, DISPATCH_METHOD, {one, word}, DISP_E_TYPEMISMATCH, 0},
         {"the first of two", 22, DISPATCH_METHOD, {word, one}, DISP_E_TYPEMISMATCH, 1},
@@ -184,18 +187,8 @@ TEST_F(DispatchTest, WrongUseIsRefusedBeforeTheMemberRuns)
         {"number for an object", 27, DISPATCH_METHOD, {one}, DISP_E_TYPEMISMATCH, 0},
         {"number for records", 23, DISPATCH_METHOD, {one, one}, DISP_E_TYPEMISMATCH, 0},
         {"value for an out parameter", 21, DISPATCH_METHOD, {one, one, one, one}, DISP_E_TYPEMISMATCH, 1},
-        {"out parameter of another type",
-         21,
-         DISPATCH_METHOD,
-         {one, one, Reference(VT_I4, &place), Reference(VT_R8, &place)},
-         DISP_E_TYPEMISMATCH,
-         0},
-        {"out parameter nowhere",
-         21,
-         DISPATCH_METHOD,
-         {one, one, Reference(VT_I4, &place), Reference(VT_I4, nullptr)},
-         E_POINTER,
-         0},
+        {"out parameter of another type", 21, DISPATCH_METHOD, {one, one, here, real}, DISP_E_TYPEMISMATCH, 0},
+        {"out parameter nowhere", 21, DISPATCH_METHOD, {one, one, here, nowhere}, E_POINTER, 0},
         {"reference to nothing", 6, DISPATCH_PROPERTYPUT, {Reference(VT_VARIANT, nullptr)}, E_INVALIDARG, 0},
         {"too big for a byte", 26, DISPATCH_METHOD, {Variant(LONG{256}), one, one, one, one, one}, DISP_E_OVERFLOW, 5},
         {"below zero", 26, DISPATCH_METHOD, {one, one, Variant(LONG{-1}), one, one, one}, DISP_E_OVERFLOW, 3},
@@ -280,10 +273,10 @@ TEST_F(DispatchTest, OutParametersFillTheCallersStorage)
 
     // A script's variables take any value, and give up the one they had.
     Variant variables[] = {Variant(u"old"), Variant(u"old"), Variant(m_sample.Get()), Variant(u"old")};
-    EXPECT_EQ(Call(24, {Reference(VT_VARIANT, &variables[0]), Reference(VT_VARIANT, &variables[1]),
-                        Reference(VT_VARIANT, &variables[2]), Reference(VT_VARIANT, &variables[3])})
-                  .code,
-              S_OK);
+    std::vector<VARIANT> places;
+    for (Variant& variable : variables)
+        places.push_back(Reference(VT_VARIANT, &variable));
+    EXPECT_EQ(Call(24, places).code, S_OK);
     EXPECT_EQ(Text(variables[0]), "left");
     EXPECT_EQ(Text(variables[1]), "deep");
     ASSERT_EQ(variables[2].vt, VT_DISPATCH);

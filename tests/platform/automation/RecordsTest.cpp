@@ -346,14 +346,10 @@ TEST_F(RecordsTest, TypeInfosTellTheDirectionAndMakeRecords)
     ASSERT_EQ(library->GetTypeInfo(1, members.Put()), S_OK);
 
     std::vector<std::string> directions;
-    for (ULONG i = 0; i < 12; ++i) {
-        FUNCDESC* function = nullptr;
-        ASSERT_EQ(members->GetFuncDesc(i, &function), S_OK);
-        std::string flags;
-        for (SHORT k = 0; k < function->cParams; ++k)
-            flags += std::to_string(function->lprgelemdescParam[k].wParamFlags) + ' ';
-        directions.push_back(flags);
-        members->ReleaseFuncDesc(function);
+    for (const kv::MemberDescription& member : kInterfaces[0]->members) {
+        directions.emplace_back();
+        for (const kv::ParameterDescription& parameter : member.Parameters())
+            directions.back() += std::to_string(parameter.flags) + ' ';
     }
     EXPECT_THAT(directions,
                 ElementsAre("10 ", "1 ", "2 2 ", "1 1 ", "10 ", "1 ", "10 ", "1 ", "2 2 ", "1 1 ", "1 1 10 ", "1 10 "));

@@ -98,59 +98,45 @@ struct Attributes {
 TEST(TypeLibraryTest, ListsItsTypes)
 {
     const auto library = Library();
-    struct Row {
-        std::string_view name;
-        TYPEKIND kind;
-        GUID guid;
-        int functions;
-        int variables;
-        int implemented;
-        int flags;
+    // Name, kind, numbers of functions, variables and bases, flags. A base stands before what extends it.
+    const std::pair<std::string_view, GUID> rows[] = {
+        {"SampleColour 0: 0 3 0 0", GUID_NULL},
+        {"SamplePoint 1: 0 6 0 0", GUID_NULL},
+        {"ISample 4: 25 0 1 4160", ISample::IID},
+        {"IShape 4: 2 0 1 4160", IShape::IID},
+        {"IPrism 4: 2 0 1 4160", IPrism::IID},
+        {"IPlainSample 3: 1 0 1 0", IPlainSample::IID},
+        {"_ISampleEvents 4: 4 0 1 4096", _ISampleEvents::IID},
+        {"Sample 5: 0 0 2 2", kSampleClass},
+        {"Silent 5: 0 0 1 2", kSilentClass},
     };
-    const Row rows[] = {
-        {"SampleColour", TKIND_ENUM, GUID_NULL, 0, 3, 0, 0},
-        {"SamplePoint", TKIND_RECORD, GUID_NULL, 0, 6, 0, 0},
-        {"ISample", TKIND_DISPATCH, ISample::IID, 25, 0, 1, TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE},
-        // Listed the other way round.
-        {"IShape", TKIND_DISPATCH, IShape::IID, 2, 0, 1, TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE},
-        {"IPrism", TKIND_DISPATCH, IPrism::IID, 2, 0, 1, TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE},
-        {"IPlainSample", TKIND_INTERFACE, IPlainSample::IID, 1, 0, 1, 0},
-        {"_ISampleEvents", TKIND_DISPATCH, _ISampleEvents::IID, 4, 0, 1, TYPEFLAG_FDISPATCHABLE},
-        {"Sample", TKIND_COCLASS, kSampleClass, 0, 0, 2, TYPEFLAG_FCANCREATE},
-        {"Silent", TKIND_COCLASS, kSilentClass, 0, 0, 1, TYPEFLAG_FCANCREATE},
-    };
+    static_assert(TYPEFLAG_FDUAL + TYPEFLAG_FDISPATCHABLE == 4160 && TYPEFLAG_FCANCREATE == 2);
     ASSERT_EQ(library->GetTypeInfoCount(), std::size(rows));
     for (ULONG i = 0; i < std::size(rows); ++i) {
-        const Row& row = rows[i];
+        const auto& [row, guid] = rows[i];
         ComPtr<ITypeInfo> info;
         ASSERT_EQ(library->GetTypeInfo(i, info.Put()), S_OK);
-        const Attributes attributes(*info);
-        EXPECT_EQ(NameOf(*info), row.name);
-        EXPECT_EQ(attributes.facts.guid, row.guid) << row.name;
-        EXPECT_EQ(attributes.facts.cFuncs, row.functions) << row.name;
-        EXPECT_EQ(attributes.facts.cVars, row.variables) << row.name;
-        EXPECT_EQ(attributes.facts.cImplTypes, row.implemented) << row.name;
-        EXPECT_EQ(attributes.facts.wTypeFlags, row.flags) << row.name;
-        EXPECT_EQ(attributes.facts.lcid, 1033u) << row.name;
-        EXPECT_EQ(attributes.facts.wMajorVerNum, 2) << row.name;
-        EXPECT_EQ(attributes.facts.wMinorVerNum, 7) << row.name;
+        const TYPEATTR facts = Attributes(*info).facts;
+        std::string text = NameOf(*info) + ' ' + std::to_string(facts.typekind) + ':';
+        for (const WORD number : {facts.cFuncs, facts.cVars, facts.cImplTypes, facts.wTypeFlags})
+            text += ' ' + std::to_string(number);
+        EXPECT_EQ(text, row);
+        EXPECT_EQ(facts.guid, guid) << row;
+        EXPECT_EQ(std::tuple(facts.lcid, facts.wMajorVerNum, facts.wMinorVerNum), std::tuple(1033u, 2, 7)) << row;
         TYPEKIND kind{};
         EXPECT_EQ(library->GetTypeInfoType(i, &kind), S_OK);
-        EXPECT_EQ(kind, row.kind) << row.name;
-        EXPECT_EQ(attributes.facts.typekind, row.kind) << row.name;
+        EXPECT_EQ(kind, facts.typekind) << row;
         Bstr documented;
         EXPECT_EQ(library->GetDocumentation(static_cast<LONG>(i), documented.Put(), nullptr), S_OK);
-        EXPECT_EQ(kv::ToUtf8(documented.View()), row.name);
+        EXPECT_EQ(kv::ToUtf8(documented.View()), NameOf(*info));
         ComPtr<ITypeLib> container;
         ULONG index = 99;
         EXPECT_EQ(info->GetContainingTypeLib(container.Put(), &index), S_OK);
-        EXPECT_EQ(container, library);
-        EXPECT_EQ(index, i);
-        if (row.guid != GUID_NULL) {
-            ComPtr<ITypeInfo> found;
-            EXPECT_EQ(library->GetTypeInfoOfGuid(row.guid, found.Put()), S_OK);
-            EXPECT_EQ(NameOf(*found), row.name);
-        }
+        EXPECT_EQ(std::pair(container, index), std::pair(library, i));
+        if (guid == GUID_NULL) continue;
+        ComPtr<ITypeInfo> found;
+        EXPECT_EQ(library->GetTypeInfoOfGuid(guid, found.Put()), S_OK);
+        EXPECT_EQ(NameOf(*found), NameOf(*info));
     }
 
     TLIBATTR* attributes = nullptr;
@@ -236,40 +222,28 @@ TEST(TypeLibraryTest, DescribesFunctions)
 
 TEST(TypeLibraryTest, DescribesEnumerationsAndRecordsAsTheyAreDeclared)
 {
-    const auto colour = Type(u"SampleColour");
-    const std::pair<std::string_view, LONG> colours[] = {{"Red", Red}, {"Green", Green}, {"Blue", Blue}};
-    for (ULONG i = 0; i < std::size(colours); ++i) {
+    // An enumerator with its value, a field with its type.
+    const auto variables = [](ITypeInfo& info) {
+        std::string text;
         VARDESC* variable = nullptr;
-        ASSERT_EQ(colour->GetVarDesc(i, &variable), S_OK);
-        ASSERT_NE(variable->lpvarValue, nullptr);
-        EXPECT_EQ(variable->lpvarValue->vt, VT_I4);
-        EXPECT_EQ(variable->lpvarValue->lVal, colours[i].second);
-        EXPECT_EQ(NameOf(*colour, variable->memid), colours[i].first);
-        colour->ReleaseVarDesc(variable);
-    }
-
-    const auto point = Type(u"SamplePoint");
-    const std::pair<std::string_view, std::string_view> fields[] = {
-        {"x", "3"}, {"y", "5"}, {"label", "8"}, {"colour", "SampleColour"}, {"tag", "13"}, {"owner", "IForeign*"}};
-    for (ULONG i = 0; i < std::size(fields); ++i) {
-        VARDESC* variable = nullptr;
-        ASSERT_EQ(point->GetVarDesc(i, &variable), S_OK);
-        EXPECT_EQ(variable->lpvarValue, nullptr);
-        EXPECT_EQ(Spelled(*point, variable->elemdescVar.tdesc), fields[i].second);
-        EXPECT_THAT(Names(*point, variable->memid), ElementsAre(fields[i].first));
-        point->ReleaseVarDesc(variable);
-    }
+        for (ULONG i = 0; SUCCEEDED(info.GetVarDesc(i, &variable)); ++i) {
+            const VARIANT* value = variable->lpvarValue;
+            EXPECT_TRUE(!value || value->vt == VT_I4);
+            EXPECT_THAT(Names(info, variable->memid), ElementsAre(NameOf(info, variable->memid)));
+            text += NameOf(info, variable->memid) +
+                    (value ? "=" + std::to_string(value->lVal) : ":" + Spelled(info, variable->elemdescVar.tdesc)) +
+                    ' ';
+            info.ReleaseVarDesc(variable);
+        }
+        return text;
+    };
+    EXPECT_EQ(variables(*Type(u"SampleColour")), "Red=1 Green=32 Blue=48 ");
+    EXPECT_EQ(variables(*Type(u"SamplePoint")), "x:3 y:5 label:8 colour:SampleColour tag:13 owner:IForeign* ");
 }
 
 TEST(TypeLibraryTest, TypesReferToWhatTheyBuildOn)
 {
-    struct Row {
-        const OLECHAR* type;
-        ULONG index;
-        std::string_view base;
-        LONG flags;
-    };
-    const Row rows[] = {
+    const std::tuple<const OLECHAR*, ULONG, std::string_view, LONG> rows[] = {
         {u"ISample", 0, "IDispatch", 0},
         {u"IShape", 0, "IDispatch", 0},
         {u"IPrism", 0, "IShape", 0},
@@ -279,16 +253,16 @@ TEST(TypeLibraryTest, TypesReferToWhatTheyBuildOn)
         {u"Sample", 1, "_ISampleEvents", IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE},
         {u"Silent", 0, "IPlainSample", IMPLTYPEFLAG_FDEFAULT},
     };
-    for (const Row& row : rows) {
-        const auto type = Type(row.type);
+    for (const auto& [name, index, expected, flags] : rows) {
+        const auto type = Type(name);
         HREFTYPE reference = 0;
-        LONG flags = -1;
+        LONG found = -1;
         ComPtr<ITypeInfo> base;
-        ASSERT_EQ(type->GetRefTypeOfImplType(row.index, &reference), S_OK);
+        ASSERT_EQ(type->GetRefTypeOfImplType(index, &reference), S_OK);
         ASSERT_EQ(type->GetRefTypeInfo(reference, base.Put()), S_OK);
-        EXPECT_EQ(NameOf(*base), row.base);
-        EXPECT_EQ(type->GetImplTypeFlags(row.index, &flags), S_OK);
-        EXPECT_EQ(flags, row.flags) << row.base;
+        EXPECT_EQ(NameOf(*base), expected);
+        EXPECT_EQ(type->GetImplTypeFlags(index, &found), S_OK);
+        EXPECT_EQ(found, flags) << expected;
     }
 
     // The platform's own interfaces are known by name and identity, and belong to no library.

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -302,29 +303,13 @@ TEST_F(RegistryFileTest, AMalformedFileIsNeverOverwritten)
         deep += "\\a";
     std::vector<std::string> contents = {"", "\n", "KVProjectData Registry 2\n[HKEY_CURRENT_USER\\Key]\n",
                                          std::string(kSignature) + "@=\"no key\"\n"};
-    std::vector<std::string> lines = {"text",
-                                      "[",
-                                      "[]",
-                                      "[HKEY_CURRENT_USER\\Half",
-                                      "@",
-                                      "@=",
-                                      "@=text",
-                                      "@=\"open",
-                                      "@=\"open\\",
-                                      "@=\"text\" more",
-                                      "\"name=\"text\"",
-                                      "@=dword:",
-                                      "@=dword:x",
-                                      "@=dword:-1",
-                                      "@=dword:123456789",
-                                      "@=hex:123",
-                                      "@=hex:0x",
-                                      "[HKEY_CURRENT_USER\\\\Empty]"};
-    lines.push_back("[" + std::string(300, 'a') + "]");
-    lines.push_back(deep + "]");
-    for (const std::string& line : lines) {
+    std::istringstream lines(
+        R"(text|[|[]|[HKEY_CURRENT_USER\Half|@|@=|@=text|@="open|@="open\|@="text" more|"name="text"|)"
+        "@=dword:|@=dword:x|@=dword:-1|@=dword:123456789|@=hex:123|@=hex:0x|"
+        "[HKEY_CURRENT_USER\\\\Empty]|[" +
+        std::string(300, 'a') + "]|" + deep + "]");
+    for (std::string line; std::getline(lines, line, '|');)
         contents.push_back(std::string(kSignature) + "[HKEY_CURRENT_USER\\Key]\n" + line + "\n");
-    }
     for (const std::string& content : contents) {
         SCOPED_TRACE(content);
         folder.Write("registry.txt", content);

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -19,6 +20,11 @@ using std::chrono::steady_clock;
 constexpr ULONG kPatience = 10'000; // milliseconds
 
 std::atomic<LONG> g_locks{0};
+
+void Start(Thread& thread, std::function<void()> body)
+{
+    ASSERT_EQ(thread.Start(std::move(body), g_locks), S_OK);
+}
 
 TEST(AutoResetEventTest, ASignalIsTakenOnce)
 {
@@ -48,15 +54,10 @@ TEST(AutoResetEventTest, NoWakeUpIsLost)
     ASSERT_EQ(answer.Create(), S_OK);
     int answered = 0;
     Thread thread;
-    ASSERT_EQ(thread.Start(
-                  [&] {
-                      while (answered < kRounds && request.Wait(kPatience) == WaitResult::Signalled) {
-                          ++answered;
-                          answer.Set();
-                      }
-                  },
-                  g_locks),
-              S_OK);
+    Start(thread, [&] {
+        for (; answered < kRounds && request.Wait(kPatience) == WaitResult::Signalled; answer.Set())
+            ++answered;
+    });
     const auto start = steady_clock::now();
     int asked = 0;
     do {
@@ -75,13 +76,10 @@ TEST(AutoResetEventTest, WakesEveryWaitingThreadInTurn)
     std::atomic<int> woken{0};
     Thread threads[3];
     for (Thread& thread : threads) {
-        ASSERT_EQ(thread.Start(
-                      [&] {
-                          EXPECT_EQ(event.Wait(kPatience), WaitResult::Signalled);
-                          ++woken;
-                      },
-                      g_locks),
-                  S_OK);
+        Start(thread, [&] {
+            EXPECT_EQ(event.Wait(kPatience), WaitResult::Signalled);
+            ++woken;
+        });
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_EQ(woken, 0);
@@ -103,12 +101,9 @@ TEST(ThreadTest, KnowsItself)
     Thread thread;
     EXPECT_FALSE(thread.IsCurrent());
     std::optional<bool> within;
-    ASSERT_EQ(thread.Start(
-                  [&] {
-                      if (started.Wait(kPatience) == WaitResult::Signalled) within = thread.IsCurrent();
-                  },
-                  g_locks),
-              S_OK);
+    Start(thread, [&] {
+        if (started.Wait(kPatience) == WaitResult::Signalled) within = thread.IsCurrent();
+    });
     EXPECT_FALSE(thread.IsCurrent());
     EXPECT_EQ(g_locks, 1);
     started.Set();
@@ -124,7 +119,7 @@ TEST(ThreadTest, EveryThreadHasALocale)
         EXPECT_EQ(GetThreadLocale(), 0x407u);
         LCID elsewhere = 0;
         Thread thread;
-        ASSERT_EQ(thread.Start([&] { elsewhere = GetThreadLocale(); }, g_locks), S_OK);
+        Start(thread, [&] { elsewhere = GetThreadLocale(); });
         thread.Join();
         EXPECT_EQ(elsewhere, LOCALE_USER_DEFAULT);
     }
