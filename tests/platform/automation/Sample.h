@@ -5,6 +5,7 @@
 #include "platform/automation/Members.h"
 
 #include <string>
+#include <vector>
 
 /// Stores a value for a member that then returns `result`.
 template <class T, class Value>
@@ -274,3 +275,47 @@ private:
     kv::Variant m_value;
     kv::ComPtr<ISample> m_peer;
 };
+
+inline constexpr ULONG kUntouched = 77;
+
+struct NamedArgument {
+    DISPID id;
+    VARIANT value;
+};
+
+struct Outcome {
+    HRESULT code = S_OK;
+    kv::Variant value;
+    EXCEPINFO exception{};
+    ULONG bad = kUntouched;
+};
+
+/// Calls late bound, with the positional arguments in the order of the parameters.
+inline Outcome Invoke(IDispatch& object, DISPID member, WORD flags, const std::vector<VARIANT>& positional = {},
+                      const std::vector<NamedArgument>& named = {})
+{
+    std::vector<VARIANT> arguments;
+    std::vector<DISPID> ids;
+    for (const NamedArgument& argument : named) {
+        arguments.push_back(argument.value);
+        ids.push_back(argument.id);
+    }
+    arguments.insert(arguments.end(), positional.rbegin(), positional.rend());
+    DISPPARAMS params{arguments.data(), ids.data(), static_cast<ULONG>(arguments.size()),
+                      static_cast<ULONG>(ids.size())};
+    Outcome outcome;
+    // Stale contents that must not shine through.
+    outcome.value.vt = VT_I4;
+    outcome.exception.scode = E_FAIL;
+    outcome.code = object.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, &outcome.value,
+                                 &outcome.exception, &outcome.bad);
+    return outcome;
+}
+
+inline VARIANT Reference(VARTYPE type, void* place)
+{
+    VARIANT value{};
+    value.vt = static_cast<VARTYPE>(type | VT_BYREF);
+    value.byref = place;
+    return value;
+}

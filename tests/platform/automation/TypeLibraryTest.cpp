@@ -292,26 +292,35 @@ TEST(TypeLibraryTest, ADerivedInterfaceAddsToItsBase)
     OLECHAR* names[]{name};
     DISPID id = 0;
     ASSERT_EQ(object->GetIDsOfNames(IID_NULL, names, 1, 0, &id), S_OK);
-    EXPECT_EQ(id, 1);
-    const auto put = [&](LONG value) {
-        Variant argument;
-        argument.vt = VT_I4;
-        argument.lVal = value;
-        DISPID putId = DISPID_PROPERTYPUT;
-        DISPPARAMS params{&argument, &putId, 1, 1};
-        return object->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYPUT, &params, nullptr, nullptr, nullptr);
-    };
-    ASSERT_EQ(put(5), S_OK);
+    ASSERT_EQ(Invoke(*object, id, DISPATCH_PROPERTYPUT, {Variant(LONG{5})}).code, S_OK);
+    EXPECT_EQ(Invoke(*object, 2, DISPATCH_PROPERTYGET).value.lVal, 15);
+    EXPECT_EQ(Invoke(*object, 4, DISPATCH_METHOD).code, DISP_E_MEMBERNOTFOUND);
     DISPPARAMS none{};
-    Variant edges;
-    ASSERT_EQ(object->Invoke(2, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &edges, nullptr, nullptr), S_OK);
-    EXPECT_EQ(edges.lVal, 15);
     Variant sides;
-    EXPECT_EQ(
-        prism->Invoke(static_cast<IPrism*>(object.Get()), 1, DISPATCH_PROPERTYGET, &none, &sides, nullptr, nullptr),
-        S_OK);
+    auto* self = static_cast<IPrism*>(object.Get());
+    EXPECT_EQ(prism->Invoke(self, 1, DISPATCH_PROPERTYGET, &none, &sides, nullptr, nullptr), S_OK);
     EXPECT_EQ(sides.lVal, 5);
-    EXPECT_EQ(object->Invoke(4, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr), DISP_E_MEMBERNOTFOUND);
+}
+
+TEST(TypeLibraryTest, RecordsLeadToWhatMakesThem)
+{
+    ComPtr<IRecordInfo> info;
+    ASSERT_EQ(GetRecordInfoFromTypeInfo(Type(u"SamplePoint").Get(), info.Put()), S_OK);
+    ULONG count = 0;
+    ASSERT_EQ(info->GetFieldNames(&count, nullptr), S_OK);
+    std::vector<BSTR> fields(count);
+    ASSERT_EQ(info->GetFieldNames(&count, fields.data()), S_OK);
+    std::string names;
+    for (BSTR field : fields)
+        names += kv::ToUtf8(Bstr::Attach(field).View()) + ' ';
+    EXPECT_EQ(names, "x y label colour tag owner ");
+    auto* made = static_cast<SamplePoint*>(info->RecordCreate());
+    ASSERT_TRUE(made);
+    const Variant seven(LONG{7});
+    EXPECT_EQ(info->PutField(made, u"X", &seven), S_OK);
+    EXPECT_EQ(made->x, 7);
+    EXPECT_EQ(info->RecordDestroy(made), S_OK);
+    EXPECT_EQ(GetRecordInfoFromTypeInfo(Type(u"ISample").Get(), info.Put()), TYPE_E_ELEMENTNOTFOUND);
 }
 
 TEST(TypeLibraryTest, InterfacesOfOtherLibrariesAreKnownByNameAndIdentity)
