@@ -3,13 +3,14 @@
 #include "KVProjectData/ResultCodes.h"
 #include "platform/com/ConnectionPoint.h"
 #include "platform/system/ErrorReporter.h"
-#include "platform/system/Registry.h"
 #include "platform/xml/Element.h"
 #include "support/Host.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <ctime>
+#include <functional>
 
 namespace kv::test {
 namespace {
@@ -46,29 +47,22 @@ public:
     {
         *list = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(sources.size()));
         for (LONG i = 0; i < static_cast<LONG>(sources.size()); ++i)
-            SafeArrayPutElement(*list, &i, sources[i].Get());
+            SafeArrayPutElement(*list, &i, Bstr(ToUtf16(sources[i])).Get());
         return S_OK;
     }
-    HRESULT Save(IXMLDOMElement* place, IZXEContentPaths* paths) override
+    HRESULT Save(IXMLDOMElement* place, IZXEContentPaths*) override
     {
         if (m_engine.fault == Fault::Save) return E_ACCESSDENIED;
-        XmlElement element(place);
-        for (const Bstr& source : sources) {
-            Bstr text;
-            ThrowIfFailed(paths->ToDocument(source.Get(), text.Put()));
-            element.Add("Panel").SetAttribute("source", ToUtf8(text.View()));
-        }
+        for (const std::string& source : sources)
+            XmlElement(place).Add("Panel").SetAttribute("source", source);
         return S_OK;
     }
-    HRESULT Load(IXMLDOMElement* place, IZXEContentPaths* paths) override
+    HRESULT Load(IXMLDOMElement* place, IZXEContentPaths*) override
     {
         if (m_engine.fault == Fault::Load || XmlElement(place).HasAttribute("odd")) return ZXE_E_NOT_PRODUCTION;
         sources.clear();
-        for (const XmlElement& panel : XmlElement(place).Children("Panel")) {
-            Bstr path;
-            ThrowIfFailed(paths->FromDocument(Bstr(ToUtf16(panel.Attribute("source"))).Get(), path.Put()));
-            sources.push_back(std::move(path));
-        }
+        for (const XmlElement& panel : XmlElement(place).Children("Panel"))
+            sources.emplace_back(panel.Attribute("source"));
         return S_OK;
     }
     HRESULT FindConnectionPoint(REFIID iid, IConnectionPoint** point) override
@@ -76,13 +70,13 @@ public:
         return m_engine.fault == Fault::Connect ? E_FAIL : ConnectionPointContainer::FindConnectionPoint(iid, point);
     }
 
-    std::vector<Bstr> sources;
+    std::vector<std::string> sources;
 
 protected:
     HRESULT FindInterface(REFIID iid, void** out) override
     {
-        if (iid == IZXEProductionPersist::IID && m_engine.fault == Fault::Offer) return E_NOINTERFACE;
-        return Object::FindInterface(iid, out);
+        const bool isHidden = iid == IZXEProductionPersist::IID && m_engine.fault == Fault::Offer;
+        return isHidden ? E_NOINTERFACE : Object::FindInterface(iid, out);
     }
 
 private:
@@ -107,12 +101,25 @@ private:
     EngineState& m_state;
 };
 
-Bstr SourceOf(IKVTitle& title)
+std::string Storyboard(const std::string& source)
 {
-    Bstr source;
-    EXPECT_EQ(S_OK, title.GetSourceFromProd(source.Put()));
-    return source;
+    return "<Storyboard><Panel source=\"" + source + "\"/></Storyboard>";
 }
+
+std::string Entry(int owner, const std::string& content, const std::string& more = {})
+{
+    return "<Production ownerID=\"" + std::to_string(owner) + "\" name=\"Storyboard\"" + more + ">" + content +
+           "</Production>";
+}
+
+std::string Within(const std::string& entries)
+{
+    return "<Productions>" + entries + "</Productions>";
+}
+
+const std::string kSea = Storyboard("sea.mpg");
+const std::string kSky = Storyboard("sky.mpg");
+const std::string kTwoTitles = "<Title ID='5'/><Title ID='6'/>";
 
 /// Project files whose productions are of a small engine.
 class ProductionsTest : public testing::Test {
@@ -125,31 +132,13 @@ protected:
     }
     ~ProductionsTest() override { CoRevokeClassObject(cookie); }
 
-    ComPtr<IKVTitle> AddTitle(std::initializer_list<std::u16string_view> sources)
-    {
-        ComPtr<IKVTitle> title;
-        EXPECT_EQ(S_OK, project->AddTitle(0, title.Put()));
-        const auto production = Make<SmallProduction>(engine);
-        production->Initialise();
-        for (const std::u16string_view source : sources)
-            production->sources.emplace_back(source);
-        EXPECT_EQ(S_OK, title->SetProduction(Query<IUnknown>(production).Get()));
-        return title;
-    }
-    ComPtr<IKVTitle> Title(LONG position)
-    {
-        ComPtr<IKVTitle> title;
-        EXPECT_EQ(S_OK, project->GetTitle(position, title.Put()));
-        return title;
-    }
-
-    HRESULT Save() { return files->SaveProject(folder.File("p.xml").Get(), project.Get()); }
     HRESULT Load() { return files->LoadProject(folder.File("p.xml").Get(), project.Get()); }
-    /// Writes a file with two titles, 5 and 6, and loads it.
-    HRESULT Load(std::string_view productions)
+    HRESULT Save() { return files->SaveProject(folder.File("p.xml").Get(), project.Get()); }
+    /// Writes a file and loads it.
+    HRESULT Load(const std::string& productions, const std::string& titles = kTwoTitles)
     {
-        folder.Write("p.xml", "<Root><Project Version='900'><Titles><Title ID='5'/><Title ID='6'/></Titles></Project>" +
-                                  std::string(productions) + "</Root>");
+        folder.Write("p.xml", "<Root><Project Version='900'><Titles>" + titles + "</Titles></Project>" + productions +
+                                  "</Root>");
         return Load();
     }
     /// The productions of the saved file.
@@ -163,13 +152,25 @@ protected:
         document->selectSingleNode(Str(u"/Root/Productions").Get(), productions.Put());
         return productions ? ToUtf8(XmlOf(*productions)) : "none";
     }
-
-    static std::string Entry(int owner, std::string_view content, std::string_view more = {})
+    ComPtr<IKVTitle> Title(LONG position)
     {
-        return "<Production ownerID=\"" + std::to_string(owner) + "\" name=\"Storyboard\"" + std::string(more) + ">" +
-               std::string(content) + "</Production>";
+        ComPtr<IKVTitle> title;
+        EXPECT_EQ(S_OK, project->GetTitle(position, title.Put()));
+        return title;
     }
-    static std::string Within(const std::string& entries) { return "<Productions>" + entries + "</Productions>"; }
+    /// What the title at a position shows first.
+    std::string Source(LONG position)
+    {
+        Bstr source;
+        EXPECT_EQ(S_OK, Title(position)->GetSourceFromProd(source.Put()));
+        return ToUtf8(source.View());
+    }
+    void Show(LONG position, const char* source)
+    {
+        const auto production = Make<SmallProduction>(engine);
+        production->sources.emplace_back(source);
+        EXPECT_EQ(S_OK, Title(position)->SetProduction(Query<IUnknown>(production).Get()));
+    }
 
     TemporaryFolder folder;
     EngineState engine;
@@ -178,42 +179,19 @@ protected:
     ComPtr<IKVFileService> files = Create<IKVFileService>(CLSID_KVFileService);
 };
 
-const std::string kSea = "<Storyboard><Panel source=\"sea.mpg\"/></Storyboard>";
-const std::string kSky = "<Storyboard><Panel source=\"sky.mpg\"/></Storyboard>";
-
-TEST_F(ProductionsTest, TitlesHaveTheirProductionsAgain)
+TEST_F(ProductionsTest, TitlesHaveTheirProductionsAgainAndNobodyIsTold)
 {
-    const std::u16string content = (folder.Path() / "share" / "Content").u16string();
-    std::filesystem::create_directories(content);
-    constexpr std::u16string_view kKey = u"SOFTWARE\\KORVA\\ZENDA\\Zenda\\Paths";
-    Registry::Set(Hive::LocalMachine, kKey, u"AlternateContent", content);
-    files = Create<IKVFileService>(CLSID_KVFileService);
-
-    AddTitle({content + u"/a.mpg", content + u"2/b.mpg", u"c.mpg"});
-    project->AddTitle(0, nullptr);
-    AddTitle({});
-    const auto id = [&](LONG position) { return ValueOf(*Title(position), &IKVTitle::get_ID); };
-    const std::string saved = Saved();
-    EXPECT_EQ(Within(Entry(id(1), "<Storyboard><Panel source=\"%CONTENT%/a.mpg\"/><Panel source=\"" + ToUtf8(content) +
-                                      "2/b.mpg\"/><Panel source=\"c.mpg\"/></Storyboard>") +
-                     Entry(id(3), "<Storyboard/>")),
-              saved);
-
-    // Another installation.
-    Registry::Set(Hive::LocalMachine, kKey, u"AlternateContent", folder.Path().u16string());
-    files = Create<IKVFileService>(CLSID_KVFileService);
     const auto sink = Make<RecordingSink>();
     const Connection connection(*project, *sink);
-    ASSERT_EQ(S_OK, Load());
-    EXPECT_EQ(2, engine.open) << "of the titles that have one";
-    EXPECT_EQ((folder.Path() / "a.mpg").u16string(), SourceOf(*Title(1)).View());
-    for (const ReceivedEvent& event : Delivered(*project, *sink)) {
-        EXPECT_NE(EVENT_TitlePropChanged, event.id);
-        EXPECT_NE(EVENT_TitleProductionEvent, event.id);
-    }
+    const std::string productions = Within(Entry(5, kSea) + Entry(6, "<Storyboard/>"));
+    ASSERT_EQ(S_OK, Load(productions));
+    EXPECT_EQ(2, engine.open);
+    EXPECT_EQ("sea.mpg", Source(1));
+    EXPECT_EQ(productions, Saved());
+    for (const ReceivedEvent& event : Delivered(*project, *sink))
+        EXPECT_TRUE(event.id != EVENT_TitlePropChanged && event.id != EVENT_TitleProductionEvent);
     project->Clear();
     EXPECT_EQ(0, engine.open);
-    Registry::DeleteValue(Hive::LocalMachine, kKey, u"AlternateContent");
 }
 
 TEST_F(ProductionsTest, WhatCannotBeLoadedIsToldKeptAndLoadedLater)
@@ -234,41 +212,31 @@ TEST_F(ProductionsTest, WhatCannotBeLoadedIsToldKeptAndLoadedLater)
         EXPECT_EQ(0, engine.open) << told;
         EXPECT_EQ(productions, Saved()) << told;
         engine.fault = Fault::None;
-        // Created when it is asked for; it holds nothing that the one that is kept would have to give way to.
-        EXPECT_TRUE(SourceOf(*Title(1)).Empty()) << told;
+        EXPECT_EQ("", Source(1)) << "made when it is asked for; what is kept does not give way to it";
         EXPECT_EQ(productions, Saved()) << told;
         EXPECT_EQ(S_OK, Load()) << told;
-        EXPECT_EQ(u"sea.mpg", SourceOf(*Title(1)).View()) << told;
-        EXPECT_EQ(u"sky.mpg", SourceOf(*Title(2)).View()) << told;
+        EXPECT_EQ("sea.mpg sky.mpg", Source(1) + " " + Source(2)) << told;
         EXPECT_EQ(productions, Saved()) << told;
     }
 }
 
 TEST_F(ProductionsTest, WhatTheLibraryDidNotWriteSurvives)
 {
-    constexpr std::string_view kOddID = "<Production ownerID=\"five\" name=\"Storyboard\"><Storyboard/></Production>";
-    const std::vector<std::string> foreign{
-        "<Productions by=\"host\"/>",
-        Within("<!--a note--><Host><Storyboard a=\"1\"/></Host>text"),
-        Within("<Production/>"),
-        Within(std::string(kOddID)),
-        Within(Entry(7, kSea)),
-        Within(Entry(-5, kSea)),
-        Within(Entry(2147483647, kSea)),
-        Within("<Production ownerID=\"5\" name=\"Background\">" + kSea + "</Production>"),
-        Within(Entry(5, "<Other/>")),
-        Within(Entry(5, "<Storyboard odd=\"1\">" + kSea + "</Storyboard>")),
-        Within(Entry(5, kSea + "<Chapters n=\"2\"/><!--and a note-->", " author=\"me\"")),
-        Within(Entry(5, kSea) + Entry(5, kSky)),
-        Within(Entry(5, kSea) + "<Production name=\"Storyboard\">" + kSea + "</Production>" + Entry(6, kSky)),
-    };
-    for (const std::string& productions : foreign) {
+    for (const std::string& productions :
+         {std::string("<Productions by=\"host\"/>"), Within("<!--a note--><Host><Storyboard a=\"1\"/></Host>text"),
+          Within("<Production/>"),
+          Within("<Production ownerID=\"five\" name=\"Storyboard\"><Storyboard/></Production>"), Within(Entry(7, kSea)),
+          Within(Entry(-5, kSea)), Within(Entry(2147483647, kSea)),
+          Within("<Production ownerID=\"5\" name=\"Background\">" + kSea + "</Production>"),
+          Within(Entry(5, "<Other/>")), Within(Entry(5, "<Storyboard odd=\"1\">" + kSea + "</Storyboard>")),
+          Within(Entry(5, kSea + "<Chapters n=\"2\"/><!--and a note-->", " author=\"me\"")),
+          Within(Entry(5, kSea) + Entry(5, kSky)),
+          Within(Entry(5, kSea) + "<Production name=\"Storyboard\">" + kSea + "</Production>" + Entry(6, kSky))}) {
         ASSERT_EQ(S_OK, Load(productions)) << productions;
         const std::string saved = Saved();
         EXPECT_EQ(productions.size(), saved.size()) << productions << "\n" << saved;
         EXPECT_EQ(S_OK, Load()) << productions;
         EXPECT_EQ(saved, Saved()) << "the order settles";
-        // An undo of everything brings a project that has these, too.
         EXPECT_EQ(S_OK, project->TakeUndoSnapshot(nullptr));
         EXPECT_EQ(S_OK, project->EndUndo(VARIANT_TRUE));
         EXPECT_EQ(S_OK, project->UndoOperation());
@@ -279,44 +247,32 @@ TEST_F(ProductionsTest, WhatTheLibraryDidNotWriteSurvives)
     EXPECT_LT(7, ValueOf(*title, &IKVTitle::get_ID)) << "no title becomes the owner of what was kept";
     EXPECT_GT(1'000'000'000, ValueOf(*title, &IKVTitle::get_ID));
 
-    const auto document = ParseXml(u"<Root><Project/></Root>");
-    EXPECT_EQ(S_OK, project->loadXML(document.Get()));
-    EXPECT_EQ("<Productions/>", Saved()) << "another project";
-    ASSERT_EQ(S_OK, Load(Within(Entry(7, kSea))));
-    EXPECT_EQ(S_OK, project->Clear());
-    EXPECT_EQ("<Productions/>", Saved());
-    ASSERT_EQ(S_OK, Load(Within(Entry(7, kSea))));
-    ASSERT_EQ(S_OK, Load(""));
-    EXPECT_EQ("<Productions/>", Saved());
+    const std::vector<std::function<HRESULT()>> others{
+        [&] { return project->loadXML(ParseXml(u"<Root><Project/></Root>").Get()); }, [&] { return project->Clear(); },
+        [&] { return Load(""); }};
+    for (const auto& other : others) {
+        ASSERT_EQ(S_OK, Load(Within(Entry(7, kSea))));
+        EXPECT_EQ(S_OK, other());
+        EXPECT_EQ("<Productions/>", Saved()) << "another project";
+    }
 }
 
-TEST_F(ProductionsTest, WhatWasKeptStandsBehindWhatWasMadeSince)
+TEST_F(ProductionsTest, SeveralForOneOwnerFindTheirPlace)
 {
     const std::string odd = Entry(5, "<Storyboard odd=\"1\"/>");
     ASSERT_EQ(S_OK, Load(Within(odd)));
-    const auto production = Make<SmallProduction>(engine);
-    production->sources.emplace_back(u"new.mpg");
-    ASSERT_EQ(S_OK, Title(1)->SetProduction(Query<IUnknown>(production).Get()));
-    const std::string made = Entry(5, "<Storyboard><Panel source=\"new.mpg\"/></Storyboard>");
-    EXPECT_EQ(Within(made + odd), Saved());
+    Show(1, "new.mpg");
+    EXPECT_EQ(Within(Entry(5, Storyboard("new.mpg")) + odd), Saved()) << "what was kept stands behind";
     EXPECT_EQ(S_OK, Load());
-    EXPECT_EQ(u"new.mpg", SourceOf(*Title(1)).View());
-    EXPECT_EQ(Within(made + odd), Saved());
-}
+    EXPECT_EQ("new.mpg", Source(1));
 
-TEST_F(ProductionsTest, TitlesOfOneIDHaveTheirOwn)
-{
-    const std::string file = "<Root><Project Version='900'><Titles><Title ID='5'/><Title ID='5'/></Titles></Project>" +
-                             Within(Entry(5, kSea) + Entry(5, kSky) + Entry(5, kSea)) + "</Root>";
-    folder.Write("p.xml", file);
-    ASSERT_EQ(S_OK, Load());
-    EXPECT_EQ(u"sea.mpg", SourceOf(*Title(1)).View());
-    EXPECT_EQ(u"sky.mpg", SourceOf(*Title(2)).View());
+    ASSERT_EQ(S_OK, Load(Within(Entry(5, kSea) + Entry(5, kSky) + Entry(5, kSea)), "<Title ID='5'/><Title ID='5'/>"));
+    EXPECT_EQ("sea.mpg sky.mpg", Source(1) + " " + Source(2)) << "titles of one ID have their own";
 }
 
 TEST_F(ProductionsTest, ASaveThatTheEngineFailsLeavesTheFile)
 {
-    AddTitle({u"a.mpg"});
+    ASSERT_EQ(S_OK, Load(Within(Entry(5, kSea))));
     const std::string saved = Saved();
     const std::string before = folder.Read("p.xml");
     project->put_Label(Str(u"changed").Get());
@@ -337,18 +293,18 @@ TEST_F(ProductionsTest, ManyAndDeepOnesTakeTheirTimeAlone)
     std::string many;
     for (int i = 0; i < 100'000; ++i)
         many += Entry(i % 3 == 0 ? 5 : 1000 + i, i % 2 ? kSea : "");
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     ASSERT_EQ(S_OK, Load(Within(many)));
     ASSERT_EQ(S_OK, Save());
     ASSERT_EQ(S_OK, Load());
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
-    EXPECT_EQ(u"sea.mpg", SourceOf(*Title(1)).View());
+    EXPECT_LT(std::clock() - start, 20 * CLOCKS_PER_SEC);
+    EXPECT_EQ("sea.mpg", Source(1));
 
     const auto nested = [](int levels) {
         std::string text = "x";
         for (int i = 0; i < levels; ++i)
             text = "<a>" + text + "</a>";
-        return Within("<Production ownerID=\"5\" name=\"Storyboard\">" + text + "</Production>");
+        return Within(Entry(5, text));
     };
     EXPECT_EQ(KV_E_FILE_DOES_NOT_PARSE, Load(nested(300)));
     for (const int levels : {100, 252, 253}) {
