@@ -1,11 +1,10 @@
 #include "platform/automation/ErrorInfo.h"
 #include "platform/system/Window.h"
-#include "support/Host.h"
+#include "support/Script.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <functional>
 #include <future>
 #include <iterator>
 #include <map>
@@ -37,43 +36,37 @@ protected:
 
 TEST_F(EventsTest, SettersTellTheirPropertyOnceAndInOrder)
 {
-    using Put = std::function<HRESULT(IKVProjectData&)>;
-    const std::vector<std::pair<Put, std::vector<ReceivedEvent>>> setters{
-        {[](auto& p) { return p.put_IsOnDisc(VARIANT_TRUE); }, {Event(EVENT_VolumePropChanged, {27})}},
-        {[](auto& p) { return p.put_ProjectSize(5); }, {Event(EVENT_VolumePropChanged, {34})}},
-        {[](auto& p) { return p.put_OnDiscSize(5); }, {Event(EVENT_VolumePropChanged, {36})}},
-        {[](auto& p) { return p.put_RemainingCaptures(5); }, {Event(EVENT_VolumePropChanged, {37})}},
-        {[](auto& p) { return p.put_DiscSize(SZ_BD25); }, {Event(EVENT_VolumePropChanged, {66})}},
-        {[](auto& p) { return p.put_FrameRate(24.0); }, {}},
-        {[](auto& p) { return p.put_ThemeSource(Str(u"t").Get()); }, {}},
-        {[](auto& p) { return p.put_MenuLess(VARIANT_TRUE); }, {}},
-        // The first recorded change makes the project dirty.
-        {[](auto& p) { return p.put_Label(Str(u"l").Get()); },
-         {Event(EVENT_VolumePropChanged, {11}), Event(EVENT_VolumePropChanged, {4})}},
-        {[](auto& p) { return p.put_DiscFormat(AVCHD); }, {Event(EVENT_VolumePropChanged, {20})}},
-        {[](auto& p) { return p.put_VolumeName(Str(u"v").Get()); }, {Event(EVENT_VolumePropChanged, {21})}},
-        {[](auto& p) { return p.put_TargetType(2); }, {Event(EVENT_VolumePropChanged, {24})}},
-        {[](auto& p) { return p.put_ImagePath(nullptr); }, {Event(EVENT_VolumePropChanged, {25})}},
-        {[](auto& p) { return p.put_TargetDrive(nullptr); }, {Event(EVENT_VolumePropChanged, {26})}},
-        {[](auto& p) { return p.put_Options(2); }, {Event(EVENT_VolumePropChanged, {28})}},
-        {[](auto& p) { return p.put_FitToDisc(VARIANT_TRUE); }, {Event(EVENT_VolumePropChanged, {33})}},
-        {[](auto& p) { return p.put_DisplayName(nullptr); }, {Event(EVENT_VolumePropChanged, {35})}},
-        {[](auto& p) { return p.put_DoCompression(VARIANT_FALSE); }, {Event(EVENT_VolumePropChanged, {68})}},
-        {[](auto& p) { return p.put_DiscVideoType(RealD_3D); }, {Event(EVENT_VolumePropChanged, {69})}},
-        {[](auto& p) { return p.put_TVStandard(PAL); }, {Event(EVENT_TVStandardChanged, {2})}},
-        {[](auto& p) { return p.put_ProjectDirectory(Str(u"/d").Get()); },
-         {Event(EVENT_ProjectDirectoryChanged, {}, u"/d")}},
-        {[](auto& p) { return p.ClearDirtyFlag(); }, {Event(EVENT_VolumePropChanged, {11})}},
-        {[](auto& p) { return p.ClearDirtyFlag(); }, {}},
-        {[](auto& p) { return p.BroadcastMessage(4, 1, 2); }, {Event(EVENT_MajorProjectChange)}},
-        {[](auto& p) { return p.BroadcastMessage(5, -1, 2); }, {Event(EVENT_MessageBroadcast, {5, -1, 2})}},
-        {[](auto& p) { return p.Clear(); }, {}},
-    };
+    ScriptHost script(project.Get());
     std::vector<ReceivedEvent> expected;
-    for (const auto& [put, events] : setters) {
-        EXPECT_EQ(S_OK, put(*project));
-        expected.insert(expected.end(), events.begin(), events.end());
+    const auto expect = [&expected](const ReceivedEvent& event) { expected.push_back(event); };
+    struct Setter {
+        const char16_t *name, *value;
+        LONG propId;
+    };
+    constexpr Setter kSetters[]{
+        {u"IsOnDisc", u"true", 27},       {u"ProjectSize", u"5", 34}, {u"OnDiscSize", u"5", 36},
+        {u"RemainingCaptures", u"5", 37}, {u"DiscSize", u"8", 66},    {u"FrameRate", u"24", 0},
+        {u"ThemeSource", u"t", 0},        {u"MenuLess", u"true", 0},  {u"Label", u"l", 4},
+        {u"DiscFormat", u"11", 20},       {u"VolumeName", u"v", 21},  {u"TargetType", u"2", 24},
+        {u"ImagePath", u"i", 25},         {u"TargetDrive", u"d", 26}, {u"Options", u"2", 28},
+        {u"FitToDisc", u"true", 33},      {u"DisplayName", u"n", 35}, {u"DoCompression", u"false", 68},
+        {u"DiscVideoType", u"3", 69}};
+    for (const auto& [name, value, propId] : kSetters) {
+        script.Put(name, Variant(value));
+        // The first recorded change makes the project dirty.
+        if (propId == 4) expect(Event(EVENT_VolumePropChanged, {11}));
+        if (propId != 0) expect(Event(EVENT_VolumePropChanged, {propId}));
     }
+    for (const HRESULT result :
+         {project->put_TVStandard(PAL), project->put_ProjectDirectory(Str(u"/d").Get()), project->ClearDirtyFlag(),
+          project->ClearDirtyFlag(), project->BroadcastMessage(4, 1, 2), project->BroadcastMessage(5, -1, 2),
+          project->Clear()})
+        EXPECT_EQ(S_OK, result);
+    expect(Event(EVENT_TVStandardChanged, {2}));
+    expect(Event(EVENT_ProjectDirectoryChanged, {}, u"/d"));
+    expect(Event(EVENT_VolumePropChanged, {11}));
+    expect(Event(EVENT_MajorProjectChange));
+    expect(Event(EVENT_MessageBroadcast, {5, -1, 2}));
     EXPECT_EQ(expected, Events());
 }
 

@@ -49,26 +49,17 @@ TEST_F(ProjectTest, StartsWithItsDefaultsAndClearBringsThemBack)
         "DataFileCount=0 FitToDisc=0 Options=0 IsDirty=0 ProjectSize=0 OnDiscSize=0 RemainingCaptures=-1 DiscSize=4 "
         "DiscVideoType=1 MenuLess=0 UndoEnable=0 RedoEnable=0 ";
     EXPECT_EQ(defaults, properties());
-    for (const auto& [name, value] :
-         std::initializer_list<std::pair<const char16_t*, const char16_t*>>{{u"Label", u"Trip"},
-                                                                            {u"DiscFormat", u"11"},
-                                                                            {u"VolumeName", u"V"},
-                                                                            {u"ThemeSource", u"T"},
-                                                                            {u"TVStandard", u"2"},
-                                                                            {u"FrameRate", u"50"},
-                                                                            {u"TargetType", u"2"},
-                                                                            {u"DisplayName", u"D"},
-                                                                            {u"IsOnDisc", u"true"},
-                                                                            {u"FitToDisc", u"true"},
-                                                                            {u"Options", u"3"},
-                                                                            {u"ProjectSize", u"1099511627776"},
-                                                                            {u"OnDiscSize", u"7"},
-                                                                            {u"RemainingCaptures", u"2"},
-                                                                            {u"DiscSize", u"8"},
-                                                                            {u"DiscVideoType", u"3"},
-                                                                            {u"MenuLess", u"true"},
-                                                                            {u"DoCompression", u"false"}}) {
-        script.Put(name, Variant(value));
+    struct Value {
+        const char16_t *name, *text;
+    };
+    constexpr Value kOthers[]{
+        {u"Label", u"Trip"},    {u"DiscFormat", u"11"},       {u"VolumeName", u"V"}, {u"ThemeSource", u"T"},
+        {u"TVStandard", u"2"},  {u"FrameRate", u"50"},        {u"TargetType", u"2"}, {u"DisplayName", u"D"},
+        {u"IsOnDisc", u"true"}, {u"FitToDisc", u"true"},      {u"Options", u"3"},    {u"ProjectSize", u"1099511627776"},
+        {u"OnDiscSize", u"7"},  {u"RemainingCaptures", u"2"}, {u"DiscSize", u"8"},   {u"DiscVideoType", u"3"},
+        {u"MenuLess", u"true"}, {u"DoCompression", u"false"}};
+    for (const auto& [name, text] : kOthers) {
+        script.Put(name, Variant(text));
         EXPECT_NE(defaults, properties()) << ToUtf8(name);
     }
     AddTitle();
