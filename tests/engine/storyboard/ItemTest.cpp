@@ -195,13 +195,13 @@ TEST_F(ItemTest, BadAmountsChangeNothing)
     const auto audio = AddAudio(Bstr(u"title:3"));
     sink->heard.clear();
     for (const double bad : {-1.0, kNaN, kInfinite, -kInfinite}) {
-        EXPECT_EQ(E_INVALIDARG, Call(panel, &ISourceFile::put_InPoint, bad));
-        EXPECT_EQ(E_INVALIDARG, Call(panel, &ISourceFile::put_OutPoint, bad));
+        for (const auto put : {&ISourceFile::put_InPoint, &ISourceFile::put_OutPoint})
+            EXPECT_EQ(E_INVALIDARG, Call(panel, put, bad));
+        for (const auto put : {&ISubObject::put_StartOffset, &ISubObject::put_EndOffset})
+            EXPECT_EQ(E_INVALIDARG, Call(audio, put, bad));
+        for (const auto put : {&IAudioProps::put_Level, &IAudioProps::put_FadeIn})
+            EXPECT_EQ(E_INVALIDARG, Call(audio, put, bad));
         EXPECT_EQ(E_INVALIDARG, Call(panel, &IBaseObject::put_Duration, bad));
-        EXPECT_EQ(E_INVALIDARG, Call(audio, &ISubObject::put_StartOffset, bad));
-        EXPECT_EQ(E_INVALIDARG, Call(audio, &ISubObject::put_EndOffset, bad));
-        EXPECT_EQ(E_INVALIDARG, Call(audio, &IAudioProps::put_Level, bad));
-        EXPECT_EQ(E_INVALIDARG, Call(audio, &IAudioProps::put_FadeIn, bad));
         EXPECT_EQ(E_INVALIDARG, edit->AddProductionEffect(1, 2, nullptr, nullptr, 0, bad, nullptr));
         EXPECT_EQ(E_INVALIDARG, edit->AddProductionAudio(Bstr(u"a").Get(), 1, bad, nullptr));
     }
@@ -249,21 +249,17 @@ TEST_F(ItemTest, SoundsHaveAPlaceALevelAndFades)
     ASSERT_EQ(S_OK, Call(audio, &ISubObject::put_EndOffset, 5.0));
     EXPECT_EQ(5.0, Get(audio, &ISubObject::get_EndOffset));
     for (const auto& object : {sound, audio}) {
-        EXPECT_EQ(VARIANT_FALSE, Get(object, &ISubObject::get_Mute));
-        EXPECT_EQ(S_OK, Call(object, &ISubObject::put_Mute, VARIANT_TRUE));
-        EXPECT_EQ(VARIANT_TRUE, Get(object, &ISubObject::get_Mute));
-        EXPECT_EQ(1.0, Get(object, &IAudioProps::get_Level));
-        EXPECT_EQ(0.1, Get(object, &IAudioProps::get_FadeIn));
-        EXPECT_EQ(S_OK, Call(object, &IAudioProps::put_Level, 0.5));
-        EXPECT_EQ(S_OK, Call(object, &IAudioProps::put_FadeIn, 2.0));
-        EXPECT_EQ(S_OK, Call(object, &IAudioProps::put_FadeOut, 3.0));
-        EXPECT_EQ(S_OK, Call(object, &IAudioProps::put_FadeInGain, 0.25));
-        EXPECT_EQ(S_OK, Call(object, &IAudioProps::put_FadeOutGain, 0.75));
-        EXPECT_EQ(0.5, Get(object, &IAudioProps::get_Level));
-        EXPECT_EQ(2.0, Get(object, &IAudioProps::get_FadeIn));
-        EXPECT_EQ(3.0, Get(object, &IAudioProps::get_FadeOut));
-        EXPECT_EQ(0.25, Get(object, &IAudioProps::get_FadeInGain));
-        EXPECT_EQ(0.75, Get(object, &IAudioProps::get_FadeOutGain));
+        const auto puts = [&object]<class I, class V>(HRESULT (I::*get)(V*), HRESULT (I::*put)(V), V initial, V value) {
+            EXPECT_EQ(initial, Get(object, get));
+            EXPECT_EQ(S_OK, Call(object, put, value));
+            EXPECT_EQ(value, Get(object, get));
+        };
+        puts(&ISubObject::get_Mute, &ISubObject::put_Mute, VARIANT_FALSE, VARIANT_TRUE);
+        puts(&IAudioProps::get_Level, &IAudioProps::put_Level, 1.0, 0.5);
+        puts(&IAudioProps::get_FadeIn, &IAudioProps::put_FadeIn, 0.1, 2.0);
+        puts(&IAudioProps::get_FadeOut, &IAudioProps::put_FadeOut, 0.1, 3.0);
+        puts(&IAudioProps::get_FadeInGain, &IAudioProps::put_FadeInGain, 1.0, 0.25);
+        puts(&IAudioProps::get_FadeOutGain, &IAudioProps::put_FadeOutGain, 1.0, 0.75);
     }
 
     const auto second = AddAudio(Bstr(u"title:1"));
@@ -363,6 +359,10 @@ TEST_F(ItemTest, ASinkMayDropTheProductionFromInsideAnyOfItsCalls)
         [](IZXEProductionData& board) { board.Undo(); },
         [](IZXEProductionData& board) { board.ClearModified(); },
         [](IZXEProductionData& board) { board.Close(); },
+        [](IZXEProductionData& board) {
+            IZXEProductionPersist* const persist = Query<IZXEProductionPersist>(&board).Get();
+            EXPECT_EQ(S_OK, persist->Load(XmlElement::New("P").Element().Get(), nullptr));
+        },
     };
     for (const auto& call : calls) {
         auto board = CreateEngine<IZXEProductionData>(CLSID_ZXEProduction);

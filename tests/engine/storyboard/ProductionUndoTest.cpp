@@ -1,4 +1,4 @@
-#include "engine/EngineSupport.h"
+#include "engine/storyboard/StoryboardSupport.h"
 
 namespace kv::test {
 namespace {
@@ -33,10 +33,8 @@ private:
     std::u16string& m_log;
 };
 
-class ProductionUndoTest : public testing::Test {
+class ProductionUndoTest : public StoryboardTest {
 protected:
-    void SetUp() override { ASSERT_EQ(S_OK, production->Initialise()); }
-
     void Add(const char16_t* source) { ASSERT_EQ(S_OK, AddSource(production.Get(), Bstr(source))); }
 
     ComPtr<RecordingUnit> AddUnit(const char16_t* name)
@@ -54,28 +52,17 @@ protected:
         return all;
     }
 
-    double Aspect()
-    {
-        double aspect = 0.0;
-        EXPECT_EQ(S_OK, info->get_AspectRatio(&aspect));
-        return aspect;
-    }
+    double Aspect() { return Get(production, &IProductionInfo::get_AspectRatio); }
 
-    bool CanUndo()
+    bool Can(HRESULT (IZXEProductionData::*method)(VARIANT_BOOL*, BSTR*))
     {
         VARIANT_BOOL can = 1;
-        EXPECT_EQ(S_OK, production->CanUndo(&can, nullptr));
+        EXPECT_EQ(S_OK, (production.Get()->*method)(&can, nullptr));
         return can == VARIANT_TRUE;
     }
+    bool CanUndo() { return Can(&IZXEProductionData::CanUndo); }
+    bool CanRedo() { return Can(&IZXEProductionData::CanRedo); }
 
-    bool CanRedo()
-    {
-        VARIANT_BOOL can = 1;
-        EXPECT_EQ(S_OK, production->CanRedo(&can, nullptr));
-        return can == VARIANT_TRUE;
-    }
-
-    ComPtr<IZXEProductionData> production = CreateEngine<IZXEProductionData>(CLSID_ZXEProduction);
     ComPtr<IProductionInfo> info = Query<IProductionInfo>(production);
     std::u16string log;
 };
@@ -155,9 +142,7 @@ TEST_F(ProductionUndoTest, BlocksDoNotNestAndEmptyOnesLeaveNoTrace)
     EXPECT_FALSE(CanUndo());
     EXPECT_TRUE(CanRedo());
 
-    ASSERT_EQ(S_OK, production->OpenUndoBlock());
-    AddUnit(u"1");
-    EXPECT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    InBlock([&] { AddUnit(u"1"); });
     EXPECT_TRUE(CanUndo());
     EXPECT_FALSE(CanRedo());
 }
@@ -249,12 +234,7 @@ TEST_F(ProductionUndoTest, CloseDropsTheHistoryAndItsUnits)
 
 TEST_F(ProductionUndoTest, TellsWhatCanBeUndone)
 {
-    const auto sink = Make<RecordingProductionSink>();
-    DWORD cookie = 0;
-    ASSERT_EQ(S_OK, EventsOf(production.Get())->Advise(sink.Get(), &cookie));
-    ASSERT_EQ(S_OK, production->OpenUndoBlock());
-    Add(u"a");
-    ASSERT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    InBlock([&] { Add(u"a"); });
     ASSERT_EQ(S_OK, production->ClearModified());
     sink->heard.clear();
     ASSERT_EQ(S_OK, production->Undo());

@@ -9,13 +9,20 @@ namespace {
 
 using Edit = std::function<void(const ComPtr<IUnknown>&, LONG)>;
 
-/// Calls a setter with a number, of an item that has it.
+/// An edit of an item that answers for the interface.
+template <class Interface, class Body>
+Edit Of(Body body)
+{
+    return [body](const ComPtr<IUnknown>& item, LONG number) {
+        if (const auto asked = Query<Interface>(item)) body(*asked.Get(), number);
+    };
+}
+
+/// Calls a setter with a number.
 template <class Interface, class Value>
 Edit Put(HRESULT (Interface::*setter)(Value))
 {
-    return [setter](const ComPtr<IUnknown>& item, LONG number) {
-        if (const auto asked = Query<Interface>(item)) (asked.Get()->*setter)(static_cast<Value>(number));
-    };
+    return Of<Interface>([setter](Interface& item, LONG n) { (item.*setter)(static_cast<Value>(n)); });
 }
 
 /// The same, of the sound that an item brings along.
@@ -55,21 +62,10 @@ const Edit kEdits[] = {
     Put(&IEffectInfo::SetGroupID),
     OfSound(Put(&IAudioProps::put_FadeInGain)),
     OfSound(Put(&ISubObject::put_Mute)),
-    [](const ComPtr<IUnknown>& item, LONG number) {
-        if (const auto source = Query<ISourceFile>(item)) source->put_FileName(Moniker(number).Get());
-    },
-    [](const ComPtr<IUnknown>& item, LONG number) {
-        if (const auto source = Query<ISourceFile>(item))
-            source->SetPanZoom(number == 0 ? nullptr : Numbered(number).Get());
-    },
-    [](const ComPtr<IUnknown>& item, LONG number) {
-        if (const auto effect = Query<IEffectInfo>(item))
-            effect->SetParameterDocument(Numbered(number).Get(), VARIANT_TRUE);
-    },
-    [](const ComPtr<IUnknown>& item, LONG number) {
-        if (const auto effect = Query<IEffectInfo>(item))
-            effect->SetMaskFile(number == 0 ? nullptr : Moniker(number).Get(), ZXE_MASK_ALPHA);
-    },
+    Of<ISourceFile>([](auto& source, LONG n) { source.put_FileName(Moniker(n).Get()); }),
+    Of<ISourceFile>([](auto& source, LONG n) { source.SetPanZoom(n == 0 ? nullptr : Numbered(n).Get()); }),
+    Of<IEffectInfo>([](auto& effect, LONG n) { effect.SetParameterDocument(Numbered(n).Get(), VARIANT_TRUE); }),
+    Of<IEffectInfo>([](auto& effect, LONG n) { effect.SetMaskFile(n == 0 ? nullptr : Moniker(n).Get(), 4); }),
 };
 
 class UndoPropertyTest : public StoryboardTest, public testing::WithParamInterface<unsigned> {
