@@ -80,6 +80,21 @@ void SetColour(cairo_t* context, const Colour& colour)
     cairo_set_source_rgba(context, colour.red / kMost, colour.green / kMost, colour.blue / kMost, colour.alpha / kMost);
 }
 
+/// Whether a square of that height has a size in pixels that there is something to see of, and that fonts have.
+bool IsVisible(cairo_t* context, double height)
+{
+    constexpr double kLeast = 0.05;
+    constexpr double kMost = 1e5;
+    double across[]{height, 0.0};
+    double down[]{0.0, height};
+    cairo_user_to_device_distance(context, &across[0], &across[1]);
+    cairo_user_to_device_distance(context, &down[0], &down[1]);
+    const double width = std::hypot(across[0], across[1]);
+    const double length = std::hypot(down[0], down[1]);
+    const double area = std::fabs(across[0] * down[1] - across[1] * down[0]);
+    return width <= kMost && length <= kMost && area >= kLeast * std::max(width, length);
+}
+
 } // namespace
 
 TextLayout::TextLayout(const std::vector<Paragraph>& text, int frameHeight)
@@ -166,6 +181,7 @@ void TextLayout::Draw(cairo_t* context) const
 
 void TextLayout::Draw(cairo_t* context, const Run& run, Part part)
 {
+    if (!IsVisible(context, run.height)) return;
     const Ink& ink = run.ink;
     const Colour& colour = part == Part::Shadow ? ink.shadow : part == Part::Edge ? ink.edge : ink.colour;
     if (colour.alpha == 0) return;
