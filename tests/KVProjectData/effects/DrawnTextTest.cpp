@@ -45,21 +45,17 @@ TEST(DrawnText, ShowsWhatIsSetWithItsEdgeAndShadow)
     const std::vector<int> old = Drawn(text, inks);
     EXPECT_TRUE(old[0] && old[1] && old[2] && !old[3]) << testing::PrintToString(old);
 
-    for (const auto& [name, value] : {std::pair{"string", "MMM"},
-                                      {"height", "150"},
-                                      {"style", "200"},
-                                      {"justify", "2"},
-                                      {"face", "DejaVu Serif"},
-                                      {"colour", "008000"}})
-        ASSERT_EQ(S_OK, Put(text, name, value)) << name;
+    for (const char* setting :
+         {"string=MMM", "height=150", "style=200", "justify=2", "face=DejaVu Serif", "colour=008000"})
+        ASSERT_EQ(S_OK, Put(text, setting)) << setting;
     const std::vector<int> fresh = Drawn(text, inks);
     EXPECT_TRUE(!fresh[0] && fresh[1] && fresh[2] && fresh[3] > old[0]) << testing::PrintToString(fresh);
 
-    ASSERT_EQ(S_OK, Put(text, "string", ""));
+    ASSERT_EQ(S_OK, Put(text, "string="));
     EXPECT_EQ(Drawn(text, inks), std::vector<int>(4)) << "no placeholder is drawn";
-    ASSERT_EQ(S_OK, Put(text, "string", "MMM"));
+    ASSERT_EQ(S_OK, Put(text, "string=MMM"));
     EXPECT_EQ(Drawn(text, inks), fresh) << "the formatting outlives an empty text";
-    ASSERT_EQ(S_OK, Put(text, "colour", "ff000000"));
+    ASSERT_EQ(S_OK, Put(text, "colour=ff000000"));
     EXPECT_EQ(Drawn(text, inks)[3], 0) << "wholly transparent";
 }
 

@@ -80,86 +80,82 @@ TEST(TextPlugInHelper, SetsOneAttributeAndLeavesTheRest)
 {
     struct Case {
         const char* content;
-        const char* name;
-        const char* value;
+        const char* setting;
         const char* edited;
     };
     const Case cases[] = {
         // Fonts.
-        {"<p>a</p><p><font color='Red'>b</font></p>", "face", "B",
-         "<font face=\"B\"><p>a</p><p><font color=\"Red\" face=\"B\">b</font></p></font>"},
-        {"<font face='A'>a</font>", "face", "B", "<font face=\"B\">a</font>"},
-        {"a<!-- c --><font face='A'>a</font><p>b</p><br/><p><font>c</font></p>d<i>e</i>", "face", "B",
-         "<font face=\"B\">a</font><!-- c --><font face=\"B\">a</font><font face=\"B\"><p>b</p></font><br/>"
-         "<p><font face=\"B\">c</font></p><font face=\"B\">d<i>e</i></font>"},
-        {"<font face='A'>a</font>", "face", "a", "<font face=\"A\">a</font>"},
-        {"<font face='A'>a</font>", "face", "", "<font face=\"\">a</font>"},
-        {"<font face='A'>a</font>", "face", "a,b;c\\d>e<f=\"&",
-         "<font face=\"a,b;c\\d&gt;e&lt;f=&quot;&amp;\">a</font>"},
-        {"<font face='A' fontHeight='9'>a</font>", "face", "TEXTED_REMOVE", "<font fontHeight=\"9\">a</font>"},
-        {"<p>a</p>", "face", "Arial", "<p>a</p>"},
-        {"", "face", "B", "<font face=\"B\"/>"},
-        {"<p/>", "height", "30", "<font fontHeight=\"30\"><p/></font>"},
-        {"<font fontHeight='24.5'>a</font>", "height", "24", "<font fontHeight=\"24.5\">a</font>"},
-        {"<font fontHeight='24'>a</font>", "heightString", "24", "<font fontHeight=\"24\">a</font>"},
-        {"a", "heightString", "stringRef:H", "<font fontHeight=\"stringRef:H\">a</font>"},
-        {"<font/><p><br/></p>", "styleId", "-5",
-         "<font SelectedStyleId=\"-5\"/><font SelectedStyleId=\"-5\"><p><br/></p></font>"},
-        {"<font color='White'>a</font>", "colour", "ffffff", "<font color=\"White\">a</font>"},
-        {"<font color='Red'>a</font>b", "colour", "44332211",
-         "<font color=\"#11223344\" faceTexture=\"0\">a</font><font color=\"#11223344\" faceTexture=\"0\">b</font>"},
-        {"<?font a?>a", "face", "B", "<font face=\"B\"><?font a?>a</font>"},
+        {"<p>a</p><p><font color='Red'>b</font></p>", "face=B",
+         "<font face='B'><p>a</p><p><font color='Red' face='B'>b</font></p></font>"},
+        {"<font face='A'>a</font>", "face=B", "<font face='B'>a</font>"},
+        {"a<!-- c --><font face='A'>a</font><p>b</p><br/><p><font>c</font></p>d<i>e</i>", "face=B",
+         "<font face='B'>a</font><!-- c --><font face='B'>a</font><font face='B'><p>b</p></font><br/>"
+         "<p><font face='B'>c</font></p><font face='B'>d<i>e</i></font>"},
+        {"<font face='A'>a</font>", "face=a", "<font face='A'>a</font>"},
+        {"<font face='A'>a</font>", "face=", "<font face=''>a</font>"},
+        {"<font face='A'>a</font>", "face=a,b;c\\d>e<f='&", "<font face='a,b;c\\d&gt;e&lt;f='&amp;'>a</font>"},
+        {"<font face='A' fontHeight='9'>a</font>", "face=TEXTED_REMOVE", "<font fontHeight='9'>a</font>"},
+        {"<p>a</p>", "face=Arial", "<p>a</p>"},
+        {"", "face=B", "<font face='B'/>"},
+        {"<p/>", "height=30", "<font fontHeight='30'><p/></font>"},
+        {"<font fontHeight='24.5'>a</font>", "height=24", "<font fontHeight='24.5'>a</font>"},
+        {"<font fontHeight='24'>a</font>", "heightString=24", "<font fontHeight='24'>a</font>"},
+        {"a", "heightString=stringRef:H", "<font fontHeight='stringRef:H'>a</font>"},
+        {"<font/><p><br/></p>", "styleId=-5",
+         "<font SelectedStyleId='-5'/><font SelectedStyleId='-5'><p><br/></p></font>"},
+        {"<font color='White'>a</font>", "colour=ffffff", "<font color='White'>a</font>"},
+        {"<font color='Red'>a</font>b", "colour=44332211",
+         "<font color='#11223344' faceTexture='0'>a</font><font color='#11223344' faceTexture='0'>b</font>"},
+        {"<?font a?>a", "face=B", "<font face='B'><?font a?>a</font>"},
         // Paragraphs.
-        {"<p>a</p><p align='right'>b<p>c</p></p>", "justify", "2",
-         "<p align=\"center\">a</p><p align=\"center\">b<p>c</p></p>"},
-        {"<p>a<p align='left'>b</p></p>", "justify", "8", "<p align=\"justify\">a<p align=\"justify\">b</p></p>"},
-        {"<font><p>a</p></font><p>b</p>", "justify", "4",
-         "<font><p align=\"right\">a</p></font><p align=\"right\">b</p>"},
-        {"a<b>b</b>", "justify", "2", "<p align=\"center\">a<b>b</b></p>"},
-        {"<font>a<p>b</p>c<br/>d</font><i>e</i>", "justify", "2",
-         "<font><p align=\"center\">a</p><p align=\"center\">b</p><p align=\"center\">c<br/>d</p></font>"
-         "<p align=\"center\"><i>e</i></p>"},
-        {"<br/>", "justify", "2", "<p align=\"center\"><br/></p>"},
-        {"", "justify", "2", "<p align=\"center\"/>"},
-        {"a", "justify", "1", "a"},
+        {"<p>a</p><p align='right'>b<p>c</p></p>", "justify=2",
+         "<p align='center'>a</p><p align='center'>b<p>c</p></p>"},
+        {"<p>a<p align='left'>b</p></p>", "justify=8", "<p align='justify'>a<p align='justify'>b</p></p>"},
+        {"<font><p>a</p></font><p>b</p>", "justify=4", "<font><p align='right'>a</p></font><p align='right'>b</p>"},
+        {"a<b>b</b>", "justify=2", "<p align='center'>a<b>b</b></p>"},
+        {"<font>a<p>b</p>c<br/>d</font><i>e</i>", "justify=2",
+         "<font><p align='center'>a</p><p align='center'>b</p><p align='center'>c<br/>d</p></font>"
+         "<p align='center'><i>e</i></p>"},
+        {"<br/>", "justify=2", "<p align='center'><br/></p>"},
+        {"", "justify=2", "<p align='center'/>"},
+        {"a", "justify=1", "a"},
         // Styles.
-        {"a<b>b<i>c</i></b>&#32;<i>d</i>", "style", "200", "<b>a</b><b>b<i>c</i></b><b>&#32;</b><i><b>d</b></i>"},
-        {"<p><![CDATA[a]]></p>", "style", "20002", "<p><i><u><![CDATA[a]]></u></i></p>"},
-        {"<p><br/></p>", "style", "200", "<p><b><br/></b></p>"},
-        {"", "style", "200", "<b/>"},
-        {"<b>a</b>", "style", "202", "<b>a</b>"},
-        {"<b>a</b>", "style", "2", "<b><i>a</i></b>"},
-        {"a<b>b</b>", "style", "100", "a b"},
-        {"a <b>b</b>c<i>d<b>e</b></i>", "style", "100", "a bc<i>d e</i>"},
-        {"<b>a<i>b</i>c<!-- d --></b>e", "style", "100", "a<i>b</i>c<!-- d -->e"},
-        {"<p>a<b><b>b</b><i><b>c</b></i></b></p>", "style", "100", "<p>a b<i>c</i></p>"},
-        {"<u><b/></u>", "style", "10100", ""},
-        {"<i>a</i>b", "style", "20001", "<u>a</u><u>b</u>"},
+        {"a<b>b<i>c</i></b>&#32;<i>d</i>", "style=200", "<b>a</b><b>b<i>c</i></b><b>&#32;</b><i><b>d</b></i>"},
+        {"<p><![CDATA[a]]></p>", "style=20002", "<p><i><u><![CDATA[a]]></u></i></p>"},
+        {"<p><br/></p>", "style=200", "<p><b><br/></b></p>"},
+        {"", "style=200", "<b/>"},
+        {"<b>a</b>", "style=202", "<b>a</b>"},
+        {"<b>a</b>", "style=2", "<b><i>a</i></b>"},
+        {"a<b>b</b>", "style=100", "a b"},
+        {"a <b>b</b>c<i>d<b>e</b></i>", "style=100", "a bc<i>d e</i>"},
+        {"<b>a<i>b</i>c<!-- d --></b>e", "style=100", "a<i>b</i>c<!-- d -->e"},
+        {"<p>a<b><b>b</b><i><b>c</b></i></b></p>", "style=100", "<p>a b<i>c</i></p>"},
+        {"<u><b/></u>", "style=10100", ""},
+        {"<i>a</i>b", "style=20001", "<u>a</u><u>b</u>"},
         // Words.
-        {"<p align='right' id='1'><font face='A'>a<b>b</b></font>c</p><p>d</p><hr/>", "string", "new <words>",
-         "<p align=\"right\" id=\"1\"><font face=\"A\">new &lt;words&gt;</font></p>"},
-        {"<font face='A'><p>a</p><p/></font><font>b</font>", "string", "r:~", "<font face=\"A\"><p>r:~</p></font>"},
-        {"<b>a</b>b", "string", "c", "<b>c</b>"},
-        {"<p/><p align='right'><font face='A'/></p>", "string", "a",
-         "<p align=\"right\"><font face=\"A\">a</font></p>"},
-        {"<p><br/></p>", "string", "a", "<p>a</p>"},
-        {"<br/>", "string", "a", "<p>a</p>"},
-        {"", "string", "&#32;", "<p>&amp;#32;</p>"},
-        {"<p placeholder='1' align='right'><b>~</b></p>", "string", " ", "<p align=\"right\"><b>&#32;</b></p>"},
-        {"a<br/>b", "string", "", "<p placeholder=\"1\">~</p>"},
-        {"", "string", "", "<p placeholder=\"1\">~</p>"},
-        {"<font face='A'><i><p align='right'><b>a</b>c</p></i></font>", "string", "",
-         "<p align=\"right\" placeholder=\"1\"><font face=\"A\"><i><b>~</b></i></font></p>"},
+        {"<p align='right' id='1'><font face='A'>a<b>b</b></font>c</p><p>d</p><hr/>", "string=new <words>",
+         "<p align='right' id='1'><font face='A'>new &lt;words&gt;</font></p>"},
+        {"<font face='A'><p>a</p><p/></font><font>b</font>", "string=r:~", "<font face='A'><p>r:~</p></font>"},
+        {"<b>a</b>b", "string=c", "<b>c</b>"},
+        {"<p/><p align='right'><font face='A'/></p>", "string=a", "<p align='right'><font face='A'>a</font></p>"},
+        {"<p><br/></p>", "string=a", "<p>a</p>"},
+        {"<br/>", "string=a", "<p>a</p>"},
+        {"", "string=&#32;", "<p>&amp;#32;</p>"},
+        {"<p placeholder='1' align='right'><b>~</b></p>", "string= ", "<p align='right'><b>&#32;</b></p>"},
+        {"a<br/>b", "string=", "<p placeholder='1'>~</p>"},
+        {"", "string=", "<p placeholder='1'>~</p>"},
+        {"<font face='A'><i><p align='right'><b>a</b>c</p></i></font>",
+         "string=", "<p align='right' placeholder='1'><font face='A'><i><b>~</b></i></font></p>"},
     };
-    for (const auto& [content, name, value, edited] : cases) {
-        SCOPED_TRACE(std::string(content) + " " + name + "=" + value);
+    for (const auto& [content, setting, edited] : cases) {
+        SCOPED_TRACE(std::string(content) + " " + setting);
         const XmlElement data = TextData(content);
         CZXPTextPlugInHelper text;
         ASSERT_EQ(S_OK, text.Attach(data));
-        EXPECT_EQ(S_OK, Put(text, name, value));
+        EXPECT_EQ(S_OK, Put(text, setting));
         EXPECT_EQ(BodyOf(data), edited);
         const std::string told = Told(text);
-        EXPECT_EQ(S_OK, Put(text, name, value));
+        EXPECT_EQ(S_OK, Put(text, setting));
         EXPECT_EQ(BodyOf(data), edited) << "twice";
         EXPECT_EQ(Told(text), told) << "twice";
     }
@@ -172,7 +168,7 @@ TEST(TextPlugInHelper, LeavesTheDocumentAloneUntilItIsSaved)
     const std::string before = data.Markup();
     CZXPTextPlugInHelper text;
     ASSERT_EQ(S_OK, text.Load(data));
-    ASSERT_EQ(S_OK, Put(text, "style", "200"));
+    ASSERT_EQ(S_OK, Put(text, "style=200"));
     EXPECT_EQ(data.Markup(), before);
     XmlElement saved;
     ASSERT_EQ(S_OK, text.Save(saved));
@@ -190,13 +186,12 @@ TEST(TextPlugInHelper, AnswersClearlyToWhatCannotBe)
 {
     CZXPTextPlugInHelper text;
     const std::string nothing = "Arial? 24? null ffffffff! -1 101? ffffff? '?'";
-    const std::pair<const char*, const char*> values[] = {
-        {"face", "Arial"}, {"height", "24"}, {"heightString", "24"}, {"justify", "1"},
-        {"styleId", "-1"}, {"style", "101"}, {"colour", "ffffff"},   {"string", ""}};
+    const auto same = {"face=Arial", "height=24", "heightString=24", "justify=1",
+                       "styleId=-1", "style=101", "colour=ffffff",   "string="};
     const auto expectNothing = [&](const char* why) {
         EXPECT_EQ(Told(text), nothing) << why;
-        for (const auto& [name, value] : values)
-            EXPECT_EQ(E_FAIL, Put(text, name, value)) << why << name;
+        for (const char* setting : same)
+            EXPECT_EQ(E_FAIL, Put(text, setting)) << why << setting;
         XmlElement saved;
         EXPECT_EQ(E_FAIL, text.Save(saved)) << why;
     };
@@ -213,29 +208,20 @@ TEST(TextPlugInHelper, AnswersClearlyToWhatCannotBe)
     const XmlElement data = TextData("a<font face='A' fontHeight='0'>b</font>");
     ASSERT_EQ(S_OK, text.Attach(data));
     const std::string before = BodyOf(data);
-    struct Case {
-        const char* name;
-        const char* value;
-        HRESULT result;
-    };
-    for (const auto& [name, value, result] : {Case{"height", "7", E_INVALIDARG},
-                                              {"height", "301", E_INVALIDARG},
-                                              {"height", "-1", E_INVALIDARG},
-                                              {"justify", "0", E_INVALIDARG},
-                                              {"justify", "3", E_INVALIDARG},
-                                              {"justify", "-1", E_INVALIDARG},
-                                              {"style", "4", E_INVALIDARG},
-                                              {"style", "600", E_INVALIDARG},
-                                              {"style", "40001", E_INVALIDARG},
-                                              {"style", "0", S_OK},
-                                              {"face", "a\x01", E_FAIL},
-                                              {"heightString", "\x1f", E_FAIL},
-                                              {"string", "a\xef\xbf\xbf", E_FAIL}}) {
-        EXPECT_EQ(result, Put(text, name, value)) << name << value;
-        EXPECT_EQ(BodyOf(data), before) << name << value;
+    const std::pair<HRESULT, std::vector<const char*>> results[] = {
+        {E_INVALIDARG,
+         {"height=7", "height=301", "height=-1", "justify=0", "justify=3", "justify=-1", "style=4", "style=600",
+          "style=40001"}},
+        {E_FAIL, {"face=a\x01", "heightString=\x1f", "string=a\xef\xbf\xbf"}},
+        {S_OK, {"style=0"}}};
+    for (const auto& [result, settings] : results) {
+        for (const char* setting : settings) {
+            EXPECT_EQ(result, Put(text, setting)) << setting;
+            EXPECT_EQ(BodyOf(data), before) << setting;
+        }
     }
-    EXPECT_EQ(S_OK, Put(text, "height", "8"));
-    EXPECT_EQ(S_OK, Put(text, "height", "300"));
+    EXPECT_EQ(S_OK, Put(text, "height=8"));
+    EXPECT_EQ(S_OK, Put(text, "height=300"));
     const char16_t halfPair[] = {0xD800, 0};
     EXPECT_EQ(E_FAIL, text.put_String(Bstr(halfPair).Get()));
     EXPECT_EQ(E_POINTER, text.get_Face(nullptr));
@@ -260,9 +246,8 @@ TEST(TextPlugInHelper, BoundsHugeTexts)
         const XmlElement data = TextData(content);
         CZXPTextPlugInHelper text;
         ASSERT_EQ(S_OK, text.Attach(data));
-        for (const auto& [name, value] :
-             {std::pair{"face", "B"}, {"justify", "2"}, {"style", "20202"}, {"colour", "1"}, {"style", "10101"}})
-            EXPECT_EQ(S_OK, Put(text, name, value)) << content.substr(0, 40) << name;
+        for (const char* setting : {"face=B", "justify=2", "style=20202", "colour=1", "style=10101"})
+            EXPECT_EQ(S_OK, Put(text, setting)) << content.substr(0, 40) << setting;
         EXPECT_EQ(S_OK, text.put_String(Bstr(std::u16string(1 << 20, u'y')).Get()));
         EXPECT_EQ(Told(text).substr(0, 25), "B 24 null 2 -1 101 1 'yyy") << content.substr(0, 40);
     }
@@ -275,43 +260,32 @@ TEST(TextPlugInHelper, LeavesTreesAloneThatCannotBecomeDeeper)
     const std::string before = BodyOf(data);
     CZXPTextPlugInHelper text;
     ASSERT_EQ(S_OK, text.Attach(data));
-    for (const auto& [name, value] : {std::pair{"face", "B"}, {"justify", "2"}, {"style", "200"}, {"string", ""}}) {
-        EXPECT_EQ(E_FAIL, Put(text, name, value)) << name;
-        EXPECT_EQ(BodyOf(data), before) << name;
+    for (const char* setting : {"face=B", "justify=2", "style=200", "string="}) {
+        EXPECT_EQ(E_FAIL, Put(text, setting)) << setting;
+        EXPECT_EQ(BodyOf(data), before) << setting;
     }
-    EXPECT_EQ(S_OK, Put(text, "string", "c"));
+    EXPECT_EQ(S_OK, Put(text, "string=c"));
     EXPECT_EQ(BodyOf(data), "c");
 }
 
 TEST(TextCommand, IsReadFromItsTemplate)
 {
-    struct Case {
-        const char* command;
-        char mode;
-        const char* element;
-        std::vector<std::pair<std::string, std::string>> attributes;
-        const char* text;
+    const std::pair<const char*, const char*> cases[] = {
+        {"f:<b></b>", "f b||"},
+        {"x:<u>", "x u||"},
+        {"e:<p >", "e p||"},
+        {"f:<font face=Times New Roman></font>", "f font face->Times New Roman||"},
+        {"f:<font color=#11223344, faceTexture=0></font>", "f font color->#11223344 faceTexture->0||"},
+        {"f:<font face=A;B=C\\;\\>\\\\,d=></font>", "f font face->A,B=C;>\\ d->||"},
+        {"r:f:<b></b>", "r |f:<b></b>|"},
+        {"r:", "r ||"},
     };
-    const Case cases[] = {
-        {"f:<b></b>", 'f', "b", {}, ""},
-        {"x:<u>", 'x', "u", {}, ""},
-        {"e:<p >", 'e', "p", {}, ""},
-        {"f:<font face=Times New Roman></font>", 'f', "font", {{"face", "Times New Roman"}}, ""},
-        {"f:<font color=#11223344, faceTexture=0></font>",
-         'f',
-         "font",
-         {{"color", "#11223344"}, {"faceTexture", "0"}},
-         ""},
-        {"f:<font face=A;B=C\\;\\>\\\\,d=></font>", 'f', "font", {{"face", "A,B=C;>\\"}, {"d", ""}}, ""},
-        {"r:f:<b></b>", 'r', "", {}, "f:<b></b>"},
-        {"r:", 'r', "", {}, ""},
-    };
-    for (const auto& [command, mode, element, attributes, text] : cases) {
+    for (const auto& [command, expected] : cases) {
         const TextCommand read = TextCommand::Parse(command);
-        EXPECT_EQ(read.mode, mode) << command;
-        EXPECT_EQ(read.element, element) << command;
-        EXPECT_EQ(read.attributes, attributes) << command;
-        EXPECT_EQ(read.text, text) << command;
+        std::string told = std::string(1, read.mode) + " " + read.element;
+        for (const auto& [name, value] : read.attributes)
+            told += " " + name + "->" + value;
+        EXPECT_EQ(told + "|" + read.text + "|", expected) << command;
     }
     for (const char* value : {"", "a, b; c", "\\;>\\", ";;", "<=>"})
         EXPECT_EQ(TextCommand::Parse("f:<font face=" + InCommand(value) + ">").attributes.front().second, value);

@@ -1,11 +1,13 @@
 #pragma once
-// What tests of rich texts share: every getter of a helper as one line, every setter by name.
+// What tests of rich texts share: every getter of a helper, and every setter by name.
 
 #include "KVProjectData/effects/ZXPTextPlugInHelper.h"
 #include "support/Markup.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
 #include <string>
 
 namespace kv::test {
@@ -15,56 +17,62 @@ inline XmlElement TextData(const std::string& content)
     return XmlElement::Parse("<plugin_data><html><body>" + content + "</body></html></plugin_data>");
 }
 
-/// What stands in the body. The helper writes nothing else in a document of texts alone before it is saved.
+/// What stands in the body, with apostrophes for quotation marks.
 inline std::string BodyOf(const XmlElement& data)
 {
-    const std::string markup = Plain(data.Child("html").Child("body").Markup());
+    std::string markup = Plain(data.Child("html").Child("body").Markup());
+    std::ranges::replace(markup, '"', '\'');
     return markup == "<body/>" ? "" : markup.substr(6, markup.size() - 13);
 }
 
-/// A value with what a getter answered: nothing for S_OK, "?" for S_FALSE.
-template <class T, class Get>
-std::string Answer(const Get& get, std::string (*print)(const T&))
+/// A getter's value, and "?" for S_FALSE, "!" for a failure.
+template <class T>
+std::string Answer(const CZXPTextPlugInHelper& text, HRESULT (CZXPTextPlugInHelper::*get)(T*) const)
 {
     T value{};
-    const HRESULT result = get(&value);
-    std::string text = print(value);
-    if constexpr (std::is_same_v<T, BSTR>) SysFreeString(value);
-    return text + (result == S_FALSE ? "?" : result == S_OK ? "" : "!");
+    const HRESULT result = (text.*get)(&value);
+    std::string answer;
+    if constexpr (std::is_same_v<T, BSTR>) {
+        answer = value ? ToUtf8(Bstr::Attach(value).View()) : "null";
+    } else if constexpr (std::is_same_v<T, LONG>) {
+        answer = std::to_string(value);
+    } else {
+        char hex[16];
+        std::snprintf(hex, sizeof hex, "%x", value);
+        answer = hex;
+    }
+    return answer + (result == S_FALSE ? "?" : result == S_OK ? "" : "!");
 }
 
-inline std::string Decimal(const LONG& value)
-{
-    return std::to_string(value);
-}
-
-inline std::string Hex(const ULONG& value)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "%x", value);
-    return text;
-}
-
-inline std::string Words(const BSTR& value)
-{
-    return value ? ToUtf8(View(value)) : "null";
-}
-
-/// "face height heightString justify styleId style colour string".
-inline std::string Told(const CZXPTextPlugInHelper& text)
+/// What each getter answers, by the name of its setter.
+inline std::map<std::string, std::string> Answers(const CZXPTextPlugInHelper& text)
 {
     using Helper = CZXPTextPlugInHelper;
-    const auto get = [&](auto member) { return [&text, member](auto* out) { return (text.*member)(out); }; };
-    return Answer<BSTR>(get(&Helper::get_Face), Words) + " " + Answer<LONG>(get(&Helper::get_Height), Decimal) + " " +
-           Answer<BSTR>(get(&Helper::get_HeightString), Words) + " " + Answer<ULONG>(get(&Helper::get_Justify), Hex) +
-           " " + Answer<LONG>(get(&Helper::get_SelectedStyleId), Decimal) + " " +
-           Answer<ULONG>(get(&Helper::get_Style), Hex) + " " + Answer<ULONG>(get(&Helper::get_Color), Hex) + " '" +
-           Answer<BSTR>(get(&Helper::get_String), Words) + "'";
+    return {{"face", Answer(text, &Helper::get_Face)},
+            {"height", Answer(text, &Helper::get_Height)},
+            {"heightString", Answer(text, &Helper::get_HeightString)},
+            {"justify", Answer(text, &Helper::get_Justify)},
+            {"styleId", Answer(text, &Helper::get_SelectedStyleId)},
+            {"style", Answer(text, &Helper::get_Style)},
+            {"colour", Answer(text, &Helper::get_Color)},
+            {"string", Answer(text, &Helper::get_String)}};
 }
 
-/// Numbers of styles and colours are hexadecimal.
-inline HRESULT Put(CZXPTextPlugInHelper& text, const std::string& name, const std::string& value)
+/// "face height heightString justify styleId style colour 'string'".
+inline std::string Told(const CZXPTextPlugInHelper& text)
 {
+    auto answers = Answers(text);
+    std::string told;
+    for (const char* name : {"face", "height", "heightString", "justify", "styleId", "style", "colour"})
+        told += answers[name] + " ";
+    return told + "'" + answers["string"] + "'";
+}
+
+/// "name=value"; styles and colours are hexadecimal.
+inline HRESULT Put(CZXPTextPlugInHelper& text, const std::string& setting)
+{
+    const std::string name = setting.substr(0, setting.find('='));
+    const std::string value = setting.substr(name.size() + 1);
     const Bstr words(ToUtf16(value));
     const auto number = [&](int base) { return std::strtoll(value.c_str(), nullptr, base); };
     if (name == "face") return text.put_Face(words.Get());
