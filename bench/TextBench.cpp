@@ -1,12 +1,15 @@
-// Texts of the text plug-in.
+// Texts of the text plug-in, and edits of them.
 
 #include "Bench.h"
 
-#include "KVProjectData/Engine/Text.h"
-#include "platform/automation/Bstr.h"
-#include "platform/xml/Dom.h"
+#include "KVProjectData/Engine.h"
+#include "KVProjectData/effects/NXEffect.h"
+#include "KVProjectData/effects/ZXPTextPlugInHelper.h"
 
+#include <array>
 #include <pango/pangocairo.h>
+#include <pugixml.hpp>
+#include <sstream>
 
 namespace kv::bench {
 namespace {
@@ -65,10 +68,68 @@ void Layouts(PangoContext* context)
     }
 }
 
+/// A text of 20 runs that differ, as the effect of a new production has it.
+XmlElement RunsDocument()
+{
+    std::string runs;
+    for (int i = 0; i < 20; ++i) {
+        runs += "<font face='Face " + std::to_string(i % 3) + "' fontHeight='32' color='#FFFFFF00'>run " +
+                std::to_string(i) + (i % 2 ? " <b>in bold</b></font>" : "</font>");
+    }
+    return XmlElement::Parse("<effect><uuid>{FACE348E-03D6-4F44-8EC6-065D64A91BFE}</uuid><plugin_data><html><body>"
+                             "<p align='center'>" +
+                             runs + "</p></body></html></plugin_data></effect>");
+}
+
+/// Puts one of two faces after the other, each time into the effect on the storyboard.
+void EditTexts(CNXEffect& effect)
+{
+    static const std::array<Bstr, 2> faces{Bstr(u"DejaVu Sans"), Bstr(u"DejaVu Serif")};
+    for (int i = 0; i < kTexts; ++i) {
+        Must(effect.Edit([&](XmlElement& pluginData) {
+            CZXPTextPlugInHelper text;
+            Must(text.Attach(pluginData));
+            Must(text.put_Face(faces[i % 2].Get()));
+            Must(text.Save(pluginData));
+            return true;
+        }));
+    }
+}
+
+void ParseAndWrite(const std::string& markup)
+{
+    for (int i = 0; i < kTexts; ++i) {
+        pugi::xml_document document;
+        Must(document.load_buffer(markup.data(), markup.size()) ? S_OK : E_FAIL);
+        std::ostringstream written;
+        document.save(written, "", pugi::format_raw);
+    }
+}
+
+void MeasureEdits(std::vector<Row>& rows)
+{
+    constexpr int kRounds = 101;
+    ComPtr<IZXEProductionData> production;
+    Must(CreateInstance(CLSID_ZXEProduction, production));
+    Must(production->Initialise());
+    CNXEffect effect;
+    Must(effect.Create(production.Get(), ZXE_EFFECT_TEXT, 1, RunsDocument().Get()));
+    EditTexts(effect);
+    ComPtr<IXMLDOMNode> document;
+    Must(effect.getDocument(document));
+    const std::string markup = XmlElement(document.Get()).Markup();
+    const Medians edits = InTurn(
+        kRounds, [&] { return 1e6 / kTexts * Time([&] { EditTexts(effect); }); },
+        [&] { return 1e6 / kTexts * Time([&] { ParseAndWrite(markup); }); });
+    rows.push_back({"one face for a text of 20 runs | its document parsed and written by pugixml", "us", edits.ours,
+                    edits.yardstick, 5});
+}
+
 } // namespace
 
 void MeasureTexts(std::vector<Row>& rows)
 {
+    MeasureEdits(rows);
     constexpr int kRounds = 25;
     std::vector<ComPtr<IXMLDOMElement>> documents;
     for (int i = 0; i < kTexts; ++i)
