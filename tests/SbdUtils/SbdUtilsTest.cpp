@@ -260,42 +260,20 @@ TEST_F(SbdUtilsTest, ASinkMayLetGoOfTheStoryboard)
 }
 
 /// One operation of each kind, on a storyboard.
-const std::map<std::string, HRESULT (*)(IUnknown*)> kOperations{
-    {"get duration",
-     [](IUnknown* board) {
-         double v;
-         return sbd::GetDuration(board, &v);
-     }},
+const std::map<std::string, std::function<HRESULT(IUnknown*)>> kOperations{
+    {"get duration", [v = double()](IUnknown* board) mutable { return sbd::GetDuration(board, &v); }},
     {"set duration", [](IUnknown* board) { return sbd::SetDuration(board, 5); }},
-    {"get video",
-     [](IUnknown* board) {
-         Bstr v;
-         return sbd::GetVideoSource(board, v.Put());
-     }},
+    {"get video", [v = Bstr()](IUnknown* board) mutable { return sbd::GetVideoSource(board, v.Put()); }},
     {"set video", [](IUnknown* board) { return sbd::SetVideoSource(board, Bstr(u"a").Get(), false, 0, 0, false); }},
-    {"get audio",
-     [](IUnknown* board) {
-         Bstr v;
-         return sbd::GetBackgroundAudio(board, v.Put());
-     }},
+    {"get audio", [v = Bstr()](IUnknown* board) mutable { return sbd::GetBackgroundAudio(board, v.Put()); }},
     {"set audio", [](IUnknown* board) { return sbd::SetBackgroundAudio(board, Bstr(u"a").Get(), false); }},
-    {"get mute",
-     [](IUnknown* board) {
-         VARIANT_BOOL v;
-         return sbd::GetMute(board, SoundOf::Panels, &v);
-     }},
+    {"get mute", [v = VARIANT_BOOL()](IUnknown* board) mutable { return sbd::GetMute(board, SoundOf::Panels, &v); }},
     {"put mute", [](IUnknown* board) { return sbd::PutMute(board, SoundOf::Panels, 1); }},
     {"get level",
-     [](IUnknown* board) {
-         double v;
-         return sbd::GetLevel(board, SoundOf::BackgroundAudio, &v);
-     }},
+     [v = double()](IUnknown* board) mutable { return sbd::GetLevel(board, SoundOf::BackgroundAudio, &v); }},
     {"put level", [](IUnknown* board) { return sbd::PutLevel(board, SoundOf::BackgroundAudio, 1); }},
     {"get fades",
-     [](IUnknown* board) {
-         VARIANT_BOOL v;
-         return sbd::GetFadeEnable(board, SoundOf::Panels, &v);
-     }},
+     [v = VARIANT_BOOL()](IUnknown* board) mutable { return sbd::GetFadeEnable(board, SoundOf::Panels, &v); }},
     {"put fades", [](IUnknown* board) { return sbd::PutFadeEnable(board, SoundOf::Panels, true); }},
 };
 
@@ -319,64 +297,64 @@ TEST(SbdUtilsFailures, NullsAndStrangersAreNamed)
 
 TEST(SbdUtilsFailures, AFailingCallIsReportedByItsTextAndItsResultPassedOn)
 {
-    using Results = std::map<std::string, HRESULT>;
     struct Case {
         const char* operation;
-        Results results;
+        std::map<std::string, HRESULT> results;
         HRESULT result;
-        /// Without the result, which is that of the operation.
-        std::vector<std::string> reported;
+        /// Each without the result, which is that of the operation.
+        std::string reported;
     };
     constexpr HRESULT kBad = MakeResult(0xC2000099);
-    constexpr auto kMatch = "_matchBkgndAudioDuration(spUnkProdObj)";
-    for (const auto& [operation, results, result, reported] : std::vector<Case>{
-             {"get duration", {{"get_Duration", kBad}}, S_OK, {}},
-             {"get duration", {{"GetProductionObj", kBad}}, S_OK, {}},
-             {"set duration", {{"GetProductionObj", kBad}}, kBad, {"spSbd->GetProductionObj(&spUnkProdObj)"}},
-             {"set duration",
-              {{"get_EditingFrameRate", kBad}},
-              kBad,
-              {"spProdInfo->get_EditingFrameRate(&dFrameRate)"}},
-             {"set duration", {{"GetPanelBaseObject", kBad}}, kBad, {"spSbd->GetPanelBaseObject(0, &pUnkPanel)"}},
-             {"set duration", {{"put_Duration", kBad}}, kBad, {""}},
-             {"set duration", {{"put_Duration", E_NOTIMPL}, {"put_OutPoint", kBad}}, kBad, {""}},
-             {"set duration", {{"put_Duration", E_NOTIMPL}, {"put_OutPoint", E_FAIL}}, E_FAIL, {""}},
-             {"set duration", {{"get_Duration", kBad}}, kBad, {"spProdInfo->get_Duration(&dDuration)", kMatch}},
-             {"set duration", {{"put_Repeat", kBad}}, kBad, {"spAudioSource->put_Repeat(VARIANT_TRUE)", kMatch}},
-             {"set duration", {{"put_EndOffset", kBad}}, kBad, {"spAudioSubObj->put_EndOffset(dDuration)", kMatch}},
-             {"get video", {{"get_FileName", kBad}}, S_OK, {}},
-             {"get video", {{"GetPanelBaseObject", kBad}}, S_OK, {}},
-             {"set video", {{"GetPanelCount", kBad}}, kBad, {""}},
-             {"set video", {{"DeletePanel", kBad}}, kBad, {"spSbd->DeletePanel(0)"}},
-             {"set video",
-              {{"put_UseSourceAspectRatio", kBad}},
-              kBad,
-              {"spSbd->put_UseSourceAspectRatio(bUseSourceAspectRatio ? VARIANT_TRUE : VARIANT_FALSE)"}},
-             {"set video",
-              {{"put_UseNativeAudio", kBad}},
-              kBad,
-              {"spNativeInfo->put_UseNativeAudio(bUseNativeAudio ? VARIANT_TRUE : VARIANT_FALSE)"}},
-             {"get audio", {{"GetObject", kBad}}, kBad, {""}},
-             {"get audio", {{"get_FileName", kBad}}, kBad, {"spAudioSource->get_FileName(pbstrAudioSource)"}},
-             {"set audio", {{"DeleteProductionAudio", kBad}}, kBad, {"spEditData->DeleteProductionAudio(lID)"}},
-             {"set audio",
-              {{"AddProductionAudio", kBad}},
-              kBad,
-              {"spEditData->AddProductionAudio(bstrSource, enBackgroundAudio, 0.0, &spUnkAudio)"}},
-             {"set audio",
-              {{"put_UseNativeAudio", kBad}},
-              kBad,
-              {"spPanelNativeInfo->put_UseNativeAudio(bstrSource.Length() > 0 ? VARIANT_FALSE : VARIANT_TRUE)"}},
-             {"get mute", {{"GetNativeAudio", kBad}}, kBad, {""}},
-             {"put fades", {{"put_FadeOutGain", kBad}}, kBad, {""}},
-         }) {
+    for (const auto& [operation, results, result, reported] :
+         {Case{"get duration", {{"get_Duration", kBad}}, S_OK, ""},
+          Case{"get duration", {{"GetProductionObj", kBad}}, S_OK, ""},
+          Case{"set duration", {{"GetProductionObj", kBad}}, kBad, "spSbd->GetProductionObj(&spUnkProdObj)"},
+          Case{"set duration", {{"get_EditingFrameRate", kBad}}, kBad, "spProdInfo->get_EditingFrameRate(&dFrameRate)"},
+          Case{"set duration", {{"GetPanelBaseObject", kBad}}, kBad, "spSbd->GetPanelBaseObject(0, &pUnkPanel)"},
+          Case{"set duration", {{"put_Duration", kBad}}, kBad, "plain"},
+          Case{"set duration", {{"put_Duration", E_NOTIMPL}, {"put_OutPoint", kBad}}, kBad, "plain"},
+          Case{"set duration", {{"put_Duration", E_NOTIMPL}, {"put_OutPoint", E_FAIL}}, E_FAIL, "plain"},
+          Case{"set duration",
+               {{"get_Duration", kBad}},
+               kBad,
+               "spProdInfo->get_Duration(&dDuration); _matchBkgndAudioDuration(spUnkProdObj)"},
+          Case{"set duration",
+               {{"put_Repeat", kBad}},
+               kBad,
+               "spAudioSource->put_Repeat(VARIANT_TRUE); _matchBkgndAudioDuration(spUnkProdObj)"},
+          Case{"set duration",
+               {{"put_EndOffset", kBad}},
+               kBad,
+               "spAudioSubObj->put_EndOffset(dDuration); _matchBkgndAudioDuration(spUnkProdObj)"},
+          Case{"get video", {{"get_FileName", kBad}}, S_OK, ""},
+          Case{"get video", {{"GetPanelBaseObject", kBad}}, S_OK, ""},
+          Case{"set video", {{"GetPanelCount", kBad}}, kBad, "plain"},
+          Case{"set video", {{"DeletePanel", kBad}}, kBad, "spSbd->DeletePanel(0)"},
+          Case{"set video",
+               {{"put_UseSourceAspectRatio", kBad}},
+               kBad,
+               "spSbd->put_UseSourceAspectRatio(bUseSourceAspectRatio ? VARIANT_TRUE : VARIANT_FALSE)"},
+          Case{"set video",
+               {{"put_UseNativeAudio", kBad}},
+               kBad,
+               "spNativeInfo->put_UseNativeAudio(bUseNativeAudio ? VARIANT_TRUE : VARIANT_FALSE)"},
+          Case{"get audio", {{"GetObject", kBad}}, kBad, "plain"},
+          Case{"get audio", {{"get_FileName", kBad}}, kBad, "spAudioSource->get_FileName(pbstrAudioSource)"},
+          Case{"set audio", {{"DeleteProductionAudio", kBad}}, kBad, "spEditData->DeleteProductionAudio(lID)"},
+          Case{"set audio",
+               {{"AddProductionAudio", kBad}},
+               kBad,
+               "spEditData->AddProductionAudio(bstrSource, enBackgroundAudio, 0.0, &spUnkAudio)"},
+          Case{"set audio",
+               {{"put_UseNativeAudio", kBad}},
+               kBad,
+               "spPanelNativeInfo->put_UseNativeAudio(bstrSource.Length() > 0 ? VARIANT_FALSE : VARIANT_TRUE)"},
+          Case{"get mute", {{"GetNativeAudio", kBad}}, kBad, "plain"},
+          Case{"put fades", {{"put_FadeOutGain", kBad}}, kBad, "plain"}}) {
         const auto board = Make<FakeEngine>();
         board->results = results;
         EXPECT_EQ(result, kOperations.at(operation)(board->Controlling())) << operation;
-        std::vector<std::string> lines;
-        for (const std::string& call : reported)
-            lines.push_back(ResultText(result) + (call.empty() ? "" : " = " + call));
-        EXPECT_EQ(lines, Reported("SbdUtils")) << operation;
+        EXPECT_EQ(reported, CallsReported("SbdUtils", result)) << operation;
     }
 }
 

@@ -182,4 +182,16 @@ inline std::vector<std::string> Reported(const std::string& source)
     return lines;
 }
 
+/// The same for calls that failed with one result: their texts, joined; "plain" for one that has none.
+inline std::string CallsReported(const std::string& source, HRESULT result)
+{
+    std::string calls;
+    for (const std::string& line : Reported(source)) {
+        const std::string prefix = ResultText(result) + " = ";
+        const std::string call = line == ResultText(result) ? "plain" : line;
+        calls += (calls.empty() ? "" : "; ") + (call.starts_with(prefix) ? call.substr(prefix.size()) : call);
+    }
+    return calls;
+}
+
 } // namespace kv::test

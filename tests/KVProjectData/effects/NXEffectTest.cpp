@@ -499,78 +499,31 @@ TEST_F(NXEffectTest, ASinkMayLetGoOfEverything)
 // Failures
 
 /// Every operation that needs an effect.
-const std::map<std::string, HRESULT (*)(CNXEffect&)> kOperations{
-    {"effect id",
-     [](CNXEffect& e) {
-         LONG v;
-         return e.getEffectID(v);
-     }},
+const std::map<std::string, std::function<HRESULT(CNXEffect&)>> kOperations{
+    {"effect id", [v = LONG()](CNXEffect& e) mutable { return e.getEffectID(v); }},
     {"group id", [](CNXEffect& e) { return e.setGroupID(1); }},
-    {"get start",
-     [](CNXEffect& e) {
-         double v;
-         return e.getStartOffset(v);
-     }},
+    {"get start", [v = double()](CNXEffect& e) mutable { return e.getStartOffset(v); }},
     {"put start", [](CNXEffect& e) { return e.setStartOffset(1); }},
-    {"get end",
-     [](CNXEffect& e) {
-         double v;
-         return e.getEndOffset(v);
-     }},
+    {"get end", [v = double()](CNXEffect& e) mutable { return e.getEndOffset(v); }},
     {"put end", [](CNXEffect& e) { return e.setEndOffset(1); }},
-    {"aspect",
-     [](CNXEffect& e) {
-         double v;
-         return e.getAspectRatio(v);
-     }},
+    {"aspect", [v = double()](CNXEffect& e) mutable { return e.getAspectRatio(v); }},
     {"remove", [](CNXEffect& e) { return e.Remove(); }},
-    {"get document",
-     [](CNXEffect& e) {
-         ComPtr<IXMLDOMNode> v;
-         return e.getDocument(v);
-     }},
+    {"get document", [v = ComPtr<IXMLDOMNode>()](CNXEffect& e) mutable { return e.getDocument(v); }},
     {"put document", [](CNXEffect& e) { return e.setDocument(XmlElement::New("plugin_data").Get()); }},
     {"get channel",
-     [](CNXEffect& e) {
-         ZXPVector v;
-         return e.getChannel(ZXP_SCALING, 0, ZXP_FROM_START, v);
-     }},
+     [v = ZXPVector()](CNXEffect& e) mutable { return e.getChannel(ZXP_SCALING, 0, ZXP_FROM_START, v); }},
     {"put channel", [](CNXEffect& e) { return e.setChannel(ZXP_SCALING, 0, ZXP_FROM_START, {}); }},
-    {"handles",
-     [](CNXEffect& e) {
-         std::array<ZXPVector, 4> v;
-         return e.getHandles(v);
-     }},
-    {"get mask",
-     [](CNXEffect& e) {
-         Bstr v;
-         return e.getMaskFile(v);
-     }},
+    {"handles", [v = std::array<ZXPVector, 4>()](CNXEffect& e) mutable { return e.getHandles(v); }},
+    {"get mask", [v = Bstr()](CNXEffect& e) mutable { return e.getMaskFile(v); }},
     {"put mask", [](CNXEffect& e) { return e.setMaskFile(Bstr(u"a").Get()); }},
     {"mask size", [](CNXEffect& e) { return e.setMaskSize(1, 1); }},
-    {"get file",
-     [](CNXEffect& e) {
-         Bstr v;
-         return e.getSourceFile(v);
-     }},
+    {"get file", [v = Bstr()](CNXEffect& e) mutable { return e.getSourceFile(v); }},
     {"put file", [](CNXEffect& e) { return e.setSourceFile(Bstr(u"a").Get()); }},
-    {"get in",
-     [](CNXEffect& e) {
-         double v;
-         return e.getInPoint(v);
-     }},
+    {"get in", [v = double()](CNXEffect& e) mutable { return e.getInPoint(v); }},
     {"put in", [](CNXEffect& e) { return e.setInPoint(1); }},
-    {"get out",
-     [](CNXEffect& e) {
-         double v;
-         return e.getOutPoint(v);
-     }},
+    {"get out", [v = double()](CNXEffect& e) mutable { return e.getOutPoint(v); }},
     {"put out", [](CNXEffect& e) { return e.setOutPoint(1); }},
-    {"get rotation",
-     [](CNXEffect& e) {
-         LONG v;
-         return e.getSourceRotation(v);
-     }},
+    {"get rotation", [v = LONG()](CNXEffect& e) mutable { return e.getSourceRotation(v); }},
     {"put rotation", [](CNXEffect& e) { return e.setSourceRotation(1); }},
     {"crop", [](CNXEffect& e) { return e.setSourceCrop(0, 0, 1, 1); }},
 };
@@ -611,52 +564,44 @@ TEST(NXEffectFailures, AFailingCallIsReportedByItsTextAndItsResultPassedOn)
     struct Case {
         const char* operation;
         const char* method;
-        /// Without the result.
-        std::vector<std::string> reported;
+        /// Each without the result, and none for a call that has no text.
+        std::string reported;
     };
-    const std::vector<std::string> plain{""};
-    constexpr auto kProduction = "spSbd->GetProductionObj(&spUnkProdObj)";
-    constexpr auto kParent = "spParentProd->get_ParentProduction(&spSbd)";
-    for (const auto& [operation, method, reported] : std::vector<Case>{
-             {"create",
-              "AddProductionEffect",
-              {"spEditData->AddProductionEffect(layer, eType, spXMLParams, NULL, 0, 0.0, &m_pUnkEffect)"}},
-             {"create", "GetProductionObj", {kProduction}},
-             {"create",
-              "put_StartOffset",
-              {"spSubObject->put_StartOffset(startSecs)", "setStartOffset(ta.FrameMid(0.0))"}},
-             {"create",
-              "put_EndOffset",
-              {"spSubObject->put_EndOffset(endSecs)", "setEndOffset(ta.FrameMid(dDuration))"}},
-             {"attach", "GetProductionObj", {kProduction}},
-             {"attach", "GetEffect", plain},
-             {"effect id", "get_EffectID", plain},
-             {"group id", "SetGroupID", plain},
-             {"get start", "get_StartOffset", {"spSubObject->get_StartOffset(&startSecs)"}},
-             {"put start", "put_StartOffset", {"spSubObject->put_StartOffset(startSecs)"}},
-             {"get end", "get_EndOffset", {"spSubObject->get_EndOffset(&endSecs)"}},
-             {"put end", "put_EndOffset", {"spSubObject->put_EndOffset(endSecs)"}},
-             {"aspect", "get_ParentProduction", {kParent}},
-             {"aspect", "GetProductionObj", {kProduction}},
-             {"aspect", "get_AspectRatio", {"spProdInfo->get_AspectRatio(&dAspectRatio)"}},
-             {"remove", "get_EffectID", plain},
-             {"remove", "get_ParentProduction", {kParent}},
-             {"remove", "DeleteProductionEffect", plain},
-             {"get document", "GetParameterDocument", plain},
-             {"put document", "SetParameterDocument", plain},
-             {"get channel", "GetParameterDocument", plain},
-             {"put channel", "SetParameterDocument", plain},
-             {"put mask", "SetMaskFile", plain},
-             {"mask size", "SetParameterDocument", plain},
-             {"get mask", "GetSourceObject", plain},
-             {"get mask", "get_FileName", plain},
-             {"put file", "put_FileName", plain},
-             {"put file", "put_Repeat", plain},
-             {"put file", "put_UseNativeAudio", plain},
-             {"get in", "get_InPoint", plain},
-             {"put rotation", "put_Rotation", plain},
-             {"crop", "SetPanZoom", plain},
-         }) {
+    for (const auto& [operation, method, reported] :
+         {Case{"create", "AddProductionEffect",
+               "spEditData->AddProductionEffect(layer, eType, spXMLParams, NULL, 0, 0.0, &m_pUnkEffect)"},
+          Case{"create", "GetProductionObj", "spSbd->GetProductionObj(&spUnkProdObj)"},
+          Case{"create", "put_StartOffset",
+               "spSubObject->put_StartOffset(startSecs); setStartOffset(ta.FrameMid(0.0))"},
+          Case{"create", "put_EndOffset", "spSubObject->put_EndOffset(endSecs); setEndOffset(ta.FrameMid(dDuration))"},
+          Case{"attach", "GetProductionObj", "spSbd->GetProductionObj(&spUnkProdObj)"},
+          Case{"attach", "GetEffect", "plain"},
+          Case{"effect id", "get_EffectID", "plain"},
+          Case{"group id", "SetGroupID", "plain"},
+          Case{"get start", "get_StartOffset", "spSubObject->get_StartOffset(&startSecs)"},
+          Case{"put start", "put_StartOffset", "spSubObject->put_StartOffset(startSecs)"},
+          Case{"get end", "get_EndOffset", "spSubObject->get_EndOffset(&endSecs)"},
+          Case{"put end", "put_EndOffset", "spSubObject->put_EndOffset(endSecs)"},
+          Case{"aspect", "get_ParentProduction", "spParentProd->get_ParentProduction(&spSbd)"},
+          Case{"aspect", "GetProductionObj", "spSbd->GetProductionObj(&spUnkProdObj)"},
+          Case{"aspect", "get_AspectRatio", "spProdInfo->get_AspectRatio(&dAspectRatio)"},
+          Case{"remove", "get_EffectID", "plain"},
+          Case{"remove", "get_ParentProduction", "spParentProd->get_ParentProduction(&spSbd)"},
+          Case{"remove", "DeleteProductionEffect", "plain"},
+          Case{"get document", "GetParameterDocument", "plain"},
+          Case{"put document", "SetParameterDocument", "plain"},
+          Case{"get channel", "GetParameterDocument", "plain"},
+          Case{"put channel", "SetParameterDocument", "plain"},
+          Case{"put mask", "SetMaskFile", "plain"},
+          Case{"mask size", "SetParameterDocument", "plain"},
+          Case{"get mask", "GetSourceObject", "plain"},
+          Case{"get mask", "get_FileName", "plain"},
+          Case{"put file", "put_FileName", "plain"},
+          Case{"put file", "put_Repeat", "plain"},
+          Case{"put file", "put_UseNativeAudio", "plain"},
+          Case{"get in", "get_InPoint", "plain"},
+          Case{"put rotation", "put_Rotation", "plain"},
+          Case{"crop", "SetPanZoom", "plain"}}) {
         const auto engine = Make<FakeEngine>();
         engine->document = XmlElement::New("plugin_data").Get();
         CNXEffect effect;
@@ -670,10 +615,7 @@ TEST(NXEffectFailures, AFailingCallIsReportedByItsTextAndItsResultPassedOn)
                         : attaches ? effect.Attach(engine->Controlling(), 1)
                                    : kOperations.at(operation)(effect))
             << operation;
-        std::vector<std::string> lines;
-        for (const std::string& call : reported)
-            lines.push_back(ResultText(kBad) + (call.empty() ? "" : " = " + call));
-        EXPECT_EQ(lines, Reported("NXEffect")) << operation << " " << method;
+        EXPECT_EQ(reported, CallsReported("NXEffect", kBad)) << operation << " " << method;
         const bool isHeld = !attaches && !(creates && std::string_view(method) == "AddProductionEffect");
         EXPECT_EQ(isHeld, static_cast<bool>(effect)) << operation << " " << method;
     }
