@@ -128,15 +128,8 @@ std::vector<int> MiddleOf(const Bitmap& frame)
 
 TEST(Renderer, ShowsTheFrameOfAClip)
 {
-    struct Case {
-        double inPoint;
-        double outPoint;
-        bool repeat;
-        double time;
-        /// 'r' for red, 'b' for blue, '-' for nothing.
-        char shown;
-    };
-    const Case cases[] = {
+    // In and out point, repeat, time; 'r' for red, 'b' for blue, '-' for nothing.
+    const std::tuple<double, double, bool, double, char> cases[] = {
         {0.0, 0.0, false, 0.5, 'r'}, {0.0, 0.0, false, 1.5, 'b'},  {0.0, 0.0, false, 7.5, 'b'},
         {0.0, 0.0, true, 2.5, 'r'},  {0.0, 0.0, true, 7.5, 'b'},   {1.2, 0.0, false, 0.1, 'b'},
         {0.5, 0.8, false, 9.0, 'r'}, {0.8, 1.2, true, 0.5, 'r'},   {0.8, 1.2, true, 0.7, 'b'},
@@ -144,15 +137,12 @@ TEST(Renderer, ShowsTheFrameOfAClip)
         {0.0, 0.0, false, -3., 'r'}, {0.0, 99.0, false, 50., 'b'}, {0.0, 0.0, true, 1e300, 'r'},
     };
     PictureStore pictures;
-    for (const Case& item : cases) {
-        Picture picture;
-        picture.inPoint = item.inPoint;
-        picture.outPoint = item.outPoint;
-        picture.repeat = item.repeat;
-        const Scene scene = SceneOf({PictureLayer("blink.mp4", "", picture)}, 4.0 / 3.0, false, item.time);
-        const std::vector<int> middle = MiddleOf(Renderer(pictures).Draw(scene, 64, 48));
+    for (const auto& [in, out, repeat, time, expected] : cases) {
+        const Layer clip = PictureLayer("blink.mp4", "", {{}, in, out, repeat, 0, false, nullptr, {}});
+        const std::vector<int> middle =
+            MiddleOf(Renderer(pictures).Draw(SceneOf({clip}, 4.0 / 3.0, false, time), 64, 48));
         const char shown = middle[3] == 0 ? '-' : middle[0] > 200 ? 'r' : middle[2] > 200 ? 'b' : '?';
-        EXPECT_EQ(item.shown, shown) << item.inPoint << " " << item.outPoint << " " << item.time;
+        EXPECT_EQ(expected, shown) << in << " " << out << " " << time;
     }
 }
 
