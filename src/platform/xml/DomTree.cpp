@@ -40,7 +40,39 @@ void AppendText(pugi::xml_node node, std::string& text)
         AppendText(child, text);
 }
 
-/// What pugixml finds no memory for it leaves out of a copy without a word; the word is malloc's.
+bool SameText(const pugi::char_t* left, const pugi::char_t* right)
+{
+    return std::string_view(left) == right;
+}
+
+bool IsWholeCopy(pugi::xml_attribute own, pugi::xml_attribute copy)
+{
+    return copy && SameText(own.name(), copy.name()) && SameText(own.value(), copy.value());
+}
+
+/// Whether nothing of a node, without what is below it, was left out of its copy.
+bool IsWholeAlone(pugi::xml_node node, pugi::xml_node copy)
+{
+    auto other = copy.first_attribute();
+    for (auto own = node.first_attribute(); own; own = own.next_attribute()) {
+        if (!IsWholeCopy(own, other)) return false;
+        other = other.next_attribute();
+    }
+    return SameText(node.name(), copy.name()) && SameText(node.value(), copy.value());
+}
+
+bool IsWholeCopy(pugi::xml_node node, pugi::xml_node copy)
+{
+    pugi::xml_node other = copy.first_child();
+    for (auto own = node.first_child(); own; own = own.next_sibling()) {
+        if (!other || !IsWholeCopy(own, other)) return false;
+        other = other.next_sibling();
+    }
+    return IsWholeAlone(node, copy);
+}
+
+/// What pugixml finds no memory for it leaves out of a copy without a word; the word is malloc's, which also says so
+/// when it found the memory elsewhere. Then it takes a look at the copy.
 class MemoryWatch {
 public:
     MemoryWatch() : m_before(std::exchange(errno, 0)) {}
@@ -48,7 +80,7 @@ public:
     MemoryWatch& operator=(const MemoryWatch&) = delete;
     ~MemoryWatch() { errno = m_before; }
 
-    bool Lacked() const { return errno == ENOMEM; }
+    bool MayLack() const { return errno == ENOMEM; }
 
 private:
     int m_before;
@@ -62,7 +94,7 @@ void CopyAlone(pugi::xml_node node, pugi::xml_node copy)
     if (*node.value()) copy.set_value(node.value());
     for (pugi::xml_attribute attribute : node.attributes())
         copy.append_copy(attribute);
-    if (memory.Lacked()) throw std::bad_alloc();
+    if (memory.MayLack() && !IsWholeAlone(node, copy)) throw std::bad_alloc();
 }
 
 } // namespace
@@ -71,7 +103,7 @@ pugi::xml_node CopyTo(pugi::xml_node parent, pugi::xml_node before, pugi::xml_no
 {
     const MemoryWatch memory;
     const pugi::xml_node copy = before ? parent.insert_copy_before(node, before) : parent.append_copy(node);
-    if (copy && !memory.Lacked()) return copy;
+    if (copy && (!memory.MayLack() || IsWholeCopy(node, copy))) return copy;
     parent.remove_child(copy);
     throw std::bad_alloc();
 }
@@ -246,9 +278,8 @@ DomPlace DomTree::Copy(const DomPlace& place, bool deep)
         CopyAlone(place.node, copy);
         return {copy, {}};
     }
-    const MemoryWatch memory;
     const DomPlace attribute{copy, copy.append_copy(place.attribute)};
-    if (memory.Lacked()) throw std::bad_alloc();
+    if (!IsWholeCopy(place.attribute, attribute.attribute)) throw std::bad_alloc();
     return attribute;
 }
 
