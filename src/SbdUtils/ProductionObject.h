@@ -16,8 +16,6 @@ public:
     {
     }
 
-    double Period() const { return m_period; }
-
     /// The middle of the frame that holds a time.
     double FrameMid(double seconds) const { return std::floor(seconds / m_period) * m_period + m_period / 2; }
 

@@ -215,8 +215,15 @@ HRESULT SetVideoSource(IUnknown* pUnkSbd, BSTR bstrSource, bool bUseSourceAspect
                        double dOoutPoint, bool bUseNativeAudio)
 {
     return EngineCalls::Operation([&] {
+        constexpr std::string_view kAddSourceFile =
+            "spEditSbd->AddSourceFile(0, bstrSource, dinPoint, dOoutPoint, VARIANT_TRUE, &spUnkPanel)";
         const Board board(pUnkSbd);
         if (View(bstrSource).empty()) return S_FALSE;
+        // What the engine would refuse must not cost the panels that are there.
+        const bool amounts =
+            std::isfinite(dinPoint) && dinPoint >= 0.0 && std::isfinite(dOoutPoint) && dOoutPoint >= 0.0;
+        if (!amounts || (dOoutPoint > 0.0 && dOoutPoint <= dinPoint))
+            return kEngine.Checked(E_INVALIDARG, kAddSourceFile);
         IZXEProductionData& data = board.Data();
         const auto edits = board.Edits();
         for (LONG left = board.PanelCount(); left > 0; --left)
@@ -225,8 +232,7 @@ HRESULT SetVideoSource(IUnknown* pUnkSbd, BSTR bstrSource, bool bUseSourceAspect
                      "spSbd->put_UseSourceAspectRatio(bUseSourceAspectRatio ? VARIANT_TRUE : VARIANT_FALSE)");
         ComPtr<IUnknown> panel;
         constexpr LONG kLast = -1;
-        kEngine.Need(edits->AddSourceFile(0, bstrSource, dinPoint, dOoutPoint, kLast, panel.Put()),
-                     "spEditSbd->AddSourceFile(0, bstrSource, dinPoint, dOoutPoint, VARIANT_TRUE, &spUnkPanel)");
+        kEngine.Need(edits->AddSourceFile(0, bstrSource, dinPoint, dOoutPoint, kLast, panel.Put()), kAddSourceFile);
         const ProductionObject production = board.Production();
         if (!BackgroundAudio(production)) return S_OK;
         UseNativeAudio(panel.Get(), bUseNativeAudio, "(INativeInfo*)spNativeInfo",

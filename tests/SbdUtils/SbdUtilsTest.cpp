@@ -135,6 +135,7 @@ TEST_F(SbdUtilsTest, TheVideoSourceTakesThePlaceOfAllPanels)
     EXPECT_THAT(Reported("SbdUtils"),
                 ElementsAre("0x80070057 = spEditSbd->AddSourceFile(0, bstrSource, dinPoint, dOoutPoint, VARIANT_TRUE, "
                             "&spUnkPanel)"));
+    EXPECT_EQ(Video(), Clip().View()) << "what was there stays";
 }
 
 TEST_F(SbdUtilsTest, TheDurationIsThatOfThePanelToItsLastFrame)

@@ -24,8 +24,8 @@ inline constexpr HRESULT ZXE_E_NO_UNDO_BLOCK = MakeResult(0xC2000012);
 /// There is no block to undo or redo.
 inline constexpr HRESULT ZXE_E_NOTHING_TO_UNDO = MakeResult(0xC2000013);
 
-/// A production as its owner sees it. Reading and the settings work at any time; all other edits and everything about
-/// undo are ZXE_E_NOT_OPEN before `Initialise` and after `Close`.
+/// A production as its owner sees it. Reading and the settings work at any time; all other edits and all else
+/// about undo but `CanUndo` and `CanRedo` are ZXE_E_NOT_OPEN before `Initialise` and after `Close`.
 struct IZXEProductionData : IUnknown {
     static constexpr GUID IID = "fbadab5b-cd34-48f6-b8d1-66aa6394b34a"_guid;
     using Base = IUnknown;
@@ -145,8 +145,9 @@ struct IProductionObjects : IUnknown {
 
     /// The effect that a layer shows in the frame at a time: of several the one that starts last, then the newest one.
     /// Frames are those of the editing frame rate, of 29.97 where that is 0, so that a start in the middle of a frame
-    /// counts for the whole of it. Null and S_FALSE when there is none; E_INVALIDARG for a time that is negative or not
-    /// finite.
+    /// counts for the whole of it. Where the layer shows none in that frame, the next one that starts there: an effect
+    /// is found at the start of its production also when the frame rate has changed since. Null and S_FALSE when there
+    /// is none; E_INVALIDARG for a time that is negative or not finite.
     virtual HRESULT GetEffect(LONG lLayer, double dTime, IUnknown** ppEffect) = 0;
 
     /// The object of a ZXE_KIND_ at an index from 0; null and S_FALSE when there is none.

@@ -31,11 +31,16 @@ std::u16string_view FirstThatExists(std::initializer_list<std::u16string_view> p
     return found == paths.end() ? std::u16string_view() : *found;
 }
 
-std::u16string ReplaceAll(std::u16string text, std::u16string_view what, std::u16string_view with)
+std::u16string ReplaceAll(std::u16string_view text, std::u16string_view what, std::u16string_view with)
 {
-    for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size()))
-        text.replace(at, what.size(), with);
-    return text;
+    std::u16string replaced;
+    for (;;) {
+        const auto at = text.find(what);
+        replaced += text.substr(0, at);
+        if (at == text.npos) return replaced;
+        replaced += with;
+        text.remove_prefix(at + what.size());
+    }
 }
 
 std::atomic<std::shared_ptr<const ContentPaths>>& Shared()
@@ -85,7 +90,7 @@ std::u16string ContentPaths::Resolve(std::u16string_view path) const
     std::u16string resolved(path);
     for (const auto& [macro, folder] : m_macros) {
         if (!resolved.starts_with(macro)) continue;
-        const std::u16string rest = ReplaceAll(std::move(resolved), macro, {});
+        const std::u16string rest = ReplaceAll(resolved, macro, {});
         resolved = rest.empty() ? folder : PathAppend(folder, rest);
     }
     return resolved;
@@ -95,7 +100,7 @@ std::u16string ContentPaths::Unresolve(std::u16string_view path) const
 {
     std::u16string unresolved(path);
     for (const auto& [macro, folder] : m_macros)
-        unresolved = ReplaceAll(std::move(unresolved), folder, macro);
+        unresolved = ReplaceAll(unresolved, folder, macro);
     return unresolved;
 }
 

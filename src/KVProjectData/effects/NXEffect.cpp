@@ -122,7 +122,9 @@ HRESULT CNXEffect::Create(IUnknown* pUnkSbd, LONG eType, LONG layer, IXMLDOMNode
         m_pUnkEffect = effect;
         const ProductionObject production = ProductionOf(storyboard);
         const FrameClock ta = production.Clock();
-        const double dDuration = production.Duration();
+        // One that cannot be told leaves the end open.
+        double dDuration = 0.0;
+        if (FAILED(production.Info()->get_Duration(&dDuration))) dDuration = 0.0;
         kEngine.Need(PutStartOffset(effect, ta.FrameMid(0.0)), "setStartOffset(ta.FrameMid(0.0))");
         if (dDuration > 0.0) {
             kEngine.Need(PutEndOffset(effect, ta.FrameMid(dDuration)), "setEndOffset(ta.FrameMid(dDuration))");

@@ -87,9 +87,11 @@ HRESULT CZXPGenericParamSetImpl::GetRange(ULONG ulParamID, VARIANT* pMin, VARIAN
 {
     if (!pMin || !pMax) return E_POINTER;
     *pMax = {};
-    const HRESULT result = Give(ulParamID, pMin, [](const Parameter& parameter) { return CopyOf(parameter.min); });
+    HRESULT result = Give(ulParamID, pMin, [](const Parameter& parameter) { return CopyOf(parameter.min); });
     if (FAILED(result)) return result;
-    return Give(ulParamID, pMax, [](const Parameter& parameter) { return CopyOf(parameter.max); });
+    result = Give(ulParamID, pMax, [](const Parameter& parameter) { return CopyOf(parameter.max); });
+    if (FAILED(result)) VariantClear(pMin);
+    return result;
 }
 
 HRESULT CZXPGenericParamSetImpl::GetUsage(ULONG ulParamID, ULONG* pulUsage)

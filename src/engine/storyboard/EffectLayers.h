@@ -32,6 +32,13 @@ public:
         return nullptr;
     }
 
+    /// The first effect of a layer that starts at a time or later; null without one.
+    ComPtr<CEffect> FirstFrom(LONG layer, double time) const
+    {
+        const auto place = m_effects.lower_bound({layer, time, 0});
+        return place != m_effects.end() && place->first.layer == layer ? place->second : nullptr;
+    }
+
     std::size_t Count() const { return m_effects.size(); }
     auto begin() const { return m_effects.begin(); }
     auto end() const { return m_effects.end(); }

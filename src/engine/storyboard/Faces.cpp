@@ -13,9 +13,11 @@ SourceFacts SourceFace::Facts()
 template <class T>
 HRESULT SourceFace::Put(T Clip::*member, T value)
 {
-    return Self().Edit([this, member, &value](ItemState& state) {
-        state.*Which().*member = std::move(value);
-        return S_OK;
+    return Guarded([&] {
+        return Self().Edit([this, member, &value](ItemState& state) {
+            state.*Which().*member = std::move(value);
+            return S_OK;
+        });
     });
 }
 
@@ -113,12 +115,12 @@ HRESULT SubObjectFace::get_ID(LONG* plID)
 
 HRESULT SubObjectFace::get_StartOffset(double* pdSeconds)
 {
-    return Give(Self().Time().start, pdSeconds);
+    return Guarded([&] { return Give(Self().Time().start, pdSeconds); });
 }
 
 HRESULT SubObjectFace::get_EndOffset(double* pdSeconds)
 {
-    return Give(Self().Time().end, pdSeconds);
+    return Guarded([&] { return Give(Self().Time().end, pdSeconds); });
 }
 
 HRESULT SubObjectFace::put_StartOffset(double dSeconds)

@@ -21,7 +21,9 @@ HRESULT CPanel::put_Duration(double dSeconds)
     if (!IsAmount(dSeconds) || dSeconds == 0.0) return E_INVALIDARG;
     if (State().clip.source->Facts().length > 0.0) return E_NOTIMPL;
     return Edit([=](ItemState& state) {
-        state.clip.outPoint = state.clip.inPoint + dSeconds;
+        const double outPoint = state.clip.inPoint + dSeconds;
+        if (!IsAmount(outPoint)) return E_INVALIDARG;
+        state.clip.outPoint = outPoint;
         return S_OK;
     });
 }

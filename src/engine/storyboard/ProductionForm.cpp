@@ -159,6 +159,7 @@ public:
         for (const char* name : {kPanel, kEffect, kAudio})
             part.PassOver(name);
         for (XmlView child = place.FirstChild(); child; child = child.Next()) {
+            if (!child.IsElement()) continue;
             if (child.Name() == kPanel) Panel(child);
             if (child.Name() == kEffect) Effect(child);
             if (child.Name() == kAudio) Audio(child);

@@ -58,7 +58,10 @@ ComPtr<IXMLDOMNode> StoredDocument::Node() const
 {
     if (!m_held) return nullptr;
     const std::lock_guard lock(m_held->mutex);
-    if (!m_held->node) m_held->node = XmlElement::Parse(std::exchange(m_held->markup, {})).Get();
+    if (!m_held->node) {
+        m_held->node = XmlElement::Parse(m_held->markup).Get();
+        m_held->markup = {};
+    }
     return m_held->node;
 }
 

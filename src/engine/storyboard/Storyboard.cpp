@@ -80,16 +80,6 @@ std::vector<ComPtr<CPanel>> Storyboard::Panels()
     return m_contents.panels;
 }
 
-std::vector<ComPtr<CEffect>> Storyboard::Effects()
-{
-    const SectionLock lock(m_section);
-    std::vector<ComPtr<CEffect>> effects;
-    effects.reserve(m_contents.effects.Count());
-    for (const auto& [key, effect] : m_contents.effects)
-        effects.push_back(effect);
-    return effects;
-}
-
 std::vector<ComPtr<CAudio>> Storyboard::Audio()
 {
     const SectionLock lock(m_section);
@@ -118,10 +108,12 @@ ComPtr<CEffect> Storyboard::EffectAt(LONG layer, double time)
     const double given = FrameRate();
     const double rate = given > 0.0 ? given : kDefaultFrameRate;
     const double frame = std::floor(time * rate);
+    const double next = (frame + 1.0) / rate;
     const SectionLock lock(m_section);
-    return m_contents.effects.LastBefore(layer, (frame + 1.0) / rate, [&](const Item& effect) {
+    auto shown = m_contents.effects.LastBefore(layer, next, [&](const Item& effect) {
         return effect.m_state.end == 0.0 || effect.m_state.end >= frame / rate;
     });
+    return shown ? shown : m_contents.effects.FirstFrom(layer, next);
 }
 
 BoardImage Storyboard::Image()
@@ -344,9 +336,16 @@ HRESULT Storyboard::TellUndone(HRESULT result)
         const SectionLock lock(m_section);
         effectsPlaced = std::exchange(m_effectsPlaced, false);
     }
-    if (effectsPlaced) m_sinks.Tell(&Events::OnEffectsInvalidated);
     const LONG state = (m_history.CanUndo() ? kCanUndo : 0) | (m_history.CanRedo() ? kCanRedo : 0);
     m_sinks.Tell(&Events::OnUndoStateChanged, state);
+    if (effectsPlaced) m_sinks.Tell(&Events::OnEffectsInvalidated);
+    return result;
+}
+
+HRESULT Storyboard::RunBack(HRESULT result)
+{
+    const SectionLock lock(m_section);
+    m_effectsPlaced = false;
     return result;
 }
 
@@ -370,7 +369,7 @@ HRESULT Storyboard::Undo()
     const ComPtr<IUnknown> production = Production();
     if (!production || !IsOpen()) return ZXE_E_NOT_OPEN;
     const HRESULT result = m_history.Undo();
-    return SUCCEEDED(result) ? TellUndone(result) : result;
+    return SUCCEEDED(result) ? TellUndone(result) : RunBack(result);
 }
 
 HRESULT Storyboard::Redo()
@@ -378,7 +377,7 @@ HRESULT Storyboard::Redo()
     const ComPtr<IUnknown> production = Production();
     if (!production || !IsOpen()) return ZXE_E_NOT_OPEN;
     const HRESULT result = m_history.Redo();
-    return SUCCEEDED(result) ? TellUndone(result) : result;
+    return SUCCEEDED(result) ? TellUndone(result) : RunBack(result);
 }
 
 } // namespace kv

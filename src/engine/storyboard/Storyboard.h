@@ -91,7 +91,6 @@ public:
     ComPtr<IUnknown> Production();
 
     std::vector<ComPtr<CPanel>> Panels();
-    std::vector<ComPtr<CEffect>> Effects();
     std::vector<ComPtr<CAudio>> Audio();
     /// Seconds that all panels play.
     double Duration();
@@ -158,6 +157,8 @@ private:
                      Origin origin);
     /// After the history ran: what it did to the effects as a whole, and what can be undone from now on.
     HRESULT TellUndone(HRESULT result);
+    /// After an undo or redo that failed, and so changed nothing; gives its result on.
+    HRESULT RunBack(HRESULT result);
 
     CriticalSection m_section;
     CProduction* m_production;

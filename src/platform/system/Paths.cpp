@@ -104,7 +104,7 @@ HRESULT CopyNewFile(std::u16string_view source, std::u16string_view target)
 std::u16string TemporaryFolder()
 {
     std::error_code error;
-    std::u16string folder = std::filesystem::temp_directory_path(error).u16string();
+    std::u16string folder = ToUtf16(std::filesystem::temp_directory_path(error).string());
     if (!folder.empty() && folder.back() != u'/') folder += u'/';
     return folder;
 }
@@ -112,7 +112,7 @@ std::u16string TemporaryFolder()
 std::u16string HostFolder()
 {
     std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path().u16string();
+    return ToUtf16(std::filesystem::read_symlink("/proc/self/exe", error).parent_path().string());
 }
 
 } // namespace kv

@@ -32,10 +32,11 @@ TEST_F(ItemTest, AnEffectStandsOnItsLayerForTheFramesOfItsSpan)
     for (const double bad : {-1.0, kNaN, kInfinite})
         EXPECT_EQ(E_INVALIDARG, objects->GetEffect(7, bad, effect.Put()));
 
-    // An end before the start shows nothing.
+    // An end before the start shows nothing, and what starts later is found before it does.
     ASSERT_EQ(S_OK, Call(second, &ISubObject::put_StartOffset, 50.0));
     ASSERT_EQ(S_OK, Call(second, &ISubObject::put_EndOffset, 40.0));
-    EXPECT_FALSE(EffectAt(-7, 45.0));
+    EXPECT_TRUE(IsSameObject(second.Get(), EffectAt(7, 45.0).Get()));
+    EXPECT_FALSE(EffectAt(-7, 55.0));
 
     const LONG id = Get(second, &IEffectInfo::get_EffectID);
     EXPECT_NE(id, Get(first, &IEffectInfo::get_EffectID));
