@@ -248,10 +248,12 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root)
         return;
     }
     std::optional<Owners> owners;
+    XmlElement kept;
     std::vector<std::pair<LONG, OwnedProduction>> productions;
     {
         const SectionLock lock(storyboards->Node().Section());
         ThrowIfFailed(project.SaveXML(root.Get()));
+        kept = storyboards->KeptProductions();
         owners.emplace(storyboards->Node());
         for (const Owners::Item& item : owners->items) {
             for (OwnedProduction& owned : item.owner->Productions())
@@ -259,7 +261,7 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root)
         }
     }
     EngineCalls::Begin();
-    if (const XmlElement kept = storyboards->KeptProductions()) {
+    if (kept) {
         root.Insert(kept.Copy());
     } else {
         root.Add(kProductions);

@@ -4,6 +4,7 @@
 #include "platform/system/Paths.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sys/stat.h>
 
 namespace kv {
@@ -100,6 +101,8 @@ std::shared_ptr<const ShownFile> PictureStore::Open(std::u16string_view path)
 std::shared_ptr<const Bitmap> PictureStore::PictureOf(const ShownFile& file, double seconds, double neededWidth,
                                                       double neededHeight, PixelsAs pixels)
 {
+    // What is no time has no place in an order.
+    if (!std::isfinite(seconds)) return nullptr;
     PictureKey key{file.stamp, file.picture.moving ? seconds : 0.0,
                    Halved(static_cast<int>(file.picture.width), neededWidth),
                    Halved(static_cast<int>(file.picture.height), neededHeight), pixels};

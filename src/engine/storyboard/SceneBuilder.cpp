@@ -35,7 +35,8 @@ public:
         if (m_rate == 0.0) m_rate = kDefaultFrameRate;
         // Far more than anybody plays, and still whole frames.
         constexpr double kMostFrames = 1e12;
-        const double last = m_length > 0.0 ? std::max(std::ceil(m_length * m_rate) - 1.0, 0.0) : kMostFrames;
+        const double last =
+            m_length > 0.0 ? std::clamp(std::ceil(m_length * m_rate) - 1.0, 0.0, kMostFrames) : kMostFrames;
         m_frame = std::min(std::floor(seconds * m_rate), last);
     }
 
