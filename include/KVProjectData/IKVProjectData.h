@@ -1,16 +1,19 @@
 #pragma once
 // The project: disc-wide settings and the ordered lists of titles, menus and data files.
 //
-// Getters return E_POINTER for a null out-pointer; strings handed out are the caller's to free. Members that
-// change something return KV_E_LOCKED for a locked project; the undo members do not look at the lock. Positions in
-// lists count from 1: a member that takes one returns KV_E_BAD_POSITION where there is nothing at it. Objects that
-// are handed out carry a reference; the out-pointers of members that add or remove may be null. A project also
-// answers for IKVCommandList, IKVEncodingParams, IKVLocking and IConnectionPointContainer.
+// Getters return E_POINTER for a null out-pointer; strings handed out are the caller's to free. Members that change
+// something return KV_E_LOCKED for a locked project; the undo members do not look at the lock, except that a
+// snapshot of a locked project and the commands of a locked list stay as they are: UndoOperation is S_OK then, the
+// cancel of a snapshot KV_E_LOCKED. Positions in lists count from 1: a member that takes one returns
+// KV_E_BAD_POSITION where there is nothing at it. Objects that are handed out carry a reference; the out-pointers of
+// members that add or remove may be null. A project also answers for IKVCommandList, IKVEncodingParams, IKVLocking
+// and IConnectionPointContainer.
 //
-// Changes are recorded for undo, which makes the project dirty, and told by an event. Without a record are ThemeSource,
-// FrameRate, IsOnDisc, ProjectSize, OnDiscSize, RemainingCaptures, DiscSize and MenuLess; without an event ThemeSource,
-// FrameRate and MenuLess. Edits of the lists are recorded and told, and leave the dirty flag as it is. Undo belongs to
-// the process: its members, Clear and loadXML are called by one thread at a time, whichever projects they are of. Other
+// Changes are recorded for undo, which makes the project dirty, and told by an event. Without a record are
+// ThemeSource, FrameRate, IsOnDisc, ProjectSize, OnDiscSize, RemainingCaptures, DiscSize and MenuLess; without an
+// event ThemeSource, FrameRate and MenuLess. Edits of the lists are recorded and told, and leave the dirty flag as
+// it is, except that adding a title sets its encoding parameters, which makes the project dirty. Undo belongs to the
+// process: its members, Clear and loadXML are called by one thread at a time, whichever projects they are of. Other
 // threads may edit, save, create and release projects and their objects meanwhile.
 
 #include "KVProjectData/Enumerations.h"

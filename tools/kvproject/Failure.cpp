@@ -35,6 +35,7 @@ constexpr std::array kMeanings = std::to_array<std::pair<HRESULT, std::string_vi
     {MakeResult(0x80070003), "the folder does not exist"},
     {MakeResult(0x80070004), "too many files are open"},
     {MakeResult(0x80070013), "the disk is write protected"},
+    {MakeResult(0x80070020), "the file is in use"},
     {MakeResult(0x80070070), "the disk is full"},
     {MakeResult(0x800700B7), "there is a file or folder of that name already"},
     {MakeResult(0x800700CB), "there is no home folder to keep the registry in"},

@@ -95,8 +95,9 @@ AttributeReader::AttributeReader(const LoadedElement& element) : AttributeArchiv
 void AttributeReader::ReportRest() const
 {
     if (m_taken == m_items.size()) return;
+    const auto declares = [](std::string_view name) { return name == "xmlns" || name.starts_with("xmlns:"); };
     for (const Item& item : m_items) {
-        if (!item.taken && !item.name.starts_with("xmlns"))
+        if (!item.taken && !declares(item.name))
             m_element.Report().PassOver(m_element.View(), item.name, "the attribute is not known");
     }
 }

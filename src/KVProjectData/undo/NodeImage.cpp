@@ -34,7 +34,11 @@ NodeImage NodeImage::Copy() const
     copy.m_children.reserve(m_children.size());
     for (const NodeImage& child : m_children)
         copy.m_children.push_back(child.Copy());
-    if (CNodeList* list = m_node->List()) list->ReserveRoom(m_children.size());
+    if (CNodeList* list = m_node->List()) {
+        // Others edit the list meanwhile.
+        const SectionLock lock(m_node->Section());
+        list->ReserveRoom(m_children.size());
+    }
     return copy;
 }
 

@@ -3,6 +3,7 @@
 
 #include "platform/automation/RecordInfo.h"
 #include "platform/automation/TypeDescription.h"
+#include "platform/com/Error.h"
 #include "platform/com/TaskMemory.h"
 
 #include <algorithm>
@@ -245,7 +246,13 @@ public:
         if constexpr (kIsBuffer) {
             CoTaskMemFree(m_value);
         } else if constexpr (kIsRecord) {
-            if (m_value) TakeValue(1);
+            // Making the receiver of the records may lack memory.
+            if (m_value) {
+                Guarded([&] {
+                    TakeValue(1);
+                    return S_OK;
+                });
+            }
         } else {
             TakeValue(1);
         }
@@ -258,6 +265,9 @@ public:
         // A variable gives up its old value, and only when the call succeeds.
         if (value->vt == (VT_VARIANT | VT_BYREF)) {
             m_variant = value->pvarVal;
+        } else if (kIsRecord && value->vt == (VT_RECORD | VT_BYREF) && value->pRecInfo) {
+            // A record itself is no place for the address of others.
+            return DISP_E_TYPEMISMATCH;
         } else if (!kIsBuffer && value->vt == (ResultType<T>() | VT_BYREF)) {
             m_target = static_cast<T*>(value->byref);
         } else {
