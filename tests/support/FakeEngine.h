@@ -5,6 +5,7 @@
 #include "KVProjectData/Engine.h"
 #include "platform/com/Object.h"
 #include "platform/system/ErrorReporter.h"
+#include "support/Productions.h"
 
 #include <map>
 #include <set>
@@ -14,7 +15,7 @@
 namespace kv::test {
 
 class FakeEngine final
-    : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects, IEffectInfo, ISubObject,
+    : public Object<BareProduction, IEditData, IProductionInfo, IProductionObjects, IEffectInfo, ISubObject,
                     IParentProduction, ISourceFile, IBaseObject, INativeInfo, ISmartAudio, IAudioProps> {
 public:
     /// The results of methods, by name; of all others S_OK.
@@ -28,20 +29,7 @@ public:
     HRESULT GetPanelCount(LONG* out) override { return Set("GetPanelCount", 1, out); }
     HRESULT GetPanelBaseObject(LONG, IUnknown** out) override { return Self("GetPanelBaseObject", out); }
     HRESULT DeletePanel(LONG) override { return Of("DeletePanel"); }
-    HRESULT get_UseSourceAspectRatio(VARIANT_BOOL*) override { return E_NOTIMPL; }
     HRESULT put_UseSourceAspectRatio(VARIANT_BOOL) override { return Of("put_UseSourceAspectRatio"); }
-    HRESULT Initialise() override { return S_OK; }
-    HRESULT Close() override { return S_OK; }
-    HRESULT GetSourceList(LONG, LONG, LONG, SAFEARRAY**) override { return E_NOTIMPL; }
-    HRESULT get_Flags(ULONG*) override { return E_NOTIMPL; }
-    HRESULT ClearModified() override { return S_OK; }
-    HRESULT OpenUndoBlock() override { return E_NOTIMPL; }
-    HRESULT CloseUndoBlock(VARIANT_BOOL) override { return E_NOTIMPL; }
-    HRESULT AddUndoUnit(IUnknown*) override { return E_NOTIMPL; }
-    HRESULT CanUndo(VARIANT_BOOL*, BSTR*) override { return E_NOTIMPL; }
-    HRESULT CanRedo(VARIANT_BOOL*, BSTR*) override { return E_NOTIMPL; }
-    HRESULT Undo() override { return E_NOTIMPL; }
-    HRESULT Redo() override { return E_NOTIMPL; }
 
     HRESULT AddSourceFile(LONG, BSTR, double, double, LONG, IUnknown** out) override
     {
