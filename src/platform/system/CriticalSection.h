@@ -12,6 +12,8 @@ public:
     CriticalSection& operator=(const CriticalSection&) = delete;
 
     void Enter() { m_mutex.lock(); }
+    /// False, at once, while another thread holds it.
+    bool TryEnter() { return m_mutex.try_lock(); }
     void Leave() { m_mutex.unlock(); }
 
 private:
