@@ -90,7 +90,7 @@ public:
 private:
     HRESULT VisitNode(CProjectNode& node, ULONG) override
     {
-        if (auto* owner = dynamic_cast<ProductionOwner*>(&node)) items.push_back({node.ID(), owner, node.Identity()});
+        if (ProductionOwner* owner = node.Owner()) items.push_back({node.ID(), owner, node.Identity()});
         return S_OK;
     }
 };
@@ -287,7 +287,8 @@ void LoadProductions(IKVProjectData& project, const XmlElement& root)
     EngineCalls::Begin();
     // What is not taken out of it stays, whatever happens on the way.
     storyboards->KeepProductions(productions);
-    const bool loadedAny = Loader(storyboards->Node(), productions).Run();
+    const bool holdsAny = static_cast<bool>(productions.View().FirstChild());
+    const bool loadedAny = holdsAny && Loader(storyboards->Node(), productions).Run();
     const bool isEmpty = !productions.View().FirstChild() && AttributeCount(productions) == 0;
     if (isEmpty) {
         storyboards->KeepProductions({});

@@ -55,6 +55,7 @@ public:
 
     std::vector<OwnedProduction> Productions() override;
     HRESULT TakeProduction(std::string_view name, IUnknown* production) override;
+    ProductionOwner* Owner() override { return this; }
 
     IUnknown* Identity() override { return Controlling(); }
 

@@ -14,7 +14,7 @@ struct OwnedProduction {
     ComPtr<IUnknown> production;
 };
 
-/// Implemented by the class of a node, which whoever walks the tree asks for it.
+/// Implemented by the class of a node (CProjectNode::Owner).
 class ProductionOwner {
 public:
     /// Those that there are now; none is created.

@@ -28,6 +28,7 @@ class AttributeArchive;
 class CKVCommandList;
 class CNodeList;
 class LoadedElement;
+class ProductionOwner;
 
 /// Held while a parent link changes, after the node's section. Whoever climbs the tree holds it: what is above may be
 /// released by others. Nothing but the event queue is locked meanwhile.
@@ -74,6 +75,8 @@ public:
     virtual void KeepXml(const XmlElement& xml);
     /// The node as a list that owns its children; null for every other.
     virtual CNodeList* List() { return nullptr; }
+    /// The node as the owner of productions; null for every other.
+    virtual ProductionOwner* Owner() { return nullptr; }
 
     /// The values that an undo record keeps of the node.
     RecordedValues GetRecord();

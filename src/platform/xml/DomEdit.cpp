@@ -26,6 +26,15 @@ private:
     std::string m_long;
 };
 
+/// Compares with a text that ends with a zero, whose length costs more to find than its first difference.
+bool IsText(const char* terminated, std::string_view text)
+{
+    for (const char c : text) {
+        if (*terminated++ != c) return false;
+    }
+    return !*terminated;
+}
+
 } // namespace
 
 pugi::xml_node AddNode(pugi::xml_node parent, pugi::xml_node_type type, std::string_view name, std::string_view value)
@@ -55,7 +64,10 @@ void SetAttribute(pugi::xml_node element, std::string_view name, std::string_vie
 
 pugi::xml_attribute FindAttribute(pugi::xml_node element, std::string_view name)
 {
-    return element.find_attribute([name](pugi::xml_attribute attribute) { return name == attribute.name(); });
+    pugi::xml_attribute attribute = element.first_attribute();
+    while (attribute && !IsText(attribute.name(), name))
+        attribute = attribute.next_attribute();
+    return attribute;
 }
 
 } // namespace kv

@@ -168,7 +168,8 @@ std::string XmlView::Markup() const
 
 void XmlView::ReadAttributes(XMLAttributeVisitor& visitor) const
 {
-    for (const pugi::xml_attribute attribute : pugi::xml_node(m_node).attributes())
+    pugi::xml_attribute attribute = pugi::xml_node(m_node).first_attribute();
+    for (; attribute; attribute = attribute.next_attribute())
         visitor.Attribute(attribute.name(), attribute.value());
 }
 

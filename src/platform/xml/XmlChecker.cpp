@@ -288,6 +288,8 @@ private:
     {
         constexpr std::size_t kFew = 16;
         const auto begin = m_attributes.begin();
+        // Those that stand in the order of their names, as in most documents, are all different.
+        if (std::ranges::adjacent_find(m_attributes, std::ranges::greater_equal()) == m_attributes.end()) return;
         if (m_attributes.size() <= kFew) {
             for (auto at = begin; at != m_attributes.end(); ++at) {
                 if (std::find(begin, at, *at) != at) FailAt(*at, "an attribute is told twice");

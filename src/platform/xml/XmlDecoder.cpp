@@ -4,6 +4,7 @@
 #include "platform/xml/XmlChars.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <sys/mman.h>
 #include <utility>
@@ -20,6 +21,23 @@ void UseLargePages(const std::string& buffer)
     if (start < end) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
 }
 
+/// Characters that are decoded at once where all of them are plain; nearly all text is.
+constexpr std::size_t kRun = 16;
+
+/// Decodes a run that is all plain. False for any other.
+template <bool kSwap>
+bool DecodeRun(std::string_view bytes, std::array<char, kRun>& run)
+{
+    unsigned bits = 0;
+    for (std::size_t k = 0; k < kRun; ++k) {
+        const char low = bytes[2 * k + (kSwap ? 1 : 0)];
+        const char high = bytes[2 * k + (kSwap ? 0 : 1)];
+        bits |= static_cast<unsigned char>((low & 0x80) | high);
+        run[k] = low;
+    }
+    return bits == 0;
+}
+
 /// UTF-16 of either byte order to UTF-8. How many bytes were taken: all of the last piece; else the beginning of a
 /// character may be left.
 template <bool kSwap>
@@ -30,8 +48,13 @@ std::size_t DecodeUtf16(std::string_view bytes, std::string& text, bool last)
         const auto high = static_cast<unsigned char>(bytes[kSwap ? i : i + 1]);
         return static_cast<char32_t>(high << 8 | low);
     };
+    std::array<char, kRun> run;
     std::size_t i = 0;
     for (; i + 1 < bytes.size(); i += 2) {
+        while (bytes.size() - i > 2 * kRun && DecodeRun<kSwap>(bytes.substr(i), run)) {
+            text.append(run.data(), kRun);
+            i += 2 * kRun;
+        }
         char32_t c = unit(i);
         if (c < 0x80) {
             text += static_cast<char>(c);
