@@ -41,8 +41,10 @@ HRESULT WriteProjectFile(IKVProjectData& project, std::u16string_view fileName)
         document->createComment(Bstr(u"DVD Project xml file created using KVProject object.").Get(), comment.Put()));
     ThrowIfFailed(document->appendChild(comment.Get(), nullptr));
     ThrowIfFailed(document->get_documentElement(root.Put()));
-    SaveWithProductions(project, XmlElement(root.Get()));
-    return document->save(Variant(fileName));
+    constexpr int kLevel = 1;
+    XmlMarkup markup(kLevel);
+    SaveWithProductions(project, XmlElement(root.Get()), markup);
+    return SaveXml(document.Get(), fileName, markup);
 }
 
 /// Loads a file. KV_E_FILE_DOES_NOT_PARSE when it is no document.

@@ -4,6 +4,7 @@
 #include "KVProjectData/Engine/Production.h"
 #include "KVProjectData/content/DocumentPaths.h"
 #include "KVProjectData/content/ParameterPaths.h"
+#include "KVProjectData/persistence/XMLPersistor.h"
 #include "KVProjectData/project/ProjectStoryboards.h"
 #include "KVProjectData/tree/AttributeTexts.h"
 #include "KVProjectData/tree/ObjectID.h"
@@ -239,7 +240,7 @@ private:
 
 } // namespace
 
-void SaveWithProductions(IKVProjectData& project, XmlElement root)
+void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& markup)
 {
     const auto storyboards = Query<IProjectStoryboards>(&project);
     if (!storyboards) {
@@ -251,10 +252,11 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root)
     XmlElement kept;
     std::vector<std::pair<LONG, OwnedProduction>> productions;
     {
-        const SectionLock lock(storyboards->Node().Section());
-        ThrowIfFailed(project.SaveXML(root.Get()));
+        CProjectNode& node = storyboards->Node();
+        const SectionLock lock(node.Section());
+        ThrowIfFailed(CMarkupPersistor(markup).Visit(node, 0));
         kept = storyboards->KeptProductions();
-        owners.emplace(storyboards->Node());
+        owners.emplace(node);
         for (const Owners::Item& item : owners->items) {
             for (OwnedProduction& owned : item.owner->Productions())
                 productions.emplace_back(item.id, std::move(owned));

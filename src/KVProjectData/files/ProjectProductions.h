@@ -10,13 +10,14 @@
 // engine), are kept with the project object and written as they were. Failures are told to the error reporter.
 
 #include "KVProjectData/IKVProjectData.h"
-#include "platform/xml/Element.h"
+#include "platform/xml/XmlMarkup.h"
 
 namespace kv {
 
-/// Writes a project and its productions, as they are at one time, below a root element. Throws Error: what the project
-/// or the engine fails with. A production of an engine that saves none is left out.
-void SaveWithProductions(IKVProjectData& project, XmlElement root);
+/// Writes a project and its productions, as they are at one time, below a root element: the project as markup, which
+/// is to stand in front of what the element holds, or there where the project is no object of this library. Throws
+/// Error: what the project or the engine fails with. A production of an engine that saves none is left out.
+void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& markup);
 
 /// No new object gets an ID for which productions stand below a root element, lest it become their owner. Before the
 /// project is loaded.

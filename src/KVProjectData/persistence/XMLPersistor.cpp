@@ -41,4 +41,27 @@ HRESULT CXMLPersistor::VisitNode(CProjectNode& node, ULONG flags)
     return result;
 }
 
+HRESULT CMarkupPersistor::Visit(CProjectNode& node, ULONG flags)
+{
+    const SectionLock lock(node.Section());
+    ++m_depth;
+    HRESULT result = VisitNode(node, flags);
+    for (LONG i = 0; SUCCEEDED(result) && i < node.ChildCount(); ++i)
+        result = Visit(*node.GetChild(i), flags);
+    if (SUCCEEDED(result)) m_target.End();
+    --m_depth;
+    return result;
+}
+
+HRESULT CMarkupPersistor::VisitNode(CProjectNode& node, ULONG)
+{
+    m_target.Begin(ElementName(node));
+    m_attributes.Clear();
+    node.Attributes(m_attributes);
+    const HRESULT result = m_attributes.WriteTo(m_target);
+    if (FAILED(result)) return result;
+    if (const XmlElement content = node.OwnContent()) m_target.Add(content);
+    return result;
+}
+
 } // namespace kv

@@ -1,8 +1,9 @@
 #pragma once
-// Writes a tree of nodes below an element of a document.
+// Writes a tree of nodes, below an element of a document or as markup.
 
+#include "KVProjectData/tree/ElementArchives.h"
 #include "KVProjectData/tree/Visitor.h"
-#include "platform/xml/Element.h"
+#include "platform/xml/XmlMarkup.h"
 
 namespace kv {
 
@@ -19,6 +20,22 @@ public:
 
 private:
     XmlElement m_parent;
+};
+
+/// What CXMLPersistor writes when it is given no flags, as markup.
+class CMarkupPersistor : public CVisitor {
+public:
+    explicit CMarkupPersistor(XmlMarkup& target) : m_target(target) {}
+
+    /// As CXMLPersistor; a failure leaves elements that have not ended.
+    HRESULT Visit(CProjectNode& node, ULONG flags) override;
+
+    /// Begins the node's element.
+    HRESULT VisitNode(CProjectNode& node, ULONG flags) override;
+
+private:
+    XmlMarkup& m_target;
+    AttributeWriter m_attributes{0};
 };
 
 } // namespace kv

@@ -49,11 +49,9 @@ bool CDiscCommandNode::OwnsContent(const XmlView& child) const
     return isFirst && child.IsElement() && (child.Name() == "file" || child.Name() == "effect");
 }
 
-HRESULT CDiscCommandNode::SaveElement(IXMLDOMNode* element, ULONG flags)
+XmlElement CDiscCommandNode::OwnContent() const
 {
-    const HRESULT result = CProjectNode::SaveElement(element, flags);
-    if (SUCCEEDED(result) && !m_xml.Empty()) XmlElement(element).Insert(m_xml.Copy());
-    return result;
+    return m_xml.Empty() ? XmlElement() : m_xml.Copy();
 }
 
 } // namespace kv

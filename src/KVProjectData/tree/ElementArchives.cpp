@@ -64,12 +64,22 @@ void AttributeWriter::Add(std::string_view name, bool isUtf16, std::size_t begin
     m_items.push_back({name, isUtf16, begin, end});
 }
 
-HRESULT AttributeWriter::WriteTo(IXMLElementAttributes& element)
+void AttributeWriter::Sort()
 {
     SortByName(m_items);
-    const HRESULT written = element.WriteAttributes(this);
-    if (FAILED(written)) Trace("Failed on attribute: " + std::string(m_items[m_next - 1].name) + '\n');
-    return written;
+}
+
+void AttributeWriter::TraceFailure() const
+{
+    Trace("Failed on attribute: " + std::string(m_items[m_next - 1].name) + '\n');
+}
+
+void AttributeWriter::Clear()
+{
+    m_items.clear();
+    m_utf8.clear();
+    m_utf16.clear();
+    m_next = 0;
 }
 
 bool AttributeWriter::Next(XMLAttribute& attribute)

@@ -24,8 +24,19 @@ public:
     bool operator()(std::string_view name, bool& field) override { return Number(name, LONG{field ? -1 : 0}); }
     bool operator()(std::string_view name, OneOrZero field) override { return Number(name, LONG{field.value}); }
 
-    /// Writes to an element. The first attribute that it refuses ends that and is traced.
-    HRESULT WriteTo(IXMLElementAttributes& element);
+    /// Writes to an element, or to markup whose element has just been begun. The first attribute that is refused ends
+    /// that and is traced.
+    template <class Target>
+    HRESULT WriteTo(Target& target)
+    {
+        Sort();
+        const HRESULT written = target.WriteAttributes(this);
+        if (FAILED(written)) TraceFailure();
+        return written;
+    }
+
+    /// Ready for another node.
+    void Clear();
 
     bool Next(XMLAttribute& attribute) override;
 
@@ -42,6 +53,8 @@ private:
     template <class T>
     bool Number(std::string_view name, T value);
     void Add(std::string_view name, bool isUtf16, std::size_t begin, std::size_t end);
+    void Sort();
+    void TraceFailure() const;
 
     std::vector<Item> m_items;
     std::string m_utf8;

@@ -105,13 +105,21 @@ bool CProjectNode::OwnsContent(const XmlView&) const
     return false;
 }
 
+XmlElement CProjectNode::OwnContent() const
+{
+    return {};
+}
+
 HRESULT CProjectNode::SaveElement(IXMLDOMNode* element, ULONG flags)
 {
     const auto target = Query<IXMLElementAttributes>(element);
     if (!target) return E_NOINTERFACE;
     AttributeWriter writer(flags);
     Attributes(writer);
-    return writer.WriteTo(*target.Get());
+    const HRESULT result = writer.WriteTo(*target.Get());
+    if (FAILED(result)) return result;
+    if (const XmlElement content = OwnContent()) XmlElement(element).Insert(content);
+    return result;
 }
 
 RecordedValues CProjectNode::GetRecord()

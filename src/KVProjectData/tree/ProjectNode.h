@@ -46,8 +46,6 @@ public:
 
     /// Takes the node's properties from an element. E_NOTIMPL unless `node` is one.
     virtual HRESULT LoadXML(IUnknown* node);
-    /// Writes the node's attributes to an element. E_NOTIMPL unless `node` is a DOM node.
-    virtual HRESULT SaveXML(IUnknown* node, ULONG flags);
     /// Hands an event to the parent, at last to the project, which queues it. KV_E_NO_PARENT without one.
     virtual HRESULT FireEvent(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c);
     /// Tells the project that it was changed.
@@ -64,7 +62,9 @@ public:
     virtual HRESULT LoadElement(const LoadedElement& element);
     /// Whether the node takes a child of its element for itself, which the element table has no node for.
     virtual bool OwnsContent(const XmlView& child) const;
-    virtual HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
+    /// What the node's element holds beside the elements of its children: an element of a tree of its own. Empty for
+    /// most.
+    virtual XmlElement OwnContent() const;
     /// The object that the node is part of; not counted.
     virtual IUnknown* Identity() = 0;
 
@@ -77,6 +77,9 @@ public:
     virtual CNodeList* List() { return nullptr; }
     /// The node as the owner of productions; null for every other.
     virtual ProductionOwner* Owner() { return nullptr; }
+
+    /// Writes the node's attributes and its own content to an element. E_NOTIMPL unless `node` is a DOM node.
+    HRESULT SaveXML(IUnknown* node, ULONG flags);
 
     /// The values that an undo record keeps of the node.
     RecordedValues GetRecord();
@@ -215,6 +218,7 @@ private:
     static void After(EditScope&, UndoOption) {}
     static void After(EditScope& edit, Fires fires) { edit.Changed(fires.propId); }
 
+    HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
     void SetParent(CProjectNode* parent);
     template <class Keep>
     bool Record(bool major, Keep&& keep);

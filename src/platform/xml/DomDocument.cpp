@@ -393,21 +393,27 @@ HRESULT DomDocument::loadXML(BSTR xml, VARIANT_BOOL* success)
         success);
 }
 
-bool DomDocument::Write(AtomicFile& file, bool declarePrefix) const
+bool DomDocument::Write(AtomicFile& file, bool declarePrefix, const XmlMarkup* markup) const
 {
     const bool utf16 = SaysUtf16(m_place.node);
     std::size_t size = 0;
     std::vector<char> bytes;
     if (utf16) ThrowIfFailed(file.Write("\xff\xfe", 2));
-    return WriteXml(m_place.node, declarePrefix, [&](std::string_view piece) {
+    const auto output = [&](std::string_view piece) {
         size += piece.size();
         if (size > kMaxXmlSize) throw Error(ResultFromErrno(EFBIG));
         if (utf16) piece = EncodeUtf16(piece, bytes);
         ThrowIfFailed(file.Write(piece.data(), piece.size()));
-    });
+    };
+    return WriteXml(m_place.node, declarePrefix, output, markup);
 }
 
 HRESULT DomDocument::save(VARIANT target)
+{
+    return Save(target, nullptr);
+}
+
+HRESULT DomDocument::Save(const VARIANT& target, const XmlMarkup* markup) const
 {
     return Guarded([&] {
         if (target.vt != VT_BSTR || SysStringLen(target.bstrVal) == 0 || IsCutPath(target)) return E_INVALIDARG;
@@ -415,7 +421,7 @@ HRESULT DomDocument::save(VARIANT target)
         for (bool declarePrefix = false;; declarePrefix = true) {
             AtomicFile file;
             ThrowIfFailed(file.Create(path));
-            if (Write(file, declarePrefix)) return file.Commit();
+            if (Write(file, declarePrefix, markup)) return file.Commit();
         }
     });
 }

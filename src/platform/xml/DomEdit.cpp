@@ -1,5 +1,7 @@
 #include "platform/xml/DomEdit.h"
 
+#include "platform/xml/XmlText.h"
+
 #include <new>
 #include <string>
 
@@ -36,6 +38,17 @@ bool IsText(const char* terminated, std::string_view text)
 }
 
 } // namespace
+
+bool CheckedText(const XMLAttribute& attribute, std::string& buffer, std::string_view& text)
+{
+    if (const auto* utf8 = std::get_if<std::string_view>(&attribute.value)) {
+        text = *utf8;
+        return IsXmlUtf8(text);
+    }
+    if (!ToXmlUtf8(std::get<std::u16string_view>(attribute.value), buffer)) return false;
+    text = buffer;
+    return true;
+}
 
 pugi::xml_node AddNode(pugi::xml_node parent, pugi::xml_node_type type, std::string_view name, std::string_view value)
 {

@@ -1,10 +1,16 @@
 #pragma once
 // Additions to a tree of texts that were checked. Each is made or not: on lack of memory they throw std::bad_alloc.
 
+#include "platform/xml/Dom.h"
+
 #include <pugixml.hpp>
+#include <string>
 #include <string_view>
 
 namespace kv {
+
+/// The text of an attribute as checked UTF-8, in `buffer` where it is not that already. False when XML cannot hold it.
+bool CheckedText(const XMLAttribute& attribute, std::string& buffer, std::string_view& text);
 
 /// A new last child.
 pugi::xml_node AddNode(pugi::xml_node parent, pugi::xml_node_type type, std::string_view name, std::string_view value);

@@ -16,18 +16,6 @@ void CollectByName(pugi::xml_node node, std::string_view name, std::vector<DomPl
     }
 }
 
-/// The text of an attribute as checked UTF-8, in `buffer` where it is not that already. False when XML cannot hold it.
-bool CheckedText(const XMLAttribute& attribute, std::string& buffer, std::string_view& text)
-{
-    if (const auto* utf8 = std::get_if<std::string_view>(&attribute.value)) {
-        text = *utf8;
-        return IsXmlUtf8(text);
-    }
-    if (!ToXmlUtf8(std::get<std::u16string_view>(attribute.value), buffer)) return false;
-    text = buffer;
-    return true;
-}
-
 } // namespace
 
 DomObject& NewDomObject(const DomPlace& place, DomHome home)

@@ -1,93 +1,27 @@
 #include "platform/xml/XmlWriter.h"
 
 #include "platform/xml/DataTypes.h"
-
-#include <algorithm>
-#include <array>
-#include <cstring>
-#include <string>
-#include <string_view>
+#include "platform/xml/XmlMarkup.h"
 
 namespace kv {
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{64} * 1024;
-
-using CharacterSet = std::array<bool, 256>;
-
-/// The characters, and the zero at the end of every text.
-constexpr CharacterSet SetOf(std::string_view characters)
-{
-    CharacterSet set{};
-    set[0] = true;
-    for (char c : characters)
-        set[static_cast<unsigned char>(c)] = true;
-    return set;
-}
-
-constexpr CharacterSet kSpecialInText = SetOf("&<>\r");
-constexpr CharacterSet kSpecialInAttribute = SetOf("&<>\"\t\n\r");
-
 class Writer {
 public:
-    Writer(bool declarePrefix, const XmlOutput& output) : m_declares(declarePrefix), m_output(output) {}
+    Writer(XmlBuffer& out, bool declarePrefix = false, const XmlMarkup* markup = nullptr)
+        : m_out(out), m_declares(declarePrefix), m_markup(markup)
+    {
+    }
 
     bool LacksPrefix() const { return m_lacksPrefix; }
 
-    /// A document, or one node without the layout around it; a compact one without any.
-    void Run(pugi::xml_node node, bool compact)
+    /// A document, each node of it on a line of its own.
+    void Document(pugi::xml_node document)
     {
-        if (node.type() == pugi::node_document) {
-            for (pugi::xml_node child : node.children()) {
-                Node(child, 0, true);
-                Put('\n');
-            }
-        } else {
-            Node(node, 0, !compact);
+        for (pugi::xml_node child : document.children()) {
+            Node(child, 0, true);
+            m_out.Put('\n');
         }
-        Flush();
-    }
-
-    void Run(pugi::xml_attribute attribute)
-    {
-        Attribute(attribute);
-        Flush();
-    }
-
-private:
-    void Flush()
-    {
-        if (Size()) m_output({m_buffer.data(), Size()});
-        m_out = m_buffer.data();
-    }
-
-    std::size_t Size() const { return static_cast<std::size_t>(m_out - m_buffer.data()); }
-
-    /// Where the next so many bytes go.
-    char* Room(std::size_t count)
-    {
-        if (static_cast<std::size_t>(m_end - m_out) < count) Grow(count);
-        return m_out;
-    }
-
-    void Grow(std::size_t count)
-    {
-        const std::size_t size = Size();
-        m_buffer.resize(2 * m_buffer.size() + count);
-        m_out = m_buffer.data() + size;
-        m_end = m_buffer.data() + m_buffer.size();
-    }
-
-    void Put(char c)
-    {
-        *Room(1) = c;
-        ++m_out;
-    }
-
-    void Put(std::string_view text)
-    {
-        std::memcpy(Room(text.size()), text.data(), text.size());
-        m_out += text.size();
     }
 
     void Node(pugi::xml_node node, int level, bool layout)
@@ -103,40 +37,44 @@ private:
             CData(node.value());
             break;
         case pugi::node_comment:
-            Put("<!--");
-            Put(node.value());
-            Put("-->");
+            m_out.Put("<!--");
+            m_out.Put(node.value());
+            m_out.Put("-->");
             break;
         case pugi::node_pi:
-            Put("<?");
-            Put(node.name());
-            if (*node.value()) Put(' ');
-            Put(node.value());
-            Put("?>");
+            m_out.Put("<?");
+            m_out.Put(node.name());
+            if (*node.value()) m_out.Put(' ');
+            m_out.Put(node.value());
+            m_out.Put("?>");
             break;
         default:
             break;
         }
-        if (Size() >= kPiece) Flush();
+        m_out.Relieve();
     }
 
+private:
     void Element(pugi::xml_node element, int level, bool layout)
     {
         const std::string_view name = element.name();
-        Put('<');
-        Put(name);
+        m_out.Put('<');
+        m_out.Put(name);
         const bool declaredAbove = m_prefixDeclared;
         const bool typed = Attributes(element);
         if (level == 0 && m_declares && !m_prefixDeclared) DeclarePrefix();
         m_lacksPrefix = m_lacksPrefix || (typed && !m_prefixDeclared);
-        if (const pugi::xml_node first = element.first_child()) {
-            Put('>');
+        const pugi::xml_node first = element.first_child();
+        const bool takesMarkup = level == 0 && m_markup && !m_markup->Empty();
+        if (first || takesMarkup) {
+            m_out.Put('>');
+            if (takesMarkup) m_markup->PassTo(m_out);
             Content(first, level, layout && !HoldsText(first));
-            Put("</");
-            Put(name);
-            Put('>');
+            m_out.Put("</");
+            m_out.Put(name);
+            m_out.Put('>');
         } else {
-            Put("/>");
+            m_out.Put("/>");
         }
         m_prefixDeclared = declaredAbove;
     }
@@ -144,10 +82,10 @@ private:
     void Content(pugi::xml_node child, int level, bool lines)
     {
         for (; child; child = child.next_sibling()) {
-            if (lines) NewLine(level + 1);
+            if (lines) m_out.PutLine(level + 1);
             Node(child, level + 1, lines);
         }
-        if (lines) NewLine(level);
+        if (lines) m_out.PutLine(level);
     }
 
     /// Tells whether there is a data type among them.
@@ -155,32 +93,19 @@ private:
     {
         bool typed = false;
         for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
-            Put(' ');
-            const std::string_view name = Attribute(attribute);
+            const std::string_view name = attribute.name();
+            m_out.Put(' ');
+            m_out.PutAttribute(name, attribute.value());
             typed = typed || name == kDataTypeAttribute;
             m_prefixDeclared = m_prefixDeclared || name == kDataTypePrefix;
         }
         return typed;
     }
 
-    /// Gives the name.
-    std::string_view Attribute(pugi::xml_attribute attribute)
-    {
-        const std::string_view name = attribute.name();
-        Put(name);
-        Put("=\"");
-        Escape(attribute.value(), kSpecialInAttribute);
-        Put('"');
-        return name;
-    }
-
     void DeclarePrefix()
     {
-        Put(' ');
-        Put(kDataTypePrefix);
-        Put("=\"");
-        Put(kDataTypeNamespace);
-        Put('"');
+        m_out.Put(' ');
+        m_out.PutAttribute(kDataTypePrefix, kDataTypeNamespace);
         m_prefixDeclared = true;
     }
 
@@ -194,100 +119,68 @@ private:
         return false;
     }
 
-    void NewLine(int level)
-    {
-        const std::size_t indent = static_cast<std::size_t>(level) * 2;
-        char* const out = Room(1 + indent);
-        *out = '\n';
-        std::memset(out + 1, ' ', indent);
-        m_out += 1 + indent;
-    }
-
-    void Escape(const char* text, const CharacterSet& special)
-    {
-        while (true) {
-            const char* end = text;
-            while (!special[static_cast<unsigned char>(*end)])
-                ++end;
-            Put({text, static_cast<std::size_t>(end - text)});
-            if (!*end) return;
-            Reference(*end);
-            text = end + 1;
-        }
-    }
-
     void Text(const char* text)
     {
         // White space alone would be taken for layout when it is read.
         const bool isLayout = *text && !text[std::strspn(text, " \t\n\r")];
-        if (isLayout) Reference(*text++);
-        Escape(text, kSpecialInText);
-    }
-
-    void Reference(char c)
-    {
-        switch (c) {
-        case '&':
-            Put("&amp;");
-            break;
-        case '<':
-            Put("&lt;");
-            break;
-        case '>':
-            Put("&gt;");
-            break;
-        case '"':
-            Put("&quot;");
-            break;
-        default:
-            Put("&#");
-            Put(std::to_string(static_cast<unsigned char>(c)));
-            Put(';');
-        }
+        if (isLayout) m_out.PutReference(*text++);
+        m_out.PutEscaped(text, kSpecialInText);
     }
 
     /// The end mark within the text is split over two sections; a carriage return stands as a reference between two.
     void CData(std::string_view text)
     {
-        Put("<![CDATA[");
+        m_out.Put("<![CDATA[");
         for (std::size_t i = 0; i < text.size(); ++i) {
             if (text[i] == '\r') {
-                Put("]]>&#13;<![CDATA[");
+                m_out.Put("]]>&#13;<![CDATA[");
                 continue;
             }
-            if (text[i] == '>' && text.substr(0, i).ends_with("]]")) Put("]]><![CDATA[");
-            Put(text[i]);
+            if (text[i] == '>' && text.substr(0, i).ends_with("]]")) m_out.Put("]]><![CDATA[");
+            m_out.Put(text[i]);
         }
-        Put("]]>");
+        m_out.Put("]]>");
     }
 
+    XmlBuffer& m_out;
     const bool m_declares;
-    const XmlOutput& m_output;
+    const XmlMarkup* const m_markup;
     bool m_prefixDeclared = false;
     bool m_lacksPrefix = false;
-    /// Grows where the text between two nodes is longer.
-    std::string m_buffer = std::string(kPiece / 16, '\0');
-    char* m_out = m_buffer.data();
-    char* m_end = m_out + m_buffer.size();
 };
 
 } // namespace
 
-bool WriteXml(pugi::xml_node node, bool declarePrefix, const XmlOutput& output)
+bool WriteXml(pugi::xml_node node, bool declarePrefix, const XmlOutput& output, const XmlMarkup* markup)
 {
-    Writer writer(declarePrefix, output);
-    writer.Run(node, false);
+    XmlBuffer buffer(output);
+    Writer writer(buffer, declarePrefix, markup);
+    if (node.type() == pugi::node_document) {
+        writer.Document(node);
+    } else {
+        writer.Node(node, 0, true);
+    }
+    buffer.Flush();
     return !writer.LacksPrefix();
+}
+
+void WriteXml(pugi::xml_node node, int level, XmlBuffer& buffer)
+{
+    Writer(buffer).Node(node, level, true);
 }
 
 void WriteCompactXml(pugi::xml_node node, const XmlOutput& output)
 {
-    Writer(false, output).Run(node, true);
+    XmlBuffer buffer(output);
+    Writer(buffer).Node(node, 0, false);
+    buffer.Flush();
 }
 
 void WriteXml(pugi::xml_attribute attribute, const XmlOutput& output)
 {
-    Writer(false, output).Run(attribute);
+    XmlBuffer buffer(output);
+    buffer.PutAttribute(attribute.name(), attribute.value());
+    buffer.Flush();
 }
 
 } // namespace kv

@@ -2,6 +2,7 @@
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/ResultCodes.h"
 #include "platform/system/MessageBox.h"
+#include "platform/xml/Element.h"
 #include "support/Host.h"
 
 namespace kv::test {
@@ -65,6 +66,27 @@ TEST_F(FileServiceTest, SavesTheWholeDocumentInUtf16)
     EXPECT_EQ(S_OK, files->LoadProject(folder.File("Trip.xml").Get(), again.Get()));
     EXPECT_EQ(S_OK, files->SaveProject(folder.File("Again.xml").Get(), again.Get()));
     EXPECT_TRUE(bytes == folder.Read("Again.xml"));
+}
+
+TEST_F(FileServiceTest, SavesWhatTheProjectWritesIntoADocument)
+{
+    constexpr std::u16string_view kMixed = u"<'Caf\u00e9' & \"\u65e5\U0001d11e\">\t\n\r";
+    project->loadXML(ParseXml(u"<Project><Titles><Title/><Title><Commands><PlayMenu code='2'><effect><text>a<b/></text>"
+                              u"<Value xmlns:dt='urn:schemas-microsoft-com:datatypes' dt:dt='r8'>0.5</Value><c><d/></c>"
+                              u"</effect></PlayMenu><StopPlayback code='3'/></Commands></Title></Titles>"
+                              u"<DataFiles><File/></DataFiles></Project>")
+                         .Get());
+    project->put_Label(Str(kMixed).Get());
+    ASSERT_EQ(S_OK, Save(folder.File("Trip.xml")));
+    const auto document =
+        ParseXml(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?><Root xmlns:dt=\"urn:schemas-microsoft-com:"
+                 u"datatypes\"/><!--DVD Project xml file created using KVProject object.-->");
+    ComPtr<IXMLDOMElement> root;
+    document->get_documentElement(root.Put());
+    ASSERT_EQ(S_OK, project->SaveXML(root.Get()));
+    XmlElement(root.Get()).Add("Productions");
+    ASSERT_EQ(S_OK, document->save(Variant(folder.File("Document.xml").View())));
+    EXPECT_TRUE(folder.Read("Document.xml") == folder.Read("Trip.xml"));
 }
 
 TEST_F(FileServiceTest, DropsAPrefixAtTheStartOfANameOnly)
