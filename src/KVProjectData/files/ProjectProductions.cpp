@@ -13,9 +13,9 @@
 #include "SbdUtils/EngineCalls.h"
 #include "platform/com/Activation.h"
 
+#include <deque>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <tuple>
 
@@ -30,10 +30,10 @@ constexpr const char* kStoryboard = "Storyboard";
 constexpr const char* kOwnerID = "ownerID";
 constexpr const char* kName = "name";
 
-/// Which production an element stands for.
+/// Which production an element stands for; owners that share an ID share it.
 struct Key {
     LONG ownerID;
-    std::string_view name;
+    std::string name;
 
     friend bool operator<(const Key& left, const Key& right)
     {
@@ -47,7 +47,7 @@ std::optional<Key> KeyOf(const XmlView& entry)
     const auto name = entry.Attribute(kName);
     if (entry.Name() != kProduction || !id || !name) return std::nullopt;
     try {
-        return Key{ParseID(*id), *name};
+        return Key{ParseID(*id), std::string(*name)};
     } catch (const Error&) {
         return std::nullopt;
     }
@@ -68,6 +68,13 @@ LONG AttributeCount(const XmlElement& element)
     ThrowIfFailed(element.Get()->get_attributes(attributes.Put()));
     ThrowIfFailed(attributes->get_length(&count));
     return count;
+}
+
+/// Whether an entry with a key holds nothing else.
+bool IsBare(const XmlElement& productions, const XmlView& entry)
+{
+    constexpr LONG kOwnAttributes = 2;
+    return !entry.FirstChild() && AttributeCount(XmlElement(productions.At(entry))) == kOwnAttributes;
 }
 
 /// The nodes of a project that own productions, in the order of the document.
@@ -98,45 +105,96 @@ private:
 
 // Saving
 
-/// Adds productions to what was kept of them.
+/// Adds productions to what was kept of them. The entries of owners that share an ID stand in the order of the owners:
+/// an owner without a production leaves its place to what was kept, or to an entry that holds nothing.
 class Saver {
 public:
     explicit Saver(XmlElement productions) : m_productions(std::move(productions))
     {
         for (XmlView entry = m_productions.View().FirstChild(); entry; entry = entry.Next()) {
-            if (const auto key = KeyOf(entry)) m_kept.emplace(*key, entry);
+            if (const auto key = KeyOf(entry)) m_turns[*key].kept.push_back(entry);
         }
     }
 
+    /// In the order of the document, for owners without a production, too.
     void Save(LONG ownerID, const OwnedProduction& owned)
     {
-        const auto persist = Query<IZXEProductionPersist>(owned.production);
-        if (!persist) {
-            kEngine.Checked(E_NOINTERFACE, "Query<IZXEProductionPersist>");
-            return;
+        const Key key{ownerID, std::string(owned.name)};
+        Turns& turns = m_turns[key];
+        const XmlView kept = turns.next < turns.kept.size() ? turns.kept[turns.next] : XmlView();
+        ++turns.next;
+        XmlElement entry = owned.production ? Written(key, owned) : XmlElement();
+        if (kept) {
+            if (entry) Join(entry, kept);
+        } else if (entry) {
+            for (; turns.owed > 0; --turns.owed)
+                m_productions.Insert(Add(key), entry);
+        } else {
+            ++turns.owed;
         }
-        XmlElement entry = m_productions.Add(kProduction);
-        std::string id;
-        AppendNumber(static_cast<ULONG>(ownerID), id);
-        entry.SetAttribute(kOwnerID, id);
-        entry.SetAttribute(kName, owned.name);
-        const XmlElement storyboard = entry.Add(kStoryboard);
-        kEngine.Need(persist->Save(storyboard.Element().Get(), m_paths.Get()), "Save()");
-        ParameterPathsToDocument(storyboard, *m_paths);
-        if (const auto kept = m_kept.find({ownerID, owned.name}); kept != m_kept.end()) {
-            Join(entry, storyboard, kept->second);
-            m_kept.erase(kept);
+    }
+
+    /// What gave way stands behind, and takes nobody's turn.
+    void Finish()
+    {
+        for (const XmlView& entry : m_gaveWay)
+            m_productions.Move(entry, m_productions.View());
+        for (const auto& [key, turns] : m_turns) {
+            for (std::size_t i = turns.next; i < turns.kept.size(); ++i) {
+                if (IsBare(m_productions, turns.kept[i])) m_productions.Remove(turns.kept[i]);
+            }
         }
     }
 
 private:
+    /// Of the owners of one ID.
+    struct Turns {
+        std::vector<XmlView> kept;
+        std::size_t next = 0;
+        /// Those who had their turn and left no entry.
+        std::size_t owed = 0;
+    };
+
+    XmlElement Add(const Key& key)
+    {
+        XmlElement entry = m_productions.Add(kProduction);
+        std::string id;
+        AppendNumber(static_cast<ULONG>(key.ownerID), id);
+        entry.SetAttribute(kOwnerID, id);
+        entry.SetAttribute(kName, key.name);
+        return entry;
+    }
+
+    /// The last entry; empty where there is nothing to save.
+    XmlElement Written(const Key& key, const OwnedProduction& owned)
+    {
+        const auto persist = Query<IZXEProductionPersist>(owned.production);
+        if (!persist) {
+            kEngine.Checked(E_NOINTERFACE, "Query<IZXEProductionPersist>");
+            return {};
+        }
+        XmlElement entry = Add(key);
+        const XmlElement storyboard = entry.Add(kStoryboard);
+        kEngine.Need(persist->Save(storyboard.Element().Get(), m_paths.Get()), "Save()");
+        if (owned.isMere && !storyboard.View().FirstChild()) {
+            entry.Remove();
+            return {};
+        }
+        ParameterPathsToDocument(storyboard, *m_paths);
+        return entry;
+    }
+
     /// Of what was kept for the same production either the storyboard had been loaded, and the rest is joined to it
     /// again; or all of it is still there, and gives way only to a storyboard that holds anything.
-    void Join(XmlElement& entry, const XmlElement& storyboard, const XmlView& kept)
+    void Join(XmlElement& entry, const XmlView& kept)
     {
         XmlElement place(m_productions.At(kept));
+        const XmlElement storyboard = entry.Child(kStoryboard);
         if (StoryboardOf(kept)) {
-            if (storyboard.View().FirstChild()) return m_productions.Insert(entry, place);
+            if (storyboard.View().FirstChild()) {
+                m_gaveWay.push_back(kept);
+                return m_productions.Insert(entry, place);
+            }
         } else {
             place.Insert(storyboard, place.At(kept.FirstChild()));
         }
@@ -144,7 +202,8 @@ private:
     }
 
     XmlElement m_productions;
-    std::multimap<Key, XmlView> m_kept;
+    std::map<Key, Turns> m_turns;
+    std::vector<XmlView> m_gaveWay;
     const ComPtr<DocumentPaths> m_paths = Make<DocumentPaths>();
 };
 
@@ -154,59 +213,65 @@ class Loader {
 public:
     Loader(CProjectNode& project, const XmlElement& productions) : m_owners(project), m_productions(productions)
     {
-        for (const Owners::Item& item : m_owners.items)
-            m_ownersByID.emplace(item.id, item.owner);
+        for (const Owners::Item& item : m_owners.items) {
+            for (const OwnedProduction& owned : item.owner->Productions()) {
+                Turns& turns = m_turns[{item.id, std::string(owned.name)}];
+                turns.waiting.push_back(item.owner);
+                ++turns.owners;
+            }
+        }
     }
 
-    /// Takes out what is loaded. False where nothing was.
-    bool Run()
+    /// Takes out what is loaded.
+    void Run()
     {
-        bool loadedAny = false;
         XmlView next;
         for (XmlView entry = m_productions.View().FirstChild(); entry; entry = next) {
             next = entry.Next();
-            if (entry.Name() == kProduction && Load(entry)) loadedAny = true;
+            if (entry.Name() == kProduction) Load(entry);
         }
-        return loadedAny;
     }
 
 private:
-    bool Load(const XmlView& entry)
+    /// Of the owners of one ID, in the order of the document: each entry takes one, also one that cannot be loaded. Who
+    /// got nothing by it has another turn after the others.
+    struct Turns {
+        std::deque<ProductionOwner*> waiting;
+        std::size_t owners = 0;
+        std::size_t taken = 0;
+    };
+
+    void Load(const XmlView& entry)
     {
         const auto key = KeyOf(entry);
         const XmlView storyboard = StoryboardOf(entry);
-        if (!key || !storyboard) {
-            kEngine.Report("an element that holds no production");
-            return false;
-        }
-        ProductionOwner* owner = FindOwner(*key);
-        if (!owner) {
-            kEngine.Report("a production without an owner: " + std::to_string(key->ownerID));
-            return false;
-        }
-        if (FAILED(LoadInto(*owner, key->name, XmlElement(m_productions.At(storyboard))))) return false;
-        m_loaded.emplace(owner, key->name);
-        m_productions.Remove(storyboard);
-        const bool isEmpty =
-            !entry.FirstChild() && AttributeCount(XmlElement(m_productions.At(entry))) == kOwnAttributes;
-        if (isEmpty) m_productions.Remove(entry);
-        return true;
+        const auto turns = key ? m_turns.find(*key) : m_turns.end();
+        if (turns != m_turns.end() && !turns->second.waiting.empty()) return Load(entry, *key, turns->second);
+        kEngine.Report(key && storyboard ? "a production without an owner: " + std::to_string(key->ownerID)
+                                         : "an element that holds no production");
     }
 
-    /// Where an ID is used more than once its owners get their productions in the order of the document.
-    ProductionOwner* FindOwner(const Key& key) const
+    void Load(const XmlView& entry, const Key& key, Turns& turns)
     {
-        const auto [first, last] = m_ownersByID.equal_range(key.ownerID);
-        for (auto item = first; item != last; ++item) {
-            if (!m_loaded.contains({item->second, std::string(key.name)})) return item->second;
+        const XmlView storyboard = StoryboardOf(entry);
+        ProductionOwner* owner = turns.waiting.front();
+        turns.waiting.pop_front();
+        // The first entries of owners that share an ID stand for one of them each, also when they hold nothing.
+        const bool isPlace = turns.owners > 1 && ++turns.taken <= turns.owners;
+        const bool isBare = !storyboard && isPlace && IsBare(m_productions, entry);
+        if (!storyboard && !isBare) kEngine.Report("an element that holds no production");
+        if (!storyboard || FAILED(LoadInto(*owner, key.name, XmlElement(m_productions.At(storyboard))))) {
+            turns.waiting.push_back(owner);
+            return;
         }
-        return nullptr;
+        m_productions.Remove(storyboard);
+        if (!isPlace && IsBare(m_productions, entry)) m_productions.Remove(entry);
     }
 
     HRESULT LoadInto(ProductionOwner& owner, std::string_view name, const XmlElement& storyboard)
     {
         for (const OwnedProduction& owned : owner.Productions()) {
-            if (owned.name == name) return LoadProduction(owned.production.Get(), storyboard);
+            if (owned.name == name && owned.production) return LoadProduction(owned.production.Get(), storyboard);
         }
         ComPtr<IUnknown> production;
         HRESULT result =
@@ -229,12 +294,9 @@ private:
         return kEngine.Checked(persist->Load(resolved.Element().Get(), m_paths.Get()), "Load()");
     }
 
-    static constexpr LONG kOwnAttributes = 2;
-
     const Owners m_owners;
     XmlElement m_productions;
-    std::multimap<LONG, ProductionOwner*> m_ownersByID;
-    std::set<std::pair<ProductionOwner*, std::string>> m_loaded;
+    std::map<Key, Turns> m_turns;
     const ComPtr<DocumentPaths> m_paths = Make<DocumentPaths>();
 };
 
@@ -271,6 +333,7 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& ma
     Saver saver(root.Child(kProductions));
     for (const auto& [ownerID, owned] : productions)
         saver.Save(ownerID, owned);
+    saver.Finish();
 }
 
 void ReserveOwners(const XmlElement& root)
@@ -287,16 +350,15 @@ void LoadProductions(IKVProjectData& project, const XmlElement& root)
     const XmlElement productions = root.Child(kProductions);
     if (!storyboards || !productions) return;
     EngineCalls::Begin();
-    // What is not taken out of it stays, whatever happens on the way.
-    storyboards->KeepProductions(productions);
-    const bool holdsAny = static_cast<bool>(productions.View().FirstChild());
-    const bool loadedAny = holdsAny && Loader(storyboards->Node(), productions).Run();
-    const bool isEmpty = !productions.View().FirstChild() && AttributeCount(productions) == 0;
-    if (isEmpty) {
-        storyboards->KeepProductions({});
-    } else if (loadedAny) {
-        // Without the room that the others took.
-        storyboards->KeepProductions(productions.Copy());
+    try {
+        if (productions.View().FirstChild()) Loader(storyboards->Node(), productions).Run();
+        const bool isEmpty = !productions.View().FirstChild() && AttributeCount(productions) == 0;
+        // Whoever saves meanwhile reads what is kept: it is handed over when it does not change any more.
+        storyboards->KeepProductions(isEmpty ? XmlElement() : productions.Copy());
+    } catch (...) {
+        // What was not taken out of it stays, whatever happened on the way.
+        storyboards->KeepProductions(productions);
+        throw;
     }
 }
 

@@ -5,7 +5,8 @@
 //       <Production ownerID="5" name="Storyboard"><Storyboard …/></Production>
 //     </Productions>
 //
-// with an element for each production of each title. The engine reads and writes what is within "Storyboard". What
+// with an element for each production of each title; one without a "Storyboard" only takes the place of a title that
+// shares its ID with others. The engine reads and writes what is within "Storyboard". What
 // stands there otherwise, and productions that cannot be loaded (without an engine or an owner, or refused by the
 // engine), are kept with the project object and written as they were. Failures are told to the error reporter.
 

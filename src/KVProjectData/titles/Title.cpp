@@ -161,7 +161,9 @@ HRESULT CKVTitle::CreateProduction()
         kEngine.Checked(info->put_AspectRatio(RatioOf(aspect)), "put_AspectRatio()");
         kEngine.Checked(info->put_Stereoscopic(m_stereoscopic ? VARIANT_TRUE : VARIANT_FALSE), "put_Stereoscopic()");
     }
-    return ConnectSink();
+    result = ConnectSink();
+    if (SUCCEEDED(result)) m_sink->SetOfMere(true);
+    return result;
 }
 
 HRESULT CKVTitle::SetProduction(IUnknown* pProduction)
@@ -195,9 +197,8 @@ HRESULT CKVTitle::LeaveProduction()
 
 std::vector<OwnedProduction> CKVTitle::Productions()
 {
-    std::vector<OwnedProduction> productions;
-    if (auto production = Production()) productions.push_back({kStoryboard, std::move(production)});
-    return productions;
+    const SectionLock lock(Section());
+    return {{kStoryboard, Production(), m_sink && m_sink->IsOfMere()}};
 }
 
 HRESULT CKVTitle::TakeProduction(std::string_view name, IUnknown* production)
@@ -222,6 +223,7 @@ HRESULT CKVTitle::ConnectSink()
                                      "FindConnectionPoint(IZXEProductionDataEvents)");
     if (FAILED(result)) return result;
     if (!m_sink) m_sink = Make<TitleSink>(*this);
+    m_sink->SetOfMere(false);
     return kEngine.Checked(point->Advise(m_sink->Controlling(), &m_adviseCookie), "Advise()");
 }
 

@@ -270,6 +270,31 @@ TEST_F(ProductionsTest, SeveralForOneOwnerFindTheirPlace)
     EXPECT_EQ("sea.mpg sky.mpg", Source(1) + " " + Source(2)) << "titles of one ID have their own";
 }
 
+TEST_F(ProductionsTest, TitlesOfOneIdKeepTheirOwn)
+{
+    const std::string none = "<Production ownerID=\"5\" name=\"Storyboard\"/>";
+    const std::string odd = Entry(5, "<Storyboard odd=\"1\"/>");
+    const std::string note = Entry(5, kSky + "<Note/>");
+    for (const auto& [productions, sources] : {std::pair{Entry(5, kSea) + note, "sea.mpg sky.mpg "},
+                                               {none + note + Entry(6, kSea), " sky.mpg sea.mpg"},
+                                               {none + none, "  "},
+                                               {odd + note + odd, " sky.mpg "},
+                                               {odd + Entry(5, kSea) + Entry(5, kSky), "sky.mpg sea.mpg "}}) {
+        ASSERT_EQ(S_OK, Load(Within(productions), "<Title ID='5'/><Title ID='5'/><Title ID='6'/>"));
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(sources, Source(1) + " " + Source(2) + " " + Source(3)) << productions << i;
+            EXPECT_EQ(Within(productions).size(), Saved().size()) << productions << Saved();
+            ASSERT_EQ(S_OK, Load());
+        }
+    }
+    ASSERT_EQ(S_OK, Load("", "<Title ID='5'/><Title ID='5'/><Title ID='5'/><Title ID='5'/>"));
+    Show(3, "new.mpg");
+    EXPECT_EQ("", Source(1)) << "looked at";
+    EXPECT_EQ(Within(none + none + Entry(5, Storyboard("new.mpg"))), Saved());
+    ASSERT_EQ(S_OK, Load());
+    EXPECT_EQ("new.mpg", Source(3));
+}
+
 TEST_F(ProductionsTest, ASaveThatTheEngineFailsLeavesTheFile)
 {
     ASSERT_EQ(S_OK, Load(Within(Entry(5, kSea))));
@@ -291,10 +316,13 @@ TEST_F(ProductionsTest, ASaveThatTheEngineFailsLeavesTheFile)
 TEST_F(ProductionsTest, ManyAndDeepOnesTakeTheirTimeAlone)
 {
     std::string many;
-    for (int i = 0; i < 100'000; ++i)
+    std::string titles = kTwoTitles;
+    for (int i = 0; i < 100'000; ++i) {
         many += Entry(i % 3 == 0 ? 5 : 1000 + i, i % 2 ? kSea : "");
+        if (i < 10'000) titles += "<Title ID='5'/>";
+    }
     const std::clock_t start = std::clock();
-    ASSERT_EQ(S_OK, Load(Within(many)));
+    ASSERT_EQ(S_OK, Load(Within(many), titles));
     ASSERT_EQ(S_OK, Save());
     ASSERT_EQ(S_OK, Load());
     EXPECT_LT(std::clock() - start, 20 * CLOCKS_PER_SEC);

@@ -136,6 +136,25 @@ TEST_F(StoryboardFilesTest, TitlesShowTheSameWhereverTheirFileIsRead)
     }
 }
 
+TEST_F(StoryboardFilesTest, WhatIsMerelyLookedAtIsNotSaved)
+{
+    folder.Write("first/Trip.xml",
+                 "<Root><Project Version='900'><Titles><Title ID='5'><Encoding aspectRatio='0'/></Title>"
+                 "</Titles></Project></Root>");
+    ASSERT_EQ(S_OK, Load());
+    EXPECT_EQ("<Productions/>", Saved());
+    ASSERT_EQ(S_OK, files->LoadProject(Project().Get(), project.Get()));
+    project->GetTitle(1, title.Put());
+    const auto encoding = Query<IKVEncodingParams>(title);
+    EXPECT_EQ(AspectRatio_None, ValueOf(*encoding, &IKVEncodingParams::get_AspectRatio));
+    title->GetProduction(production.Put());
+    encoding->put_AspectRatio(AspectRatio_16x9);
+    encoding->put_AspectRatio(AspectRatio_4x3);
+    EXPECT_EQ("<Productions><Production ownerID=\"5\" name=\"Storyboard\"><Storyboard/></Production></Productions>",
+              Plain(Saved()))
+        << "edited, and the same again";
+}
+
 TEST_F(StoryboardFilesTest, AProductionThatIsRefusedIsKeptAndSaysSo)
 {
     const std::string refused =
