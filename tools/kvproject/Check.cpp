@@ -125,16 +125,23 @@ private:
             storyboardPath = childPath;
         });
         const ULONG owner = IdOf(production, "ownerID");
-        if (!storyboard || owner == 0) {
+        const auto attributes = production.Attributes();
+        const auto which = attributes.find("name");
+        // Of titles that share an ID one without a production leaves an entry that holds nothing.
+        const bool isPlace = !storyboard && production.Children().empty() && m_titles.count(owner) > 1;
+        if (owner == 0 || which == attributes.end() || !(storyboard || isPlace)) {
             m_faults.push_back(path + ": no production that can be loaded");
             return;
         }
         const auto title = m_titles.find(owner);
-        if (title == m_titles.end()) {
+        if (which->second != "Storyboard") {
+            m_faults.push_back(path + ": titles have no production of the name " + which->second);
+        } else if (title == m_titles.end()) {
             m_faults.push_back(path + ": there is no title of the ID " + std::to_string(owner) + " for it");
         } else {
             m_titles.erase(title);
         }
+        if (!storyboard) return;
         const HRESULT read = TryStoryboard(storyboard->Node().Get());
         if (FAILED(read)) m_faults.push_back(storyboardPath + ": " + Describe(read, "the engine does not read it"));
         ForEachChild(*storyboard, storyboardPath, [this](const Element& part, const std::string& partPath) {

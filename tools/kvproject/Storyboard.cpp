@@ -75,14 +75,16 @@ std::vector<std::pair<std::string_view, Variant>> StoryboardOf(IKVTitle& title)
         frameRate = read(&IProductionInfo::get_EditingFrameRate);
         aspectRatio = read(&IProductionInfo::get_AspectRatio);
     }
+    std::array<Variant, kProductionMembers.size()> values{source.Empty() ? Variant() : Variant(source.View()),
+                                                          std::move(size.width),
+                                                          std::move(size.height),
+                                                          std::move(length),
+                                                          std::move(frameRate),
+                                                          std::move(aspectRatio),
+                                                          Variant(panels)};
     std::vector<std::pair<std::string_view, Variant>> members;
-    members.emplace_back("Source", source.Empty() ? Variant() : Variant(source.View()));
-    members.emplace_back("Width", std::move(size.width));
-    members.emplace_back("Height", std::move(size.height));
-    members.emplace_back("Length", std::move(length));
-    members.emplace_back("FrameRate", std::move(frameRate));
-    members.emplace_back("AspectRatio", std::move(aspectRatio));
-    members.emplace_back("Panels", Variant(panels));
+    for (std::size_t i = 0; i < values.size(); ++i)
+        members.emplace_back(kProductionMembers[i], std::move(values[i]));
     return members;
 }
 

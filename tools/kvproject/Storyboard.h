@@ -4,6 +4,7 @@
 #include "KVProjectData/IKVTitle.h"
 #include "platform/automation/Variant.h"
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,8 +15,12 @@ namespace kvproject {
 /// The part of a title that its production is shown as.
 inline constexpr std::string_view kProductionPart = "Production";
 
-/// Source, Width, Height, Length, FrameRate, AspectRatio and Panels, in this order; VT_EMPTY for what is not known. A
-/// title without a production is given one. Throws Failure when the engine makes none.
+/// What is told of a production.
+inline constexpr std::array<std::string_view, 7> kProductionMembers{"Source",    "Width",       "Height", "Length",
+                                                                    "FrameRate", "AspectRatio", "Panels"};
+
+/// The members with their values; VT_EMPTY for what is not known. A title without a production is given one, which no
+/// file holds until it is edited. Throws Failure when the engine makes none.
 std::vector<std::pair<std::string_view, kv::Variant>> StoryboardOf(IKVTitle& title);
 
 /// Appends a clip to the production of a title. Throws Failure.

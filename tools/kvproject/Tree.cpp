@@ -152,9 +152,7 @@ void AddPaths(const Json& tree, const std::string& prefix, std::vector<std::stri
     }
 }
 
-} // namespace
-
-Json ReadTree(IKVProjectData& project)
+Json ReadTree(IKVProjectData& project, bool withProductions)
 {
     ObjectReader projects;
     ObjectReader titles;
@@ -168,8 +166,12 @@ Json ReadTree(IKVProjectData& project)
         Json item = titles.Read(*title);
         AddParts(item, title.Get(), encodings);
         Json& production = item[std::string(kProductionPart)] = Json::object();
-        for (const auto& [name, value] : StoryboardOf(*title))
-            production[std::string(name)] = ToJson(value);
+        for (const std::string_view name : kProductionMembers)
+            production[std::string(name)] = Json();
+        if (withProductions) {
+            for (const auto& [name, value] : StoryboardOf(*title))
+                production[std::string(name)] = ToJson(value);
+        }
         titleList.push_back(std::move(item));
     }
     tree["Menus"] = Json::array();
@@ -180,6 +182,13 @@ Json ReadTree(IKVProjectData& project)
     return tree;
 }
 
+} // namespace
+
+Json ReadTree(IKVProjectData& project)
+{
+    return ReadTree(project, true);
+}
+
 Json ReadDocument(IKVProjectData& project)
 {
     constexpr int kSchemaVersion = 1;
@@ -188,10 +197,10 @@ Json ReadDocument(IKVProjectData& project)
     return document;
 }
 
-std::vector<std::string> PathsOf(const Json& tree)
+std::vector<std::string> PathsOf(IKVProjectData& project)
 {
     std::vector<std::string> paths;
-    AddPaths(tree, {}, paths);
+    AddPaths(ReadTree(project, false), {}, paths);
     return paths;
 }
 

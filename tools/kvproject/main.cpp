@@ -107,7 +107,7 @@ int RunMembers(const FileOptions& options)
 {
     Session session;
     session.Load(options.file);
-    for (const std::string& path : PathsOf(ReadTree(session.Project())))
+    for (const std::string& path : PathsOf(session.Project()))
         std::cout << path << '\n';
     return 0;
 }
@@ -174,7 +174,7 @@ int RunEdit(const EditOptions& options)
     EventPrinter events(session.Project(), options.EventStream());
     {
         Editor editor(session, events, file, std::cout);
-        Lines lines(options.script, [&session] { return PathsOf(ReadTree(session.Project())); });
+        Lines lines(options.script, [&session] { return PathsOf(session.Project()); });
         ObeyLines(session, editor, lines);
     }
     return file.TellWhatIsNotHeld() ? 0 : kFault;
