@@ -30,8 +30,9 @@ XmlElement& PartWriter::Here()
 void PartWriter::WriteRest()
 {
     if (!m_rest) return;
-    for (const auto& [name, text] : m_rest->attributes)
-        Here().SetAttribute(name, text);
+    for (const auto& [name, text] : m_rest->attributes) {
+        if (!Here().HasAttribute(name)) Here().SetAttribute(name, text);
+    }
     if (!m_rest->nodes.empty()) Here().AddMarkup(m_rest->nodes);
 }
 

@@ -32,6 +32,7 @@ void ListSource(PartArchive& part, SourcePtr& source)
     Bstr path = source ? source->Name() : Bstr();
     SourceFacts known = source ? source->Remembered() : SourceFacts{};
     part.Path("source", path);
+    if (!path.Get()) return;
     part.Value("length", known, &SourceFacts::length);
     part.Value("frameRate", known, &SourceFacts::frameRate);
     part.Value("sourceAspect", known, &SourceFacts::aspectRatio);

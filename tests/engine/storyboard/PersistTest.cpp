@@ -23,7 +23,7 @@ constexpr const char* kEverything =
     <Note>kept <b>as</b> it is</Note>
   </Panel>
   <Panel source="title:3" out="3"/>
-  <Effect layer="-4" type="7" end="2">
+  <Effect layer="-4" type="7" end="2" length="short" frameRate="24" sourceAspect="2">
     <Parameters>
       <effect>
         <plugin_data/>
