@@ -50,3 +50,58 @@ KV_ENUM(SubpictureFormat, SubpictureFormat_None = 0, SubpictureFormat_RLE = 1, S
 
 KV_ENUM(DiscCommand, PlayTitleFromChapter = 1, PlayMenu = 2, StopPlayback = 3, SetSubpictureStream = 4, Transition = 5,
         PlayClip = 6, PlayAllTitles = 7, PlayMenuTitles = 8, PlayNextTitle = 9);
+
+/// Flags.
+KV_ENUM(MenuTypes, MenuType_Main = 1, MenuType_Chapter = 2, MenuType_TemplateMain = 4, MenuType_TemplateChap = 8,
+        MenuType_Transition = 16);
+
+/// Flags. MenuFlag_UserButtonsDirty tells that a button was moved or resized.
+KV_ENUM(MenuFlags, MenuFlag_Still = 1, MenuFlag_UserButtonsDirty = 2);
+
+/// Of the host's templates; no member takes it.
+KV_ENUM(ContentStyle, TitleOnly = 0, SeveralTitles = 1, EachTitle = 2, PreviewboxOnly = 3, Style_None = 4);
+
+KV_ENUM(SPUColourTypes, SPU_Normal = -1, SPU_BtnColours1 = 0, SPU_BtnColours2 = 1, SPU_BtnColours3 = 2);
+
+/// Flags.
+KV_ENUM(MenuElementFlags, Menu_Elem_Invisible = 1, Menu_Elem_NoResize = 2, Menu_Elem_NoMove = 4, Menu_Elem_NoRotate = 8,
+        Menu_Elem_NoDelete = 16, Menu_Elem_Keep_Aspect = 32, Menu_Btn_Force_Activate = 64, Menu_Elem_Zoomed = 128);
+
+/// Flags. ButtonType_Nav is the four that navigate.
+KV_ENUM(ButtonTypes, ButtonType_Next = 1, ButtonType_Prev = 2, ButtonType_Home = 4, ButtonType_Up = 8,
+        ButtonType_Nav = 15, ButtonType_ChapterIndex = 16, ButtonType_Command = 32);
+
+/// Flags, but for the last.
+KV_ENUM(OverlayTypes, OverlayType_Generic = 1, OverlayType_Frame = 2, OverlayType_Thumbnail = 4,
+        OverlayType_Highlight = 8, OverlayType_Matte = 16, OverlayType_InsertMeida = 22);
+
+/// What of an overlay is highlighted with its button.
+KV_ENUM(OverlayHighlight, OverlayHLI_None = 0, OverlayHLI_Extent = 1, OverlayHLI_Source = 2);
+
+/// What an overlay's picture is taken from.
+KV_ENUM(SourceTypes, Source_None = 0, Source_File = 1, Source_BtnCmdLink = 2, Source_TitleId = 3, Source_AllTitles = 4,
+        Source_AllMenuTitles = 5, Source_AllMenuChapters = 6, Source_AllTitleChapters = 7, Source_Private_Title = 8,
+        Source_Private_Start = 9);
+
+/// Flags.
+KV_ENUM(TextTypes, TextType_Label = 1, TextType_Index = 2);
+
+KV_ENUM(TextType, Type_None = 0, Type_RootMenuText = 1, Type_SubMenuText = 2, Type_UserText = 4);
+
+/// What of a text is highlighted with its button.
+KV_ENUM(TextHighlight, TextHLI_None = 0, TextHLI_Extent = 1, TextHLI_Box = 2, TextHLI_Underline = 3,
+        TextHLI_Outline = 4);
+
+/// The point of a text that its position tells.
+KV_ENUM(TextHandles, Handle_TopLeft = 1, Handle_TopMiddle = 2, Handle_TopRight = 3, Handle_MiddleLeft = 4,
+        Handle_Center = 5, Handle_MiddleRight = 6, Handle_BottomLeft = 7, Handle_BottomMiddle = 8,
+        Handle_BottomRight = 9);
+
+KV_ENUM(TextColor, TextColor_Face = 0, TextColor_Edge = 1, TextColor_Shadow = 2);
+
+/// Flags, of which the first of left, right, centre, justify counts.
+KV_ENUM(TextJustifyFlags, TextJustify_Left = 1, TextJustify_Right = 2, TextJustify_Center = 4, TextJustify_Justify = 8);
+
+/// Flags.
+KV_ENUM(TextStyles, TextStyle_Bold = 1, TextStyle_Italic = 2, TextStyle_Edge = 4, TextStyle_Shadow = 8,
+        TextStyle_UnderLine = 64);

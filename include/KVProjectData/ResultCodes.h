@@ -5,6 +5,10 @@
 
 /// A locking object without a target.
 inline constexpr HRESULT KV_E_NO_LOCK_TARGET = MakeResult(0xC201003A);
+/// No element at that position of an element list.
+inline constexpr HRESULT KV_E_NO_SUCH_ELEMENT = MakeResult(0xC201003B);
+/// The element could not be taken out of its list.
+inline constexpr HRESULT KV_E_ELEMENT_NOT_REMOVED = MakeResult(0xC201003C);
 /// No data file with that source to remove.
 inline constexpr HRESULT KV_E_NO_SUCH_SOURCE = MakeResult(0xC201003D);
 /// No data file matches the search.
@@ -15,6 +19,10 @@ inline constexpr HRESULT KV_E_NO_XML_NODE = MakeResult(0xC201003F);
 inline constexpr HRESULT KV_E_NO_UNDO_MANAGER = MakeResult(0xC2010040);
 /// A snapshot of an object that is not a project.
 inline constexpr HRESULT KV_E_NO_PROJECT = MakeResult(0xC2010041);
+/// No points to find a bounding rectangle of.
+inline constexpr HRESULT KV_E_NO_POINTS_TO_BOUND = MakeResult(0xC2010042);
+/// No points to rotate.
+inline constexpr HRESULT KV_E_NO_POINTS_TO_ROTATE = MakeResult(0xC2010043);
 /// An event from a node without a parent.
 inline constexpr HRESULT KV_E_NO_PARENT = MakeResult(0xC2010047);
 /// No object with that ID.
@@ -31,6 +39,26 @@ inline constexpr HRESULT KV_E_FOLLOWS_PROJECT = MakeResult(0xC2010052);
 inline constexpr HRESULT KV_E_CANNOT_FOLLOW_PROJECT = MakeResult(0xC2010053);
 /// The source of a data file does not exist.
 inline constexpr HRESULT KV_E_NO_SOURCE_FILE = MakeResult(0xC2010054);
+/// The background of a menu is no file.
+inline constexpr HRESULT KV_E_NO_BACKGROUND_FILE = MakeResult(0xC2010056);
+/// The audio of a menu is no file.
+inline constexpr HRESULT KV_E_NO_AUDIO_FILE = MakeResult(0xC2010057);
+/// A colour of a subpicture that is not 0 to 15.
+inline constexpr HRESULT KV_E_BAD_COLOUR_INDEX = MakeResult(0xC2010058);
+/// A contrast of a subpicture that is not 0 to 15.
+inline constexpr HRESULT KV_E_BAD_CONTRAST = MakeResult(0xC2010059);
+/// The source of an overlay does not exist.
+inline constexpr HRESULT KV_E_NO_OVERLAY_SOURCE = MakeResult(0xC2010060);
+/// An in point below 0.
+inline constexpr HRESULT KV_E_NEGATIVE_IN_POINT = MakeResult(0xC2010062);
+/// An out point below 0.
+inline constexpr HRESULT KV_E_NEGATIVE_OUT_POINT = MakeResult(0xC2010063);
+/// The alpha mask of an overlay does not exist.
+inline constexpr HRESULT KV_E_NO_ALPHA_MASK = MakeResult(0xC2010064);
+/// The button has no anchor element, or stands in a native menu.
+inline constexpr HRESULT KV_E_NO_ANCHOR = MakeResult(0xC2010067);
+/// A button has no bounding box.
+inline constexpr HRESULT KV_E_BUTTON_HAS_NO_BOX = MakeResult(0xC2010068);
 /// The event window could not be created.
 inline constexpr HRESULT KV_E_NO_EVENT_WINDOW = MakeResult(0xC20100AE);
 /// The project file does not parse.

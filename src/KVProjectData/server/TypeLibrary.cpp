@@ -12,18 +12,28 @@ constexpr const EnumDescription* kEnums[]{
     &kEnumDescription<TitleFlags>,      &kEnumDescription<TitleTypes>,       &kEnumDescription<VideoResolution>,
     &kEnumDescription<AspectRatio>,     &kEnumDescription<VideoFormat>,      &kEnumDescription<AudioFormat>,
     &kEnumDescription<WideDisplayMode>, &kEnumDescription<SubpictureFormat>, &kEnumDescription<DiscCommand>,
+    &kEnumDescription<MenuTypes>,       &kEnumDescription<MenuFlags>,        &kEnumDescription<ContentStyle>,
+    &kEnumDescription<SPUColourTypes>,  &kEnumDescription<MenuElementFlags>, &kEnumDescription<ButtonTypes>,
+    &kEnumDescription<OverlayTypes>,    &kEnumDescription<OverlayHighlight>, &kEnumDescription<SourceTypes>,
+    &kEnumDescription<TextTypes>,       &kEnumDescription<TextType>,         &kEnumDescription<TextHighlight>,
+    &kEnumDescription<TextHandles>,     &kEnumDescription<TextColor>,        &kEnumDescription<TextJustifyFlags>,
+    &kEnumDescription<TextStyles>,
 };
 
-constexpr const RecordDescription* kRecords[]{&kRecordDescription<DiscCommandParams>};
+constexpr const RecordDescription* kRecords[]{
+    &kRecordDescription<DiscCommandParams>, &kRecordDescription<FloatPoint>, &kRecordDescription<FloatRect>,
+    &kRecordDescription<tagPOINTF>,         &kRecordDescription<RGBEntry>,   &kRecordDescription<SPUColourInfo>,
+    &kRecordDescription<ButtonLinks>,       &kRecordDescription<GUID>,
+};
 
 constexpr const InterfaceDescription* kInterfaces[]{
-    &kInterfaceDescription<IKVLocking>,
-    &kInterfaceDescription<IKVEncodingParams>,
-    &kInterfaceDescription<IKVCommandList>,
-    &kInterfaceDescription<IKVTitle>,
-    &kInterfaceDescription<IKVDataFile>,
-    &kInterfaceDescription<IKVProjectData>,
-    &kInterfaceDescription<_IKVProjectDataEvents>,
+    &kInterfaceDescription<IKVLocking>,         &kInterfaceDescription<IKVEncodingParams>,
+    &kInterfaceDescription<IKVCommandList>,     &kInterfaceDescription<IKVTitle>,
+    &kInterfaceDescription<IKVDataFile>,        &kInterfaceDescription<IGroupInfoNode>,
+    &kInterfaceDescription<IKVMenuElement>,     &kInterfaceDescription<IKVMenuButton>,
+    &kInterfaceDescription<IKVMenuOverlay>,     &kInterfaceDescription<IKVMenuText>,
+    &kInterfaceDescription<IKVMenuElementList>, &kInterfaceDescription<IKVMenu>,
+    &kInterfaceDescription<IKVProjectData>,     &kInterfaceDescription<_IKVProjectDataEvents>,
     &kInterfaceDescription<IKVFileService>,
 };
 

@@ -444,6 +444,8 @@ constexpr std::string_view Trim(std::string_view text)
 
 constexpr LONG EnumeratorValue(std::string_view text)
 {
+    const bool negative = text.starts_with('-');
+    if (negative) text.remove_prefix(1);
     const bool hexadecimal = text.starts_with("0x");
     LONG value = 0;
     for (char c : hexadecimal ? text.substr(2) : text) {
@@ -455,7 +457,7 @@ constexpr LONG EnumeratorValue(std::string_view text)
             throw "an enumerator's value reads as a decimal or a lower-case hexadecimal number";
         }
     }
-    return value;
+    return negative ? -value : value;
 }
 
 constexpr std::size_t EnumeratorCount(std::string_view text)
