@@ -91,9 +91,8 @@ bool RecordingSink::WaitFor(const ReceivedEvent& awaited, std::chrono::milliseco
 Connection::Connection(IKVProjectData& project, RecordingSink& sink)
 {
     const auto container = Query<IConnectionPointContainer>(&project);
-    if (SUCCEEDED(container->FindConnectionPoint(_IKVProjectDataEvents::IID, m_point.Put()))) {
-        m_result = m_point->Advise(sink.Controlling(), &m_cookie);
-    }
+    if (SUCCEEDED(container->FindConnectionPoint(_IKVProjectDataEvents::IID, m_point.Put())))
+        m_point->Advise(sink.Controlling(), &m_cookie);
 }
 
 Connection::~Connection()

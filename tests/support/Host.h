@@ -86,14 +86,11 @@ public:
     Connection(IKVProjectData& project, RecordingSink& sink);
     ~Connection();
 
-    HRESULT Result() const { return m_result; }
-    DWORD Cookie() const { return m_cookie; }
     IConnectionPoint& Point() const { return *m_point.Get(); }
 
 private:
     ComPtr<IConnectionPoint> m_point;
     DWORD m_cookie = 0;
-    HRESULT m_result = E_FAIL;
 };
 
 /// Waits until everything that was posted before has been delivered, and takes it.

@@ -1,7 +1,7 @@
 // What a project does when memory runs out, allocation by allocation.
 
 #include "support/Memory.h"
-#include "support/Host.h"
+#include "support/Contents.h"
 
 namespace kv::test {
 namespace {
@@ -55,8 +55,7 @@ TEST(MemoryTest, AnEditIsMadeAndRecordedOrNot)
         const auto project = NewProject();
         for (int i = 0; i < 3; ++i)
             ASSERT_EQ(S_OK, project->AddTitle(0, nullptr));
-        ComPtr<IKVDataFile> file;
-        ASSERT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+        const auto file = AddDataFile(*project.Get());
         file->IncrementUseCount();
         const auto document = [&] { return XmlOf(*SaveToDocument(*project.Get())); };
         const std::u16string before = document();

@@ -1,3 +1,4 @@
+#include "support/Contents.h"
 #include "support/Script.h"
 
 namespace kv::test {
@@ -5,39 +6,21 @@ namespace {
 
 class ProjectTest : public testing::Test {
 protected:
-    ComPtr<IKVTitle> AddTitle(LONG position = 0)
-    {
-        ComPtr<IKVTitle> title;
-        EXPECT_EQ(S_OK, project->AddTitle(position, title.Put()));
-        return title;
-    }
+    /// The ID of a new title.
+    LONG Added(LONG position = 0) { return IdOf(AddTitle(*project.Get(), position)); }
 
-    ComPtr<IKVDataFile> AddDataFile(const Bstr& source, ULONG tag = 0)
+    ComPtr<IKVDataFile> AddFile(const Bstr& source, ULONG tag)
     {
-        ComPtr<IKVDataFile> file;
-        EXPECT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+        const auto file = AddDataFile(*project.Get());
         EXPECT_EQ(S_OK, file->put_SourcePath(source.Get()));
         EXPECT_EQ(S_OK, file->put_Tag(tag));
         return file;
     }
 
-    /// The IDs of the titles in order.
-    std::vector<LONG> Titles()
-    {
-        std::vector<LONG> ids;
-        ComPtr<IKVTitle> title;
-        for (LONG i = 1; SUCCEEDED(project->GetTitle(i, title.Put())); ++i)
-            ids.push_back(ValueOf(*title.Get(), &IKVTitle::get_ID));
-        return ids;
-    }
+    std::vector<LONG> Titles() { return TitleIds(*project.Get()); }
 
     ComPtr<IKVProjectData> project = NewProject();
 };
-
-LONG IdOf(const ComPtr<IKVTitle>& title)
-{
-    return ValueOf(*title.Get(), &IKVTitle::get_ID);
-}
 
 TEST_F(ProjectTest, StartsWithItsDefaultsAndClearBringsThemBack)
 {
@@ -62,7 +45,7 @@ TEST_F(ProjectTest, StartsWithItsDefaultsAndClearBringsThemBack)
         script.Put(name, Variant(text));
         EXPECT_NE(defaults, properties()) << ToUtf8(name);
     }
-    AddTitle();
+    Added();
     project->AddDataFile(0, nullptr);
     EXPECT_EQ(S_OK, project->Clear());
     EXPECT_EQ(defaults, properties());
@@ -72,10 +55,8 @@ TEST_F(ProjectTest, StartsWithItsDefaultsAndClearBringsThemBack)
     project->Clear();
     for (const auto* name : {u"ProjectDirectory", u"ImagePath", u"TargetDrive"})
         EXPECT_EQ(u"kept", script.Get(name)) << ToUtf8(name);
-    VARIANT_BOOL compression = 7;
     project->put_FitToDisc(VARIANT_TRUE);
-    EXPECT_EQ(S_OK, project->get_DoCompression(&compression));
-    EXPECT_EQ(VARIANT_TRUE, compression);
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_DoCompression));
 }
 
 TEST_F(ProjectTest, RefusesNullPointers)
@@ -93,12 +74,10 @@ TEST_F(ProjectTest, RefusesNullPointers)
 TEST_F(ProjectTest, ReadsSomePropertiesByRulesOfTheirOwn)
 {
     project->put_TVStandard(PAL);
-    EXPECT_EQ(25.0, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
-    project->put_FrameRate(0.05);
-    EXPECT_EQ(25.0, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
-    project->put_FrameRate(30.0);
-    EXPECT_EQ(30.0, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
-
+    for (const auto& [put, got] : {std::pair{0.0, 25.0}, {0.05, 25.0}, {30.0, 30.0}}) {
+        project->put_FrameRate(put);
+        EXPECT_EQ(got, ValueOf(*project.Get(), &IKVProjectData::get_FrameRate));
+    }
     VARIANT_BOOL compression = 7;
     EXPECT_EQ(S_FALSE, project->get_DoCompression(&compression));
     EXPECT_EQ(7, compression);
@@ -116,28 +95,27 @@ TEST_F(ProjectTest, ReadsSomePropertiesByRulesOfTheirOwn)
 
 TEST_F(ProjectTest, AddsTitlesAtOneBasedPositions)
 {
-    const LONG first = IdOf(AddTitle(0));
-    const LONG last = IdOf(AddTitle(-1));
-    const LONG front = IdOf(AddTitle(1));
-    const LONG second = IdOf(AddTitle(2));
-    const LONG end = IdOf(AddTitle(5));
+    const LONG first = Added(0);
+    const LONG last = Added(-1);
+    const LONG front = Added(1);
+    const LONG second = Added(2);
+    const LONG end = Added(5);
     EXPECT_EQ((std::vector{front, second, first, last, end}), Titles());
 
-    IKVTitle* none = AddTitle().Get();
-    const LONG count = ValueOf(*project.Get(), &IKVProjectData::get_TitleCount);
-    EXPECT_EQ(KV_E_BAD_POSITION, project->AddTitle(count + 2, &none));
+    IKVTitle* none = AddTitle(*project.Get()).Get();
+    EXPECT_EQ(KV_E_BAD_POSITION, project->AddTitle(8, &none));
     EXPECT_EQ(nullptr, none);
-    EXPECT_EQ(count, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
-    for (LONG position : {0, -1, count + 1})
+    EXPECT_EQ(6, ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
+    for (LONG position : {0, -1, 7})
         EXPECT_EQ(KV_E_BAD_POSITION, project->GetTitle(position, &none)) << position;
     EXPECT_EQ(S_OK, project->AddTitle(0, nullptr));
 }
 
 TEST_F(ProjectTest, MovesAndRemovesTitles)
 {
-    const LONG a = IdOf(AddTitle());
-    const LONG b = IdOf(AddTitle());
-    const LONG c = IdOf(AddTitle());
+    const LONG a = Added();
+    const LONG b = Added();
+    const LONG c = Added();
     EXPECT_EQ(S_OK, project->MoveTitle(3, 1));
     EXPECT_EQ((std::vector{c, a, b}), Titles());
     EXPECT_EQ(S_OK, project->MoveTitle(1, 3));
@@ -157,14 +135,14 @@ TEST_F(ProjectTest, MovesAndRemovesTitles)
 
 TEST_F(ProjectTest, FindsObjectsByIdInTheListsAlone)
 {
-    const auto title = AddTitle();
-    ComPtr<IKVDataFile> file;
-    ASSERT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+    const auto title = AddTitle(*project.Get());
+    const auto file = AddDataFile(*project.Get());
     ComPtr<IUnknown> found;
-    EXPECT_EQ(S_OK, project->FindByID(IdOf(title), found.Put()));
-    EXPECT_EQ(Query<IUnknown>(title), found);
-    EXPECT_EQ(S_OK, project->FindByID(ValueOf(*file.Get(), &IKVDataFile::get_ID), found.Put()));
-    EXPECT_EQ(Query<IUnknown>(file), found);
+    for (const auto& [id, object] :
+         {std::pair{IdOf(title), Query<IUnknown>(title)}, {IdOf(file), Query<IUnknown>(file)}}) {
+        EXPECT_EQ(S_OK, project->FindByID(id, found.Put()));
+        EXPECT_EQ(object, found);
+    }
     for (LONG absent : {0, -1, 1, 0x7fffffff}) {
         EXPECT_EQ(KV_E_NO_SUCH_ID, project->FindByID(absent, found.Put())) << absent;
         EXPECT_FALSE(found);
@@ -175,15 +153,11 @@ TEST_F(ProjectTest, GivesIdsThatAreUniqueInTheProcess)
 {
     const auto other = NewProject();
     std::vector<LONG> ids;
-    for (int i = 0; i < 3; ++i) {
-        ids.push_back(IdOf(AddTitle()));
-        ComPtr<IKVTitle> title;
-        ASSERT_EQ(S_OK, other->AddTitle(0, title.Put()));
-        ids.push_back(IdOf(title));
+    for (int i = 0; i < 7; ++i) {
+        ids.push_back(IdOf(AddTitle(i % 2 ? *other.Get() : *project.Get())));
+        if (i == 4) project->Clear();
     }
     EXPECT_TRUE(std::ranges::is_sorted(ids, std::less_equal{}));
-    project->Clear();
-    EXPECT_GT(IdOf(AddTitle()), ids.back());
 }
 
 TEST_F(ProjectTest, FindsAndRemovesDataFilesByTheirSource)
@@ -195,9 +169,9 @@ TEST_F(ProjectTest, FindsAndRemovesDataFilesByTheirSource)
     EXPECT_EQ(KV_E_DATA_FILE_NOT_FOUND, project->FindDataFile(nullptr, nullptr, 0, &none));
     EXPECT_EQ(KV_E_NO_SUCH_SOURCE, project->RemoveDataFileBySource(nullptr, nullptr));
 
-    const auto shared = AddDataFile(folder.File("a.txt"), 1);
-    const auto same = AddDataFile(folder.File("a.txt"), 2);
-    const auto other = AddDataFile(folder.File("b.txt"), 3);
+    const auto shared = AddFile(folder.File("a.txt"), 1);
+    const auto same = AddFile(folder.File("a.txt"), 2);
+    const auto other = AddFile(folder.File("b.txt"), 3);
     other->put_DestPath(Str(u"docs/b.txt").Get());
 
     const auto find = [&](BSTR source, BSTR destination, ULONG tag) {
@@ -238,17 +212,17 @@ TEST_F(ProjectTest, BecomesDirtyByRecordedChangesAlone)
     project->put_ThemeSource(Str(u"theme").Get());
     project->put_DiscSize(SZ_BD25);
     project->put_IsOnDisc(VARIANT_TRUE);
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
-    const auto title = AddTitle();
+    EXPECT_FALSE(IsDirty(*project.Get()));
+    const auto title = AddTitle(*project.Get());
     project->ClearDirtyFlag();
     title->put_Source(Str(u"a.mpg").Get());
     title->put_DiscIndex(2);
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    EXPECT_FALSE(IsDirty(*project.Get()));
     title->put_VOBSize(1.5);
-    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    EXPECT_TRUE(IsDirty(*project.Get()));
     project->ClearDirtyFlag();
     title->put_IsDirty(VARIANT_TRUE);
-    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    EXPECT_TRUE(IsDirty(*project.Get()));
 }
 
 TEST_F(ProjectTest, AnswersForWhatIsAbsent)
@@ -260,20 +234,9 @@ TEST_F(ProjectTest, AnswersForWhatIsAbsent)
     EXPECT_EQ(E_POINTER, project->InsertMenuW(0, nullptr));
 }
 
-TEST_F(ProjectTest, IsOneObjectWithItsAggregatedParts)
-{
-    const auto identity = Query<IUnknown>(project);
-    for (const auto& part :
-         {Query<IUnknown>(Query<IKVCommandList>(project)), Query<IUnknown>(Query<IKVEncodingParams>(project)),
-          Query<IUnknown>(Query<IKVLocking>(project)), Query<IUnknown>(Query<IConnectionPointContainer>(project))}) {
-        EXPECT_EQ(identity, part);
-    }
-    EXPECT_EQ(project, Query<IKVProjectData>(Query<IKVLocking>(project)));
-}
-
 TEST_F(ProjectTest, OutlivesNeitherItsTitlesNorTheOtherWayRound)
 {
-    const auto title = AddTitle();
+    const auto title = AddTitle(*project.Get());
     project.Reset();
     IKVProjectData* none = nullptr;
     EXPECT_EQ(S_FALSE, title->GetProject(&none));

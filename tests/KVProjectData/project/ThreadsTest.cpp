@@ -1,7 +1,7 @@
 // What several threads may do at once with one project; the thread sanitizer looks on.
 
 #include "KVProjectData/Engine.h"
-#include "support/Host.h"
+#include "support/Contents.h"
 
 #include <atomic>
 #include <thread>
@@ -32,10 +32,18 @@ void NoLastAct() {}
 
 class ThreadsTest : public testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(S_OK, project->AddTitle(0, title.Put())); }
+    /// A step that is undone and redone.
+    void Step(LONG round)
+    {
+        project->BeginUndo(nullptr);
+        title->put_Label(Str(u"x").Get());
+        project->EndUndo(round % 3 ? VARIANT_TRUE : VARIANT_FALSE);
+        project->UndoOperation();
+        project->RedoOperation();
+    }
 
     ComPtr<IKVProjectData> project = NewProject();
-    ComPtr<IKVTitle> title;
+    ComPtr<IKVTitle> title = AddTitle(*project.Get());
 };
 
 TEST_F(ThreadsTest, AnEngineTellsOfATitleThatComesAndGoes)
@@ -45,7 +53,7 @@ TEST_F(ThreadsTest, AnEngineTellsOfATitleThatComesAndGoes)
     ComPtr<IUnknown> production;
     ASSERT_EQ(S_OK, title->GetProduction(production.Put()));
     const auto engine = Query<IZXEProductionNotify>(production);
-    const LONG id = ValueOf(*title.Get(), &IKVTitle::get_ID);
+    const LONG id = IdOf(title);
     Together([&] { engine->Notify(0, 1, 0); },
              [&](LONG round) {
                  if (round % 2) {
@@ -117,30 +125,19 @@ TEST_F(ThreadsTest, ObjectsThatAStepRecordedComeAndGoElsewhere)
     const auto other = NewProject();
     Together(
         [&] {
-            ComPtr<IKVTitle> added;
-            ComPtr<IKVDataFile> file;
             DiscCommandParams command{StopPlayback, 0, 0, nullptr};
-            other->AddTitle(1, added.Put());
-            other->AddDataFile(1, file.Put());
+            auto added = AddTitle(*other.Get(), 1);
             added->put_Label(Str(u"x").Get());
-            file->put_Tag(1);
+            AddDataFile(*other.Get(), 1)->put_Tag(1);
             Query<IKVEncodingParams>(added)->put_AudioChannels(6);
             Query<IKVCommandList>(added)->SetCommandList(1, &command);
-            other->RemoveTitle(ValueOf(*added.Get(), &IKVTitle::get_ID), nullptr);
+            other->RemoveTitle(IdOf(added), nullptr);
             other->RemoveDataFile(1, nullptr);
             // What an undo has put back by now does not pile up.
             other->RemoveDataFile(1, nullptr);
-            if (SUCCEEDED(other->GetTitle(1, added.Put())))
-                other->RemoveTitle(ValueOf(*added.Get(), &IKVTitle::get_ID), nullptr);
+            if ((added = TitleAt(*other.Get(), 1))) other->RemoveTitle(IdOf(added), nullptr);
         },
-        [&](LONG round) {
-            project->BeginUndo(nullptr);
-            title->put_Label(Str(u"x").Get());
-            project->EndUndo(round % 3 ? VARIANT_TRUE : VARIANT_FALSE);
-            project->UndoOperation();
-            project->RedoOperation();
-        },
-        NoLastAct);
+        [&](LONG round) { Step(round); }, NoLastAct);
 }
 
 TEST_F(ThreadsTest, ProjectsThatAStepRecordedEndElsewhere)
@@ -148,19 +145,10 @@ TEST_F(ThreadsTest, ProjectsThatAStepRecordedEndElsewhere)
     Together(
         [&] {
             const auto other = NewProject();
-            ComPtr<IKVTitle> added;
             other->put_Label(Str(u"x").Get());
-            other->AddTitle(1, added.Put());
-            added->put_Label(Str(u"x").Get());
+            AddTitle(*other.Get(), 1)->put_Label(Str(u"x").Get());
         },
-        [&](LONG round) {
-            project->BeginUndo(nullptr);
-            title->put_Label(Str(u"x").Get());
-            project->EndUndo(round % 3 ? VARIANT_TRUE : VARIANT_FALSE);
-            project->UndoOperation();
-            project->RedoOperation();
-        },
-        NoLastAct, 50);
+        [&](LONG round) { Step(round); }, NoLastAct, 50);
 }
 
 } // namespace

@@ -1,53 +1,26 @@
-#include "platform/com/TaskMemory.h"
-#include "support/Host.h"
+#include "support/Contents.h"
 
 #include <thread>
 
 namespace kv::test {
 namespace {
 
-/// The commands of a list, with their fragments as text.
-std::vector<std::u16string> Commands(IUnknown* owner)
-{
-    LONG count = -1;
-    DiscCommandParams* records = nullptr;
-    EXPECT_EQ(S_OK, Query<IKVCommandList>(owner)->GetCommandList(&count, &records));
-    const UniqueTaskMem<DiscCommandParams> owned(records);
-    std::vector<std::u16string> texts;
-    for (LONG i = 0; i < count; ++i) {
-        const auto xml = ComPtr<IXMLDOMNode>::Attach(records[i].pXMLData);
-        const std::string numbers = std::to_string(records[i].cmd) + ' ' + std::to_string(records[i].lParam1) + ' ' +
-                                    std::to_string(records[i].lParam2);
-        texts.push_back(ToUtf16(numbers) + (xml ? u' ' + XmlOf(*xml) : u""));
-    }
-    return texts;
-}
-
-ComPtr<IXMLDOMNode> Fragment(std::u16string_view xml)
-{
-    ComPtr<IXMLDOMElement> element;
-    EXPECT_EQ(S_OK, ParseXml(xml)->get_documentElement(element.Put()));
-    return element;
-}
-
 class CommandListTest : public testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(S_OK, project->AddTitle(0, title.Put())); }
-
     ComPtr<IKVProjectData> project = NewProject();
-    ComPtr<IKVTitle> title;
+    ComPtr<IKVTitle> title = AddTitle(*project.Get());
 };
 
 TEST_F(CommandListTest, KeepsCommandsAndCopiesOfTheirXml)
 {
-    const auto fragment = Fragment(u"<file name='a.mpg'/>");
+    const auto fragment = ParseElement(u"<file name='a.mpg'/>");
     std::array records{DiscCommandParams{PlayClip, 1, 2, fragment.Get()},
                        DiscCommandParams{PlayNextTitle, -3, 0, nullptr}};
     const auto commands = Query<IKVCommandList>(title);
     ASSERT_EQ(S_OK, commands->SetCommandList(2, records.data()));
-    Query<IXMLDOMElement>(fragment)->setAttribute(Str(u"name").Get(), Variant(u"changed"));
+    fragment->setAttribute(Str(u"name").Get(), Variant(u"changed"));
     const std::vector<std::u16string> kept{u"6 1 2 <file name=\"a.mpg\"/>", u"9 -3 0"};
-    EXPECT_EQ(kept, Commands(title.Get()));
+    EXPECT_EQ(kept, CommandsOf(title.Get()));
 
     LONG count = 0;
     DiscCommandParams* handed = nullptr;
@@ -55,7 +28,7 @@ TEST_F(CommandListTest, KeepsCommandsAndCopiesOfTheirXml)
     const UniqueTaskMem<DiscCommandParams> owned(handed);
     const auto copy = ComPtr<IXMLDOMNode>::Attach(handed[0].pXMLData);
     Query<IXMLDOMElement>(copy)->setAttribute(Str(u"name").Get(), Variant(u"changed"));
-    EXPECT_EQ(kept, Commands(title.Get()));
+    EXPECT_EQ(kept, CommandsOf(title.Get()));
 }
 
 TEST_F(CommandListTest, RefusesWhatIsMissingAndTellsItsOwner)
@@ -77,9 +50,8 @@ TEST_F(CommandListTest, RefusesWhatIsMissingAndTellsItsOwner)
     EXPECT_EQ(S_OK, commands->SetCommandList(1, &record));
     EXPECT_EQ(S_OK, commands->SetCommandList(-1, nullptr));
     EXPECT_EQ(S_OK, commands->SetCommandList(0, nullptr));
-    EXPECT_TRUE(Commands(title.Get()).empty());
-    const LONG id = ValueOf(*title.Get(), &IKVTitle::get_ID);
-    EXPECT_EQ(std::vector(3, Event(EVENT_CommandListChanged, {id})), Delivered(*project, *sink));
+    EXPECT_TRUE(CommandsOf(title.Get()).empty());
+    EXPECT_EQ(std::vector(3, Event(EVENT_CommandListChanged, {IdOf(title)})), Delivered(*project, *sink));
 
     Query<IKVLocking>(title)->LockObject(VARIANT_TRUE);
     EXPECT_EQ(KV_E_LOCKED, commands->SetCommandList(0, nullptr));
@@ -88,8 +60,8 @@ TEST_F(CommandListTest, RefusesWhatIsMissingAndTellsItsOwner)
 
 TEST_F(CommandListTest, SurvivesADocument)
 {
-    const auto file = Fragment(u"<file><name>a.mpg</name></file>");
-    const auto other = Fragment(u"<File/>");
+    const auto file = ParseElement(u"<file><name>a.mpg</name></file>");
+    const auto other = ParseElement(u"<File/>");
     std::vector<DiscCommandParams> records;
     for (LONG code = 0; code <= 9; ++code)
         records.push_back({static_cast<DiscCommand>(code), code, -code, nullptr});
@@ -98,67 +70,59 @@ TEST_F(CommandListTest, SurvivesADocument)
     records.push_back({PlayClip, 0, 0, other.Get()});
     ASSERT_EQ(S_OK, Query<IKVCommandList>(title)->SetCommandList(static_cast<LONG>(records.size()), records.data()));
     ASSERT_EQ(S_OK, Query<IKVCommandList>(project)->SetCommandList(1, &records[3]));
-    std::vector<std::u16string> kept = Commands(title.Get());
+    std::vector<std::u16string> kept = CommandsOf(title.Get());
     const auto document = SaveToDocument(*project);
 
     for (int load = 0; load < 2; ++load) {
         ASSERT_EQ(S_OK, project->loadXML(document.Get()));
         ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
         kept.back() = u"6 0 0";
-        EXPECT_EQ(kept, Commands(title.Get())) << "only file and effect elements are kept";
-        EXPECT_EQ(1u, Commands(project.Get()).size()) << "loading again doubles nothing";
+        EXPECT_EQ(kept, CommandsOf(title.Get())) << "only file and effect elements are kept";
+        EXPECT_EQ(1u, CommandsOf(project.Get()).size()) << "loading again doubles nothing";
     }
 }
 
 TEST_F(CommandListTest, HandsOutXmlThatStandsForItself)
 {
-    const auto file = Fragment(u"<file><name>a.mpg</name></file>");
+    const auto file = ParseElement(u"<file><name>a.mpg</name></file>");
     std::array records{DiscCommandParams{PlayClip, 1, 2, file.Get()}, DiscCommandParams{PlayMenu, 3, 4, file.Get()}};
-    ASSERT_EQ(S_OK, project->AddTitle(0, nullptr));
-    for (LONG position : {1, 2}) {
-        ASSERT_EQ(S_OK, project->GetTitle(position, title.Put()));
-        ASSERT_EQ(S_OK, Query<IKVCommandList>(title)->SetCommandList(2, records.data()));
-    }
+    for (const auto& owner : {title, AddTitle(*project.Get())})
+        ASSERT_EQ(S_OK, Query<IKVCommandList>(owner)->SetCommandList(2, records.data()));
     ASSERT_EQ(S_OK, project->loadXML(SaveToDocument(*project.Get()).Get()));
-
     const auto read = [this](LONG position) {
-        ComPtr<IKVTitle> own;
-        project->GetTitle(position, own.Put());
+        const auto own = TitleAt(*project.Get(), position);
         for (int i = 0; i < 200; ++i) {
             EXPECT_EQ((std::vector<std::u16string>{u"6 1 2 <file><name>a.mpg</name></file>",
                                                    u"2 3 4 <file><name>a.mpg</name></file>"}),
-                      Commands(own.Get()));
+                      CommandsOf(own.Get()));
         }
     };
     std::thread other(read, 2);
     read(1);
     other.join();
 
-    ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
     LONG count = 0;
     DiscCommandParams* handed = nullptr;
-    ASSERT_EQ(S_OK, Query<IKVCommandList>(title)->GetCommandList(&count, &handed));
+    ASSERT_EQ(S_OK, Query<IKVCommandList>(TitleAt(*project.Get(), 1))->GetCommandList(&count, &handed));
     const UniqueTaskMem<DiscCommandParams> owned(handed);
     const auto first = ComPtr<IXMLDOMNode>::Attach(handed[0].pXMLData);
     ComPtr<IXMLDOMNode>::Attach(handed[1].pXMLData).Reset();
     ComPtr<IXMLDOMDocument> document;
-    ComPtr<IXMLDOMElement> root;
-    ComPtr<IXMLDOMNode> parent;
     EXPECT_EQ(S_OK, first->get_ownerDocument(document.Put()));
-    EXPECT_EQ(S_FALSE, document->get_documentElement(root.Put())) << "not the document that was loaded";
-    EXPECT_EQ(S_FALSE, first->get_parentNode(parent.Put()));
+    EXPECT_EQ(S_FALSE, document->get_documentElement(ComPtr<IXMLDOMElement>().Put())) << "not the one that was loaded";
+    EXPECT_EQ(S_FALSE, first->get_parentNode(ComPtr<IXMLDOMNode>().Put()));
 }
 
 TEST_F(CommandListTest, RefusesXmlThatNoDocumentCouldHold)
 {
-    const auto nested = [](int levels) {
+    const auto nested = [](int levels) -> ComPtr<IXMLDOMNode> {
         std::u16string xml;
         for (int i = 1; i < levels; ++i)
             xml += u"<file>";
         xml += u"<file/>";
         for (int i = 1; i < levels; ++i)
             xml += u"</file>";
-        return Fragment(xml);
+        return ParseElement(xml);
     };
     const auto document = ParseXml(u"<file/>");
     ComPtr<IXMLDOMNode> text;
@@ -167,14 +131,14 @@ TEST_F(CommandListTest, RefusesXmlThatNoDocumentCouldHold)
     for (const ComPtr<IXMLDOMNode>& bad : {ComPtr<IXMLDOMNode>(document.Get()), text, nested(249)}) {
         std::array records{DiscCommandParams{PlayMenu, 0, 0, nullptr}, DiscCommandParams{PlayClip, 0, 0, bad.Get()}};
         EXPECT_EQ(E_INVALIDARG, commands->SetCommandList(2, records.data())) << ToUtf8(XmlOf(*bad.Get()));
-        EXPECT_EQ(std::vector<std::u16string>{u"2 0 0"}, Commands(title.Get()));
+        EXPECT_EQ(std::vector<std::u16string>{u"2 0 0"}, CommandsOf(title.Get()));
     }
     const auto deep = nested(248);
     DiscCommandParams deepest{PlayClip, 0, 0, deep.Get()};
     ASSERT_EQ(S_OK, commands->SetCommandList(1, &deepest));
     ASSERT_EQ(S_OK, project->loadXML(SaveToDocument(*project.Get()).Get()));
     ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
-    EXPECT_EQ(std::vector{u"6 0 0 " + XmlOf(*deep.Get())}, Commands(title.Get()));
+    EXPECT_EQ(std::vector{u"6 0 0 " + XmlOf(*deep.Get())}, CommandsOf(title.Get()));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "support/Contents.h"
 #include "support/Script.h"
 
 namespace kv::test {
@@ -5,12 +6,14 @@ namespace {
 
 class EncodingParamsTest : public testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(S_OK, project->AddTitle(0, title.Put())); }
-
     std::vector<ReceivedEvent> Events() { return Delivered(*project, *sink); }
+    static LONG Bitrate(const ComPtr<IKVEncodingParams>& of)
+    {
+        return ValueOf(*of.Get(), &IKVEncodingParams::get_VideoBitrate);
+    }
 
     ComPtr<IKVProjectData> project = NewProject();
-    ComPtr<IKVTitle> title;
+    ComPtr<IKVTitle> title = AddTitle(*project.Get());
     ComPtr<IKVEncodingParams> ofProject = Query<IKVEncodingParams>(project);
     ComPtr<RecordingSink> sink = Make<RecordingSink>();
     Connection connection{*project, *sink};
@@ -33,38 +36,37 @@ TEST_F(EncodingParamsTest, ChangesAreToldWithTheirProperty)
 {
     Events();
     ScriptHost script(ofProject.Get());
-    for (const auto& [name, value] :
-         std::initializer_list<std::pair<const char16_t*, LONG>>{{u"VideoResolution", VideoResolution_720p},
-                                                                 {u"VideoResolution", VideoResolution_720p},
-                                                                 {u"AspectRatio", AspectRatio_16x9},
-                                                                 {u"VideoBitrate", 1},
-                                                                 {u"AudioFormat", AudioFormat_DTS},
-                                                                 {u"AudioBitrate", 1},
-                                                                 {u"WideDisplayMode", WideDisplayMode_Both},
-                                                                 {u"VideoFormat", VideoFormat_AVC},
-                                                                 {u"VideoFormat", VideoFormat_AVC},
-                                                                 {u"VBREncoding", -1},
-                                                                 {u"TwoPassEncoding", -1},
-                                                                 {u"SubpictureFormat", SubpictureFormat_None},
-                                                                 {u"AudioChannels", 6}})
-        script.Put(name, Variant(value));
     std::vector<ReceivedEvent> expected;
-    for (LONG propId : {100, 101, 102, 103, 104, 105, 106, 106, 107, 108, 110, 111})
-        expected.push_back(Event(EVENT_MenuEncodingParamChanged, {0, propId}));
+    // Told although it is the same, but for the resolution.
+    constexpr std::tuple<const char16_t*, LONG, LONG> kChanges[]{{u"VideoResolution", VideoResolution_720p, 100},
+                                                                 {u"VideoResolution", VideoResolution_720p, 0},
+                                                                 {u"AspectRatio", AspectRatio_16x9, 101},
+                                                                 {u"VideoBitrate", 1, 102},
+                                                                 {u"AudioFormat", AudioFormat_DTS, 103},
+                                                                 {u"AudioBitrate", 1, 104},
+                                                                 {u"WideDisplayMode", WideDisplayMode_Both, 105},
+                                                                 {u"VideoFormat", VideoFormat_AVC, 106},
+                                                                 {u"VideoFormat", VideoFormat_AVC, 106},
+                                                                 {u"VBREncoding", -1, 107},
+                                                                 {u"TwoPassEncoding", -1, 108},
+                                                                 {u"SubpictureFormat", SubpictureFormat_None, 110},
+                                                                 {u"AudioChannels", 6, 111}};
+    for (const auto& [name, value, propId] : kChanges) {
+        script.Put(name, Variant(value));
+        if (propId != 0) expected.push_back(Event(EVENT_MenuEncodingParamChanged, {0, propId}));
+    }
     EXPECT_EQ(expected, Events());
 }
 
 TEST_F(EncodingParamsTest, BooleansChangeByTrueAlone)
 {
     Events();
-    EXPECT_EQ(S_OK, ofProject->put_VBREncoding(1));
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VBREncoding));
-    EXPECT_TRUE(Events().empty());
-    ofProject->put_VBREncoding(VARIANT_TRUE);
-    EXPECT_EQ(S_OK, ofProject->put_VBREncoding(1));
-    EXPECT_EQ(VARIANT_TRUE, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VBREncoding))
-        << "a change that stores true again";
-    EXPECT_EQ(2u, Events().size());
+    for (const VARIANT_BOOL before : {VARIANT_FALSE, VARIANT_TRUE}) {
+        if (before) ofProject->put_VBREncoding(before);
+        EXPECT_EQ(S_OK, ofProject->put_VBREncoding(1));
+        EXPECT_EQ(before, ValueOf(*ofProject.Get(), &IKVEncodingParams::get_VBREncoding));
+        EXPECT_EQ(before ? 2u : 0u, Events().size()) << "a change that stores true again";
+    }
 }
 
 TEST_F(EncodingParamsTest, ATitleFollowsTheProjectUntilItLeaves)
@@ -72,7 +74,7 @@ TEST_F(EncodingParamsTest, ATitleFollowsTheProjectUntilItLeaves)
     const auto encoding = Query<IKVEncodingParams>(title);
     EXPECT_EQ(VARIANT_TRUE, ValueOf(*encoding.Get(), &IKVEncodingParams::get_SyncToProject));
     ofProject->put_VideoBitrate(5'000'000);
-    EXPECT_EQ(5'000'000, ValueOf(*encoding.Get(), &IKVEncodingParams::get_VideoBitrate));
+    EXPECT_EQ(5'000'000, Bitrate(encoding));
     EXPECT_EQ(KV_E_FOLLOWS_PROJECT, encoding->put_VideoBitrate(1));
     EXPECT_EQ(KV_E_FOLLOWS_PROJECT, encoding->put_VideoFormat(VideoFormat_AVC));
     EXPECT_EQ(KV_E_FOLLOWS_PROJECT, encoding->put_TwoPassEncoding(VARIANT_TRUE));
@@ -81,21 +83,17 @@ TEST_F(EncodingParamsTest, ATitleFollowsTheProjectUntilItLeaves)
 
     Events();
     EXPECT_EQ(S_OK, encoding->put_SyncToProject(VARIANT_FALSE));
-    EXPECT_EQ((std::vector{Event(EVENT_TitleEncodingParamChanged, {ValueOf(*title.Get(), &IKVTitle::get_ID), 109})}),
-              Events());
+    EXPECT_EQ((std::vector{Event(EVENT_TitleEncodingParamChanged, {IdOf(title), 109})}), Events());
     ofProject->put_VideoBitrate(6'000'000);
-    EXPECT_EQ(5'000'000, ValueOf(*encoding.Get(), &IKVEncodingParams::get_VideoBitrate)) << "kept on leaving";
+    EXPECT_EQ(5'000'000, Bitrate(encoding)) << "kept on leaving";
     EXPECT_EQ(AspectRatio_16x9, ValueOf(*encoding.Get(), &IKVEncodingParams::get_AspectRatio));
     EXPECT_EQ(S_OK, encoding->put_VideoBitrate(1));
     EXPECT_EQ(S_OK, encoding->put_SyncToProject(1)) << "any value but 0 is true";
-    EXPECT_EQ(6'000'000, ValueOf(*encoding.Get(), &IKVEncodingParams::get_VideoBitrate));
-}
+    EXPECT_EQ(6'000'000, Bitrate(encoding));
 
-TEST_F(EncodingParamsTest, NewTitlesTakeTheProjectsAspectRatio)
-{
     ofProject->put_AspectRatio(AspectRatio_16x9);
-    ASSERT_EQ(S_OK, project->AddTitle(0, title.Put()));
-    EXPECT_EQ(AspectRatio_16x9, ValueOf(*Query<IKVEncodingParams>(title).Get(), &IKVEncodingParams::get_AspectRatio));
+    const auto next = Query<IKVEncodingParams>(AddTitle(*project.Get()));
+    EXPECT_EQ(AspectRatio_16x9, ValueOf(*next.Get(), &IKVEncodingParams::get_AspectRatio));
 }
 
 TEST_F(EncodingParamsTest, ReadsWhatOtherVersionsWrote)

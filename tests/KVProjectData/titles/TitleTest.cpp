@@ -1,5 +1,6 @@
 #include "KVProjectData/Engine.h"
 #include "platform/system/ErrorReporter.h"
+#include "support/Contents.h"
 #include "support/Productions.h"
 #include "support/Script.h"
 
@@ -12,9 +13,7 @@ namespace {
 
 class TitleTest : public testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(S_OK, project->AddTitle(0, title.Put())); }
-
-    LONG ID() { return ValueOf(*title.Get(), &IKVTitle::get_ID); }
+    LONG ID() { return IdOf(title); }
     std::vector<ReceivedEvent> Events() { return Delivered(*project, *sink); }
     ComPtr<IUnknown> Production()
     {
@@ -28,15 +27,15 @@ protected:
         EXPECT_EQ(S_OK, Query<IZXEProductionData>(Production())->GetProductionObj(object.Put()));
         return Query<IProductionInfo>(object);
     }
-    double Ratio()
+    double Ratio() { return ValueOf(*Info().Get(), &IProductionInfo::get_AspectRatio); }
+    /// Appends a clip to what the title shows.
+    void AddSource(std::u16string_view name)
     {
-        double ratio = 0;
-        EXPECT_EQ(S_OK, Info()->get_AspectRatio(&ratio));
-        return ratio;
+        ASSERT_EQ(S_OK, Query<IEditData>(Production())->AddSourceFile(0, Str(name).Get(), 0, 0, -1, nullptr));
     }
 
     ComPtr<IKVProjectData> project = NewProject();
-    ComPtr<IKVTitle> title;
+    ComPtr<IKVTitle> title = AddTitle(*project.Get());
     ComPtr<RecordingSink> sink = Make<RecordingSink>();
     Connection connection{*project, *sink};
 };
@@ -60,24 +59,21 @@ TEST_F(TitleTest, SettersValidateStoreAndTell)
     Events();
     project->ClearDirtyFlag();
     Events();
-    EXPECT_EQ(E_INVALIDARG, title->put_StillWaitTime(-1));
-    EXPECT_EQ(E_INVALIDARG, title->put_DiscIndex(-1));
-    EXPECT_EQ(E_INVALIDARG, title->put_VOBSize(std::numeric_limits<double>::infinity()));
-    EXPECT_EQ(E_INVALIDARG, title->put_VOBSize(std::numeric_limits<double>::quiet_NaN()));
-    EXPECT_EQ(S_OK, title->put_Source(Str(u"s").Get()));
-    EXPECT_EQ(S_OK, title->put_DiscIndex(3));
-    EXPECT_EQ(S_OK, title->put_IsResolved(1));
+    for (const HRESULT refused : {title->put_StillWaitTime(-1), title->put_DiscIndex(-1),
+                                  title->put_VOBSize(std::numeric_limits<double>::infinity()),
+                                  title->put_VOBSize(std::numeric_limits<double>::quiet_NaN())})
+        EXPECT_EQ(E_INVALIDARG, refused);
+    for (const HRESULT put : {title->put_Source(Str(u"s").Get()), title->put_DiscIndex(3), title->put_IsResolved(1)})
+        EXPECT_EQ(S_OK, put);
     EXPECT_TRUE(Events().empty()) << "neither told nor recorded";
 
-    EXPECT_EQ(S_OK, title->put_Label(Str(u"L").Get()));
-    EXPECT_EQ(S_OK, title->put_VOBDuration(9));
-    EXPECT_EQ(S_OK, title->put_VOBSize(2.5));
+    for (const HRESULT put : {title->put_Label(Str(u"L").Get()), title->put_VOBDuration(9), title->put_VOBSize(2.5)})
+        EXPECT_EQ(S_OK, put);
     EXPECT_EQ((std::vector{Event(EVENT_VolumePropChanged, {11})}), Events()) << "recorded, not told";
 
-    EXPECT_EQ(S_OK, title->put_Tag(2));
-    EXPECT_EQ(S_OK, title->put_Flags(4));
-    EXPECT_EQ(S_OK, title->put_StillWaitTime(0));
-    EXPECT_EQ(S_OK, title->put_IsDirty(VARIANT_FALSE));
+    for (const HRESULT put :
+         {title->put_Tag(2), title->put_Flags(4), title->put_StillWaitTime(0), title->put_IsDirty(VARIANT_FALSE)})
+        EXPECT_EQ(S_OK, put);
     EXPECT_EQ((std::vector{Event(EVENT_TitlePropChanged, {ID(), 2}), Event(EVENT_TitlePropChanged, {ID(), 3}),
                            Event(EVENT_TitlePropChanged, {ID(), 202}), Event(EVENT_TitlePropChanged, {ID(), 11})}),
               Events());
@@ -86,31 +82,20 @@ TEST_F(TitleTest, SettersValidateStoreAndTell)
               ScriptHost(title.Get()).Properties<IKVTitle>({"ID"}));
 }
 
-TEST_F(TitleTest, ADetachedTitleStaysUsable)
-{
-    ASSERT_EQ(S_OK, project->RemoveTitle(ID(), nullptr));
-    Events();
-    EXPECT_EQ(S_OK, title->put_Tag(2));
-    EXPECT_EQ(2u, ValueOf(*title.Get(), &IKVTitle::get_Tag));
-    EXPECT_EQ(KV_E_CANNOT_FOLLOW_PROJECT, Query<IKVEncodingParams>(title)->put_SyncToProject(VARIANT_TRUE));
-    EXPECT_TRUE(Events().empty());
-}
-
 TEST_F(TitleTest, CreatesItsProductionOnce)
 {
+    const auto stereoscopic = [&] {
+        return ValueOf(*Info().Get(), &IProductionInfo::get_Stereoscopic) == VARIANT_TRUE;
+    };
     Query<IKVEncodingParams>(title)->put_AspectRatio(AspectRatio_16x9);
     const auto production = Production();
     EXPECT_EQ(production, Production());
     EXPECT_DOUBLE_EQ(16.0 / 9.0, Ratio());
-    VARIANT_BOOL stereoscopic = VARIANT_TRUE;
-    EXPECT_EQ(S_OK, Info()->get_Stereoscopic(&stereoscopic));
-    EXPECT_EQ(VARIANT_FALSE, stereoscopic);
-
+    EXPECT_FALSE(stereoscopic());
     project->put_DiscVideoType(Anaglyph_3D);
-    ASSERT_EQ(S_OK, project->AddTitle(0, title.Put()));
+    title = AddTitle(*project.Get());
     EXPECT_DOUBLE_EQ(4.0 / 3.0, Ratio());
-    EXPECT_EQ(S_OK, Info()->get_Stereoscopic(&stereoscopic));
-    EXPECT_EQ(VARIANT_TRUE, stereoscopic);
+    EXPECT_TRUE(stereoscopic());
 }
 
 TEST_F(TitleTest, SharesItsAspectRatioWithTheProduction)
@@ -170,14 +155,17 @@ TEST_F(TitleTest, ReplacesItsProduction)
     EXPECT_EQ(Event(EVENT_TitleProductionEvent, {ID(), 0, 1}), Events().back());
 }
 
-TEST_F(TitleTest, IsNotKeptAliveByItsProduction)
+TEST_F(TitleTest, ADetachedTitleStaysUsableAndIsNotKeptAliveByItsProduction)
 {
     const auto production = Production();
-    const LONG id = ID();
+    ASSERT_EQ(S_OK, project->RemoveTitle(ID(), nullptr));
     // The worker holds a first title while it looks at its clip.
     Events();
+    EXPECT_EQ(S_OK, title->put_Tag(2));
+    EXPECT_EQ(2u, ValueOf(*title.Get(), &IKVTitle::get_Tag));
+    EXPECT_EQ(KV_E_CANNOT_FOLLOW_PROJECT, Query<IKVEncodingParams>(title)->put_SyncToProject(VARIANT_TRUE));
+    EXPECT_TRUE(Events().empty());
     title.Reset();
-    ASSERT_EQ(S_OK, project->RemoveTitle(id, nullptr));
     // The title closed the production and left it when it went.
     EXPECT_EQ(ZXE_E_NOT_OPEN, Query<IZXEProductionData>(production)->OpenUndoBlock());
     EXPECT_EQ(S_OK, Query<IZXEProductionNotify>(production)->Notify(0, 1, 0));
@@ -188,12 +176,9 @@ TEST_F(TitleTest, TakesItsSourceFromTheProduction)
     BSTR untouched = nullptr;
     EXPECT_EQ(S_OK, title->GetSourceFromProd(&untouched));
     EXPECT_EQ(nullptr, untouched);
-    const auto edit = Query<IEditData>(Production());
-    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Str(u"first.mpg").Get(), 0, 0, -1, nullptr));
-    ASSERT_EQ(S_OK, edit->AddSourceFile(0, Str(u"second.mpg").Get(), 0, 0, -1, nullptr));
-    Bstr source;
-    EXPECT_EQ(S_OK, title->GetSourceFromProd(source.Put()));
-    EXPECT_EQ(u"first.mpg", source.View());
+    AddSource(u"first.mpg");
+    AddSource(u"second.mpg");
+    EXPECT_EQ(u"first.mpg", Text(*title.Get(), &IKVTitle::GetSourceFromProd));
 }
 
 /// A production without a connection point, whose list of sources is what a test says.
@@ -230,7 +215,7 @@ TEST_F(TitleTest, ReportsWhatTheEngineFails)
         EXPECT_EQ(FAILED(result) ? 1u : 0u, ZXUErrorStack().size());
     }
     EXPECT_THAT(ZXUErrorStack(), reported("0x80004005 = GetSourceList()"));
-    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
+    EXPECT_TRUE(IsDirty(*project.Get()));
     EXPECT_THAT(ZXUErrorStack(), reported("0x80004001 = get_Flags()", "KVProjectData("));
     EXPECT_EQ(S_OK, project->ClearDirtyFlag());
     EXPECT_THAT(ZXUErrorStack(), testing::IsEmpty());
@@ -240,30 +225,28 @@ TEST_F(TitleTest, ReportsWhatTheEngineFails)
 
 TEST_F(TitleTest, AModifiedProductionMakesTheProjectDirty)
 {
-    ASSERT_EQ(S_OK, Query<IEditData>(Production())->AddSourceFile(0, Str(u"a.mpg").Get(), 0, 0, -1, nullptr));
+    AddSource(u"a.mpg");
     project->ClearDirtyFlag();
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty)) << "cleared in the production, too";
-    ASSERT_EQ(S_OK, Query<IEditData>(Production())->AddSourceFile(0, Str(u"b.mpg").Get(), 0, 0, -1, nullptr));
-    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty));
-    project->ClearDirtyFlag();
+    EXPECT_FALSE(IsDirty(*project.Get())) << "cleared in the production, too";
+    AddSource(u"b.mpg");
+    EXPECT_TRUE(IsDirty(*project.Get()));
     title->put_Tag(TitleType_Private);
     project->ClearDirtyFlag();
-    ASSERT_EQ(S_OK, Query<IEditData>(Production())->AddSourceFile(0, Str(u"c.mpg").Get(), 0, 0, -1, nullptr));
-    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project.Get(), &IKVProjectData::get_IsDirty)) << "private titles are not asked";
+    AddSource(u"c.mpg");
+    EXPECT_FALSE(IsDirty(*project.Get())) << "private titles are not asked";
 }
 
 TEST_F(TitleTest, DataFilesNameExistingSources)
 {
     TemporaryFolder folder;
     folder.Write("a.txt", "x");
-    ComPtr<IKVDataFile> file;
-    ASSERT_EQ(S_OK, project->AddDataFile(0, file.Put()));
+    const auto file = AddDataFile(*project.Get());
     Events();
     for (const Bstr& missing : {Bstr(), Bstr(u""), folder.File("b.txt")})
         EXPECT_EQ(KV_E_NO_SOURCE_FILE, file->put_SourcePath(missing.Get()));
     EXPECT_EQ(u"<null>", Text(*file.Get(), &IKVDataFile::get_SourcePath));
     EXPECT_TRUE(Events().empty());
-    const LONG id = ValueOf(*file.Get(), &IKVDataFile::get_ID);
+    const LONG id = IdOf(file);
     EXPECT_EQ(S_OK, file->put_SourcePath(folder.File("a.txt").Get()));
     EXPECT_EQ(S_OK, file->put_SourcePath(Bstr(folder.Path().u16string()).Get())) << "a folder will do";
     EXPECT_EQ(S_OK, file->put_DestPath(nullptr));

@@ -1,6 +1,6 @@
 // Random edits, undone and redone: every document on the way back and forth is one that was seen before.
 
-#include "support/Host.h"
+#include "support/Contents.h"
 
 #include <algorithm>
 #include <array>
@@ -47,13 +47,11 @@ public:
     /// The document, with the recorded settings that it does not hold.
     std::u16string Document()
     {
-        const auto document = SaveToDocument(*project.Get());
-        ComPtr<IXMLDOMElement> root;
-        document->get_documentElement(root.Put());
-        std::u16string text = XmlOf(*root.Get());
-        text += test::Text(*project.Get(), &IKVProjectData::get_VolumeName);
-        text += ToUtf16(std::to_string(ValueOf(*project.Get(), &IKVProjectData::get_TargetType)));
-        return text;
+        std::u16string text = XmlOf(*SaveToDocument(*project.Get()));
+        for (const auto get : {&IKVProjectData::get_VolumeName, &IKVProjectData::get_ProjectDirectory,
+                               &IKVProjectData::get_ImagePath, &IKVProjectData::get_TargetDrive})
+            text += test::Text(*project.Get(), get) + u' ';
+        return text + ToUtf16(std::to_string(ValueOf(*project.Get(), &IKVProjectData::get_TargetType)));
     }
 
     static bool EditsRemovedTitle(const Edit& edit) { return edit.kind % 12 == 7; }
@@ -88,13 +86,7 @@ public:
     }
 
     /// Loads what the project would save.
-    void Reload()
-    {
-        ComPtr<IXMLDOMElement> root;
-        const auto document = SaveToDocument(*project.Get());
-        document->get_documentElement(root.Put());
-        EXPECT_EQ(S_OK, project->loadXML(root.Get()));
-    }
+    void Reload() { EXPECT_EQ(S_OK, project->loadXML(SaveToDocument(*project.Get()).Get())); }
 
     const ComPtr<IKVProjectData> project = NewProject();
 
@@ -122,10 +114,8 @@ private:
 
     ComPtr<IKVTitle> Title(unsigned number)
     {
-        ComPtr<IKVTitle> title;
-        const LONG count = ValueOf(*project.Get(), &IKVProjectData::get_TitleCount);
-        if (count > 0) project->GetTitle(static_cast<LONG>(number % static_cast<unsigned>(count)) + 1, title.Put());
-        return title;
+        const auto count = static_cast<unsigned>(ValueOf(*project.Get(), &IKVProjectData::get_TitleCount));
+        return count > 0 ? TitleAt(*project.Get(), static_cast<LONG>(number % count) + 1) : nullptr;
     }
 
     /// The project, or one of its titles.
@@ -144,6 +134,9 @@ private:
             [&] { project->put_TVStandard(what % 2 ? PAL : NTSC); }, [&] { project->put_Options(what); },
             [&] { project->put_FitToDisc(Flag(what)); }, [&] { project->put_DoCompression(Flag(what)); },
             [&] { project->put_VolumeName(RandomText(what).Get()); }, [&] { project->put_TargetType(what); },
+            [&] { project->put_ProjectDirectory(RandomText(what).Get()); },
+            [&] { project->put_ImagePath(RandomText(what).Get()); },
+            [&] { project->put_TargetDrive(RandomText(what).Get()); },
             [&] { project->put_DiscVideoType(static_cast<DiscVideoType>(what % 4)); });
     }
 
@@ -178,9 +171,7 @@ private:
 
     void EditCommands(unsigned where, unsigned what)
     {
-        const auto fragment = ParseXml(u"<file name='" + ToUtf16(std::to_string(what)) + u"'/>");
-        ComPtr<IXMLDOMElement> file;
-        fragment->get_documentElement(file.Put());
+        const auto file = ParseElement(u"<file name='" + ToUtf16(std::to_string(what)) + u"'/>");
         std::vector<DiscCommandParams> commands(what % 4);
         for (std::size_t i = 0; i < commands.size(); ++i) {
             commands[i] = {static_cast<DiscCommand>(1 + (what + i) % 9), static_cast<LONG>(what), static_cast<LONG>(i),
@@ -204,7 +195,8 @@ private:
         ComPtr<IKVDataFile> file;
         if (FAILED(project->GetDataFile(Position(where, &IKVProjectData::get_DataFileCount), file.Put()))) return;
         Choose(
-            what, [&] { file->put_DestPath(RandomText(what).Get()); }, [&] { file->put_Tag(what); });
+            what, [&] { file->put_DestPath(RandomText(what).Get()); }, [&] { file->put_Tag(what); },
+            [&] { file->put_SourcePath(Str(what % 2 ? u"/" : u"/tmp").Get()); });
     }
 
     std::vector<ComPtr<IKVTitle>> removed;
@@ -217,6 +209,10 @@ public:
     {
         for (const Step& step : sequence) {
             Take(step);
+            const bool can[]{!m_undo.empty(), !m_redo.empty()};
+            if (!m_fault &&
+                (can[0] != Can(&IKVProjectData::get_UndoEnable) || can[1] != Can(&IKVProjectData::get_RedoEnable)))
+                m_fault = "another answer to whether there is something to undo or redo";
             if (m_fault) return m_fault;
         }
         // Edits that were not recorded stay; there and back again is the same document all the same.
@@ -285,6 +281,11 @@ private:
         if (snapshot && !commit) m_redo.push_back({before, after});
     }
 
+    bool Can(HRESULT (IKVProjectData::*enabled)(VARIANT_BOOL*))
+    {
+        return ValueOf(*bench.project.Get(), enabled) == VARIANT_TRUE;
+    }
+
     void Undo()
     {
         Succeed(bench.project->UndoOperation(), "undo");
@@ -337,19 +338,10 @@ Sequence RandomSequence(unsigned seed)
     std::mt19937 random(seed);
     const auto below = [&random](unsigned count) { return static_cast<unsigned>(random() % count); };
     // Steps that are committed are the most frequent ones; sequences with edits outside of steps are the exception.
-    constexpr std::array kKinds{StepKind::Commit,
-                                StepKind::Commit,
-                                StepKind::Commit,
-                                StepKind::Commit,
-                                StepKind::Cancel,
-                                StepKind::Reload,
-                                StepKind::CancelledReload,
-                                StepKind::Snapshot,
-                                StepKind::CancelledSnapshot,
-                                StepKind::Undo,
-                                StepKind::Undo,
-                                StepKind::Redo,
-                                StepKind::Outside};
+    using enum StepKind;
+    constexpr std::array kKinds{
+        Commit, Commit, Commit, Commit, Cancel, Reload, CancelledReload, Snapshot, CancelledSnapshot,
+        Undo,   Undo,   Redo,   Outside};
     const unsigned kinds = static_cast<unsigned>(kKinds.size()) - (seed % 4 ? 1 : 0);
     Sequence sequence(3 + below(10));
     for (Step& step : sequence) {
@@ -359,7 +351,7 @@ Sequence RandomSequence(unsigned seed)
             edit = {below(48), below(30), below(500)};
     }
     // Something to work with.
-    sequence.insert(sequence.begin(), {StepKind::Commit, {{2, 0, 0}, {2, 0, 0}, {2, 0, 0}, {10, 0, 2}, {10, 0, 2}}});
+    sequence.insert(sequence.begin(), {Commit, {{2, 0, 0}, {2, 0, 0}, {2, 0, 0}, {10, 0, 2}, {10, 0, 2}}});
     return sequence;
 }
 

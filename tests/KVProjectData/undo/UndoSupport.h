@@ -3,7 +3,7 @@
 
 #include "KVProjectData/ICPSUndoParentEnum.h"
 #include "KVProjectData/ResultCodes.h"
-#include "support/Host.h"
+#include "support/Contents.h"
 
 namespace kv::test {
 
