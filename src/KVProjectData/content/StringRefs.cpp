@@ -46,27 +46,27 @@ public:
     {
         std::vector<XmlView> richTexts;
         ForEachElement(m_scope.View(), [&](const XmlView& element) {
-            ResolveAttribute(element, "label");
-            ResolveAttribute(element, "buttonTextCache");
+            ResolveAttributes(element, {"label", "buttonTextCache"});
             if (element.Name() == "html") richTexts.push_back(element);
         });
         for (const XmlView& html : richTexts) {
             ResolveTexts(html);
             ForEachElement(html, [&](const XmlView& element) {
                 if (element.Name() != "font") return;
-                ResolveAttribute(element, "face");
-                ResolveAttribute(element, "fontHeight");
+                ResolveAttributes(element, {"face", "fontHeight"});
             });
         }
     }
 
 private:
-    void ResolveAttribute(const XmlView& place, const char* name)
+    void ResolveAttributes(const XmlView& place, const std::array<std::string_view, 2>& names)
     {
-        const auto value = place.Attribute(name);
-        if (!value || !Refers(*value)) return;
-        const std::string text = m_strings.LookUp(*value);
-        if (!text.empty()) XmlElement(m_scope.At(place)).SetAttribute(name, text);
+        const XmlView::Two values = place.Attributes(names);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            if (!values[i] || !Refers(*values[i])) continue;
+            const std::string text = m_strings.LookUp(*values[i]);
+            if (!text.empty()) XmlElement(m_scope.At(place)).SetAttribute(names[i], text);
+        }
     }
 
     /// Texts may be cut anywhere by formatting: they are resolved as one, and poured back.

@@ -17,7 +17,12 @@ constexpr std::size_t kUsualText = 256;
 template <class Item>
 void SortByName(std::vector<Item>& items)
 {
-    const auto byName = [](const Item& left, const Item& right) { return left.name < right.name; };
+    // Most names differ in their first letter already. None is empty.
+    const auto byName = [](const Item& left, const Item& right) {
+        const auto a = static_cast<unsigned char>(left.name.front());
+        const auto b = static_cast<unsigned char>(right.name.front());
+        return a == b ? left.name < right.name : a < b;
+    };
     if (!std::is_sorted(items.begin(), items.end(), byName)) std::sort(items.begin(), items.end(), byName);
 }
 

@@ -150,7 +150,7 @@ bool CProjectNode::AddChild(CProjectNode* child, bool assignID)
 
 bool CProjectNode::InsertChild(CProjectNode* child, LONG index, bool assignID)
 {
-    constexpr std::size_t kUsualChildren = 16;
+    constexpr std::size_t kUsualChildren = 4;
     if (!child || index < 0 || index > ChildCount()) return false;
     if (m_children.capacity() == 0) m_children.reserve(kUsualChildren);
     if (assignID) child->AssignID();

@@ -28,15 +28,6 @@ private:
     std::string m_long;
 };
 
-/// Compares with a text that ends with a zero, whose length costs more to find than its first difference.
-bool IsText(const char* terminated, std::string_view text)
-{
-    for (const char c : text) {
-        if (*terminated++ != c) return false;
-    }
-    return !*terminated;
-}
-
 } // namespace
 
 bool CheckedText(const XMLAttribute& attribute, std::string& buffer, std::string_view& text)
@@ -78,8 +69,10 @@ void SetAttribute(pugi::xml_node element, std::string_view name, std::string_vie
 pugi::xml_attribute FindAttribute(pugi::xml_node element, std::string_view name)
 {
     pugi::xml_attribute attribute = element.first_attribute();
-    while (attribute && !IsText(attribute.name(), name))
+    for (const char* own = attribute.name(); *own; own = attribute.name()) {
+        if (IsText(own, name)) break;
         attribute = attribute.next_attribute();
+    }
     return attribute;
 }
 

@@ -21,7 +21,17 @@ void AddAttribute(pugi::xml_node element, std::string_view name, std::string_vie
 /// Sets an attribute, or adds it.
 void SetAttribute(pugi::xml_node element, std::string_view name, std::string_view value);
 
-/// Empty when the element has none by this name.
+/// Empty when the element has none by this name. No attribute is without a name, and the name of none is empty: who
+/// walks over attributes need not ask each whether it is one.
 pugi::xml_attribute FindAttribute(pugi::xml_node element, std::string_view name);
+
+/// Compares with a text that ends with a zero, whose length costs more to find than its first difference.
+inline bool IsText(const char* terminated, std::string_view text)
+{
+    for (const char c : text) {
+        if (*terminated++ != c) return false;
+    }
+    return !*terminated;
+}
 
 } // namespace kv

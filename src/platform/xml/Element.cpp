@@ -151,6 +151,19 @@ std::optional<std::string_view> XmlView::Attribute(std::string_view name) const
     return found ? std::optional<std::string_view>(found.value()) : std::nullopt;
 }
 
+XmlView::Two XmlView::Attributes(const std::array<std::string_view, 2>& names) const
+{
+    Two texts;
+    pugi::xml_attribute attribute = pugi::xml_node(m_node).first_attribute();
+    for (const char* name = attribute.name(); *name; name = attribute.name()) {
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            if (kv::IsText(name, names[i])) texts[i] = attribute.value();
+        }
+        attribute = attribute.next_attribute();
+    }
+    return texts;
+}
+
 std::vector<std::pair<std::string_view, std::string_view>> XmlView::Attributes() const
 {
     std::vector<std::pair<std::string_view, std::string_view>> attributes;
@@ -169,8 +182,10 @@ std::string XmlView::Markup() const
 void XmlView::ReadAttributes(XMLAttributeVisitor& visitor) const
 {
     pugi::xml_attribute attribute = pugi::xml_node(m_node).first_attribute();
-    for (; attribute; attribute = attribute.next_attribute())
-        visitor.Attribute(attribute.name(), attribute.value());
+    for (std::string_view name = attribute.name(); !name.empty(); name = attribute.name()) {
+        visitor.Attribute(name, attribute.value());
+        attribute = attribute.next_attribute();
+    }
 }
 
 std::string XmlView::CompactMarkup() const

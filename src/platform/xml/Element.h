@@ -15,6 +15,7 @@
 
 #include "platform/xml/Dom.h"
 
+#include <array>
 #include <concepts>
 #include <optional>
 #include <string>
@@ -86,6 +87,9 @@ public:
     /// The text of a text; empty for an element.
     std::string_view Text() const;
     std::optional<std::string_view> Attribute(std::string_view name) const;
+    /// Those of two names, in one walk over all.
+    using Two = std::array<std::optional<std::string_view>, 2>;
+    Two Attributes(const std::array<std::string_view, 2>& names) const;
     /// Names and texts of all attributes.
     std::vector<std::pair<std::string_view, std::string_view>> Attributes() const;
     /// The same without memory for them.

@@ -42,7 +42,7 @@ inline char32_t DecodeUtf8(std::string_view text, std::size_t& length)
     }
 }
 
-inline bool IsNameStart(char32_t c)
+constexpr bool IsNameStart(char32_t c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
            (c >= 0xc0 && c != 0xd7 && c != 0xf7 && c != 0x37e && !(c >= 0x300 && c <= 0x36f) &&
@@ -51,7 +51,7 @@ inline bool IsNameStart(char32_t c)
             c != 0xfffe && c != 0xffff && c <= 0xeffff);
 }
 
-inline bool IsNameChar(char32_t c)
+constexpr bool IsNameChar(char32_t c)
 {
     return IsNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == 0xb7 ||
            (c >= 0x300 && c <= 0x36f) || c == 0x203f || c == 0x2040;

@@ -36,7 +36,8 @@ constexpr ByteSet PlainBut(std::string_view characters)
 /// Walks over a document once.
 class Checker {
 public:
-    explicit Checker(std::string_view text) : m_text(text) {}
+    /// The zero at the end of a string ends every run of characters.
+    explicit Checker(const std::string& text) : m_text(text) {}
 
     void Run()
     {
@@ -70,12 +71,13 @@ private:
     }
 
     bool AtEnd() const { return m_at >= m_text.size(); }
-    char Current() const { return AtEnd() ? '\0' : m_text[m_at]; }
+    /// A zero at the end.
+    char Current() const { return m_text.data()[m_at]; }
     std::string_view Rest() const { return m_text.substr(m_at); }
 
     void SkipBlanks()
     {
-        while (!AtEnd() && IsBlank(m_text[m_at]))
+        while (IsBlank(Current()))
             ++m_at;
     }
 
@@ -83,9 +85,8 @@ private:
     void SkipAll(const ByteSet& bytes)
     {
         const char* const text = m_text.data();
-        const char* const end = text + m_text.size();
         const char* at = text + m_at;
-        while (at != end && bytes[static_cast<unsigned char>(*at)])
+        while (bytes[static_cast<unsigned char>(*at)])
             ++at;
         m_at = static_cast<std::size_t>(at - text);
     }
@@ -222,16 +223,17 @@ private:
     std::string_view TakeName()
     {
         const std::size_t start = m_at;
+        const bool isPlain = kNameStart[static_cast<unsigned char>(Current())];
         while (true) {
             SkipAll(kNameByte);
-            if (AtEnd() || static_cast<unsigned char>(Current()) < 0x80) break;
+            if (static_cast<unsigned char>(Current()) < 0x80) break;
             std::size_t length = 1;
             if (!IsNameChar(DecodeUtf8(Rest(), length))) break;
             m_at += length;
         }
         const std::string_view name = m_text.substr(start, m_at - start);
         std::size_t length = 0;
-        if (name.empty() || !IsNameStart(DecodeUtf8(name, length))) {
+        if (!isPlain && (name.empty() || !IsNameStart(DecodeUtf8(name, length)))) {
             m_at = start;
             Fail("a name is malformed");
         }
@@ -354,16 +356,17 @@ private:
     static constexpr ByteSet kPlainText = PlainBut("<>&");
     static constexpr ByteSet kPlainValue = PlainBut("<&\"'");
 
+    /// The ASCII characters that names begin with, and those that they hold.
+    static constexpr ByteSet kNameStart = [] {
+        ByteSet start{};
+        for (char32_t c = 0; c < 0x80; ++c)
+            start[c] = IsNameStart(c);
+        return start;
+    }();
     static constexpr ByteSet kNameByte = [] {
         ByteSet name{};
-        for (char c = 'a'; c <= 'z'; ++c)
-            name[static_cast<unsigned char>(c)] = true;
-        for (char c = 'A'; c <= 'Z'; ++c)
-            name[static_cast<unsigned char>(c)] = true;
-        for (char c = '0'; c <= '9'; ++c)
-            name[static_cast<unsigned char>(c)] = true;
-        for (char c : {'_', ':', '-', '.'})
-            name[static_cast<unsigned char>(c)] = true;
+        for (char32_t c = 0; c < 0x80; ++c)
+            name[c] = IsNameChar(c);
         return name;
     }();
 
@@ -390,7 +393,7 @@ bool IsXmlInstruction(std::string_view target, std::string_view data)
     }
 }
 
-void CheckXml(std::string_view text)
+void CheckXml(const std::string& text)
 {
     Checker(text).Run();
 }

@@ -11,6 +11,6 @@ bool IsXmlInstruction(std::string_view target, std::string_view data);
 
 /// Checks everything that the tree builder lets through: size, declaration, one root, nesting, names, attributes told
 /// once, references, characters, comments, no document type. Throws XmlError.
-void CheckXml(std::string_view text);
+void CheckXml(const std::string& text);
 
 } // namespace kv

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <sys/mman.h>
 #include <utility>
 
@@ -22,20 +24,28 @@ void UseLargePages(const std::string& buffer)
 }
 
 /// Characters that are decoded at once where all of them are plain; nearly all text is.
-constexpr std::size_t kRun = 16;
+constexpr std::size_t kRun = 32;
 
 /// Decodes a run that is all plain. False for any other.
 template <bool kSwap>
 bool DecodeRun(std::string_view bytes, std::array<char, kRun>& run)
 {
-    unsigned bits = 0;
-    for (std::size_t k = 0; k < kRun; ++k) {
-        const char low = bytes[2 * k + (kSwap ? 1 : 0)];
-        const char high = bytes[2 * k + (kSwap ? 0 : 1)];
-        bits |= static_cast<unsigned char>((low & 0x80) | high);
-        run[k] = low;
-    }
-    return bits == 0;
+    constexpr std::size_t kLow = kSwap ? 1 : 0;
+    constexpr auto kBitsOfOthers = [] {
+        std::array<unsigned char, sizeof(std::uint64_t)> mask{};
+        for (std::size_t i = 0; i < mask.size(); ++i)
+            mask[i] = i % 2 == kLow ? 0x80 : 0xff;
+        return std::bit_cast<std::uint64_t>(mask);
+    }();
+    std::array<std::uint64_t, 2 * kRun / sizeof(std::uint64_t)> words;
+    std::memcpy(words.data(), bytes.data(), sizeof words);
+    std::uint64_t bits = 0;
+    for (const std::uint64_t word : words)
+        bits |= word;
+    if (bits & kBitsOfOthers) return false;
+    for (std::size_t k = 0; k < kRun; ++k)
+        run[k] = bytes[2 * k + kLow];
+    return true;
 }
 
 /// UTF-16 of either byte order to UTF-8. How many bytes were taken: all of the last piece; else the beginning of a

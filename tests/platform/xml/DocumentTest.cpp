@@ -185,6 +185,16 @@ TEST_F(DocumentTest, ReadsTheEncodings)
             EXPECT_EQ(failure.position, position) << reason;
         }
     }
+    // Wherever in plain text another character stands.
+    constexpr std::size_t kRuns = 70;
+    for (std::size_t before = 0; before < kRuns; ++before) {
+        const std::string mixed =
+            "<r>" + std::string(before, 'a') + "\xf0\x9f\x8e\xac" + std::string(kRuns, 'b') + "</r>";
+        for (const std::string& bytes : {Utf16Bytes(mixed, false), Utf16Bytes(mixed, true)}) {
+            ASSERT_EQ(LoadBytes(bytes), S_OK);
+            EXPECT_EQ(XmlOf(*Find(*document, "/*")), mixed);
+        }
+    }
 }
 
 TEST_F(DocumentTest, KeepsEveryTextThroughAFile)
