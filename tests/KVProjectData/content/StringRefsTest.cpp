@@ -3,7 +3,7 @@
 #include "KVProjectData/content/ContentPaths.h"
 #include "platform/system/Registry.h"
 #include "platform/xml/Element.h"
-#include "support/Host.h"
+#include "support/Contents.h"
 #include "support/Markup.h"
 
 namespace kv::test {
@@ -50,7 +50,7 @@ protected:
     static HRESULT Resolve(std::string& content)
     {
         const auto document =
-            Document("<Root><Project>" + content + "</Project><Other label=\"stringRef:Hello\"/></Root>");
+            ParseXml(ToUtf16("<Root><Project>" + content + "</Project><Other label=\"stringRef:Hello\"/></Root>"));
         ComPtr<IXMLDOMNode> project;
         EXPECT_EQ(S_OK, document->selectSingleNode(Bstr(u"/Root/Project").Get(), project.Put()));
         const HRESULT result = ResolveStringRefs(project.Get());
@@ -60,13 +60,6 @@ protected:
         content = Plain(XmlElement(project.Get()).Markup());
         content = content.substr(9, content.rfind("</") - 9);
         return result;
-    }
-    static ComPtr<IXMLDOMDocument> Document(const std::string& xml)
-    {
-        auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
-        VARIANT_BOOL parsed = VARIANT_FALSE;
-        EXPECT_EQ(S_OK, document->loadXML(Bstr(ToUtf16(xml)).Get(), &parsed));
-        return document;
     }
 
     static constexpr std::u16string_view kKey = u"SOFTWARE\\KORVA\\ZENDA\\Zenda\\Paths";
@@ -121,22 +114,13 @@ TEST_F(StringRefsTest, LoadingAProjectResolvesItsDocument)
          {R"(<Root><Project label="stringRef:Face"><Titles><Title ID="5" label="stringRef:Hello"/>)"
           "</Titles></Project></Root>",
           R"(<Root><Titles/><Project><Titles><Title label="stringRef:Hello"/></Titles></Project></Root>)"}) {
-        const auto document = Document(xml);
-        ComPtr<IXMLDOMElement> root;
-        document->get_documentElement(root.Put());
         const auto project = NewProject();
-        ASSERT_EQ(S_OK, project->loadXML(root.Get()));
-        ComPtr<IKVTitle> title;
-        ASSERT_EQ(S_OK, project->GetTitle(1, title.Put()));
-        Bstr label;
-        EXPECT_EQ(S_OK, title->get_Label(label.Put()));
-        EXPECT_EQ(u"Hello", label.View());
+        ASSERT_EQ(S_OK, project->loadXML(ParseElement(ToUtf16(xml)).Get()));
+        EXPECT_EQ(u"Hello", Text(*TitleAt(*project.Get(), 1).Get(), &IKVTitle::get_Label));
     }
     // A document without a root of this name is left alone.
-    const auto other = Document(R"(<Other label="stringRef:Hello"><a label="stringRef:Hello"/></Other>)");
-    ComPtr<IXMLDOMElement> root;
-    other->get_documentElement(root.Put());
-    EXPECT_EQ(S_OK, ResolveStringRefs(root.Get()));
+    const auto other = ParseElement(uR"(<Other label="stringRef:Hello"><a label="stringRef:Hello"/></Other>)");
+    EXPECT_EQ(S_OK, ResolveStringRefs(other.Get()));
     EXPECT_EQ(S_OK, other->selectSingleNode(Bstr(u"//a[@label='stringRef:Hello']").Get(), ComPtr<IXMLDOMNode>().Put()));
 }
 

@@ -15,14 +15,6 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-struct Key {
-    ULONG channel;
-    ULONG list;
-    double time;
-    ZXPVector value;
-    ULONG caps;
-};
-
 /// All keys of a transform by channel, list and time.
 using Keys = std::map<std::tuple<ULONG, ULONG, double>, std::tuple<float, float, float, ULONG>>;
 
@@ -58,14 +50,15 @@ std::string Xml(std::string_view name, std::string_view type, std::string_view t
            std::string(name) + ">";
 }
 
-std::string PlugInData(const std::string& content)
-{
-    return "<plugin_data xmlns:dt=\"urn:schemas-microsoft-com:datatypes\">" + content + "</plugin_data>";
-}
-
 std::string Saved(const std::string& content)
 {
     return "<plugin_data>" + content + "</plugin_data>";
+}
+
+XmlElement PlugInData(const std::string& content)
+{
+    return XmlElement::Parse("<plugin_data xmlns:dt=\"urn:schemas-microsoft-com:datatypes\">" + content +
+                             "</plugin_data>");
 }
 
 std::string KeyXml(double time, std::string_view value)
@@ -91,14 +84,12 @@ const std::string kDefaultScalars = Xml("IsSelectable", "boolean", "1") + Xml("I
 TEST(Transform, SavesChannelsListsAndScalarsInTheirOrder)
 {
     CZXPTransformImpl transform;
-    for (const auto& [channel, list, time, value, caps] : {
-             Key{ZXP_HANDLES, ZXP_PERCENT, 0, {0.5f, -0.25f, 1}, ZXP_ALL_CAPS},
-             Key{ZXP_OPACITY, ZXP_FROM_END, 0, {200, 7, 7}, ZXP_ALL_CAPS},
-             Key{ZXP_SCALING, ZXP_FROM_START, 2, {1, 1, 1}, 7},
-             Key{ZXP_SCALING, ZXP_FROM_START, 2, {0.5f, -0.25f, 1}, ZXP_ALL_CAPS},
-             Key{ZXP_SCALING, ZXP_FROM_START, 0, {0.5f, -0.25f, 1}, ZXP_ALL_CAPS},
-         })
-        EXPECT_EQ(S_OK, transform.SetKeyValue(channel, time, list, value.x, value.y, value.z, caps));
+    for (const HRESULT set : {transform.SetKeyValue(ZXP_HANDLES, 0, ZXP_PERCENT, 0.5f, -0.25f, 1, ZXP_ALL_CAPS),
+                              transform.SetKeyValue(ZXP_OPACITY, 0, ZXP_FROM_END, 200, 7, 7, ZXP_ALL_CAPS),
+                              transform.SetKeyValue(ZXP_SCALING, 2, ZXP_FROM_START, 1, 1, 1, 7),
+                              transform.SetKeyValue(ZXP_SCALING, 2, ZXP_FROM_START, 0.5f, -0.25f, 1, ZXP_ALL_CAPS),
+                              transform.SetKeyValue(ZXP_SCALING, 0, ZXP_FROM_START, 0.5f, -0.25f, 1, ZXP_ALL_CAPS)})
+        EXPECT_EQ(S_OK, set);
     XmlElement data = XmlElement::Parse("<plugin_data><Caps/><html>text</html><Scaling><old/></Scaling><Speed>2</Speed>"
                                         "<Rotation><StartOffsetElements/></Rotation><Crop><EditMode>3</EditMode></Crop>"
                                         "</plugin_data>");
@@ -216,32 +207,34 @@ TEST(Transform, RefusesChannelsListsAndNumbersThatAreNone)
     ULONG caps, count;
     double time;
     for (const ULONG channel : {0u, 0x000Eu, 0x00FFu, 0x70FFFu, ZXP_ALL_CHANNELS, 0x80000u}) {
-        EXPECT_EQ(E_INVALIDARG, transform.SetKeyValue(channel, 0, ZXP_FROM_START, 0, 0, 0, 0)) << channel;
-        EXPECT_EQ(E_INVALIDARG, transform.GetKeyValue(channel, 0, ZXP_FROM_START, &x, &y, &z, &caps)) << channel;
-        EXPECT_EQ(E_INVALIDARG, transform.MoveKey(channel, ZXP_FROM_START, 0, 0)) << channel;
-        EXPECT_EQ(E_INVALIDARG, transform.SetDelta(channel, 0, 0, 0)) << channel;
+        for (const HRESULT result :
+             {transform.SetKeyValue(channel, 0, ZXP_FROM_START, 0, 0, 0, 0),
+              transform.GetKeyValue(channel, 0, ZXP_FROM_START, &x, &y, &z, &caps),
+              transform.MoveKey(channel, ZXP_FROM_START, 0, 0), transform.SetDelta(channel, 0, 0, 0)})
+            EXPECT_EQ(E_INVALIDARG, result) << channel;
         EXPECT_EQ(channel == ZXP_ALL_CHANNELS ? S_OK : E_INVALIDARG, transform.ClearChannels(channel)) << channel;
     }
     for (const ULONG list : {0u, 3u, 5u, 8u}) {
-        EXPECT_EQ(E_INVALIDARG, transform.SetKeyValue(ZXP_SCALING, 0, list, 0, 0, 0, 0)) << list;
-        EXPECT_EQ(E_INVALIDARG, transform.GetKeyValue(ZXP_SCALING, 0, list, &x, &y, &z, &caps)) << list;
-        EXPECT_EQ(E_INVALIDARG, transform.MoveKey(ZXP_SCALING, list, 0, 0)) << list;
-        EXPECT_EQ(E_INVALIDARG, transform.DeleteKey(ZXP_SCALING, list, 0)) << list;
+        for (const HRESULT result :
+             {transform.SetKeyValue(ZXP_SCALING, 0, list, 0, 0, 0, 0),
+              transform.GetKeyValue(ZXP_SCALING, 0, list, &x, &y, &z, &caps),
+              transform.MoveKey(ZXP_SCALING, list, 0, 0), transform.DeleteKey(ZXP_SCALING, list, 0)})
+            EXPECT_EQ(E_INVALIDARG, result) << list;
     }
     const auto nan = static_cast<float>(kNaN);
-    EXPECT_EQ(E_INVALIDARG, transform.SetKeyValue(ZXP_SCALING, kNaN, ZXP_FROM_START, 0, 0, 0, 0));
-    EXPECT_EQ(E_INVALIDARG, transform.SetKeyValue(ZXP_SCALING, kInfinity, ZXP_FROM_START, 0, 0, 0, 0));
-    EXPECT_EQ(E_INVALIDARG, transform.SetKeyValue(ZXP_SCALING, 0, ZXP_FROM_START, 0, nan, 0, 0));
-    EXPECT_EQ(E_INVALIDARG, transform.SetDelta(ZXP_SCALING, 0, 0, nan));
+    for (const HRESULT result : {transform.SetKeyValue(ZXP_SCALING, kNaN, ZXP_FROM_START, 0, 0, 0, 0),
+                                 transform.SetKeyValue(ZXP_SCALING, kInfinity, ZXP_FROM_START, 0, 0, 0, 0),
+                                 transform.SetKeyValue(ZXP_SCALING, 0, ZXP_FROM_START, 0, nan, 0, 0),
+                                 transform.SetDelta(ZXP_SCALING, 0, 0, nan), transform.put_Speed(kNaN),
+                                 transform.GetKeyTime(ZXP_SCALING, ZXP_FROM_START, 0, &time)})
+        EXPECT_EQ(E_INVALIDARG, result);
     for (const float opacity : {-1.0f, 4294967296.0f, nan})
         EXPECT_EQ(E_INVALIDARG, transform.SetKeyValue(ZXP_OPACITY, 0, ZXP_FROM_START, opacity, 0, 0, 0)) << opacity;
-    EXPECT_EQ(E_INVALIDARG, transform.put_Speed(kNaN));
-    EXPECT_EQ(E_INVALIDARG, transform.GetKeyTime(ZXP_SCALING, ZXP_FROM_START, 0, &time));
     EXPECT_TRUE(KeysOf(transform).empty());
-    EXPECT_EQ(E_POINTER, transform.GetKeyValue(ZXP_SCALING, 0, ZXP_FROM_START, nullptr, &y, &z, &caps));
-    EXPECT_EQ(E_POINTER, transform.GetKeyCount(ZXP_SCALING, ZXP_FROM_START, nullptr));
-    EXPECT_EQ(E_POINTER, transform.get_Caps(nullptr));
-    EXPECT_EQ(E_POINTER, transform.Load(static_cast<IUnknown*>(nullptr)));
+    for (const HRESULT result : {transform.GetKeyValue(ZXP_SCALING, 0, ZXP_FROM_START, nullptr, &y, &z, &caps),
+                                 transform.GetKeyCount(ZXP_SCALING, ZXP_FROM_START, nullptr),
+                                 transform.get_Caps(nullptr), transform.Load(static_cast<IUnknown*>(nullptr))})
+        EXPECT_EQ(E_POINTER, result);
     EXPECT_EQ(S_OK, transform.GetKeyCount(ZXP_SCALING, ZXP_FROM_START, &count));
     EXPECT_EQ(count, 0u);
     void* out = &transform;
@@ -283,7 +276,7 @@ TEST(Documents, ThatCannotBeReadLeaveEverythingAsItWas)
         CZXPTransformImpl transform;
         transform.SetKeyValue(ZXP_SCALING, 5, ZXP_FROM_START, 1, 1, 1, 1);
         const Keys before = KeysOf(transform);
-        const XmlElement data = XmlElement::Parse(PlugInData("<StartPathID>7</StartPathID>" + bad));
+        const XmlElement data = PlugInData("<StartPathID>7</StartPathID>" + bad);
         EXPECT_EQ(DISP_E_TYPEMISMATCH, transform.Load(data.Get())) << bad;
         EXPECT_EQ(KeysOf(transform), before) << bad;
         ULONG path = 1;
@@ -367,25 +360,19 @@ TEST(CropSource, WritesTheRectangleOfAPanAndZoom)
 
 TEST(CropSource, KeepsItsSettingsWhereverTheyStand)
 {
-    struct Case {
-        const char* content;
-        CropSettings settings;
-        /// What stands there after the settings were changed to 5, 6 and true.
-        const char* saved;
-    };
     const std::string direct =
         Xml("PresetID", "ui4", "6") + Xml("EditMode", "ui4", "5") + Xml("CropMode", "boolean", "1");
-    for (const auto& [content, settings, saved] : {
-             Case{"", {0, 0, false}, ""},
-             Case{"<Crop/>", {0, 0, false}, "<Crop/>"},
-             Case{"<EditMode>3</EditMode><CropMode>1</CropMode>", {3, 0, true}, ""},
-             Case{"<Crop><EditMode>3</EditMode><CropMode>-1</CropMode></Crop><EditMode>9</EditMode><PresetID>2</"
-                  "PresetID>",
-                  {3, 2, true},
-                  "<Crop><EditMode dt:dt=\"ui4\">5</EditMode><CropMode dt:dt=\"boolean\">1</CropMode></Crop>"},
-         }) {
+    // Content, settings, and what stands there after they were changed to 5, 6 and true.
+    const std::tuple<const char*, CropSettings, const char*> cases[]{
+        {"", {0, 0, false}, ""},
+        {"<Crop/>", {0, 0, false}, "<Crop/>"},
+        {"<EditMode>3</EditMode><CropMode>1</CropMode>", {3, 0, true}, ""},
+        {"<Crop><EditMode>3</EditMode><CropMode>-1</CropMode></Crop><EditMode>9</EditMode><PresetID>2</PresetID>",
+         {3, 2, true},
+         "<Crop><EditMode dt:dt=\"ui4\">5</EditMode><CropMode dt:dt=\"boolean\">1</CropMode></Crop>"}};
+    for (const auto& [content, settings, saved] : cases) {
         CZXPCropSourceImpl crop;
-        XmlElement data = XmlElement::Parse(PlugInData(content));
+        XmlElement data = PlugInData(content);
         ASSERT_EQ(S_OK, crop.Load(data.Get())) << content;
         EXPECT_EQ(SettingsOf(crop), settings) << content;
         crop.put_EditMode(5);
@@ -500,9 +487,9 @@ TEST(ParameterSet, LoadsOverWhatIsDeclared)
     set.Add(Named(ZXP_PARAM_MASK_WIDTH, Variant(1.5), "Mask Width"));
     set.Add(Named(ZXP_PARAM_EFFECT_ID, Variant(LONG{1027}), "Effect ID"));
     EXPECT_THROW(set.Add(Named(ZXP_PARAM_EFFECT_ID, Variant(), "")), Error);
-    set.Load(XmlElement::Parse(PlugInData("<ParameterSet><Parameter><Usage>3</Usage>" + Xml("Value", "i4", "5") +
-                                          "<ParamID>0</ParamID></Parameter><other/><Parameter><ParamID>77</ParamID>"
-                                          "</Parameter></ParameterSet>")));
+    set.Load(PlugInData("<ParameterSet><Parameter><Usage>3</Usage>" + Xml("Value", "i4", "5") +
+                        "<ParamID>0</ParamID></Parameter><other/><Parameter><ParamID>77</ParamID></Parameter>"
+                        "</ParameterSet>"));
     ULONG count = 0;
     set.get_Count(&count);
     EXPECT_EQ(count, 3u);
@@ -516,9 +503,8 @@ TEST(ParameterSet, LoadsOverWhatIsDeclared)
 
     for (const std::string& bad : {"<ParamID>0</ParamID>" + Xml("Value", "i4", "many"), Xml("Value", "i4", "1"),
                                    std::string("<ParamID>x</ParamID>")}) {
-        const XmlElement data =
-            XmlElement::Parse(PlugInData("<ParameterSet><Parameter><ParamID>78</ParamID></Parameter><Parameter>" + bad +
-                                         "</Parameter></ParameterSet>"));
+        const XmlElement data = PlugInData("<ParameterSet><Parameter><ParamID>78</ParamID></Parameter><Parameter>" +
+                                           bad + "</Parameter></ParameterSet>");
         EXPECT_THROW(set.Load(data), Error) << bad;
         EXPECT_FALSE(set.Has(78)) << bad;
         EXPECT_EQ(set.Value(ZXP_PARAM_EFFECT_ID).lVal, 5) << bad;

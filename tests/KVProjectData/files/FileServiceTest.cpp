@@ -3,7 +3,7 @@
 #include "KVProjectData/ResultCodes.h"
 #include "platform/system/MessageBox.h"
 #include "platform/xml/Element.h"
-#include "support/Host.h"
+#include "support/Contents.h"
 
 namespace kv::test {
 namespace {
@@ -16,32 +16,12 @@ std::string Utf16File(std::string_view text)
     return bytes;
 }
 
-/// Keeps the message boxes that would have been shown.
-class MessageBoxes {
-public:
-    MessageBoxes()
-    {
-        SetMessageBoxHook([this](std::u16string_view text, std::u16string_view caption) {
-            shown.emplace_back(std::u16string(caption) + u": " + std::u16string(text));
-        });
-    }
-    MessageBoxes(const MessageBoxes&) = delete;
-    MessageBoxes& operator=(const MessageBoxes&) = delete;
-    ~MessageBoxes() { SetMessageBoxHook({}); }
-
-    std::vector<std::u16string> shown;
-};
-
-Bstr WithPrefix(const Bstr& file)
-{
-    return Bstr(std::u16string(u"file::").append(file.View()));
-}
-
 class FileServiceTest : public testing::Test {
 protected:
     HRESULT Load(const Bstr& file) { return files->LoadProject(file.Get(), project.Get()); }
     HRESULT Save(const Bstr& file) { return files->SaveProject(file.Get(), project.Get()); }
     std::u16string Label() { return Text(*project.Get(), &IKVProjectData::get_Label); }
+    std::u16string Directory() { return Text(*project.Get(), &IKVProjectData::get_ProjectDirectory); }
 
     TemporaryFolder folder;
     ComPtr<IKVProjectData> project = NewProject();
@@ -53,18 +33,15 @@ TEST_F(FileServiceTest, SavesTheWholeDocumentInUtf16)
     project->put_Label(Str(u"Caf\u00e9").Get());
     project->put_DisplayName(Str(u"C").Get());
     ASSERT_EQ(S_OK, Save(folder.File("Trip.xml")));
-    EXPECT_EQ(folder.Path().u16string(), Text(*project.Get(), &IKVProjectData::get_ProjectDirectory));
+    EXPECT_EQ(folder.Path().u16string(), Directory());
     const std::string bytes = folder.Read("Trip.xml");
     EXPECT_TRUE(bytes.starts_with("\xFF\xFE<"));
-    EXPECT_NE(bytes.npos, bytes.find(Utf16File("encoding=\"UTF-16\"?>").substr(2)));
-    EXPECT_NE(bytes.npos, bytes.find(Utf16File("xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"").substr(2)));
-    EXPECT_NE(bytes.npos, bytes.find(Utf16File("<Productions/>").substr(2)));
-    EXPECT_NE(bytes.npos,
-              bytes.find(Utf16File("<!--DVD Project xml file created using KVProject object.-->").substr(2)));
-
-    const auto again = NewProject();
-    EXPECT_EQ(S_OK, files->LoadProject(folder.File("Trip.xml").Get(), again.Get()));
-    EXPECT_EQ(S_OK, files->SaveProject(folder.File("Again.xml").Get(), again.Get()));
+    for (const char* part : {"encoding=\"UTF-16\"?>", "xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"",
+                             "<Productions/>", "<!--DVD Project xml file created using KVProject object.-->"})
+        EXPECT_NE(bytes.npos, bytes.find(Utf16File(part).substr(2))) << part;
+    project = NewProject();
+    EXPECT_EQ(S_OK, Load(folder.File("Trip.xml")));
+    EXPECT_EQ(S_OK, Save(folder.File("Again.xml")));
     EXPECT_TRUE(bytes == folder.Read("Again.xml"));
 }
 
@@ -91,33 +68,33 @@ TEST_F(FileServiceTest, SavesWhatTheProjectWritesIntoADocument)
 
 TEST_F(FileServiceTest, DropsAPrefixAtTheStartOfANameOnly)
 {
-    ASSERT_EQ(S_OK, Save(WithPrefix(folder.File("Trip.xml"))));
-    EXPECT_FALSE(folder.Read("Trip.xml").empty());
-    EXPECT_EQ(S_OK, Load(WithPrefix(folder.File("Trip.xml"))));
+    const Bstr prefixed(std::u16string(u"file::").append(folder.File("Trip.xml").View()));
+    ASSERT_EQ(S_OK, Save(prefixed));
+    EXPECT_EQ(S_OK, Load(prefixed));
     ASSERT_EQ(S_OK, Save(folder.File("a file::b.xml")));
-    EXPECT_FALSE(folder.Read("a file::b.xml").empty());
+    for (const char* name : {"Trip.xml", "a file::b.xml"})
+        EXPECT_FALSE(folder.Read(name).empty()) << name;
 }
 
 TEST_F(FileServiceTest, NamesALoadedProjectAfterItsFileWhereItHasNoName)
 {
     project->put_Label(Str(u"kept").Get());
     ASSERT_EQ(S_OK, Save(folder.File("Holiday.v2.xml")));
-    const auto loaded = NewProject();
-    ASSERT_EQ(S_OK, files->LoadProject(folder.File("Holiday.v2.xml").Get(), loaded.Get()));
-    EXPECT_EQ(u"kept", Text(*loaded.Get(), &IKVProjectData::get_Label));
-    EXPECT_EQ(u"Holiday.v2", Text(*loaded.Get(), &IKVProjectData::get_DisplayName));
-    EXPECT_EQ(folder.Path().u16string(), Text(*loaded.Get(), &IKVProjectData::get_ProjectDirectory));
+    project = NewProject();
+    ASSERT_EQ(S_OK, Load(folder.File("Holiday.v2.xml")));
+    EXPECT_EQ(u"kept", Label());
+    EXPECT_EQ(u"Holiday.v2", Text(*project.Get(), &IKVProjectData::get_DisplayName));
+    EXPECT_EQ(folder.Path().u16string(), Directory());
 }
 
 TEST_F(FileServiceTest, RefusesArgumentsThatAreNone)
 {
     const auto stranger = ParseXml(u"<a/>");
     const Bstr file = folder.File("x.xml");
-    EXPECT_EQ(E_INVALIDARG, files->SaveProject(nullptr, project.Get()));
     project->put_ProjectDirectory(Str(u"kept").Get());
-    EXPECT_EQ(E_INVALIDARG, files->SaveProject(Str(u"").Get(), project.Get()));
-    EXPECT_EQ(E_INVALIDARG, files->SaveProject(Str(u"file::").Get(), project.Get()));
-    EXPECT_EQ(u"kept", Text(*project.Get(), &IKVProjectData::get_ProjectDirectory));
+    for (const Bstr& name : {Bstr(), Str(u""), Str(u"file::")})
+        EXPECT_EQ(E_INVALIDARG, Save(name));
+    EXPECT_EQ(u"kept", Directory());
     for (IUnknown* object : {static_cast<IUnknown*>(nullptr), static_cast<IUnknown*>(stranger.Get())}) {
         EXPECT_EQ(E_POINTER, files->SaveProject(file.Get(), object));
         EXPECT_EQ(E_POINTER, files->LoadProject(file.Get(), object));
@@ -132,34 +109,23 @@ TEST_F(FileServiceTest, RefusesArgumentsThatAreNone)
     EXPECT_EQ(u"%X%/a", Bstr::Attach(path).View());
 }
 
-TEST_F(FileServiceTest, SaysWhichFileIsMissing)
+TEST_F(FileServiceTest, LeavesTheProjectAloneWhenAFileIsMissingOrDoesNotParse)
 {
-    const MessageBoxes boxes;
-    project->put_Label(Str(u"kept").Get());
-    EXPECT_EQ(E_INVALIDARG, Load(folder.File("none.xml")));
-    EXPECT_EQ((std::vector{u"No such file: " + std::u16string(folder.File("none.xml").View())}), boxes.shown);
-    EXPECT_EQ(u"kept", Label());
-}
-
-TEST_F(FileServiceTest, LeavesTheProjectAloneWhenAFileDoesNotParse)
-{
-    const std::vector<std::pair<const char*, std::string>> broken{
-        {"nothing", ""},
-        {"no markup", "Dear diary"},
-        {"a half", "<Root><Project"},
-        {"two roots", "<Root/><Root/>"},
-        {"an attribute twice", "<Root><Project label='a' label='b'/></Root>"},
-        {"an odd byte", "\xFF\xFE<"},
-        {"a false encoding", "<?xml version='1.0' encoding='UTF-16'?><Root/>"},
-        {"bad UTF-8", "<Root label='\xC3('/>"},
-        {"an entity bomb", "<!DOCTYPE a [<!ENTITY b 'bb'><!ENTITY c '&b;&b;'>]><a>&c;</a>"},
-        {"a foreign entity", "<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>"},
-        {"a zero", std::string("<Root>\0</Root>", 14)}};
     project->put_Label(Str(u"kept").Get());
     project->AddTitle(0, nullptr);
-    for (const auto& [what, content] : broken) {
+    std::u16string shown;
+    SetMessageBoxHook([&](std::u16string_view text, std::u16string_view caption) {
+        shown.append(caption).append(u": ").append(text);
+    });
+    EXPECT_EQ(E_INVALIDARG, Load(folder.File("none.xml")));
+    SetMessageBoxHook({});
+    EXPECT_EQ(u"No such file: " + std::u16string(folder.File("none.xml").View()), shown);
+    for (const std::string& content :
+         {std::string(), std::string("<Root><Project"), std::string("<Root><Project label='a' label='b'/></Root>"),
+          std::string("<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>"),
+          std::string("<Root>\0</Root>", 14)}) {
         folder.Write("bad.xml", content);
-        EXPECT_EQ(KV_E_FILE_DOES_NOT_PARSE, Load(folder.File("bad.xml"))) << what;
+        EXPECT_EQ(KV_E_FILE_DOES_NOT_PARSE, Load(folder.File("bad.xml"))) << content;
     }
     EXPECT_EQ(KV_E_FILE_DOES_NOT_PARSE, Load(Bstr(folder.Path().u16string()))) << "a folder";
     EXPECT_EQ(u"kept", Label());
@@ -226,13 +192,11 @@ TEST_F(FileServiceTest, KeepsTheOldFileWhenASaveFails)
         EXPECT_TRUE(FAILED(Save(folder.File("Trip.xml"))));
     }
     EXPECT_EQ(before, folder.Read("Trip.xml"));
-    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(folder.Path()), {})) << "no temporary file is left";
+    EXPECT_EQ(1, folder.Entries()) << "no temporary file is left";
     EXPECT_TRUE(FAILED(Save(folder.File("none/Trip.xml")))) << "no such folder";
     EXPECT_TRUE(FAILED(Save(Bstr(folder.Path().u16string())))) << "a folder";
 
-    project->AddTitle(0, nullptr);
-    ComPtr<IKVTitle> title;
-    project->GetTitle(1, title.Put());
+    const auto title = AddTitle(*project.Get());
     title->put_Label(Str(u"\u0001").Get());
     EXPECT_EQ(E_INVALIDARG, Save(folder.File("Trip.xml")));
     EXPECT_EQ(before, folder.Read("Trip.xml"));
@@ -244,9 +208,7 @@ TEST_F(FileServiceTest, KeepsTheOldFileWhenASaveFails)
 TEST_F(FileServiceTest, PersistsIntoAndOutOfANode)
 {
     project->put_Label(Str(u"inside").Get());
-    const auto document = ParseXml(u"<Snapshot/>");
-    ComPtr<IXMLDOMElement> root;
-    document->get_documentElement(root.Put());
+    const auto root = ParseElement(u"<Snapshot/>");
     EXPECT_EQ(S_OK, files->PersistToXML(root.Get(), project.Get()));
     project->put_Label(Str(u"changed").Get());
     EXPECT_EQ(S_OK, files->PersistFromXML(root.Get(), project.Get()));

@@ -1,10 +1,9 @@
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/persistence/XMLDataLoader.h"
 #include "KVProjectData/tree/ObjectID.h"
-#include "platform/com/TaskMemory.h"
 #include "platform/system/ErrorReporter.h"
 #include "platform/system/Locale.h"
-#include "support/Host.h"
+#include "support/Contents.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -23,20 +22,13 @@ protected:
         EXPECT_EQ(S_OK, project->loadXML(ParseXml(xml).Get()));
     }
 
-    ComPtr<IKVTitle> Title(LONG position)
+    ComPtr<IKVTitle> Title(LONG position) { return TitleAt(*project.Get(), position); }
+    LONG Bitrate(LONG title)
     {
-        ComPtr<IKVTitle> title;
-        project->GetTitle(position, title.Put());
-        return title;
+        return ValueOf(*Query<IKVEncodingParams>(Title(title)).Get(), &IKVEncodingParams::get_VideoBitrate);
     }
-
-    std::vector<LONG> TitleIds()
-    {
-        std::vector<LONG> ids;
-        for (LONG i = 1; const auto title = Title(i); ++i)
-            ids.push_back(ValueOf(*title.Get(), &IKVTitle::get_ID));
-        return ids;
-    }
+    std::vector<LONG> Titles() { return TitleIds(*project.Get()); }
+    std::u16string Label() { return Text(*project.Get(), &IKVProjectData::get_Label); }
 
     ComPtr<IKVProjectData> project = NewProject();
 };
@@ -96,8 +88,8 @@ TEST_F(LoadingTest, LooksForTheProjectTwoLevelsBelowTheNode)
         ASSERT_EQ(S_OK, document->selectSingleNode(Str(path).Get(), node.Put())) << ToUtf8(path);
         const bool reaches = std::u16string_view(path) != u"/";
         EXPECT_EQ(S_OK, project->loadXML(node.Get()));
-        EXPECT_EQ(reaches ? u"inner" : u"", Text(*project.Get(), &IKVProjectData::get_Label)) << ToUtf8(path);
-        EXPECT_EQ(reaches ? 1u : 0u, TitleIds().size()) << ToUtf8(path);
+        EXPECT_EQ(reaches ? u"inner" : u"", Label()) << ToUtf8(path);
+        EXPECT_EQ(reaches ? 1u : 0u, Titles().size()) << ToUtf8(path);
     }
 }
 
@@ -106,12 +98,12 @@ TEST_F(LoadingTest, StartsFromAClearedProject)
     project->put_Label(Str(u"old").Get());
     project->AddTitle(0, nullptr);
     EXPECT_EQ(KV_E_NO_XML_NODE, project->loadXML(nullptr));
-    EXPECT_EQ(u"old", Text(*project.Get(), &IKVProjectData::get_Label));
-    EXPECT_EQ(1u, TitleIds().size());
+    EXPECT_EQ(u"old", Label());
+    EXPECT_EQ(1u, Titles().size());
     Load(u"", u"DiscSize='1'");
-    EXPECT_EQ(u"", Text(*project.Get(), &IKVProjectData::get_Label));
+    EXPECT_EQ(u"", Label());
     EXPECT_EQ(SZ_CD650, ValueOf(*project.Get(), &IKVProjectData::get_DiscSize));
-    EXPECT_TRUE(TitleIds().empty());
+    EXPECT_TRUE(Titles().empty());
 }
 
 TEST_F(LoadingTest, MakesOfEveryTextWhatASaveTellsAgain)
@@ -131,12 +123,19 @@ TEST_F(LoadingTest, MakesOfEveryTextWhatASaveTellsAgain)
         }
         return all;
     };
-    EXPECT_EQ(u"3 (DVD_dashVR)|3 (DVD_dashVR)|3 (DVD_dashVR)|0 ()|0 ()|-7 (unknown)|12 (unknown)|",
-              saved(u"discFormat", {u"3 (any)", u"3", u"  3 (DVD_dashVR)", u"DVD_Video", u"", u"-7x", u"+12"}));
+    EXPECT_EQ(u"3 (DVD_dashVR)|3 (DVD_dashVR)|11 (AVCHD)|0 ()|0 ()|-7 (unknown)|12 (unknown)|",
+              saved(u"discFormat", {u"3 (any)", u"  3 (DVD_dashVR)", u"11", u"DVD_Video", u"", u"-7x", u"+12"}));
+    EXPECT_EQ(u"9 (BluRay_50)|10 (unknown)|", saved(u"DiscSize", {u"9", u"10"}));
+    EXPECT_EQ(u"5 (Archive_TitleImageSources|Archive_MenuSources)|"
+              u"65 (Archive_TitleImageSources|Cmd_PlayRemainingTitles)|128 ()|"
+              u"4294967295 (Archive_TitleImageSources|Archive_TitleVideoSources|Archive_MenuSources|"
+              u"Audio_NormalizeLevels|Video_ProgressiveOutput|Editor_BtnFreeResizing|Cmd_PlayRemainingTitles)|",
+              saved(u"options", {u"5", u"65", u"128", u"4294967295"}));
     EXPECT_EQ(u"2147483648 ()|2147483648 ()|2147483648 ()|4294967168 ()|4294967168 ()|",
               saved(u"options", {u"2147483648 (x)", u"-2147483648", u"-99999999999999999999", u"4294967168", u"-128"}));
-    EXPECT_EQ(u"1234.5|4700000000|1e+300|1.5e-07|0|0|0|" + ofComma,
-              saved(u"vobSize", {u"1234.5", u"4700000000", u"1e+300", u"1.5e-7", u"inf", u"nan", u"1e999", u"12,5"}));
+    EXPECT_EQ(
+        u"0.1|1234.5|4700000000|1e+300|1.5e-07|0|0|0|" + ofComma,
+        saved(u"vobSize", {u"0.1", u"1234.5", u"4700000000", u"1e+300", u"1.5e-7", u"inf", u"nan", u"1e999", u"12,5"}));
     EXPECT_EQ(u"5|5|5|5|", saved(u"stillWaitSecs", {u"99999999999", u"-2147483649", u"1e40", u"NaN"}));
     Load(u"", u"options='99999999999999999999'");
     EXPECT_EQ(0xFFFFFFFF, ValueOf(*project.Get(), &IKVProjectData::get_Options));
@@ -172,11 +171,7 @@ TEST(LoaderTest, EndsForLackOfMemoryOnly)
 
 TEST_F(LoadingTest, KeepsTheIdsOfADocumentAndNumbersTheRestAfterThem)
 {
-    const LONG next = [this] {
-        ComPtr<IKVTitle> title;
-        project->AddTitle(0, title.Put());
-        return ValueOf(*title.Get(), &IKVTitle::get_ID) + 50;
-    }();
+    const LONG next = IdOf(AddTitle(*project.Get())) + 50;
     const auto title = [](LONGLONG id) { return u"<Title ID='" + ToUtf16(std::to_string(id)) + u"'/>"; };
     // Whatever number the counter stands at, a later element has it.
     std::u16string titles = u"<Titles><Title/><Title ID='0'/>";
@@ -185,7 +180,7 @@ TEST_F(LoadingTest, KeepsTheIdsOfADocumentAndNumbersTheRestAfterThem)
     for (const LONGLONG id : std::initializer_list<LONGLONG>{2147483647, 2146483648, 4294967291, next})
         titles += title(id);
     Load(titles + u"</Titles>");
-    const std::vector<LONG> ids = TitleIds();
+    const std::vector<LONG> ids = Titles();
     ASSERT_EQ(56u, ids.size());
     EXPECT_GT(ids[0], next);
     EXPECT_GT(ids[1], ids[0]);
@@ -195,10 +190,8 @@ TEST_F(LoadingTest, KeepsTheIdsOfADocumentAndNumbersTheRestAfterThem)
     ComPtr<IUnknown> found;
     EXPECT_EQ(S_OK, project->FindByID(next, found.Put()));
     EXPECT_EQ(Query<IUnknown>(Title(3)), found) << "the first of those that share it";
-    ComPtr<IKVTitle> fresh;
-    project->AddTitle(0, fresh.Put());
-    EXPECT_GT(ValueOf(*fresh.Get(), &IKVTitle::get_ID), ids[1]);
-    EXPECT_LT(ValueOf(*fresh.Get(), &IKVTitle::get_ID), 2146483648) << "IDs left for a host's work";
+    const LONG fresh = IdOf(AddTitle(*project.Get()));
+    EXPECT_TRUE(fresh > ids[1] && fresh < 2146483648) << fresh << ": IDs are left for a host's work";
 }
 
 TEST(ObjectIDTest, LooksForFreeIdsNearTheEnd)
@@ -229,15 +222,12 @@ TEST_F(LoadingTest, PassesOverAndReportsWhatItDoesNotKnow)
          u"<DataFiles><Title/><File tag='3'><Title/>a\nb</File></DataFiles><Title/>"
          u"<Palette><Project label='below a leaf'/></Palette><File><Project label='below a leaf'/></File>",
          u"unknown='1' label='L'");
-    EXPECT_EQ(u"L", Text(*project.Get(), &IKVProjectData::get_Label));
-    ASSERT_EQ(1u, TitleIds().size());
+    EXPECT_EQ(u"L", Label());
+    ASSERT_EQ(1u, Titles().size());
     EXPECT_EQ(u"one", Text(*Title(1).Get(), &IKVTitle::get_Label));
-    EXPECT_EQ(5, ValueOf(*Query<IKVEncodingParams>(Title(1)).Get(), &IKVEncodingParams::get_VideoBitrate));
+    EXPECT_EQ(5, Bitrate(1));
     EXPECT_EQ(1, ValueOf(*project.Get(), &IKVProjectData::get_DataFileCount));
-    LONG count = -1;
-    DiscCommandParams* none = nullptr;
-    EXPECT_EQ(S_OK, Query<IKVCommandList>(project)->GetCommandList(&count, &none));
-    EXPECT_EQ(0, count);
+    EXPECT_TRUE(CommandsOf(project.Get()).empty());
     const std::string misplaced = ": the element does not belong here";
     const std::string unknown = ": the element is not known";
     EXPECT_THAT(
@@ -280,7 +270,7 @@ TEST_F(LoadingTest, ReportsTheFirstPlacesAndCountsTheRest)
     for (int i = 0; i < 1'000; ++i)
         titles += u"<Title ID='" + std::u16string(i, u'\u20ac') + u"'/>";
     Load(u"<Titles>" + titles + u"</Titles>");
-    EXPECT_EQ(1'000u, TitleIds().size());
+    EXPECT_EQ(1'000u, Titles().size());
     ASSERT_EQ(201u, reports.lines.size());
     EXPECT_EQ("/Root/Project/Titles/Title[2]/@ID: the value \"\u20ac\" cannot be read", reports.lines[1]);
     EXPECT_EQ(std::string("/Root/Project/Titles/Title[200]/@ID: the value \"") + ToUtf8(std::u16string(26, u'\u20ac')) +
@@ -301,8 +291,8 @@ TEST_F(LoadingTest, LeavesWhatCannotBeReadAsItIsAndLoadsTheRest)
                                    "/Root/Project/Titles/Title[1]/@stillWaitSecs: the value \"many\" cannot be read"));
     EXPECT_EQ(0u, ValueOf(*project.Get(), &IKVProjectData::get_OnDiscSize));
     EXPECT_EQ(3, ValueOf(*project.Get(), &IKVProjectData::get_RemainingCaptures));
-    ASSERT_EQ(2u, TitleIds().size());
-    EXPECT_EQ(5, ValueOf(*Query<IKVEncodingParams>(Title(1)).Get(), &IKVEncodingParams::get_VideoBitrate));
+    ASSERT_EQ(2u, Titles().size());
+    EXPECT_EQ(5, Bitrate(1));
     EXPECT_EQ(5, ValueOf(*Title(1).Get(), &IKVTitle::get_StillWaitTime));
     EXPECT_EQ(2u, ValueOf(*Title(1).Get(), &IKVTitle::get_Tag));
     EXPECT_EQ(u"good", Text(*Title(2).Get(), &IKVTitle::get_Label));
@@ -313,21 +303,14 @@ TEST_F(LoadingTest, LeavesWhatCannotBeReadAsItIsAndLoadsTheRest)
 
 TEST_F(LoadingTest, KeepsTheXmlOfCommandsByName)
 {
-    const auto fragmentAfter = [this](std::u16string_view child) {
+    for (const auto& [child, kept] : {std::pair{u"<file a='1'><b/></file>", u"6 0 0 <file a=\"1\"><b/></file>"},
+                                      {u"<effect/><file/>", u"6 0 0 <effect/>"},
+                                      {u"<File/>", u"6 0 0"},
+                                      {u"<!-- first --><file/>", u"6 0 0"},
+                                      {u"", u"6 0 0"}}) {
         Load(std::u16string(u"<Commands><PlayClip code='6'>").append(child).append(u"</PlayClip></Commands>"));
-        LONG count = 0;
-        DiscCommandParams* records = nullptr;
-        EXPECT_EQ(S_OK, Query<IKVCommandList>(project)->GetCommandList(&count, &records));
-        const UniqueTaskMem<DiscCommandParams> owned(records);
-        if (count != 1) return std::u16string(u"<no command>");
-        const auto xml = ComPtr<IXMLDOMNode>::Attach(records->pXMLData);
-        return xml ? XmlOf(*xml) : std::u16string();
-    };
-    EXPECT_EQ(u"<file a=\"1\"><b/></file>", fragmentAfter(u"<file a='1'><b/></file>"));
-    EXPECT_EQ(u"<effect/>", fragmentAfter(u"<effect/><file/>"));
-    EXPECT_EQ(u"", fragmentAfter(u"<File/>"));
-    EXPECT_EQ(u"", fragmentAfter(u"<!-- first --><file/>"));
-    EXPECT_EQ(u"", fragmentAfter(u""));
+        EXPECT_EQ(std::vector<std::u16string>{kept}, CommandsOf(project.Get()));
+    }
 }
 
 TEST_F(LoadingTest, BearsTheDeepestDocument)
@@ -336,7 +319,7 @@ TEST_F(LoadingTest, BearsTheDeepestDocument)
     for (int level = 3; level < 255; level += 2)
         deep = u"<Titles><Title>" + deep + u"</Title></Titles>";
     Load(deep);
-    EXPECT_EQ(1u, TitleIds().size());
+    EXPECT_EQ(1u, Titles().size());
 }
 
 } // namespace

@@ -20,42 +20,25 @@ protected:
     void SetUp() override { RegisterServers(); }
 };
 
-TEST_F(ServerTest, RegistersItsClassesUnderAllTheirNames)
+TEST_F(ServerTest, RegistersItsClassesByTheirNames)
 {
-    struct Class {
-        const CLSID& clsid;
-        std::u16string name;
-        std::u16string friendlyName;
-    };
-    for (const Class& c : {Class{CLSID_KVProjectData, PROGID_KVProjectData, u"CKVProjectData Object"},
-                           {CLSID_KVCommandList, PROGID_KVCommandList, u"CKVCommandList Object"},
-                           {CLSID_KVEncodingParams, PROGID_KVEncodingParams, u"CKVEncodingParams Object"},
-                           {CLSID_KVFileService, PROGID_KVFileService, u"CKVFileService Object"}}) {
-        const std::u16string clsid = GuidText(c.clsid);
-        const std::u16string key = u"CLSID\\" + clsid;
-        EXPECT_EQ(c.friendlyName, DefaultOf(c.name));
-        EXPECT_EQ(clsid, DefaultOf(c.name + u"\\CLSID"));
-        EXPECT_EQ(c.name + u".1", DefaultOf(c.name + u"\\CurVer"));
-        EXPECT_EQ(c.friendlyName, DefaultOf(c.name + u".1"));
-        EXPECT_EQ(clsid, DefaultOf(c.name + u".1\\CLSID"));
-        EXPECT_EQ(c.friendlyName, DefaultOf(key));
-        EXPECT_EQ(c.name + u".1", DefaultOf(key + u"\\ProgID"));
-        EXPECT_EQ(c.name, DefaultOf(key + u"\\VersionIndependentProgID"));
-        EXPECT_TRUE(Registry::KeyExists(Hive::ClassesRoot, key + u"\\Programmable"));
-        const std::filesystem::path library(DefaultOf(key + u"\\InprocServer32"));
+    for (const auto& [clsid, name, friendlyName] :
+         {std::tuple{CLSID_KVProjectData, PROGID_KVProjectData, u"CKVProjectData Object"},
+          {CLSID_KVCommandList, PROGID_KVCommandList, u"CKVCommandList Object"},
+          {CLSID_KVEncodingParams, PROGID_KVEncodingParams, u"CKVEncodingParams Object"},
+          {CLSID_KVFileService, PROGID_KVFileService, u"CKVFileService Object"}}) {
+        EXPECT_EQ(friendlyName, DefaultOf(name));
+        EXPECT_EQ(std::u16string(name) + u".1", DefaultOf(std::u16string(name) + u"\\CurVer"));
+        const std::filesystem::path library(DefaultOf(u"CLSID\\" + GuidText(clsid) + u"\\InprocServer32"));
         EXPECT_TRUE(library.is_absolute() && std::filesystem::exists(library)) << library;
-        EXPECT_EQ(u"both", Registry::QueryText(Hive::ClassesRoot, key + u"\\InprocServer32", u"ThreadingModel"));
-        EXPECT_EQ(GuidText(LIBID_KVProjectData), Registry::QueryText(Hive::ClassesRoot, key, u"AppID"));
-        EXPECT_EQ(GuidText(LIBID_KVProjectData), DefaultOf(key + u"\\TypeLib"));
         CLSID found = {};
-        EXPECT_EQ(S_OK, CLSIDFromProgID(c.name.c_str(), &found));
-        EXPECT_EQ(c.clsid, found);
+        EXPECT_EQ(S_OK, CLSIDFromProgID(name, &found));
+        EXPECT_EQ(clsid, found);
     }
-    const std::u16string library = u"TypeLib\\" + GuidText(LIBID_KVProjectData) + u"\\1.0";
-    EXPECT_EQ(u"KVProjectData 1.0 Type Library", DefaultOf(library));
-    EXPECT_EQ(u"KVProjectData", DefaultOf(u"AppID\\" + GuidText(LIBID_KVProjectData)));
-    EXPECT_EQ(GuidText(LIBID_KVProjectData),
-              Registry::QueryText(Hive::ClassesRoot, u"AppID\\KVProjectData.dll", u"AppID"));
+    const std::u16string library = GuidText(LIBID_KVProjectData);
+    EXPECT_EQ(u"KVProjectData 1.0 Type Library", DefaultOf(u"TypeLib\\" + library + u"\\1.0"));
+    EXPECT_EQ(u"KVProjectData", DefaultOf(u"AppID\\" + library));
+    EXPECT_EQ(library, Registry::QueryText(Hive::ClassesRoot, u"AppID\\KVProjectData.dll", u"AppID"));
 }
 
 TEST_F(ServerTest, LeavesNothingBehindButTheApplicationsKey)
@@ -106,21 +89,14 @@ TEST_F(ServerTest, RegistersForOneUserWithoutTouchingTheMachine)
     EXPECT_EQ(5u, keysIn(Hive::LocalMachine));
 }
 
-TEST_F(ServerTest, HandsOutOneClassObjectForEachOfItsClasses)
+TEST_F(ServerTest, CreatesNoneButItsClasses)
 {
-    ComPtr<IClassFactory> first;
-    ComPtr<IClassFactory> second;
-    EXPECT_EQ(S_OK, CoGetClassObject(CLSID_KVProjectData, CLSCTX_ALL, nullptr, IClassFactory::IID, first.PutVoid()));
-    EXPECT_EQ(S_OK, CoGetClassObject(CLSID_KVProjectData, CLSCTX_ALL, nullptr, IClassFactory::IID, second.PutVoid()));
-    EXPECT_EQ(first, second);
-
     // A class identity that is registered for the library without being one of its classes.
     constexpr CLSID kNotCreatable = "7d1b3a57-6c0e-4f0e-9d54-0b6f4cb1a9c2"_guid;
     const std::u16string path = DefaultOf(u"CLSID\\" + GuidText(CLSID_KVProjectData) + u"\\InprocServer32");
     Registry::Set(Hive::ClassesRoot, u"CLSID\\" + GuidText(kNotCreatable) + u"\\InprocServer32", {}, path);
-    IUnknown* none = nullptr;
-    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
-              CoCreateInstance(kNotCreatable, nullptr, CLSCTX_ALL, IUnknown::IID, reinterpret_cast<void**>(&none)));
+    ComPtr<IUnknown> none;
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, CreateInstance(kNotCreatable, none));
     Registry::DeleteTree(Hive::ClassesRoot, u"CLSID\\" + GuidText(kNotCreatable));
 }
 
@@ -154,25 +130,20 @@ TEST_F(ServerTest, ServesAHostThatBindsLate)
     ComPtr<IDispatch> object;
     ASSERT_EQ(S_OK, CreateInstance(clsid, object));
     ScriptHost project(object.Get());
-    project.Put(u"label", Variant(u"Trip"));
-    project.Put(u"DISCFORMAT", Variant(u"7"));
-    project.Put(u"MenuLess", Variant(u"true"));
-    EXPECT_EQ(u"Trip", project.Get(u"Label"));
-    EXPECT_EQ(u"7", project.Get(u"DiscFormat"));
-    EXPECT_EQ(u"-1", project.Get(u"MenuLess"));
-
-    IKVTitle* title = nullptr;
-    std::vector<Variant> arguments;
-    arguments.emplace_back(LONG{0});
+    for (const auto& [name, spelled, text, read] : {std::tuple{u"label", u"Label", u"Trip", u"Trip"},
+                                                    {u"DISCFORMAT", u"DiscFormat", u"7", u"7"},
+                                                    {u"MenuLess", u"MenuLess", u"true", u"-1"}}) {
+        project.Put(name, Variant(text));
+        EXPECT_EQ(read, project.Get(spelled));
+    }
+    ComPtr<IDispatch> title;
     Variant out;
     out.vt = VT_DISPATCH | VT_BYREF;
-    out.ppdispVal = reinterpret_cast<IDispatch**>(&title);
-    arguments.push_back(out);
-    project.Call(u"AddTitle", DISPATCH_METHOD, std::move(arguments));
-    ASSERT_NE(nullptr, title);
-    const auto owned = ComPtr<IKVTitle>::Attach(title);
-    ScriptHost(owned.Get()).Put(u"StillWaitTime", Variant(u"12"));
-    EXPECT_EQ(12, ValueOf(*owned.Get(), &IKVTitle::get_StillWaitTime));
+    out.ppdispVal = title.Put();
+    project.Call(u"AddTitle", DISPATCH_METHOD, {Variant(LONG{0}), out});
+    ASSERT_TRUE(title);
+    ScriptHost(title.Get()).Put(u"StillWaitTime", Variant(u"12"));
+    EXPECT_EQ(12, ValueOf(*Query<IKVTitle>(title).Get(), &IKVTitle::get_StillWaitTime));
     EXPECT_EQ(u"1", project.Get(u"TitleCount"));
 }
 

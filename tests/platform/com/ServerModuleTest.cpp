@@ -4,6 +4,7 @@
 #include "platform/system/Registry.h"
 
 #include <filesystem>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -85,27 +86,33 @@ TEST_F(ServerModuleTest, HandsOutOneClassObjectAClass)
     const auto first = ClassObject(kCounterClass);
     EXPECT_EQ(first, ClassObject(kCounterClass));
     EXPECT_FALSE(first == ClassObject(kFailingClass));
-
-    void* none = &none;
-    EXPECT_EQ(module.GetClassObject(kOtherClass, IClassFactory::IID, &none), CLASS_E_CLASSNOTAVAILABLE);
-    EXPECT_EQ(none, nullptr);
-    none = &none;
-    EXPECT_EQ(module.GetClassObject(kCounterClass, ICounter::IID, &none), E_NOINTERFACE);
-    EXPECT_EQ(none, nullptr);
-    EXPECT_EQ(module.GetClassObject(kCounterClass, IClassFactory::IID, nullptr), E_POINTER);
 }
 
-TEST_F(ServerModuleTest, HandsOutNothingUnlessInitialised)
+TEST_F(ServerModuleTest, FailuresHandOutNothing)
 {
+    using Factory = IClassFactory;
     const auto factory = ClassObject(kCounterClass);
-    module.Terminate();
-    void* none = &none;
-    EXPECT_EQ(module.GetClassObject(kCounterClass, IClassFactory::IID, &none), E_UNEXPECTED);
-    EXPECT_EQ(none, nullptr);
-    // What a client still holds stays valid, and creates nothing.
-    none = &none;
-    EXPECT_EQ(factory->CreateInstance(nullptr, ICounter::IID, &none), E_UNEXPECTED);
-    EXPECT_EQ(none, nullptr);
+    const auto outer = kv::Make<Outer>();
+    const auto failing = ClassObject(kFailingClass);
+    const std::pair<HRESULT, std::function<HRESULT(void**)>> cases[]{
+        {CLASS_E_CLASSNOTAVAILABLE, [&](void** o) { return module.GetClassObject(kOtherClass, Factory::IID, o); }},
+        {E_NOINTERFACE, [&](void** o) { return module.GetClassObject(kCounterClass, ICounter::IID, o); }},
+        {CLASS_E_NOAGGREGATION, [&](void** o) { return factory->CreateInstance(outer->Inner(), ICounter::IID, o); }},
+        {E_ACCESSDENIED, [&](void** o) { return failing->CreateInstance(nullptr, ICounter::IID, o); }},
+        {E_OUTOFMEMORY, [](void** o) { return kv::CreateObject<Throwing>(nullptr, ICounter::IID, o); }},
+        {E_NOINTERFACE, [](void** o) { return kv::CreateObject<Counter>(nullptr, Factory::IID, o); }},
+        // Then, what a client still holds stays valid, and creates nothing.
+        {E_UNEXPECTED,
+         [&](void** o) { return module.Terminate(), module.GetClassObject(kCounterClass, Factory::IID, o); }},
+        {E_UNEXPECTED, [&](void** o) { return factory->CreateInstance(nullptr, ICounter::IID, o); }}};
+    EXPECT_EQ(module.GetClassObject(kCounterClass, Factory::IID, nullptr), E_POINTER);
+    EXPECT_EQ(kv::CreateObject<Counter>(nullptr, ICounter::IID, nullptr), E_POINTER);
+    EXPECT_EQ(factory->CreateInstance(nullptr, ICounter::IID, nullptr), E_POINTER);
+    for (const auto& [result, call] : cases) {
+        void* none = &none;
+        EXPECT_EQ(call(&none), result);
+        EXPECT_EQ(none, nullptr);
+    }
     EXPECT_EQ(factory->LockServer(true), E_UNEXPECTED);
 }
 
@@ -113,11 +120,10 @@ TEST_F(ServerModuleTest, ObjectsAndLocksKeepTheLibrary)
 {
     const auto factory = ClassObject(kCounterClass);
     EXPECT_EQ(module.CanUnloadNow(), S_OK);
-    EXPECT_EQ(factory->LockServer(true), S_OK);
-    EXPECT_EQ(module.CanUnloadNow(), S_FALSE);
-    EXPECT_EQ(factory->LockServer(false), S_OK);
-    EXPECT_EQ(module.CanUnloadNow(), S_OK);
-
+    for (const BOOL lock : {true, false}) {
+        EXPECT_EQ(factory->LockServer(lock), S_OK);
+        EXPECT_EQ(module.CanUnloadNow(), lock ? S_FALSE : S_OK);
+    }
     ComPtr<ICounter> counter;
     ASSERT_EQ(factory->CreateInstance(nullptr, ICounter::IID, counter.PutVoid()), S_OK);
     EXPECT_EQ(counter->Count(), 1);
@@ -128,28 +134,12 @@ TEST_F(ServerModuleTest, ObjectsAndLocksKeepTheLibrary)
 
 TEST_F(ServerModuleTest, CreatesInnerObjects)
 {
-    const auto factory = ClassObject(kCounterClass);
     const auto outer = kv::Make<Outer>();
-    void* none = &none;
-    EXPECT_EQ(factory->CreateInstance(outer->Inner(), ICounter::IID, &none), CLASS_E_NOAGGREGATION);
-    EXPECT_EQ(none, nullptr);
-
     ComPtr<IUnknown> inner;
-    ASSERT_EQ(factory->CreateInstance(outer->Inner(), IUnknown::IID, inner.PutVoid()), S_OK);
+    ASSERT_EQ(ClassObject(kCounterClass)->CreateInstance(outer->Inner(), IUnknown::IID, inner.PutVoid()), S_OK);
     const auto counter = kv::Query<ICounter>(inner);
     ASSERT_TRUE(counter);
     EXPECT_EQ(kv::Query<IUnknown>(counter).Get(), outer->Inner());
-}
-
-TEST_F(ServerModuleTest, FailuresWhileCreatingLeaveNothingBehind)
-{
-    void* none = &none;
-    EXPECT_EQ(ClassObject(kFailingClass)->CreateInstance(nullptr, ICounter::IID, &none), E_ACCESSDENIED);
-    EXPECT_EQ(none, nullptr);
-    EXPECT_EQ(kv::CreateObject<Throwing>(nullptr, ICounter::IID, &none), E_OUTOFMEMORY);
-    EXPECT_EQ(kv::CreateObject<Counter>(nullptr, IClassFactory::IID, &none), E_NOINTERFACE);
-    EXPECT_EQ(kv::CreateObject<Counter>(nullptr, ICounter::IID, nullptr), E_POINTER);
-    EXPECT_EQ(ClassObject(kCounterClass)->CreateInstance(nullptr, ICounter::IID, nullptr), E_POINTER);
 }
 
 /// What the module asked of the type library, and how it is to answer.
@@ -198,6 +188,13 @@ protected:
         return kv::Registry::QueryText(kv::Hive::ClassesRoot, key, name);
     }
 
+    static std::vector<std::u16string> SubKeys(std::u16string_view key)
+    {
+        std::vector<std::u16string> names;
+        EXPECT_EQ(kv::Registry::SubKeys(kv::Hive::ClassesRoot, key, names), S_OK);
+        return names;
+    }
+
     static bool Exists(std::u16string_view key) { return kv::Registry::KeyExists(kv::Hive::ClassesRoot, key); }
 
     ServerModule module{kv::ServerDescription{.classes = kClasses,
@@ -213,33 +210,30 @@ TEST_F(RegistrationTest, WritesClassesNamesAndApplication)
 {
     ASSERT_EQ(module.RegisterServer(), S_OK);
     EXPECT_EQ(g_typeLibrary.registered, 1);
-
     const std::u16string clsid = u"{33333333-0000-0000-0000-000000000001}";
     const std::u16string key = u"CLSID\\" + clsid;
-    EXPECT_EQ(Text(u"Sample.Counter.1"), u"Counter Object");
-    EXPECT_EQ(Text(u"Sample.Counter.1\\CLSID"), clsid);
-    EXPECT_EQ(Text(u"Sample.Counter"), u"Counter Object");
-    EXPECT_EQ(Text(u"Sample.Counter\\CLSID"), clsid);
-    EXPECT_EQ(Text(u"Sample.Counter\\CurVer"), u"Sample.Counter.1");
-    EXPECT_EQ(Text(key), u"Counter Object");
-    EXPECT_EQ(Text(key, u"AppID"), kAppIdText);
-    EXPECT_EQ(Text(key + u"\\ProgID"), u"Sample.Counter.1");
-    EXPECT_EQ(Text(key + u"\\VersionIndependentProgID"), u"Sample.Counter");
+    // Key, name, text.
+    const std::tuple<std::u16string, std::u16string_view, std::u16string_view> values[]{
+        {u"Sample.Counter.1", u"", u"Counter Object"},
+        {u"Sample.Counter.1\\CLSID", u"", clsid},
+        {u"Sample.Counter", u"", u"Counter Object"},
+        {u"Sample.Counter\\CLSID", u"", clsid},
+        {u"Sample.Counter\\CurVer", u"", u"Sample.Counter.1"},
+        {key, u"", u"Counter Object"},
+        {key, u"AppID", kAppIdText},
+        {key + u"\\ProgID", u"", u"Sample.Counter.1"},
+        {key + u"\\VersionIndependentProgID", u"", u"Sample.Counter"},
+        {key + u"\\InprocServer32", u"ThreadingModel", u"both"},
+        {key + u"\\TypeLib", u"", kAppIdText},
+        {u"AppID\\" + std::u16string(kAppIdText), u"", u"Sample"},
+        {u"AppID\\Sample.dll", u"AppID", kAppIdText}};
+    for (const auto& [path, name, text] : values)
+        EXPECT_EQ(Text(path, name), text) << kv::ToUtf8(path);
     EXPECT_TRUE(Exists(key + u"\\Programmable"));
     EXPECT_TRUE(std::filesystem::exists(Text(key + u"\\InprocServer32")));
-    EXPECT_EQ(Text(key + u"\\InprocServer32", u"ThreadingModel"), u"both");
-    EXPECT_EQ(Text(key + u"\\TypeLib"), kAppIdText);
-    EXPECT_EQ(Text(u"AppID\\" + std::u16string(kAppIdText)), u"Sample");
-    EXPECT_EQ(Text(u"AppID\\Sample.dll", u"AppID"), kAppIdText);
-}
-
-TEST_F(RegistrationTest, AClassWithoutNamesHasItsIdentityAlone)
-{
-    ASSERT_EQ(module.RegisterServer(), S_OK);
-    std::vector<std::u16string> names;
-    ASSERT_EQ(kv::Registry::SubKeys(kv::Hive::ClassesRoot, u"CLSID\\{33333333-0000-0000-0000-000000000002}", names),
-              S_OK);
-    EXPECT_THAT(names, testing::UnorderedElementsAre(u"InprocServer32", u"Programmable", u"TypeLib"));
+    EXPECT_THAT(SubKeys(u"CLSID\\{33333333-0000-0000-0000-000000000002}"),
+                testing::UnorderedElementsAre(u"InprocServer32", u"Programmable", u"TypeLib"))
+        << "a class without names";
 }
 
 TEST_F(RegistrationTest, RemovesItsOwnKeysOnly)
@@ -249,13 +243,9 @@ TEST_F(RegistrationTest, RemovesItsOwnKeysOnly)
     ASSERT_EQ(module.UnregisterServer(), S_OK);
     EXPECT_EQ(g_typeLibrary.unregistered, 1);
 
-    std::vector<std::u16string> names;
-    EXPECT_EQ(kv::Registry::SubKeys(kv::Hive::ClassesRoot, u"", names), S_OK);
-    EXPECT_THAT(names, testing::UnorderedElementsAre(u"AppID", u"CLSID"));
-    EXPECT_EQ(kv::Registry::SubKeys(kv::Hive::ClassesRoot, u"CLSID", names), S_OK);
-    EXPECT_THAT(names, testing::IsEmpty());
-    EXPECT_EQ(kv::Registry::SubKeys(kv::Hive::ClassesRoot, u"AppID", names), S_OK);
-    EXPECT_THAT(names, testing::ElementsAre(u"Other.dll"));
+    EXPECT_THAT(SubKeys(u""), testing::UnorderedElementsAre(u"AppID", u"CLSID"));
+    EXPECT_THAT(SubKeys(u"CLSID"), testing::IsEmpty());
+    EXPECT_THAT(SubKeys(u"AppID"), testing::ElementsAre(u"Other.dll"));
 }
 
 TEST_F(RegistrationTest, MayBeRepeated)
