@@ -18,19 +18,11 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(FrameClock, FindsTheMiddleOfAFrame)
 {
-    struct Case {
-        double rate;
-        double time;
-        double middle;
-    };
-    for (const auto& [rate, time, middle] : std::vector<Case>{{25, 1, 1.02},
-                                                              {25, 0, 0.02},
-                                                              {25, 0.0399, 0.02},
-                                                              {25, 0.04, 0.06},
-                                                              {29.97, 0, 0.016683},
-                                                              {0, 0, 0.016683},
-                                                              {kNaN, 0, 0.016683},
-                                                              {-1, 0.1, 0.083417}})
+    // Rate, time, middle.
+    const std::tuple<double, double, double> cases[]{{25, 1, 1.02},       {25, 0, 0.02},        {25, 0.0399, 0.02},
+                                                     {25, 0.04, 0.06},    {29.97, 0, 0.016683}, {0, 0, 0.016683},
+                                                     {kNaN, 0, 0.016683}, {-1, 0.1, 0.083417}};
+    for (const auto& [rate, time, middle] : cases)
         EXPECT_NEAR(middle, FrameClock(rate).FrameMid(time), 1e-6) << rate << " " << time;
     EXPECT_NEAR(0.98, FrameClock(25).LastFrameMid(1.0), 1e-9);
     EXPECT_NEAR(0.98, FrameClock(25).LastFrameMid(1.039), 1e-9) << "the frame at the end is not whole";
@@ -42,25 +34,30 @@ protected:
     Bstr Clip() { return Clips().File("pal.mpg"); }
     Bstr Still() { return Clips().File("still.png"); }
 
-    std::u16string Video()
+    std::u16string Source(HRESULT (*get)(IUnknown*, BSTR*))
     {
         Bstr source;
-        EXPECT_EQ(S_OK, sbd::GetVideoSource(Board(), source.Put()));
+        EXPECT_EQ(S_OK, get(Board(), source.Put()));
         EXPECT_TRUE(source);
         return std::u16string(source.View());
     }
-    std::u16string Sound()
-    {
-        Bstr source;
-        EXPECT_EQ(S_OK, sbd::GetBackgroundAudio(Board(), source.Put()));
-        EXPECT_TRUE(source);
-        return std::u16string(source.View());
-    }
+    std::u16string Video() { return Source(&sbd::GetVideoSource); }
+    std::u16string Sound() { return Source(&sbd::GetBackgroundAudio); }
     double Duration()
     {
         double duration = kNaN;
         EXPECT_EQ(S_OK, sbd::GetDuration(Board(), &duration));
         return duration;
+    }
+    /// Mute, level and fades.
+    auto SoundState(SoundOf kind)
+    {
+        VARIANT_BOOL mute = 7, fades = 7;
+        double level = kNaN;
+        EXPECT_EQ(S_OK, sbd::GetMute(Board(), kind, &mute));
+        EXPECT_EQ(S_OK, sbd::GetLevel(Board(), kind, &level));
+        EXPECT_EQ(S_OK, sbd::GetFadeEnable(Board(), kind, &fades));
+        return std::tuple(mute, level, fades);
     }
     ComPtr<IUnknown> Panel(LONG index)
     {
@@ -89,12 +86,7 @@ TEST_F(SbdUtilsTest, AnEmptyStoryboardHasNothing)
     EXPECT_EQ(u"", Video());
     EXPECT_EQ(u"", Sound());
     for (const SoundOf kind : {SoundOf::Panels, SoundOf::BackgroundAudio}) {
-        VARIANT_BOOL mute = 7, fades = 7;
-        double level = 7;
-        EXPECT_EQ(S_OK, sbd::GetMute(Board(), kind, &mute));
-        EXPECT_EQ(S_OK, sbd::GetLevel(Board(), kind, &level));
-        EXPECT_EQ(S_OK, sbd::GetFadeEnable(Board(), kind, &fades));
-        EXPECT_EQ(std::tuple(VARIANT_FALSE, 0.0, VARIANT_FALSE), std::tuple(mute, level, fades));
+        EXPECT_EQ(std::tuple(VARIANT_FALSE, 0.0, VARIANT_FALSE), SoundState(kind));
         EXPECT_EQ(S_FALSE, sbd::PutMute(Board(), kind, VARIANT_TRUE));
         EXPECT_EQ(S_FALSE, sbd::PutLevel(Board(), kind, 0.5));
         EXPECT_EQ(S_FALSE, sbd::PutFadeEnable(Board(), kind, true));
@@ -191,15 +183,7 @@ TEST_F(SbdUtilsTest, SoundsAreReadOfTheFirstAndSetOfAll)
         return kind == SoundOf::Panels ? std::vector{PanelSound(0), PanelSound(1)} : std::vector{audio};
     };
     for (const SoundOf kind : {SoundOf::Panels, SoundOf::BackgroundAudio}) {
-        const auto state = [&] {
-            VARIANT_BOOL mute = 7, fades = 7;
-            double level = kNaN;
-            EXPECT_EQ(S_OK, sbd::GetMute(Board(), kind, &mute));
-            EXPECT_EQ(S_OK, sbd::GetLevel(Board(), kind, &level));
-            EXPECT_EQ(S_OK, sbd::GetFadeEnable(Board(), kind, &fades));
-            return std::tuple(mute, level, fades);
-        };
-        EXPECT_EQ(std::tuple(VARIANT_FALSE, 1.0, VARIANT_FALSE), state());
+        EXPECT_EQ(std::tuple(VARIANT_FALSE, 1.0, VARIANT_FALSE), SoundState(kind));
         EXPECT_EQ(S_OK, sbd::PutMute(Board(), kind, VARIANT_TRUE));
         EXPECT_EQ(S_OK, sbd::PutLevel(Board(), kind, 0.25));
         for (const auto& sound : all(kind)) {
@@ -209,7 +193,7 @@ TEST_F(SbdUtilsTest, SoundsAreReadOfTheFirstAndSetOfAll)
             EXPECT_EQ(S_OK, Call(sound, &IAudioProps::put_FadeOutGain, 0.5));
         }
         EXPECT_EQ(S_OK, sbd::PutFadeEnable(Board(), kind, true));
-        EXPECT_EQ(std::tuple(VARIANT_TRUE, 0.25, VARIANT_TRUE), state());
+        EXPECT_EQ(std::tuple(VARIANT_TRUE, 0.25, VARIANT_TRUE), SoundState(kind));
         for (const auto& sound : all(kind)) {
             const double length = Get(sound, &ISubObject::get_EndOffset) - Get(sound, &ISubObject::get_StartOffset);
             const double fade = length > 6 ? 3 : length / 2;
@@ -219,13 +203,11 @@ TEST_F(SbdUtilsTest, SoundsAreReadOfTheFirstAndSetOfAll)
             EXPECT_EQ(1.0, Get(sound, &IAudioProps::get_FadeOutGain));
         }
         EXPECT_EQ(S_OK, sbd::PutFadeEnable(Board(), kind, false));
-        EXPECT_EQ(std::tuple(VARIANT_TRUE, 0.25, VARIANT_FALSE), state());
+        EXPECT_EQ(std::tuple(VARIANT_TRUE, 0.25, VARIANT_FALSE), SoundState(kind));
         EXPECT_EQ(E_INVALIDARG, sbd::PutLevel(Board(), kind, -1));
     }
     EXPECT_EQ(S_OK, Call(audio, &IAudioProps::put_FadeIn, 0.1 + 5e-9));
-    VARIANT_BOOL fades = 7;
-    EXPECT_EQ(S_OK, sbd::GetFadeEnable(Board(), SoundOf::BackgroundAudio, &fades));
-    EXPECT_EQ(VARIANT_FALSE, fades);
+    EXPECT_EQ(VARIANT_FALSE, std::get<2>(SoundState(SoundOf::BackgroundAudio)));
 }
 
 TEST_F(SbdUtilsTest, UndoTakesAnOperationBackWhole)
@@ -298,65 +280,49 @@ TEST(SbdUtilsFailures, NullsAndStrangersAreNamed)
 
 TEST(SbdUtilsFailures, AFailingCallIsReportedByItsTextAndItsResultPassedOn)
 {
-    struct Case {
-        const char* operation;
-        std::map<std::string, HRESULT> results;
-        HRESULT result;
-        /// Each without the result, which is that of the operation.
-        std::string reported;
-    };
     constexpr HRESULT kBad = MakeResult(0xC2000099);
-    for (const auto& [operation, results, result, reported] :
-         {Case{"get duration", {{"get_Duration", kBad}}, S_OK, ""},
-          Case{"get duration", {{"GetProductionObj", kBad}}, S_OK, ""},
-          Case{"set duration", {{"GetProductionObj", kBad}}, kBad, "spSbd->GetProductionObj(&spUnkProdObj)"},
-          Case{"set duration", {{"get_EditingFrameRate", kBad}}, kBad, "spProdInfo->get_EditingFrameRate(&dFrameRate)"},
-          Case{"set duration", {{"GetPanelBaseObject", kBad}}, kBad, "spSbd->GetPanelBaseObject(0, &pUnkPanel)"},
-          Case{"set duration", {{"put_Duration", kBad}}, kBad, "plain"},
-          Case{"set duration", {{"put_Duration", E_NOTIMPL}, {"put_OutPoint", kBad}}, kBad, "plain"},
-          Case{"set duration", {{"put_Duration", E_NOTIMPL}, {"put_OutPoint", E_FAIL}}, E_FAIL, "plain"},
-          Case{"set duration",
-               {{"get_Duration", kBad}},
-               kBad,
-               "spProdInfo->get_Duration(&dDuration); _matchBkgndAudioDuration(spUnkProdObj)"},
-          Case{"set duration",
-               {{"put_Repeat", kBad}},
-               kBad,
-               "spAudioSource->put_Repeat(VARIANT_TRUE); _matchBkgndAudioDuration(spUnkProdObj)"},
-          Case{"set duration",
-               {{"put_EndOffset", kBad}},
-               kBad,
-               "spAudioSubObj->put_EndOffset(dDuration); _matchBkgndAudioDuration(spUnkProdObj)"},
-          Case{"get video", {{"get_FileName", kBad}}, S_OK, ""},
-          Case{"get video", {{"GetPanelBaseObject", kBad}}, S_OK, ""},
-          Case{"set video", {{"GetPanelCount", kBad}}, kBad, "plain"},
-          Case{"set video", {{"DeletePanel", kBad}}, kBad, "spSbd->DeletePanel(0)"},
-          Case{"set video",
-               {{"put_UseSourceAspectRatio", kBad}},
-               kBad,
-               "spSbd->put_UseSourceAspectRatio(bUseSourceAspectRatio ? VARIANT_TRUE : VARIANT_FALSE)"},
-          Case{"set video",
-               {{"put_UseNativeAudio", kBad}},
-               kBad,
-               "spNativeInfo->put_UseNativeAudio(bUseNativeAudio ? VARIANT_TRUE : VARIANT_FALSE)"},
-          Case{"get audio", {{"GetObject", kBad}}, kBad, "plain"},
-          Case{"get audio", {{"get_FileName", kBad}}, kBad, "spAudioSource->get_FileName(pbstrAudioSource)"},
-          Case{"set audio", {{"DeleteProductionAudio", kBad}}, kBad, "spEditData->DeleteProductionAudio(lID)"},
-          Case{"set audio",
-               {{"AddProductionAudio", kBad}},
-               kBad,
-               "spEditData->AddProductionAudio(bstrSource, enBackgroundAudio, 0.0, &spUnkAudio)"},
-          Case{"set audio",
-               {{"put_UseNativeAudio", kBad}},
-               kBad,
-               "spPanelNativeInfo->put_UseNativeAudio(bstrSource.Length() > 0 ? VARIANT_FALSE : VARIANT_TRUE)"},
-          Case{"get mute", {{"GetNativeAudio", kBad}}, kBad, "plain"},
-          Case{"put fades", {{"put_FadeOutGain", kBad}}, kBad, "plain"}}) {
+    const auto expect = [](const char* operation, const std::map<std::string, HRESULT>& results, HRESULT result,
+                           const std::string& reported) {
         const auto board = Make<FakeEngine>();
         board->results = results;
         EXPECT_EQ(result, kOperations.at(operation)(board->Controlling())) << operation;
         EXPECT_EQ(reported, CallsReported("SbdUtils", result)) << operation;
-    }
+    };
+    // Each without the result, and none where the operation does without the call.
+    const std::tuple<const char*, const char*, const char*> calls[]{
+        {"get duration", "get_Duration", ""},
+        {"get duration", "GetProductionObj", ""},
+        {"set duration", "GetProductionObj", "spSbd->GetProductionObj(&spUnkProdObj)"},
+        {"set duration", "get_EditingFrameRate", "spProdInfo->get_EditingFrameRate(&dFrameRate)"},
+        {"set duration", "GetPanelBaseObject", "spSbd->GetPanelBaseObject(0, &pUnkPanel)"},
+        {"set duration", "put_Duration", "plain"},
+        {"set duration", "get_Duration",
+         "spProdInfo->get_Duration(&dDuration); _matchBkgndAudioDuration(spUnkProdObj)"},
+        {"set duration", "put_Repeat",
+         "spAudioSource->put_Repeat(VARIANT_TRUE); _matchBkgndAudioDuration(spUnkProdObj)"},
+        {"set duration", "put_EndOffset",
+         "spAudioSubObj->put_EndOffset(dDuration); _matchBkgndAudioDuration(spUnkProdObj)"},
+        {"get video", "get_FileName", ""},
+        {"get video", "GetPanelBaseObject", ""},
+        {"set video", "GetPanelCount", "plain"},
+        {"set video", "DeletePanel", "spSbd->DeletePanel(0)"},
+        {"set video", "put_UseSourceAspectRatio",
+         "spSbd->put_UseSourceAspectRatio(bUseSourceAspectRatio ? VARIANT_TRUE : VARIANT_FALSE)"},
+        {"set video", "put_UseNativeAudio",
+         "spNativeInfo->put_UseNativeAudio(bUseNativeAudio ? VARIANT_TRUE : VARIANT_FALSE)"},
+        {"get audio", "GetObject", "plain"},
+        {"get audio", "get_FileName", "spAudioSource->get_FileName(pbstrAudioSource)"},
+        {"set audio", "DeleteProductionAudio", "spEditData->DeleteProductionAudio(lID)"},
+        {"set audio", "AddProductionAudio",
+         "spEditData->AddProductionAudio(bstrSource, enBackgroundAudio, 0.0, &spUnkAudio)"},
+        {"set audio", "put_UseNativeAudio",
+         "spPanelNativeInfo->put_UseNativeAudio(bstrSource.Length() > 0 ? VARIANT_FALSE : VARIANT_TRUE)"},
+        {"get mute", "GetNativeAudio", "plain"},
+        {"put fades", "put_FadeOutGain", "plain"}};
+    for (const auto& [operation, method, reported] : calls)
+        expect(operation, {{method, kBad}}, *reported ? kBad : S_OK, reported);
+    for (const HRESULT result : {kBad, E_FAIL})
+        expect("set duration", {{"put_Duration", E_NOTIMPL}, {"put_OutPoint", result}}, result, "plain");
 }
 
 TEST(SbdUtilsFailures, AMissingInterfaceIsNamedWhereItIsNeeded)
