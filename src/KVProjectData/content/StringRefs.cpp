@@ -4,6 +4,7 @@
 #include "platform/com/Activation.h"
 #include "platform/xml/Element.h"
 
+#include <utility>
 #include <vector>
 
 namespace kv {
@@ -105,8 +106,10 @@ private:
 
 void StringRefs::Drop()
 {
+    ComPtr<IZXStringTable> dropped;
     const SectionLock lock(m_section);
-    m_table.Reset();
+    std::swap(dropped, m_table);
+    ++m_drops;
 }
 
 std::string StringRefs::LookUp(std::string_view text)
@@ -118,14 +121,22 @@ std::string StringRefs::LookUp(std::string_view text)
 
 ComPtr<IZXStringTable> StringRefs::Table()
 {
-    const SectionLock lock(m_section);
-    if (m_table) return m_table;
+    unsigned drops = 0;
+    {
+        const SectionLock lock(m_section);
+        if (m_table) return m_table;
+        drops = m_drops;
+    }
+    ComPtr<IZXStringTable> table;
     const HRESULT read = Guarded([&] {
-        m_table = ReadTable();
+        table = ReadTable();
         return S_OK;
     });
     if (FAILED(read)) throw Error(read == E_OUTOFMEMORY ? read : E_FAIL);
-    return m_table;
+    const SectionLock lock(m_section);
+    // Meanwhile the file may have become another one.
+    if (drops == m_drops) m_table = table;
+    return table;
 }
 
 StringRefs& SharedStringRefs()

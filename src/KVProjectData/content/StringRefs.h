@@ -27,6 +27,8 @@ private:
     CriticalSection m_section;
     /// Empty until it is used.
     ComPtr<IZXStringTable> m_table;
+    /// Tells whether it was dropped while it was read.
+    unsigned m_drops = 0;
 };
 
 StringRefs& SharedStringRefs();
