@@ -2,12 +2,17 @@
 // How the rich text of a parameter document tells what its editors and the text plug-in must read alike.
 
 #include "platform/com/BaseTypes.h"
+#include "platform/system/Case.h"
+#include "platform/xml/Element.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
+#include <limits>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 /// Each from 0 to 255; what is wholly transparent has 255.
@@ -42,12 +47,8 @@ inline ZXTextColour ParseTextColour(std::string_view text)
         {"Teal", {0x00, 0x80, 0x80, 0}},
         {"Aqua", {0x00, 0xFF, 0xFF, 0}},
     }};
-    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
     for (const auto& [name, colour] : kNames) {
-        std::size_t same = 0;
-        while (same < name.size() && same < text.size() && lower(text[same]) == lower(name[same]))
-            ++same;
-        if (same == name.size()) return colour;
+        if (kv::StartsWithText(text, name)) return colour;
     }
     // Takes two digits at most, and blanks before them.
     const auto take = [](std::string_view& rest) {
@@ -73,13 +74,51 @@ inline ZXTextColour ParseTextColour(std::string_view text)
     return {behind('R'), behind('G'), behind('B'), behind('T')};
 }
 
+/// What stands behind the blanks and the "+" that a number may begin with; empty for what is none.
+inline std::string_view TextNumberDigits(std::string_view text)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+    const bool hasSign = text.starts_with('+') || text.starts_with('-');
+    const bool isNumber = text.size() > hasSign && std::string_view(".0123456789").find(text[hasSign]) != text.npos;
+    if (!isNumber) return {};
+    return text.starts_with('+') ? text.substr(1) : text;
+}
+
+/// The whole number that a height or another length begins with, such as " +42.9pt"; the nearest LONG for one that is
+/// none, 0 where there is no number.
+inline LONG ParseWholeTextNumber(std::string_view text)
+{
+    text = TextNumberDigits(text);
+    LONG value = 0;
+    const auto error = std::from_chars(text.data(), text.data() + text.size(), value).ec;
+    if (error != std::errc::result_out_of_range) return value;
+    return text.starts_with('-') ? std::numeric_limits<LONG>::min() : std::numeric_limits<LONG>::max();
+}
+
+/// The same number with its decimals; nothing where there is none.
+inline std::optional<double> ParseTextLength(std::string_view text)
+{
+    text = TextNumberDigits(text);
+    double value = 0.0;
+    const char* const end = text.data() + text.size();
+    const auto error = std::from_chars(text.data(), end, value, std::chars_format::fixed).ec;
+    if (error == std::errc::invalid_argument) return std::nullopt;
+    return error == std::errc() ? value : ParseWholeTextNumber(text);
+}
+
 /// An empty text is a paragraph with the attribute "placeholder" of "1" whose whole text is this, so that it can be
 /// seen, and hit, by who does not know of placeholders. A paragraph without the attribute may hold it, too, as its
 /// text.
 inline constexpr std::string_view kTextPlaceholder = "~";
 
-/// Of a paragraph: whether its text stands for none.
-inline bool IsTextPlaceholder(std::string_view placeholderAttribute, std::string_view text)
+/// Whether the text of a paragraph stands for none.
+inline bool IsTextPlaceholder(const kv::XmlView& paragraph)
 {
-    return placeholderAttribute == "1" && text == kTextPlaceholder;
+    if (paragraph.Attribute("placeholder") != "1") return false;
+    std::string text;
+    kv::XmlView place = paragraph.Following(paragraph);
+    for (; place && text.size() <= kTextPlaceholder.size(); place = place.Following(paragraph)) {
+        if (place.IsText()) text += place.Text().substr(0, kTextPlaceholder.size() + 1);
+    }
+    return text == kTextPlaceholder;
 }

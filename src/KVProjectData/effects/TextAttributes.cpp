@@ -2,8 +2,7 @@
 
 #include "KVProjectData/Engine/TextMarkup.h"
 
-#include <charconv>
-#include <limits>
+#include <utility>
 
 namespace kv {
 namespace {
@@ -22,35 +21,36 @@ struct Run {
     bool isPlaceholder = false;
 };
 
-void Override(Told& told, const XmlView& element, std::string_view name)
-{
-    if (const Told inner = element.Attribute(name)) told = inner;
-}
+/// Takes over what a "font" tells.
+struct FontReader final : XMLAttributeVisitor {
+    explicit FontReader(Run& inner) : run(inner) {}
 
-bool IsPlaceholder(const XmlView& paragraph)
-{
-    const Told attribute = paragraph.Attribute("placeholder");
-    if (!attribute) return false;
-    std::string text;
-    XmlView place = paragraph.Following(paragraph);
-    for (; place && text.size() <= kTextPlaceholder.size(); place = place.Following(paragraph)) {
-        if (place.IsText()) text += place.Text();
+    void Attribute(std::string_view name, std::string_view value) override
+    {
+        if (name == "fontHeight") {
+            run.height = value;
+        } else if (name == "color") {
+            run.colour = value;
+        } else if (name == "SelectedStyleId") {
+            run.styleID = value;
+        } else if (name == "face") {
+            run.face = value;
+        }
     }
-    return IsTextPlaceholder(*attribute, text);
-}
+
+    Run& run;
+};
 
 void Enter(Run& run, const XmlView& element)
 {
     const auto turnOn = [&run](ULONG group, ULONG on) { run.style = (run.style & ~group) | on; };
     const std::string_view name = element.Name();
     if (name == "font") {
-        Override(run.height, element, "fontHeight");
-        Override(run.colour, element, "color");
-        Override(run.styleID, element, "SelectedStyleId");
-        Override(run.face, element, "face");
+        FontReader reader(run);
+        element.ReadAttributes(reader);
     } else if (name == "p") {
-        Override(run.align, element, "align");
-        run.isPlaceholder = IsPlaceholder(element);
+        if (const Told align = element.Attribute("align")) run.align = align;
+        run.isPlaceholder = IsTextPlaceholder(element);
     } else if (name == "b") {
         turnOn(kBoldOff | kBoldMixed, kBoldOn);
     } else if (name == "i") {
@@ -63,18 +63,6 @@ void Enter(Run& run, const XmlView& element)
 void Merge(Told& common, const Told& told)
 {
     if (common != told) common = kUndetermined;
-}
-
-/// The whole number that a text begins with; 0 for none.
-LONG WholeNumber(std::string_view text)
-{
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
-    if (text.starts_with('+')) text.remove_prefix(1);
-    LONG value = 0;
-    if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc::result_out_of_range)
-        return value;
-    using Limits = std::numeric_limits<LONG>;
-    return text.starts_with('-') ? Limits::min() : Limits::max();
 }
 
 class Reader {
@@ -133,9 +121,10 @@ private:
         if (m_common.align) m_attributes.align = *m_common.align;
         if (const Told height = m_common.height) {
             m_attributes.heightText = *height;
-            m_attributes.height = WholeNumber(*height);
+            m_attributes.height = ParseWholeTextNumber(*height);
         }
-        if (const Told id = m_common.styleID) m_attributes.styleID = *id == kUndetermined ? -1 : WholeNumber(*id);
+        if (const Told id = m_common.styleID)
+            m_attributes.styleID = *id == kUndetermined ? -1 : ParseWholeTextNumber(*id);
         if (m_common.colour == kUndetermined) {
             m_attributes.hasColour = false;
         } else if (m_common.colour) {

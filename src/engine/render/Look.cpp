@@ -50,7 +50,7 @@ Look ReadLook(const XmlElement& document)
     look.crop = ReadCrop(data);
     ReadMaskSize(look, data);
     if (data.Child("html").Child("body")) {
-        look.text = std::make_shared<TextLayout>(ReadRichText(data.Get()), kTextFrameHeight);
+        look.text = std::make_shared<TextLayout>(ReadRichText(data.View()), kTextFrameHeight);
     }
     return look;
 }

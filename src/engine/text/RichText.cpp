@@ -2,13 +2,10 @@
 
 #include "KVProjectData/Engine/Text.h"
 #include "KVProjectData/Engine/TextMarkup.h"
-#include "platform/com/ComPtr.h"
+#include "platform/automation/Bstr.h"
 #include "platform/com/Error.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <optional>
 #include <utility>
 
 namespace kv {
@@ -20,28 +17,6 @@ constexpr std::size_t kMaxFace = 256;
 constexpr double kMaxHeight = 1'000.0;
 constexpr std::string_view kLineBreak = "\xe2\x80\xa8";
 
-std::string NameOf(IXMLDOMNode* node)
-{
-    Bstr name;
-    ThrowIfFailed(node->get_nodeName(name.Put()));
-    return ToUtf8(name.View());
-}
-
-std::optional<std::string> AttributeOf(IXMLDOMNode* node, std::u16string_view name)
-{
-    Variant value;
-    ThrowIfFailed(Query<IXMLDOMElement>(node)->getAttribute(Bstr(name).Get(), value.Put()));
-    if (value.vt != VT_BSTR) return std::nullopt;
-    return ToUtf8(View(value.bstrVal));
-}
-
-ComPtr<IXMLDOMNode> Find(IXMLDOMNode* node, std::u16string_view expression)
-{
-    ComPtr<IXMLDOMNode> found;
-    ThrowIfFailed(node->selectSingleNode(Bstr(expression).Get(), found.Put()));
-    return found;
-}
-
 /// Black for a text that tells nothing.
 Colour ReadColour(std::string_view text)
 {
@@ -49,36 +24,49 @@ Colour ReadColour(std::string_view text)
     return {colour.red, colour.green, colour.blue, static_cast<std::uint8_t>(255 - colour.transparency)};
 }
 
-/// Takes over a length from `least` on.
-void SetLength(double& length, IXMLDOMNode* font, std::u16string_view name, double least, double most)
+/// The beginning of a text, without a part of a character.
+std::string_view Beginning(std::string_view text, std::size_t most)
 {
-    const std::string text = AttributeOf(font, name).value_or("");
-    double value = 0.0;
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (read.ec == std::errc() && value >= least) length = std::min(value, most);
+    if (text.size() <= most) return text;
+    const auto isPart = [&](std::size_t at) { return (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80; };
+    while (most > 0 && isPart(most))
+        --most;
+    return text.substr(0, most);
 }
 
-void SetFont(TextStyle& style, IXMLDOMNode* font)
-{
-    constexpr double kMaxAside = 100.0;
-    if (const auto face = AttributeOf(font, u"face"); face && !face->empty()) {
-        style.font.face = face->substr(0, kMaxFace);
+/// Takes over what a "font" tells.
+struct FontReader final : XMLAttributeVisitor {
+    explicit FontReader(TextStyle& inner) : style(inner) {}
+
+    void Attribute(std::string_view name, std::string_view value) override
+    {
+        constexpr double kMaxAside = 100.0;
+        if (name == "face" && !value.empty()) {
+            style.font.face = Beginning(value, kMaxFace);
+        } else if (name == "fontHeight") {
+            SetLength(style.font.height, value, 1.0, kMaxHeight);
+        } else if (name == "color") {
+            style.ink.colour = ReadColour(value);
+        } else if (name == "edgeColor") {
+            style.ink.edge = ReadColour(value);
+        } else if (name == "edgeWidth") {
+            SetLength(style.ink.edgeWidth, value, 0.0, kMaxAside);
+        } else if (name == "shadowColor") {
+            style.ink.shadow = ReadColour(value);
+        } else if (name == "shadowOffset") {
+            SetLength(style.ink.shadowOffset, value, 0.0, kMaxAside);
+        }
     }
-    SetLength(style.font.height, font, u"fontHeight", 1.0, kMaxHeight);
-    if (const auto colour = AttributeOf(font, u"color")) style.ink.colour = ReadColour(*colour);
-    if (const auto edge = AttributeOf(font, u"edgeColor")) style.ink.edge = ReadColour(*edge);
-    SetLength(style.ink.edgeWidth, font, u"edgeWidth", 0.0, kMaxAside);
-    if (const auto shadow = AttributeOf(font, u"shadowColor")) style.ink.shadow = ReadColour(*shadow);
-    SetLength(style.ink.shadowOffset, font, u"shadowOffset", 0.0, kMaxAside);
-}
 
-bool IsPlaceholder(IXMLDOMNode* paragraph)
-{
-    const std::string attribute = AttributeOf(paragraph, u"placeholder").value_or("");
-    Bstr text;
-    if (!attribute.empty()) ThrowIfFailed(paragraph->get_text(text.Put()));
-    return IsTextPlaceholder(attribute, ToUtf8(text.View()));
-}
+    /// Takes over a length from `least` on.
+    static void SetLength(double& length, std::string_view text, double least, double most)
+    {
+        const auto value = ParseTextLength(text);
+        if (value && *value >= least) length = std::min(*value, most);
+    }
+
+    TextStyle& style;
+};
 
 TextAlignment AlignmentOf(std::string_view align)
 {
@@ -88,7 +76,7 @@ TextAlignment AlignmentOf(std::string_view align)
 
 class Reader {
 public:
-    std::vector<Paragraph> Read(IXMLDOMNode* body)
+    std::vector<Paragraph> Read(const XmlView& body)
     {
         ReadChildren(body, {});
         if (m_paragraphs.empty()) m_paragraphs.emplace_back();
@@ -96,47 +84,44 @@ public:
     }
 
 private:
-    void ReadChildren(IXMLDOMNode* parent, const TextStyle& style)
+    void ReadChildren(const XmlView& parent, const TextStyle& style)
     {
-        ComPtr<IXMLDOMNode> child;
-        ThrowIfFailed(parent->get_firstChild(child.Put()));
-        while (child && m_runs < kMaxRuns && m_length < kMaxText) {
-            DOMNodeType type = NODE_INVALID;
-            ThrowIfFailed(child->get_nodeType(&type));
-            if (type == NODE_ELEMENT) ReadElement(child.Get(), style);
-            if (type == NODE_TEXT || type == NODE_CDATA_SECTION) ReadText(child.Get(), style);
-            ComPtr<IXMLDOMNode> next;
-            ThrowIfFailed(child->get_nextSibling(next.Put()));
-            child = std::move(next);
+        XmlView child = parent.FirstChild();
+        for (; child && m_runs < kMaxRuns && m_length < kMaxText; child = child.Next()) {
+            if (child.IsElement()) ReadElement(child, style);
+            if (child.IsText()) ReadText(child.Text(), style);
         }
     }
 
-    void ReadElement(IXMLDOMNode* element, TextStyle style)
+    void ReadElement(const XmlView& element, const TextStyle& style)
     {
-        const std::string name = NameOf(element);
+        const std::string_view name = element.Name();
         if (name == "br") return Add(std::string(kLineBreak), style);
         if (name == "p") return ReadParagraph(element, style);
-        if (name == "font") SetFont(style, element);
-        style.font.bold |= name == "b";
-        style.font.italic |= name == "i";
-        style.ink.underline |= name == "u";
-        ReadChildren(element, style);
+        TextStyle inner = style;
+        FontReader reader(inner);
+        if (name == "font") element.ReadAttributes(reader);
+        inner.font.bold |= name == "b";
+        inner.font.italic |= name == "i";
+        inner.ink.underline |= name == "u";
+        ReadChildren(element, inner);
     }
 
-    void ReadParagraph(IXMLDOMNode* element, const TextStyle& style)
+    void ReadParagraph(const XmlView& element, const TextStyle& style)
     {
-        Open(AlignmentOf(AttributeOf(element, u"align").value_or("")), style);
-        const bool around = std::exchange(m_isPlaceholder, IsPlaceholder(element));
+        const auto align = element.Attribute("align");
+        const TextAlignment outer = std::exchange(m_alignment, align ? AlignmentOf(*align) : m_alignment);
+        const bool around = std::exchange(m_isPlaceholder, IsTextPlaceholder(element));
+        Open(style);
         ReadChildren(element, style);
         m_isPlaceholder = around;
+        m_alignment = outer;
         m_open = false;
     }
 
-    void ReadText(IXMLDOMNode* node, const TextStyle& style)
+    void ReadText(std::string_view value, const TextStyle& style)
     {
-        Bstr value;
-        ThrowIfFailed(node->get_text(value.Put()));
-        std::u16string text(value.View().substr(0, kMaxText - m_length));
+        std::u16string text = ToUtf16(value).substr(0, kMaxText - m_length);
         const auto isBlank = [](char16_t c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r'; };
         // Between paragraphs blanks set elements apart, and are no text.
         if (!m_open && std::ranges::all_of(text, isBlank)) return;
@@ -150,22 +135,24 @@ private:
 
     void Add(std::string text, const TextStyle& style)
     {
-        if (!m_open) Open(0.0, style);
+        if (!m_open) Open(style);
         ++m_runs;
         m_paragraphs.back().runs.push_back({style, std::move(text)});
     }
 
-    void Open(TextAlignment alignment, const TextStyle& style)
+    void Open(const TextStyle& style)
     {
         // Empty paragraphs count as pieces, too.
         ++m_runs;
-        m_paragraphs.push_back({alignment, style.font, {}});
+        m_paragraphs.push_back({m_alignment, style.font, {}});
         m_open = true;
     }
 
     std::vector<Paragraph> m_paragraphs;
     /// The last paragraph takes what follows.
     bool m_open = false;
+    /// What the paragraphs around tell; the innermost counts.
+    TextAlignment m_alignment = 0.0;
     /// Within such a paragraph.
     bool m_isPlaceholder = false;
     std::size_t m_runs = 0;
@@ -174,12 +161,11 @@ private:
 
 } // namespace
 
-std::vector<Paragraph> ReadRichText(IXMLDOMNode* pluginData)
+std::vector<Paragraph> ReadRichText(const XmlView& pluginData)
 {
-    const auto html = pluginData ? Find(pluginData, u"html") : nullptr;
-    const auto body = html ? Find(html.Get(), u"body") : nullptr;
+    const XmlView body = pluginData.Child("html").Child("body");
     if (!body) throw Error(ZXE_E_NO_TEXT);
-    return Reader().Read(body.Get());
+    return Reader().Read(body);
 }
 
 } // namespace kv

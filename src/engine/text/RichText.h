@@ -1,7 +1,7 @@
 #pragma once
 // The text of a parameter document as paragraphs of runs.
 
-#include "platform/xml/Dom.h"
+#include "platform/xml/Element.h"
 
 #include <cstdint>
 #include <string>
@@ -62,6 +62,6 @@ struct Paragraph {
 };
 
 /// Throws Error(ZXE_E_NO_TEXT) for an element without a text; one with an empty text has one empty paragraph.
-std::vector<Paragraph> ReadRichText(IXMLDOMNode* pluginData);
+std::vector<Paragraph> ReadRichText(const XmlView& pluginData);
 
 } // namespace kv

@@ -102,20 +102,23 @@ TextLayout::TextLayout(const std::vector<Paragraph>& text, int frameHeight)
     constexpr double kHeightUnits = 480.0;
     const double unit = frameHeight / kHeightUnits;
     const SectionLock lock(FontSection());
+    // Released within the section, also when there is no memory for all of them.
+    std::vector<Block> blocks;
     for (const Paragraph& paragraph : text) {
         GlibPtr<PangoLayout> layout = LayOut(paragraph, unit);
         PangoRectangle box;
         pango_layout_get_extents(layout.get(), nullptr, &box);
         const double width = Pixels(box.width);
         // Its own width for now.
-        m_blocks.push_back({std::move(layout), width, m_height});
+        blocks.push_back({std::move(layout), width, m_height});
         m_width = std::max(m_width, width);
         m_height += Pixels(box.height);
     }
     for (std::size_t i = 0; i < text.size(); ++i) {
-        m_blocks[i].x = (m_width - m_blocks[i].x) * text[i].alignment;
-        AddRuns(text[i], m_blocks[i], unit);
+        blocks[i].x = (m_width - blocks[i].x) * text[i].alignment;
+        AddRuns(text[i], blocks[i], unit);
     }
+    m_blocks = std::move(blocks);
 }
 
 void TextLayout::AddRuns(const Paragraph& paragraph, const Block& block, double unit)

@@ -44,7 +44,7 @@ HRESULT CTextPlugIn::SetText(IUnknown* pPlugInData)
 {
     if (!pPlugInData) return E_POINTER;
     return Guarded([&] {
-        std::vector<Paragraph> text = ReadRichText(Query<IXMLDOMNode>(pPlugInData).Get());
+        std::vector<Paragraph> text = ReadRichText(XmlElement(pPlugInData).View());
         const SectionLock lock(m_section);
         m_text = std::move(text);
         m_layout.reset();
@@ -109,6 +109,9 @@ Bitmap CTextPlugIn::Drawn(const TextLayout& layout) const
     cairo_matrix_t matrix;
     cairo_matrix_multiply(&matrix, &toFrame, &transform);
     cairo_matrix_multiply(&matrix, &matrix, &toPixels);
+    for (const double number : {matrix.xx, matrix.yx, matrix.xy, matrix.yy, matrix.x0, matrix.y0}) {
+        if (!std::isfinite(number)) throw Error(E_INVALIDARG);
+    }
     cairo_matrix_t inverse = matrix;
     // A text that is seen from its edge is not seen.
     if (cairo_matrix_invert(&inverse) != CAIRO_STATUS_SUCCESS) return bitmap;

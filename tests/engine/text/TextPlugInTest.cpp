@@ -123,7 +123,9 @@ TEST(TextPlugIn, MeasuresTheLaidOutText)
         {"", 0, 0.24},
         {"<p><font fontHeight='twelve'>M</font></p>", 0.24, 0.24},
         {"<p><font fontHeight='-5'>M</font></p>", 0.24, 0.24},
-        {"<p><font fontHeight='1e99'>M</font></p>", 10, 10},
+        {"<p><font fontHeight='inf'>M</font></p>", 0.24, 0.24},
+        {"<p><font fontHeight='1e99'>M</font></p>", 0.01, 0.01},
+        {"<p><font fontHeight=' +50.5pt'>M</font></p>", 0.505, 0.505},
         {"<p><font fontHeight='999999999'>M</font></p>", 10, 10},
     };
     for (const Case& item : cases) {
@@ -183,6 +185,13 @@ TEST(TextPlugIn, PutsCornersThroughBothMatrices)
     ASSERT_EQ(S_OK, text->SetUp(kWidth, kHeight, kNothing, kIdentity));
     EXPECT_EQ(E_INVALIDARG, text->GetCorners(corners));
     EXPECT_EQ(0.0, corners[0].x);
+    ULONG stride = 9;
+    SafeArray pixels;
+    EXPECT_EQ(E_INVALIDARG, text->Draw(&stride, pixels.Put()));
+    EXPECT_TRUE(stride == 0 && !pixels.Get());
+    // Seen from its edge.
+    constexpr double kFlat[16] = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    ASSERT_EQ(S_OK, text->SetUp(kWidth, kHeight, kFlat, kIdentity));
     EXPECT_EQ(0, InkOf(text.Get()).pixels);
 }
 
@@ -204,15 +213,20 @@ TEST(TextPlugIn, DrawsWithinItsCorners)
     EXPECT_NEAR((ink.right - ink.left) * kHeight / kWidth, turned.bottom - turned.top, 3);
     EXPECT_NEAR(kWidth * 3 / 4, (turned.left + turned.right) / 2, 10);
     // Only the second line differs by alignment.
-    const auto shortLine = [](const char* align) {
-        return InkOf(std::string("<p align='") + align +
-                     "'><font fontHeight='60'><font color='#000000FF'>wide wide"
-                     "</font><br/>x</font></p>")
+    const auto shortLine = [](const std::string& align, const char* end = "</p>") {
+        return InkOf("<p align='" + align +
+                     "'><font fontHeight='60'><font color='#000000FF'>wide wide</font><br/>x</font>" + end)
             .left;
     };
     EXPECT_LT(shortLine("left") + 80, shortLine("center"));
     EXPECT_LT(shortLine("center") + 80, shortLine("right"));
     EXPECT_EQ(shortLine("left"), shortLine("justify"));
+    // An inner paragraph is aligned as it says, else as the one around it; so is what follows it there.
+    for (const auto& [align, inner] : {std::pair{"center", "center'><p id='1"},
+                                       {"center", "center'><p align='right'/>\n<p id='1"},
+                                       {"right", "center'><p align='right"}})
+        EXPECT_EQ(shortLine(align), shortLine(inner, "</p></p>")) << inner;
+    EXPECT_EQ(shortLine("center"), shortLine("center'><p align='left'/><font id='1", "</font></p>"));
 }
 
 TEST(TextPlugIn, DrawsColoursAndStyles)
