@@ -9,7 +9,7 @@ namespace kv {
 namespace {
 
 /// Of elements that a text's tree may stand below in a project's document.
-constexpr int kLevelsAbove = 32;
+constexpr int kLevelsAbove = 31;
 
 bool IsStyle(std::string_view name)
 {
@@ -192,39 +192,49 @@ void RichTextEditor::ForceStyle(std::string_view name)
 
 void RichTextEditor::RemoveStyle(const XmlView& parent, std::string_view name)
 {
-    XmlView before;
+    // The text that takes those that come out of elements right behind it, and these.
+    XmlView row;
+    std::vector<XmlView> taken;
+    std::string joined;
+    const auto join = [&] {
+        if (taken.empty()) return;
+        m_body.At(row).SetText(joined);
+        for (const XmlView& text : taken)
+            m_body.Remove(text);
+        taken.clear();
+    };
+    bool cameOut = false;
     for (XmlView place = parent.FirstChild(); place;) {
-        if (!Is(place, name)) {
-            RemoveStyle(place, name);
-            before = place;
-            place = place.Next();
+        if (Is(place, name)) {
+            // What it holds comes out in front of it, and is looked at, too.
+            const XmlView inner = place.FirstChild();
+            const XmlView next = inner ? inner : place.Next();
+            inner ? m_body.Move(inner, parent, place) : m_body.Remove(place);
+            cameOut = static_cast<bool>(inner);
+            place = next;
             continue;
         }
-        XmlView inner = place.FirstChild();
-        if (before.IsText() && inner.IsText()) {
-            std::string joined(before.Text());
-            if (!joined.empty() && !joined.ends_with(' ')) joined += ' ';
-            for (; inner.IsText(); inner = inner.Next())
-                joined += inner.Text();
-            m_body.At(before).SetText(joined);
+        if (cameOut && place.IsText() && row) {
+            if (taken.empty()) joined = row.Text();
+            if (!joined.empty() && !joined.ends_with(' ') && !place.Text().empty()) joined += ' ';
+            joined += place.Text();
+            taken.push_back(place);
+        } else {
+            join();
+            row = place.IsText() ? place : XmlView();
+            RemoveStyle(place, name);
         }
-        // What was moved is looked at, too.
-        const XmlView next = inner ? inner : place.Next();
-        while (inner) {
-            const XmlView moved = inner;
-            inner = inner.Next();
-            m_body.Move(moved, parent, place);
-        }
-        m_body.Remove(place);
-        place = next;
+        cameOut = false;
+        place = place.Next();
     }
+    join();
 }
 
 void RichTextEditor::ReplaceText(const std::string& text)
 {
     const XmlView body = m_body.View();
     for (XmlView place = KeepOnly(text); place != body; place = place.Parent()) {
-        if (IsParagraph(place)) ElementAt(place).RemoveAttribute("placeholder");
+        if (IsParagraph(place)) m_body.RemoveAttribute(place, "placeholder");
     }
 }
 
@@ -249,9 +259,9 @@ void RichTextEditor::EmptyText()
         m_body.Move(top, paragraph);
     }
     for (XmlView place = kept; place != paragraph; place = place.Parent()) {
-        if (IsParagraph(place)) ElementAt(place).SetAttribute("placeholder", "1");
+        if (IsParagraph(place)) m_body.SetAttribute(place, "placeholder", "1");
     }
-    ElementAt(paragraph).SetAttribute("placeholder", "1");
+    m_body.SetAttribute(paragraph, "placeholder", "1");
 }
 
 std::vector<XmlView> RichTextEditor::RunsOutside(std::string_view name) const
@@ -320,19 +330,18 @@ XmlElement RichTextEditor::Wrap(const XmlView& parent, const XmlView& first, con
 
 void RichTextEditor::Take(const XmlView& element, const Attributes& attributes)
 {
-    XmlElement taker = ElementAt(element);
     for (const auto& [name, value] : attributes) {
         if (value == kRemoveAttribute) {
-            taker.RemoveAttribute(name);
-        } else {
-            taker.SetAttribute(name, value);
+            m_body.RemoveAttribute(element, name);
+        } else if (element.Attribute(name) != value) {
+            m_body.SetAttribute(element, name, value);
         }
     }
 }
 
-void RichTextEditor::CheckRoom() const
+void RichTextEditor::CheckRoom(int levels) const
 {
-    if (!m_body.FitsBelow(kLevelsAbove)) throw Error(E_FAIL);
+    if (levels > 0 && !m_body.FitsBelow(kLevelsAbove + levels)) throw Error(E_FAIL);
 }
 
 } // namespace kv

@@ -19,6 +19,9 @@ public:
     /// Throws Error(E_FAIL) for a command that it does not know, and for an edit that the tree refuses.
     void Apply(const TextCommand& command);
 
+    /// Throws Error(E_FAIL) for a tree that cannot become so many levels deeper.
+    void CheckRoom(int levels = 1) const;
+
 private:
     using Attributes = std::vector<std::pair<std::string, std::string>>;
 
@@ -41,9 +44,6 @@ private:
     XmlElement Wrap(const XmlView& parent, const XmlView& first, const XmlView& last, std::string_view name);
     void Take(const XmlView& element, const Attributes& attributes);
     XmlElement ElementAt(const XmlView& place) const { return XmlElement(m_body.At(place)); }
-    /// Throws Error(E_FAIL) for a tree that cannot become a level deeper: before anything is edited.
-    void CheckRoom() const;
-
     XmlElement m_body;
 };
 

@@ -25,7 +25,7 @@ HRESULT CZXPPlugInHelper::Save(XmlElement& pluginData)
     pluginData = {};
     return Guarded([&] {
         if (!m_workingCopy) return E_FAIL;
-        m_transform.Save(m_workingCopy);
+        m_transformIsOut ? m_transform.Save(m_workingCopy) : m_transform.Keep(m_workingCopy);
         m_cropSource.Save(m_workingCopy);
         pluginData = m_workingCopy;
         return S_OK;

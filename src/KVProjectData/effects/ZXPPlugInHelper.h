@@ -26,10 +26,16 @@ public:
     /// The same, but edits will go into the element itself.
     HRESULT Attach(const XmlElement& pluginData);
 
-    /// Brings the working copy up to date and hands it out. E_FAIL, and empty, when nothing is loaded.
+    /// Brings the working copy up to date and hands it out. E_FAIL, and empty, when nothing is loaded. The keys of a
+    /// transform that nobody asked for stay as the document has them.
     HRESULT Save(XmlElement& pluginData);
 
-    CZXPTransformImpl& Transform() { return m_transform; }
+    /// Who asks for it may edit it, now or later.
+    CZXPTransformImpl& Transform()
+    {
+        m_transformIsOut = true;
+        return m_transform;
+    }
     CZXPCropSourceImpl& CropSource() { return m_cropSource; }
 
 protected:
@@ -41,6 +47,7 @@ private:
     virtual void Read(const XmlElement& /*pluginData*/) {}
 
     CZXPTransformImpl m_transform;
+    bool m_transformIsOut = false;
     CZXPCropSourceImpl m_cropSource;
     XmlElement m_workingCopy;
 };

@@ -1,11 +1,11 @@
 #include "KVProjectData/effects/ZXPTextPlugInHelper.h"
 
 #include "KVProjectData/effects/RichTextEditor.h"
+#include "platform/system/Case.h"
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cstdio>
-#include <cwctype>
 
 namespace kv {
 namespace {
@@ -24,81 +24,75 @@ std::string Checked(BSTR text)
     return XmlValue(text).Text();
 }
 
-bool EqualWithoutCase(std::u16string_view left, std::u16string_view right)
+BSTR NewText(std::string_view text)
 {
-    const auto lower = [](char16_t c) { return std::towlower(c); };
-    return std::ranges::equal(left, right, {}, lower, lower);
+    return Bstr(ToUtf16(text)).Detach();
 }
 
-HRESULT HandOutText(std::string_view text, BSTR* out)
+/// Has `get` write a value, which is nothing when that fails, and say whether it counts.
+template <class T, class Get>
+HRESULT Answer(T* out, const Get& get)
 {
-    return Guarded([&] {
-        if (!out) return E_POINTER;
-        *out = nullptr;
-        *out = Bstr(ToUtf16(text)).Detach();
-        return S_OK;
-    });
-}
-
-/// S_FALSE in the place of S_OK when a value does not count.
-HRESULT Unless(bool counts, HRESULT result)
-{
-    return result == S_OK && !counts ? S_FALSE : result;
+    if (!out) return E_POINTER;
+    *out = {};
+    return Guarded([&] { return get() ? S_OK : S_FALSE; });
 }
 
 } // namespace
 
 void CZXPTextPlugInHelper::Read(const XmlElement& pluginData)
 {
+    m_attributes.reset();
     m_body = pluginData.Child("html").Child("body");
     if (!m_body) throw Error(E_INVALIDARG);
-    m_attributes = ReadTextAttributes(m_body.View());
 }
 
 const TextAttributes& CZXPTextPlugInHelper::Attributes() const
 {
     static const TextAttributes none;
-    return IsLoaded() ? m_attributes : none;
+    if (!IsLoaded()) return none;
+    if (!m_attributes) m_attributes = ReadTextAttributes(m_body.View());
+    return *m_attributes;
 }
 
 template <class Compose>
 HRESULT CZXPTextPlugInHelper::Apply(const Compose& compose)
 {
     if (!IsLoaded()) return E_FAIL;
+    m_attributes.reset();
     const HRESULT applied = Guarded([&] {
         RichTextEditor(m_body).Apply(TextCommand::Parse(compose()));
         return S_OK;
     });
-    const HRESULT read = Guarded([&] {
-        m_attributes = ReadTextAttributes(m_body.View());
-        return S_OK;
-    });
-    if (SUCCEEDED(applied)) return read;
-    return applied == E_OUTOFMEMORY ? applied : E_FAIL;
+    return SUCCEEDED(applied) || applied == E_OUTOFMEMORY ? applied : E_FAIL;
 }
 
-HRESULT CZXPTextPlugInHelper::ApplyFont(const char* attribute, BSTR value)
+template <class IsSame, class Compose>
+HRESULT CZXPTextPlugInHelper::Change(const IsSame& isSame, const Compose& compose)
 {
-    return Apply([&] { return std::string("f:<font ") + attribute + "=" + InCommand(Checked(value)) + "></font>"; });
+    return Guarded([&] { return IsLoaded() && isSame(Attributes()) ? S_OK : Apply(compose); });
 }
 
 HRESULT CZXPTextPlugInHelper::get_Face(BSTR* pVal) const
 {
-    return Unless(IsLoaded(), HandOutText(Attributes().face, pVal));
+    return Answer(pVal, [&] {
+        *pVal = NewText(Attributes().face);
+        return IsLoaded();
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::put_Face(BSTR newVal)
 {
-    return Guarded([&] {
-        const bool isSame = IsLoaded() && EqualWithoutCase(ToUtf16(m_attributes.face), View(newVal));
-        return isSame ? S_OK : ApplyFont("face", newVal);
-    });
+    const auto isSame = [&](const TextAttributes& text) { return SameText(ToUtf16(text.face), View(newVal)); };
+    return Change(isSame, [&] { return "f:<font face=" + InCommand(Checked(newVal)) + "></font>"; });
 }
 
 HRESULT CZXPTextPlugInHelper::get_Height(LONG* pVal) const
 {
-    const LONG height = Attributes().height;
-    return Unless(IsLoaded() && height != 0, HandOut(height, pVal));
+    return Answer(pVal, [&] {
+        *pVal = Attributes().height;
+        return IsLoaded() && *pVal != 0;
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::put_Height(LONG newVal)
@@ -106,57 +100,64 @@ HRESULT CZXPTextPlugInHelper::put_Height(LONG newVal)
     constexpr LONG kLowest = 8;
     constexpr LONG kHighest = 300;
     if (newVal < kLowest || newVal > kHighest) return E_INVALIDARG;
-    if (!IsLoaded()) return E_FAIL;
-    if (newVal == m_attributes.height) return S_OK;
-    return Apply([&] { return "f:<font fontHeight=" + std::to_string(newVal) + "></font>"; });
+    const auto isSame = [&](const TextAttributes& text) { return text.height == newVal; };
+    return Change(isSame, [&] { return "f:<font fontHeight=" + std::to_string(newVal) + "></font>"; });
 }
 
 HRESULT CZXPTextPlugInHelper::get_HeightString(BSTR* pVal) const
 {
-    if (const auto& text = Attributes().heightText) return HandOutText(*text, pVal);
-    return HandOut<BSTR>(nullptr, pVal);
+    return Answer(pVal, [&] {
+        if (const auto& text = Attributes().heightText) *pVal = NewText(*text);
+        return true;
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::put_HeightString(BSTR newVal)
 {
-    return ApplyFont("fontHeight", newVal);
+    return Apply([&] { return "f:<font fontHeight=" + InCommand(Checked(newVal)) + "></font>"; });
 }
 
 HRESULT CZXPTextPlugInHelper::get_Justify(ULONG* pVal) const
 {
-    const std::string& align = Attributes().align;
-    const auto* const named = std::ranges::find(kAlignments, align, &Alignment::name);
-    ULONG value = kNoAlignment;
-    if (IsLoaded() && named != std::end(kAlignments)) value = named->bit;
-    if (IsLoaded() && align == kUndetermined) value = 0;
-    const HRESULT handed = Unless(!align.empty(), HandOut(value, pVal));
-    return IsLoaded() || FAILED(handed) ? handed : E_FAIL;
+    const HRESULT answered = Answer(pVal, [&] {
+        const std::string& align = Attributes().align;
+        const auto* const named = std::ranges::find(kAlignments, align, &Alignment::name);
+        *pVal = kNoAlignment;
+        if (IsLoaded() && named != std::end(kAlignments)) *pVal = named->bit;
+        if (IsLoaded() && align == kUndetermined) *pVal = 0;
+        return !align.empty();
+    });
+    return IsLoaded() || FAILED(answered) ? answered : E_FAIL;
 }
 
 HRESULT CZXPTextPlugInHelper::put_Justify(ULONG newVal)
 {
     const auto* const named = std::ranges::find(kAlignments, newVal, &Alignment::bit);
     if (named == std::end(kAlignments)) return E_INVALIDARG;
-    if (!IsLoaded()) return E_FAIL;
-    if (m_attributes.align == named->name) return S_OK;
-    return Apply([&] { return std::string("f:<p align=") + named->name + "></p>"; });
+    const auto isSame = [&](const TextAttributes& text) { return text.align == named->name; };
+    return Change(isSame, [&] { return std::string("f:<p align=") + named->name + "></p>"; });
 }
 
 HRESULT CZXPTextPlugInHelper::get_SelectedStyleId(LONG* pVal) const
 {
-    return HandOut(Attributes().styleID, pVal);
+    return Answer(pVal, [&] {
+        *pVal = Attributes().styleID;
+        return true;
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::put_SelectedStyleId(LONG newVal)
 {
-    if (!IsLoaded()) return E_FAIL;
-    if (newVal == m_attributes.styleID) return S_OK;
-    return Apply([&] { return "f:<font SelectedStyleId=" + std::to_string(newVal) + "></font>"; });
+    const auto isSame = [&](const TextAttributes& text) { return text.styleID == newVal; };
+    return Change(isSame, [&] { return "f:<font SelectedStyleId=" + std::to_string(newVal) + "></font>"; });
 }
 
 HRESULT CZXPTextPlugInHelper::get_Style(ULONG* pVal) const
 {
-    return Unless(IsLoaded(), HandOut(Attributes().style, pVal));
+    return Answer(pVal, [&] {
+        *pVal = Attributes().style;
+        return IsLoaded();
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::put_Style(ULONG newVal)
@@ -167,33 +168,43 @@ HRESULT CZXPTextPlugInHelper::put_Style(ULONG newVal)
     };
     if (newVal & kMixedStyles) return E_INVALIDARG;
     if (!IsLoaded()) return E_FAIL;
-    if (newVal & m_attributes.style) return S_OK;
-    for (const auto& [bit, text] : kCommands) {
-        const char* const command = text;
-        const HRESULT applied = newVal & bit ? Apply([&] { return command; }) : S_OK;
-        if (FAILED(applied)) return applied;
-    }
-    return S_OK;
+    return Guarded([&] {
+        if (newVal & Attributes().style) return S_OK;
+        RichTextEditor(m_body).CheckRoom(std::popcount(newVal & (kItalicOn | kUnderlineOn | kBoldOn)));
+        for (const auto& [bit, text] : kCommands) {
+            const char* const command = text;
+            const HRESULT applied = newVal & bit ? Apply([&] { return command; }) : S_OK;
+            if (FAILED(applied)) return applied;
+        }
+        return S_OK;
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::get_Color(ULONG* pVal) const
 {
-    return Unless(IsLoaded() && Attributes().hasColour, HandOut(Attributes().colour, pVal));
+    return Answer(pVal, [&] {
+        *pVal = Attributes().colour;
+        return IsLoaded() && Attributes().hasColour;
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::put_Color(ULONG newVal)
 {
-    if (!IsLoaded()) return E_FAIL;
-    if (m_attributes.hasColour && m_attributes.colour == newVal) return S_OK;
-    char text[64];
-    std::snprintf(text, sizeof text, "f:<font color=#%02x%02x%02x%02x,faceTexture=0></font>", newVal & 0xFF,
-                  newVal >> 8 & 0xFF, newVal >> 16 & 0xFF, newVal >> 24);
-    return Apply([&] { return text; });
+    const auto isSame = [&](const TextAttributes& text) { return text.hasColour && text.colour == newVal; };
+    return Change(isSame, [&] {
+        char command[64];
+        std::snprintf(command, sizeof command, "f:<font color=#%02x%02x%02x%02x,faceTexture=0></font>", newVal & 0xFF,
+                      newVal >> 8 & 0xFF, newVal >> 16 & 0xFF, newVal >> 24);
+        return std::string(command);
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::get_String(BSTR* pVal) const
 {
-    return Unless(!Attributes().text.empty(), HandOutText(Attributes().text, pVal));
+    return Answer(pVal, [&] {
+        *pVal = NewText(Attributes().text);
+        return !Attributes().text.empty();
+    });
 }
 
 HRESULT CZXPTextPlugInHelper::put_String(BSTR newVal)

@@ -13,9 +13,9 @@ namespace kv {
 /// write the value whatever they answer; a null out-pointer is E_POINTER. Strings are the caller's to free.
 ///
 /// Setters change one attribute of all of the text, in the working copy. A value that the text has already is not set
-/// again. They answer E_FAIL when nothing is loaded, and for text that XML cannot hold. What is set is what the getter
-/// then answers, but for these: "TEXTED_REMOVE" as a face or a height takes the attribute away; an underline that was
-/// turned off has no bit.
+/// again. They answer E_FAIL when nothing is loaded, for text that XML cannot hold, and, before anything has changed,
+/// for a tree that would become too deep. What is set is what the getter then answers, but for these: "TEXTED_REMOVE"
+/// as a face or a height takes the attribute away; an underline that was turned off has no bit.
 class CZXPTextPlugInHelper final : public CZXPPlugInHelper {
 public:
     /// "undetermined" when runs disagree. S_FALSE when nothing is loaded.
@@ -62,15 +62,18 @@ private:
     void Read(const XmlElement& pluginData) override;
 
     bool IsLoaded() const { return static_cast<bool>(WorkingCopy()); }
+    /// The defaults when nothing is loaded. Throws std::bad_alloc.
     const TextAttributes& Attributes() const;
-    /// Runs a command on the text, and reads the text again. `compose` gives the command.
+    /// Runs a command on the text. `compose` gives the command.
     template <class Compose>
     HRESULT Apply(const Compose& compose);
-    /// Forces one attribute of "font".
-    HRESULT ApplyFont(const char* attribute, BSTR value);
+    /// The same unless the text is so already.
+    template <class IsSame, class Compose>
+    HRESULT Change(const IsSame& isSame, const Compose& compose);
 
     XmlElement m_body;
-    TextAttributes m_attributes;
+    /// Read when somebody asks; empty again after an edit.
+    mutable std::optional<TextAttributes> m_attributes;
 };
 
 } // namespace kv

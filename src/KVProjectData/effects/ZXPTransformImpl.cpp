@@ -142,6 +142,14 @@ void KeepChannel(XmlElement& pluginData, const char* name)
     if (const XmlView crop = pluginData.View("Crop")) CopyCropMode(crop, pluginData.Child(name));
 }
 
+/// The same of all but the channels; those that the document does not have are added.
+void KeepScalars(XmlElement& pluginData, const TransformDocument& document)
+{
+    EachScalar(document, [&](const char* name, const auto& value, bool omitsZero) {
+        if (!pluginData.MoveLast(name)) WriteScalar(pluginData, name, value, omitsZero);
+    });
+}
+
 } // namespace
 
 // Keys
@@ -377,9 +385,13 @@ void CZXPTransformImpl::SaveChannel(XmlElement& pluginData, ULONG channel)
     EachChannel(m_document, [&](ULONG mask, const char* name, const auto& keys) {
         mask == channel ? WriteChannel(pluginData, name, keys) : KeepChannel(pluginData, name);
     });
-    EachScalar(m_document, [&](const char* name, const auto& value, bool omitsZero) {
-        if (!pluginData.MoveLast(name)) WriteScalar(pluginData, name, value, omitsZero);
-    });
+    KeepScalars(pluginData, m_document);
+}
+
+void CZXPTransformImpl::Keep(XmlElement& pluginData)
+{
+    EachChannel(m_document, [&](ULONG, const char* name, const auto&) { KeepChannel(pluginData, name); });
+    KeepScalars(pluginData, m_document);
 }
 
 } // namespace kv

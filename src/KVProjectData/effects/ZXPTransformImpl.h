@@ -72,6 +72,8 @@ public:
     /// channel was saved to stands in the order of one that a whole transform was saved to. Throw Error.
     void LoadChannel(const XmlElement& pluginData, ULONG channel);
     void SaveChannel(XmlElement& pluginData, ULONG channel);
+    /// The same without any channel: for who has changed nothing.
+    void Keep(XmlElement& pluginData);
 
 private:
     ULONG& PathID(ULONG list);

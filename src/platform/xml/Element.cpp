@@ -395,16 +395,29 @@ bool XmlElement::HasAttribute(std::string_view name) const
 
 void XmlElement::SetAttribute(std::string_view name, std::string_view text)
 {
-    if (!IsXmlName(name)) throw Error(E_INVALIDARG);
-    CheckText(text);
-    kv::SetAttribute(Object().Place().node, name, text);
+    SetAttribute(View(), name, text);
 }
 
 bool XmlElement::RemoveAttribute(std::string_view name)
 {
+    return RemoveAttribute(View(), name);
+}
+
+void XmlElement::SetAttribute(const XmlView& place, std::string_view name, std::string_view text)
+{
+    Object();
+    const pugi::xml_node element(place.m_node);
+    if (element.type() != pugi::node_element || !IsXmlName(name)) throw Error(E_INVALIDARG);
+    CheckText(text);
+    kv::SetAttribute(element, name, text);
+}
+
+bool XmlElement::RemoveAttribute(const XmlView& place, std::string_view name)
+{
     DomObject& object = Object();
-    const pugi::xml_attribute found = FindAttribute(object.Place().node, name);
-    if (found) object.Detach({object.Place().node, found});
+    const pugi::xml_node element(place.m_node);
+    const pugi::xml_attribute found = FindAttribute(element, name);
+    if (found) object.Detach({element, found});
     return found;
 }
 

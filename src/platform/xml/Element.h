@@ -200,6 +200,9 @@ public:
     void SetAttribute(std::string_view name, std::string_view text);
     /// False when there is none.
     bool RemoveAttribute(std::string_view name);
+    /// The same of an element at a place in the tree of this one.
+    void SetAttribute(const XmlView& place, std::string_view name, std::string_view text);
+    bool RemoveAttribute(const XmlView& place, std::string_view name);
 
     /// The first such child; empty when there is none.
     XmlElement Child(const XmlKey& key) const;

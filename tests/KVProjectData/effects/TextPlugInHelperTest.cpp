@@ -36,6 +36,7 @@ TEST(TextPlugInHelper, TellsWhatRunsHaveInCommon)
         {"<font face='' fontHeight='' SelectedStyleId='' color=''>a</font>", " 0?  1 0 101 0 'a'"},
         {"<font fontHeight=' 42.9pt' SelectedStyleId='99999999999' color='REDdish'>a</font>",
          "Arial 42  42.9pt 1 2147483647 101 ff 'a'"},
+        {"<font fontHeight='+-5' SelectedStyleId='+5'>a</font>", "Arial 0? +-5 1 5 101 ffffff 'a'"},
         {"<font fontHeight='NaN' SelectedStyleId='-3x'>a</font>", "Arial 0? NaN 1 -3 101 ffffff 'a'"},
         {"<font fontHeight='stringRef:Height'>a</font>", "Arial 0? stringRef:Height 1 -1 101 ffffff 'a'"},
         // Without a text the last element tells.
@@ -46,7 +47,7 @@ TEST(TextPlugInHelper, TellsWhatRunsHaveInCommon)
         {"<p placeholder='1'>~words</p><p>~</p>", "Arial 24 null 1 -1 101 ffffff '~words~'"},
         {"<p placeholder='1'><!-- c -->~<b>b</b></p><p placeholder='1'>~<p>~</p></p>",
          "Arial 24 null 1 -1 401 ffffff '~b~~'"},
-        {"<body><font face='A'>a</font></body>", "A 24 null 1 -1 101 ffffff 'a'"},
+        {"<font face='A'><body>a</body></font>", "A 24 null 1 -1 101 ffffff 'a'"},
     };
     for (const auto& [content, told] : cases) {
         CZXPTextPlugInHelper text;
@@ -130,6 +131,9 @@ TEST(TextPlugInHelper, SetsOneAttributeAndLeavesTheRest)
         {"a <b>b</b>c<i>d<b>e</b></i>", "style=100", "a bc<i>d e</i>"},
         {"<b>a<i>b</i>c<!-- d --></b>e", "style=100", "a<i>b</i>c<!-- d -->e"},
         {"<p>a<b><b>b</b><i><b>c</b></i></b></p>", "style=100", "<p>a b<i>c</i></p>"},
+        {"<b>a<![CDATA[b]]></b><b>c</b>d<b>e</b>", "style=100", "a b cd e"},
+        {"<b>a<b/><b>b</b></b><b><i>c</i>d<![CDATA[]]></b>", "style=100", "a b<i>c</i>d"},
+        {"<p placeholder='1'>~<b><![CDATA[]]></b></p>", "style=100", "<p placeholder='1'>~</p>"},
         {"<u><b/></u>", "style=10100", ""},
         {"<i>a</i>b", "style=20001", "<u>a</u><u>b</u>"},
         // Words.
@@ -240,7 +244,10 @@ TEST(TextPlugInHelper, BoundsHugeTexts)
     for (int i = 0; i < 200; ++i)
         levels = i % 3 ? "<font face='" + std::to_string(i) + "'>" + levels + "</font>x" : "<b>" + levels + "</b>y";
     const std::string contents[] = {Repeated("<b>a </b>b<p align='right'>c</p><font face='A'>d</font>", 2'500),
-                                    Repeated("<p/>", 10'000), levels, std::string(1 << 20, 'x'),
+                                    Repeated("a<b>some words</b>", 10'000),
+                                    Repeated("<p/>", 10'000),
+                                    levels,
+                                    std::string(1 << 20, 'x'),
                                     "<font face='" + std::string(1 << 20, 'x') + "'>a</font>"};
     for (const std::string& content : contents) {
         const XmlElement data = TextData(content);
@@ -266,6 +273,13 @@ TEST(TextPlugInHelper, LeavesTreesAloneThatCannotBecomeDeeper)
     }
     EXPECT_EQ(S_OK, Put(text, "string=c"));
     EXPECT_EQ(BodyOf(data), "c");
+    // Several styles are set or none is: there is room for one.
+    const XmlElement full = TextData("<b>" + Repeated("<s>", 222) + "a" + Repeated("</s>", 222) + "</b>");
+    const std::string bold = BodyOf(full);
+    ASSERT_EQ(S_OK, text.Attach(full));
+    EXPECT_EQ(E_FAIL, Put(text, "style=20102"));
+    EXPECT_EQ(BodyOf(full), bold);
+    EXPECT_EQ(S_OK, Put(text, "style=2"));
 }
 
 TEST(TextCommand, IsReadFromItsTemplate)
