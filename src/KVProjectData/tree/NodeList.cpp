@@ -28,7 +28,7 @@ void CNodeList::DropAll()
 bool CNodeList::RecordChange(ListChange change, CProjectNode& child, LONG index, bool major)
 {
     UndoContext& context = SharedUndoContext();
-    if (!context.step) return false;
+    if (!context.step || RecordingOff::InForce()) return false;
     const SectionLock lock(context.recording);
     StateRecorder* const step = context.step;
     if (!step) return false;

@@ -272,10 +272,10 @@ bool CProjectNode::Record(bool major, Keep&& keep)
 {
     SetModified(major);
     UndoContext& context = SharedUndoContext();
-    if (!context.step || m_recordedIn == context.stepNumber) return false;
+    if (!context.step || RecordingOff::InForce() || m_recordedIn == context.stepNumber) return false;
     const SectionLock lock(context.recording);
     StateRecorder* const step = context.step;
-    if (!step || !context.recordingEnabled) return false;
+    if (!step) return false;
 
     if (major) context.majorChange = true;
     const bool kept = keep(*step);

@@ -48,8 +48,6 @@ struct UndoContext {
     std::atomic<StateRecorder*> step{nullptr};
     /// Of the step opened last, another one once that has forgotten; a node whose state it keeps bears the number.
     std::atomic<ULONG> stepNumber{0};
-    /// Off while an operation runs that records for itself.
-    bool recordingEnabled = true;
     /// A change of the storyboards belongs to the open step.
     std::atomic<bool> majorChange{false};
     /// Nodes that bind their effects anew after a storyboard's undo.
@@ -57,6 +55,20 @@ struct UndoContext {
 };
 
 UndoContext& SharedUndoContext();
+
+/// While one lives, what its thread edits is not recorded: the operation that runs records for itself.
+class RecordingOff {
+public:
+    RecordingOff() { ++s_depth; }
+    RecordingOff(const RecordingOff&) = delete;
+    RecordingOff& operator=(const RecordingOff&) = delete;
+    ~RecordingOff() { --s_depth; }
+
+    static bool InForce() { return s_depth > 0; }
+
+private:
+    static inline thread_local int s_depth = 0;
+};
 
 /// For as long as a thread opens, ends, runs or discards steps, or takes a project's out. Declared before any section
 /// is entered.
