@@ -1,8 +1,6 @@
 #include "KVProjectData/persistence/ValueTexts.h"
 
-#include <algorithm>
 #include <charconv>
-#include <limits>
 
 namespace kv {
 namespace {
@@ -102,38 +100,6 @@ void FlagNames::AppendText(ULONG value, std::string& text) const
         text += m_names[bit];
     }
     text += ')';
-}
-
-std::string FormatHex(ULONG value)
-{
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string text = "0x";
-    for (int shift = 28; shift >= 0; shift -= 4)
-        text += kDigits[value >> shift & 0xf];
-    return text;
-}
-
-LONG ParseHex(std::u16string_view text)
-{
-    if (!text.starts_with(u"0x")) return -1;
-    text.remove_prefix(2);
-    ULONGLONG value = 0;
-    std::size_t digits = 0;
-    for (; digits < text.size(); ++digits) {
-        const char16_t c = text[digits];
-        unsigned digit = 0;
-        if (c >= u'0' && c <= u'9')
-            digit = c - u'0';
-        else if (c >= u'a' && c <= u'f')
-            digit = c - u'a' + 10u;
-        else if (c >= u'A' && c <= u'F')
-            digit = c - u'A' + 10u;
-        else
-            break;
-        // Beyond 32 bits a pattern stays at the limit.
-        value = std::min<ULONGLONG>(value * 16 + digit, std::numeric_limits<ULONG>::max());
-    }
-    return digits ? static_cast<LONG>(static_cast<ULONG>(value)) : -1;
 }
 
 } // namespace kv

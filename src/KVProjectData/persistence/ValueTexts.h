@@ -1,5 +1,5 @@
 #pragma once
-// Text forms of enumerations, flags and bit patterns: a number with its names, of which only the number is read.
+// Text forms of enumerations and flags: a number with its names, of which only the number is read.
 
 #include "KVProjectData/tree/AttributeArchive.h"
 
@@ -61,11 +61,5 @@ extern const FlagNames kMenuTypeNames;
 extern const FlagNames kOverlayTypeNames;
 extern const FlagNames kTextTypeFlagNames;
 extern const FlagNames kTitleTypeNames;
-
-/// "0x%08X".
-std::string FormatHex(ULONG value);
-
-/// The digits after a lower-case "0x"; -1 for any other text.
-LONG ParseHex(std::u16string_view text);
 
 } // namespace kv

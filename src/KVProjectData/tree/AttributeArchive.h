@@ -44,6 +44,12 @@ struct OneOrZero {
     bool& value;
 };
 
+/// Bits that are written as "0x" with so many hexadecimal digits at least. Any other text is read as all bits set.
+struct Hex {
+    ULONG& value;
+    int digits;
+};
+
 /// A save that has this flag writes what a node would otherwise leave to its effect or production.
 inline constexpr ULONG kSaveNative = 1;
 
@@ -64,12 +70,14 @@ public:
     /// Each field in its own form; the text of a null string is empty, a plain boolean is -1 or 0. True when the field
     /// was set: it stays as it is when its attribute is absent or cannot be read.
     virtual bool operator()(std::string_view name, Bstr& field) = 0;
+    virtual bool operator()(std::string_view name, BYTE& field) = 0;
     virtual bool operator()(std::string_view name, LONG& field) = 0;
     virtual bool operator()(std::string_view name, ULONG& field) = 0;
     virtual bool operator()(std::string_view name, float& field) = 0;
     virtual bool operator()(std::string_view name, double& field) = 0;
     virtual bool operator()(std::string_view name, bool& field) = 0;
     virtual bool operator()(std::string_view name, OneOrZero field) = 0;
+    virtual bool operator()(std::string_view name, Hex field) = 0;
     template <class T>
     bool operator()(std::string_view name, NamedField<T> field)
     {

@@ -62,6 +62,13 @@ double ParseDouble(std::string_view text)
     return Convert(text, VT_R8).dblVal;
 }
 
+BYTE ParseByte(std::string_view text)
+{
+    const ULONG number = ParseULong(text);
+    if (number > std::numeric_limits<BYTE>::max()) throw Error(DISP_E_OVERFLOW);
+    return static_cast<BYTE>(number);
+}
+
 LONG ParseID(std::string_view text)
 {
     LONGLONG id = 0;
@@ -96,6 +103,18 @@ std::optional<ULONG> ParseLeading(std::string_view text)
     return static_cast<ULONG>(negative ? std::max(-value, kLowest) : value);
 }
 
+ULONG ParseHex(std::string_view text)
+{
+    constexpr ULONG kAll = std::numeric_limits<ULONG>::max();
+    constexpr std::string_view kPrefix = "0x";
+    if (!text.starts_with(kPrefix)) return kAll;
+    text.remove_prefix(kPrefix.size());
+    // Beyond 32 bits a pattern stays at the limit, and so it does without a digit.
+    ULONG value = kAll;
+    std::from_chars(text.data(), text.data() + text.size(), value, 16);
+    return value;
+}
+
 void AppendNumber(LONG value, std::string& text)
 {
     Append(value, text);
@@ -114,6 +133,17 @@ void AppendNumber(float value, std::string& text)
 void AppendNumber(double value, std::string& text)
 {
     AppendReal(value, text);
+}
+
+void AppendHex(ULONG value, int digits, std::string& text)
+{
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    constexpr int kMost = 8;
+    text += "0x";
+    for (int place = kMost; place-- > 0;) {
+        const ULONG left = value >> 4 * place;
+        if (left != 0 || place < digits) text += kDigits[left & 0xf];
+    }
 }
 
 } // namespace kv

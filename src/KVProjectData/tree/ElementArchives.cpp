@@ -55,6 +55,14 @@ bool AttributeWriter::Named(std::string_view name, ULONG& number, const ValueNam
     return false;
 }
 
+bool AttributeWriter::operator()(std::string_view name, Hex field)
+{
+    const std::size_t begin = m_utf8.size();
+    AppendHex(field.value, field.digits, m_utf8);
+    Add(name, false, begin, m_utf8.size());
+    return false;
+}
+
 template <class T>
 bool AttributeWriter::Number(std::string_view name, T value)
 {
@@ -154,6 +162,11 @@ bool AttributeReader::operator()(std::string_view name, Bstr& field)
     return Read(name, field, [](std::string_view text) { return Bstr(ToUtf16(text)); });
 }
 
+bool AttributeReader::operator()(std::string_view name, BYTE& field)
+{
+    return Read(name, field, ParseByte);
+}
+
 bool AttributeReader::operator()(std::string_view name, LONG& field)
 {
     return Read(name, field, ParseLong);
@@ -177,6 +190,14 @@ bool AttributeReader::operator()(std::string_view name, double& field)
 bool AttributeReader::operator()(std::string_view name, bool& field)
 {
     return Read(name, field, ParseBool);
+}
+
+bool AttributeReader::operator()(std::string_view name, Hex field)
+{
+    return Read(name, field.value, [](std::string_view text) {
+        if (text.empty()) throw Error(DISP_E_TYPEMISMATCH);
+        return ParseHex(text);
+    });
 }
 
 bool AttributeReader::Named(std::string_view name, ULONG& number, const ValueNames&)

@@ -17,12 +17,14 @@ public:
 
     void ID(CProjectNode& node) override;
     bool operator()(std::string_view name, Bstr& field) override;
+    bool operator()(std::string_view name, BYTE& field) override { return Number(name, LONG{field}); }
     bool operator()(std::string_view name, LONG& field) override { return Number(name, field); }
     bool operator()(std::string_view name, ULONG& field) override { return Number(name, field); }
     bool operator()(std::string_view name, float& field) override { return Number(name, field); }
     bool operator()(std::string_view name, double& field) override { return Number(name, field); }
     bool operator()(std::string_view name, bool& field) override { return Number(name, LONG{field ? -1 : 0}); }
     bool operator()(std::string_view name, OneOrZero field) override { return Number(name, LONG{field.value}); }
+    bool operator()(std::string_view name, Hex field) override;
 
     /// Writes to an element, or to markup whose element has just been begun. The first attribute that is refused ends
     /// that and is traced.
@@ -73,12 +75,14 @@ public:
 
     void ID(CProjectNode& node) override;
     bool operator()(std::string_view name, Bstr& field) override;
+    bool operator()(std::string_view name, BYTE& field) override;
     bool operator()(std::string_view name, LONG& field) override;
     bool operator()(std::string_view name, ULONG& field) override;
     bool operator()(std::string_view name, float& field) override;
     bool operator()(std::string_view name, double& field) override;
     bool operator()(std::string_view name, bool& field) override;
     bool operator()(std::string_view name, OneOrZero field) override { return (*this)(name, field.value); }
+    bool operator()(std::string_view name, Hex field) override;
 
 private:
     /// Borrowed from the document.

@@ -22,12 +22,14 @@ public:
 
     void ID(CProjectNode& node) override;
     bool operator()(std::string_view, Bstr& field) override;
+    bool operator()(std::string_view, BYTE& field) override { return Number(field); }
     bool operator()(std::string_view, LONG& field) override { return Number(field); }
     bool operator()(std::string_view, ULONG& field) override { return Number(field); }
     bool operator()(std::string_view, float& field) override { return Number(field); }
     bool operator()(std::string_view, double& field) override { return Number(field); }
     bool operator()(std::string_view, bool& field) override { return Number(field); }
     bool operator()(std::string_view, OneOrZero field) override { return Number(field.value); }
+    bool operator()(std::string_view, Hex field) override { return Number(field.value); }
 
 private:
     bool Named(std::string_view, ULONG& number, const ValueNames&) override { return Number(number); }

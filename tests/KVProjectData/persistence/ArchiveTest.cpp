@@ -26,6 +26,8 @@ public:
         archive("standard", Enumeration(standard, kTVStandardNames));
         archive("angle", angle);
         archive("bits", bits);
+        archive("pattern", Hex{pattern, 6});
+        archive("level", level);
         archive("seconds", seconds);
         archive.OnlyRead("oldLabel", label);
         archive.OnlyWrite("version", LONG{2});
@@ -55,6 +57,8 @@ public:
     Bstr label{u"\u00e9"};
     LONG turns = -3;
     ULONG bits = 0xFFFFFFFF;
+    ULONG pattern = 0x1fe;
+    BYTE level = 255;
     float angle = 0.1f;
     double seconds = 0.1;
     bool on = true;
@@ -67,9 +71,9 @@ public:
     float effectX = 2.5f;
 };
 
-constexpr std::u16string_view kShape =
-    u"<Shape angle=\"0.1\" bits=\"4294967295\" kind=\"2 (Frame)\" label=\"\u00e9\" on=\"-1\" seconds=\"0.1\""
-    u" standard=\"2 (PAL)\" still=\"1\" turns=\"-3\" version=\"2\"";
+constexpr std::u16string_view kShape = u"<Shape angle=\"0.1\" bits=\"4294967295\" kind=\"2 (Frame)\" label=\"\u00e9\" "
+                                       u"level=\"255\" on=\"-1\" pattern=\"0x0001FE\" seconds=\"0.1\""
+                                       u" standard=\"2 (PAL)\" still=\"1\" turns=\"-3\" version=\"2\"";
 
 TEST(ArchiveTest, WritesWhatTheSaveAsksForInTheOrderOfTheNames)
 {
@@ -83,15 +87,19 @@ TEST(ArchiveTest, WritesWhatTheSaveAsksForInTheOrderOfTheNames)
 TEST(ArchiveTest, ReadsEveryFormAndLeavesWhatCannotBeRead)
 {
     const auto shape = Make<Shape>();
-    EXPECT_EQ(S_OK, shape->Load("<Shape angle='1e-3' bits='0' kind='16' on='false' oldLabel='o' seconds='2.5'"
-                                " standard='1 (PAL)' still='0' turns='7' version='9' x='0.25'/>"));
-    EXPECT_EQ(u"<Shape angle=\"0.001\" bits=\"0\" kind=\"16 (Matte)\" label=\"o\" on=\"0\" seconds=\"2.5\""
+    EXPECT_EQ(
+        S_OK,
+        shape->Load("<Shape angle='1e-3' bits='0' kind='16' level='7' on='false' oldLabel='o' pattern='1' seconds='2.5'"
+                    " standard='1 (PAL)' still='0' turns='7' version='9' x='0.25'/>"));
+    EXPECT_EQ(u"<Shape angle=\"0.001\" bits=\"0\" kind=\"16 (Matte)\" label=\"o\" level=\"7\" on=\"0\""
+              u" pattern=\"0xFFFFFFFF\" seconds=\"2.5\""
               u" standard=\"1 (NTSC)\" still=\"0\" turns=\"7\" version=\"2\" x=\"0.25\"/>",
               shape->Saved(0));
 
     const auto other = Make<Shape>();
-    for (const char* refused : {"angle='wide'", "bits='-1'", "on='maybe'", "seconds='soon'", "still='2 KB'",
-                                "turns='99999999999'", "x='-1'", "label2='unknown'"}) {
+    for (const char* refused :
+         {"angle='wide'", "bits='-1'", "level='256'", "level='-1'", "on='maybe'", "pattern=''", "seconds='soon'",
+          "still='2 KB'", "turns='99999999999'", "x='-1'", "label2='unknown'"}) {
         ZXUClearErrorStack();
         EXPECT_EQ(S_OK, other->Load((std::string("<Shape label='\u00e9' version='9' ") + refused + "/>").c_str()));
         EXPECT_EQ(std::u16string(kShape) + u" x=\"0.5\"/>", other->Saved(0)) << refused;
@@ -104,7 +112,8 @@ TEST(ArchiveTest, ARecordHoldsEveryFieldThroughALifeOfTheEffect)
 {
     const auto shape = Make<Shape>();
     RecordedValues record = shape->GetRecord();
-    ASSERT_EQ(S_OK, shape->Load("<Shape angle='1' bits='1' kind='1' label='' on='0' seconds='1' standard='1' still='0'"
+    ASSERT_EQ(S_OK, shape->Load("<Shape angle='1' bits='1' kind='1' label='' level='1' on='0' pattern='0x1' "
+                                "seconds='1' standard='1' still='0'"
                                 " turns='1' x='1'/>"));
     shape->hidden = 5;
     shape->hasEffect = true;

@@ -1,5 +1,6 @@
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "support/Contents.h"
+#include "KVProjectData/tree/AttributeTexts.h"
 
 namespace kv::test {
 namespace {
@@ -23,13 +24,28 @@ TEST_F(SavingTest, WritesAnEmptyProjectWithItsDefaults)
 
 TEST(HexadecimalTextTest, TakesDigitsBehindASmallXAlone)
 {
-    for (const ULONG value : {0u, 0x00FF00FFu, 0x80000000u, 0xFFFFFFFFu})
-        EXPECT_EQ(static_cast<LONG>(value), ParseHex(ToUtf16(FormatHex(value)))) << FormatHex(value);
-    EXPECT_EQ("0x00FF00FF", FormatHex(0x00FF00FF));
-    EXPECT_EQ(0xABC, ParseHex(u"0xaBc"));
-    EXPECT_EQ(0x12, ParseHex(u"0x12 rest"));
-    for (const auto* text : {u"0x123456789", u"0X00FF", u"255", u" 0x1", u"0xg", u"0x", u""})
-        EXPECT_EQ(-1, ParseHex(text)) << ToUtf8(text);
+    for (const auto& [value, text] : {std::pair{0u, "0x00000000"},
+                                      {0x00FF00FFu, "0x00FF00FF"},
+                                      {0x80000000u, "0x80000000"},
+                                      {0xFFFFFFFFu, "0xFFFFFFFF"}}) {
+        std::string written;
+        AppendHex(value, 8, written);
+        EXPECT_EQ(text, written);
+        EXPECT_EQ(value, ParseHex(text));
+    }
+    std::string shorter;
+    AppendHex(0x1234567, 6, shorter);
+    EXPECT_EQ("0x1234567", shorter);
+    for (const auto& [text, value] : {std::pair{"0xaBc", 0xABC},
+                                      {"0x12 rest", 0x12},
+                                      {"0x123456789", -1},
+                                      {"0X00FF", -1},
+                                      {"255", -1},
+                                      {" 0x1", -1},
+                                      {"0xg", -1},
+                                      {"0x", -1},
+                                      {"", -1}})
+        EXPECT_EQ(static_cast<ULONG>(value), ParseHex(text)) << text;
 }
 
 TEST_F(SavingTest, RefusesTextThatXmlCannotHold)
