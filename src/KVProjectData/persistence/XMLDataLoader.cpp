@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::string_view kSource = "KVXMLDataLoader";
 constexpr std::string_view kRoot = "Root";
-constexpr std::string_view kProject = "Project";
 /// What hosts keep beside the project.
 constexpr std::string_view kProductions = "Productions";
 
@@ -45,7 +44,7 @@ void CKVXMLDataLoader::LoadRoot(IXMLDOMNode* root)
     if (FAILED(resolved)) ZXUReportError(ZXUErrResultStr({kSource, __LINE__}, "ResolveStringRefs()", resolved));
     const XmlView place = m_scope.View();
     const ElementRow* row = FindElement(place.Name());
-    if (row && row->type == typeProject) return LoadNode(place, m_project, *row);
+    if (row && IsTarget(*row, nullptr)) return LoadNode(place, m_target, *row);
     if (place.Name() == kRoot) ReportAttributes(place);
     if (row && row->Leaf()) return;
     ForEachChild(place, [&](const XmlView& child) { LoadPlace(child, nullptr); });
@@ -67,9 +66,9 @@ void CKVXMLDataLoader::LoadDocument(IXMLDOMNode& document)
 CProjectNode* CKVXMLDataLoader::FindNode(const ElementRow* row, std::string_view name, CProjectNode* parent)
 {
     if (!row) return nullptr;
-    if (row->type == typeProject) return &m_project;
+    if (IsTarget(*row, parent)) return &m_target;
     if (!parent) return nullptr;
-    return row->Item() ? m_factory.CreateItem(row->type, *parent) : parent->FindChildByTypeAndName(row->type, name);
+    return row->Item() ? parent->CreateItem(row->type) : parent->FindChildByTypeAndName(row->type, name);
 }
 
 void CKVXMLDataLoader::LoadPlace(const XmlView& place, CProjectNode* parent)
@@ -86,7 +85,8 @@ void CKVXMLDataLoader::LoadPlace(const XmlView& place, CProjectNode* parent)
     }
     if (row && row->Leaf()) return;
     ForEachChild(place, [&](const XmlView& child) {
-        if (child.IsElement() && child.Name() == kProject) {
+        const ElementRow* childRow = child.IsElement() ? FindElement(child.Name()) : nullptr;
+        if (childRow && IsTarget(*childRow, nullptr)) {
             LoadPlace(child, nullptr);
         } else if (isRoot && child.Name() != kProductions) {
             PassOver(child);
@@ -96,6 +96,7 @@ void CKVXMLDataLoader::LoadPlace(const XmlView& place, CProjectNode* parent)
 
 void CKVXMLDataLoader::LoadNode(const XmlView& element, CProjectNode& node, const ElementRow& row)
 {
+    if (&node == &m_target) m_found = true;
     const bool read = ReadElement(element, node);
     if (row.Item() && node.ID() == 0) m_unnumbered.push_back({node.Identity(), &node});
     if (!read) return;

@@ -1,5 +1,5 @@
 #pragma once
-// Loads a document into a project.
+// Loads a document into a node.
 
 #include "KVProjectData/persistence/ElementTable.h"
 #include "KVProjectData/tree/LoadReport.h"
@@ -10,20 +10,10 @@
 
 namespace kv {
 
-/// Creates the objects that a document names. Implemented by the project, which knows the classes.
-class NodeFactory {
-public:
-    /// Makes an object of an item type and appends it to `parent`, without an ID. Null when there is no such
-    /// object, or when the parent does not take it.
-    virtual CProjectNode* CreateItem(NodeType type, CProjectNode& parent) = 0;
-
-protected:
-    ~NodeFactory() = default;
-};
-
 class CKVXMLDataLoader {
 public:
-    CKVXMLDataLoader(CProjectNode& project, NodeFactory& factory) : m_project(project), m_factory(factory) {}
+    /// `target` is what the elements of its type are loaded into: a project, a menu or a button.
+    explicit CKVXMLDataLoader(CProjectNode& target) : m_target(target) {}
 
     /// Loads a document, or an element with what is below it, in whose document string references are resolved first.
     /// Elements that no node is found for, and nodes that cannot take their element, are passed over with what is below
@@ -38,11 +28,17 @@ private:
         CProjectNode* node;
     };
 
+    /// A project's elements are the project's wherever they stand. Of those of a menu or a button the first one counts
+    /// that stands in no other node's.
+    bool IsTarget(const ElementRow& row, const CProjectNode* parent) const
+    {
+        return row.type == m_target.Type() && (!row.Item() || (!parent && !m_found));
+    }
     void LoadRoot(IXMLDOMNode* root);
     void LoadDocument(IXMLDOMNode& document);
     /// The node that an element fills; null when there is none. `parent` may be null.
     CProjectNode* FindNode(const ElementRow* row, std::string_view name, CProjectNode* parent);
-    /// Loads what stands at a place. Below an element without a node only projects are looked for.
+    /// Loads what stands at a place. Below an element without a node only elements of the target are looked for.
     void LoadPlace(const XmlView& place, CProjectNode* parent);
     /// Loads one element, and what is below it where it was read.
     void LoadNode(const XmlView& element, CProjectNode& node, const ElementRow& row);
@@ -53,8 +49,8 @@ private:
     /// Of an element that has none of its own.
     void ReportAttributes(const XmlView& element);
 
-    CProjectNode& m_project;
-    NodeFactory& m_factory;
+    CProjectNode& m_target;
+    bool m_found = false;
     LoadReport m_report;
     /// Holds the tree that is being loaded.
     XmlElement m_scope;

@@ -8,6 +8,18 @@
 
 namespace kv {
 
+class CKVList;
+
+/// Makes the items of the lists that a document names: the project, which knows the classes.
+class ListItems {
+public:
+    /// Appends an item without an ID; null where there is no class of such.
+    virtual CProjectNode* AppendItem(CKVList& list) = 0;
+
+protected:
+    ~ListItems() = default;
+};
+
 /// Its members are what the project does with a list inside an edit or a read access. Positions count from 1; edits
 /// are recorded, and told with the positions that the caller passed.
 class CKVList final : public CNodeList {
@@ -19,7 +31,10 @@ public:
         DISPID moved;
     };
 
-    CKVList(NodeType type, const Events& events) : CNodeList(type), m_events(events) {}
+    CKVList(NodeType type, NodeType itemType, const Events& events, ListItems& items)
+        : CNodeList(type), m_itemType(itemType), m_events(events), m_items(items)
+    {
+    }
 
     /// E_POINTER for a null out-pointer.
     HRESULT Count(LONG* out) const;
@@ -43,12 +58,18 @@ public:
     /// The project, which it is part of.
     IUnknown* Identity() override { return Parent()->Identity(); }
 
+    CProjectNode* CreateItem(NodeType type) override
+    {
+        return type == m_itemType ? m_items.AppendItem(*this) : nullptr;
+    }
     void Attributes(AttributeArchive& archive) override { archive.OnlyWrite("NumItems", ChildCount()); }
 
 private:
     CProjectNode* At(LONG position) const { return position < 1 ? nullptr : GetChild(position - 1); }
 
+    const NodeType m_itemType;
     const Events m_events;
+    ListItems& m_items;
 };
 
 template <class Item, class Interface>

@@ -2,7 +2,6 @@
 // The project: root of the tree, holder of the disc-wide settings, and the place where every event arrives.
 
 #include "KVProjectData/IKVProjectData.h"
-#include "KVProjectData/persistence/XMLDataLoader.h"
 #include "KVProjectData/project/AsyncEventDispatcher.h"
 #include "KVProjectData/project/List.h"
 #include "KVProjectData/project/ProjectEvents.h"
@@ -29,7 +28,7 @@ class CKVProjectData final : public CProjectNode,
                              public CAsyncEventDispatcher,
                              public Aggregate<Parts<CKVCommandList, CKVEncodingParams, CKVLocking>,
                                               Dual<IKVProjectData>, ConnectionPointContainer, IProjectStoryboards>,
-                             private NodeFactory {
+                             private ListItems {
 public:
     explicit CKVProjectData(IUnknown* outer);
 
@@ -146,7 +145,7 @@ private:
         bool menuLess = false;
     };
 
-    CProjectNode* CreateItem(NodeType type, CProjectNode& parent) override;
+    CProjectNode* AppendItem(CKVList& list) override;
 
     HRESULT PrepareTitle(CKVTitle& title);
 
@@ -163,9 +162,10 @@ private:
     Bstr m_targetDrive;
     std::atomic<bool> m_dirty{false};
 
-    CKVList m_titles{typeTitleList, {EVENT_TitleAdded, EVENT_TitleRemoved, EVENT_TitleMoved}};
-    CKVList m_menus{typeMenuList, {EVENT_MenuAdded, EVENT_MenuRemoved, EVENT_MenuMoved}};
-    CKVList m_dataFiles{typeFileList, {EVENT_DataFileAdded, EVENT_DataFileRemoved, EVENT_DataFileMoved}};
+    CKVList m_titles{typeTitleList, typeTitle, {EVENT_TitleAdded, EVENT_TitleRemoved, EVENT_TitleMoved}, *this};
+    CKVList m_menus{typeMenuList, typeMenu, {EVENT_MenuAdded, EVENT_MenuRemoved, EVENT_MenuMoved}, *this};
+    CKVList m_dataFiles{
+        typeFileList, typeFile, {EVENT_DataFileAdded, EVENT_DataFileRemoved, EVENT_DataFileMoved}, *this};
 
     XmlElement m_keptProductions;
 

@@ -2,6 +2,7 @@
 
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/persistence/ValueTexts.h"
+#include "KVProjectData/persistence/XMLDataLoader.h"
 #include "KVProjectData/persistence/XMLPersistor.h"
 #include "KVProjectData/titles/DataFile.h"
 #include "KVProjectData/titles/Title.h"
@@ -48,20 +49,18 @@ void CKVProjectData::Attributes(AttributeArchive& archive)
     archive.OnlyRecord(m_targetDrive);
 }
 
-CProjectNode* CKVProjectData::CreateItem(NodeType type, CProjectNode& parent)
+CProjectNode* CKVProjectData::AppendItem(CKVList& list)
 {
-    const auto adopt = [](CNodeList& list, CProjectNode& item) {
+    const auto append = [&list](CProjectNode& item) {
         list.Adopt(item, -1, false);
         return &item;
     };
-    if (type == typeTitle && &parent == &m_titles) {
+    if (&list == &m_titles) {
         const auto title = Make<CKVTitle>();
         title->SetStereoscopic(m_settings.discVideoType != Normal_2D);
-        return adopt(m_titles, *title);
+        return append(*title);
     }
-    if (type == typeFile && &parent == &m_dataFiles) return adopt(m_dataFiles, *Make<CKVDataFile>());
-    if (type == typeCommand && parent.Type() == typeCmdList)
-        return &static_cast<CKVCommandList&>(parent).AppendCommand();
+    if (&list == &m_dataFiles) return append(*Make<CKVDataFile>());
     return nullptr;
 }
 
@@ -76,7 +75,7 @@ HRESULT CKVProjectData::loadXML(IXMLDOMNode* pRootNode)
         // What Clear keeps must not mix with what the document brings.
         Part<CKVCommandList>().DropAll();
         Part<CKVEncodingParams>().Reset();
-        return CKVXMLDataLoader(*this, *this).Load(pRootNode);
+        return CKVXMLDataLoader(*this).Load(pRootNode);
     });
 }
 

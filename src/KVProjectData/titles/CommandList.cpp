@@ -77,12 +77,13 @@ HRESULT CKVCommandList::ExchangeCommands(Commands& commands)
     });
 }
 
-CProjectNode& CKVCommandList::AppendCommand()
+CProjectNode* CKVCommandList::CreateItem(NodeType type)
 {
+    if (type != typeCommand) return nullptr;
     const SectionLock lock(Section());
     const auto command = Make<CDiscCommandNode>();
     Adopt(*command, -1, false);
-    return *command;
+    return command.Get();
 }
 
 } // namespace kv

@@ -30,12 +30,10 @@ public:
     /// KV_E_LOCKED changes nothing.
     HRESULT ExchangeCommands(Commands& commands);
 
-    /// Appends a new command, which a document then fills.
-    CProjectNode& AppendCommand();
-
     IUnknown* Identity() override { return Controlling(); }
 
     void Attributes(AttributeArchive&) override {}
+    CProjectNode* CreateItem(NodeType type) override;
 };
 
 } // namespace kv

@@ -27,13 +27,7 @@ void CNodeList::DropAll()
 
 bool CNodeList::RecordChange(ListChange change, CProjectNode& child, LONG index, bool major)
 {
-    UndoContext& context = SharedUndoContext();
-    if (!context.step || RecordingOff::InForce()) return false;
-    const SectionLock lock(context.recording);
-    StateRecorder* const step = context.step;
-    if (!step) return false;
-    if (major) context.majorChange = true;
-    return step->KeepListChange(*this, change, child, index);
+    return KeepInStep(major, [&](StateRecorder& step) { return step.KeepListChange(*this, change, child, index); });
 }
 
 } // namespace kv

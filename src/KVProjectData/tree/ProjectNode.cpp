@@ -100,6 +100,11 @@ HRESULT CProjectNode::LoadElement(const LoadedElement& element)
     return S_OK;
 }
 
+CProjectNode* CProjectNode::CreateItem(NodeType)
+{
+    return nullptr;
+}
+
 bool CProjectNode::OwnsContent(const XmlView&) const
 {
     return false;
@@ -272,15 +277,12 @@ bool CProjectNode::Record(bool major, Keep&& keep)
 {
     SetModified(major);
     UndoContext& context = SharedUndoContext();
-    if (!context.step || RecordingOff::InForce() || m_recordedIn == context.stepNumber) return false;
-    const SectionLock lock(context.recording);
-    StateRecorder* const step = context.step;
-    if (!step) return false;
-
-    if (major) context.majorChange = true;
-    const bool kept = keep(*step);
-    m_recordedIn = context.stepNumber.load();
-    return kept;
+    if (m_recordedIn == context.stepNumber) return false;
+    return KeepInStep(major, [&](StateRecorder& step) {
+        const bool kept = keep(step);
+        m_recordedIn = context.stepNumber.load();
+        return kept;
+    });
 }
 
 bool CProjectNode::RecordState(bool major)
@@ -291,6 +293,12 @@ bool CProjectNode::RecordState(bool major)
 bool CProjectNode::RecordCommandListState(CKVCommandList& commandList)
 {
     return Record(false, [&](StateRecorder& step) { return step.KeepCommands(commandList); });
+}
+
+bool CProjectNode::RecordMode(std::shared_ptr<KeptMode> mode)
+{
+    SetModified(true);
+    return KeepInStep(true, [&](StateRecorder& step) { return step.KeepMode(*this, std::move(mode)); });
 }
 
 CProjectNode& CProjectNode::Root()

@@ -8,6 +8,7 @@
 #include "platform/xml/Element.h"
 
 #include <atomic>
+#include <memory>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -27,6 +28,7 @@ struct Fires {
 class AttributeArchive;
 class CKVCommandList;
 class CNodeList;
+class KeptMode;
 class LoadedElement;
 class ProductionOwner;
 
@@ -60,6 +62,9 @@ public:
     /// Takes over the attributes that are there; those that it does not know or cannot read are reported. Fails, or
     /// throws Error, for an element that the node cannot take.
     virtual HRESULT LoadElement(const LoadedElement& element);
+    /// Makes an object of an item type that a document names and appends it, without an ID. Null where none of that
+    /// type can stand.
+    virtual CProjectNode* CreateItem(NodeType type);
     /// Whether the node takes a child of its element for itself, which the element table has no node for.
     virtual bool OwnsContent(const XmlView& child) const;
     /// What the node's element holds beside the elements of its children: an element of a tree of its own. Empty for
@@ -128,6 +133,8 @@ public:
     bool RecordState(bool major);
     /// The same with the commands of a list as the state.
     bool RecordCommandListState(CKVCommandList& commandList);
+    /// Makes the project dirty and keeps a change of the node's mode for undo, each in an open step. True when kept.
+    bool RecordMode(std::shared_ptr<KeptMode> mode);
 
 protected:
     explicit CProjectNode(NodeType type) : m_type(type) {}

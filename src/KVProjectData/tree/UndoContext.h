@@ -6,6 +6,7 @@
 #include "platform/undo/OleUndo.h"
 
 #include <atomic>
+#include <memory>
 
 namespace kv {
 
@@ -15,6 +16,20 @@ class CNodeList;
 /// The edits of a list.
 enum class ListChange : ULONG { Add = 0, Remove = 1, Move = 2 };
 
+/// What a node has of its own in a mode: made by the node when it is about to change its mode, filled with what it
+/// leaves when it has done so, and let go with the record.
+class KeptMode {
+public:
+    KeptMode() = default;
+    KeptMode(const KeptMode&) = delete;
+    KeptMode& operator=(const KeptMode&) = delete;
+    virtual ~KeptMode() = default;
+
+    /// Exchanges it for what the node has. Called while the node is held, outside of its section. S_FALSE when there is
+    /// nothing to exchange with.
+    virtual HRESULT Exchange() = 0;
+};
+
 /// Keeps what an edit is about to replace: the open undo step.
 class StateRecorder {
 public:
@@ -23,6 +38,7 @@ public:
     virtual bool KeepCommands(CKVCommandList& commandList) = 0;
     /// `index` is where the child stands; for a move, where it came from.
     virtual bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) = 0;
+    virtual bool KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode) = 0;
     /// Lets go of what it keeps of a project and of the objects that stand in it. From here on the state of every node
     /// is kept anew. Called by the thread that drives undo.
     virtual void Forget(const CProjectNode& project) = 0;
@@ -69,6 +85,20 @@ public:
 private:
     static inline thread_local int s_depth = 0;
 };
+
+/// Has the open step keep what an edit is about to replace; `keep` is called with the recorder inside the section of
+/// recording. False without a step, and while recording is off.
+template <class Keep>
+bool KeepInStep(bool major, Keep&& keep)
+{
+    UndoContext& context = SharedUndoContext();
+    if (!context.step || RecordingOff::InForce()) return false;
+    const SectionLock lock(context.recording);
+    StateRecorder* const step = context.step;
+    if (!step) return false;
+    if (major) context.majorChange = true;
+    return keep(*step);
+}
 
 /// For as long as a thread opens, ends, runs or discards steps, or takes a project's out. Declared before any section
 /// is entered.

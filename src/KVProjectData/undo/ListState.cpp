@@ -1,8 +1,20 @@
 #include "KVProjectData/undo/ListState.h"
 
+#include "KVProjectData/tree/LineageLock.h"
+
 #include <algorithm>
 
 namespace kv {
+namespace {
+
+/// A list is the owner's, and works inside the owner's section: the project's, or those from the list up to the menu.
+CProjectNode& LowestHeld(CNodeList& list)
+{
+    CProjectNode* owner = list.Parent();
+    return owner && owner->Type() == typeProject ? *owner : list;
+}
+
+} // namespace
 
 CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
     : StateRecord(list), m_child(child), m_index(index)
@@ -25,8 +37,7 @@ HRESULT CKVListState::Exchange(CNodeList& list, DrivingUndo& driving)
 {
     CProjectNode* child = m_child.Find(driving);
     if (!child) return S_FALSE;
-    // A list is the owner's, and works inside the owner's section.
-    const SectionLock lock(list.Parent() ? list.Parent()->Section() : list.Section());
+    const LineageLock lock(LowestHeld(list));
     // Edits that were not recorded may have taken the child out, or brought it back already.
     if (child->Parent() != (m_turn == Turn::Reinsert ? nullptr : &list)) return S_FALSE;
     switch (m_turn) {

@@ -2,6 +2,7 @@
 
 #include "KVProjectData/undo/CommandListState.h"
 #include "KVProjectData/undo/ListState.h"
+#include "KVProjectData/undo/NativeModeState.h"
 #include "KVProjectData/undo/ObjectState.h"
 
 namespace kv {
@@ -54,6 +55,11 @@ bool UndoStep::KeepCommands(CKVCommandList& commandList)
 bool UndoStep::KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
 {
     return Keep<CKVListState>(list, change, child, index);
+}
+
+bool UndoStep::KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode)
+{
+    return Keep<CKVNativeModeState>(node, mode);
 }
 
 void UndoStep::Forget(const CProjectNode& project)

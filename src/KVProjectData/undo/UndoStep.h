@@ -64,6 +64,7 @@ private:
     bool KeepState(CProjectNode& node) override;
     bool KeepCommands(CKVCommandList& commandList) override;
     bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) override;
+    bool KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode) override;
     void Forget(const CProjectNode& project) override;
 
     IOleUndoManager& m_manager;

@@ -142,12 +142,11 @@ TEST_F(LoadingTest, MakesOfEveryTextWhatASaveTellsAgain)
 }
 
 /// A project whose attributes cannot be read for lack of memory, or for another failure.
-class FailingProject final : public CProjectNode, public Object<IUnknown>, public NodeFactory {
+class FailingProject final : public CProjectNode, public Object<IUnknown> {
 public:
     explicit FailingProject(HRESULT failure) : CProjectNode(typeProject), m_failure(failure) {}
 
     IUnknown* Identity() override { return Controlling(); }
-    CProjectNode* CreateItem(NodeType, CProjectNode&) override { return nullptr; }
 
     void Attributes(AttributeArchive&) override { throw Error(m_failure); }
 
@@ -163,7 +162,7 @@ TEST(LoaderTest, EndsForLackOfMemoryOnly)
         document->selectSingleNode(Str(path).Get(), node.Put());
         for (const auto& [failure, result] : {std::pair{E_OUTOFMEMORY, E_OUTOFMEMORY}, {DISP_E_OVERFLOW, S_OK}}) {
             const auto failing = Make<FailingProject>(failure);
-            CKVXMLDataLoader loader(*failing.Get(), *failing.Get());
+            CKVXMLDataLoader loader(*failing.Get());
             EXPECT_EQ(result, Guarded([&] { return loader.Load(node.Get()); })) << ToUtf8(path);
         }
     }
