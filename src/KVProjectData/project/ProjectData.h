@@ -4,6 +4,7 @@
 #include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/project/AsyncEventDispatcher.h"
 #include "KVProjectData/project/List.h"
+#include "KVProjectData/project/ObjectIndex.h"
 #include "KVProjectData/project/ProjectEvents.h"
 #include "KVProjectData/project/ProjectStoryboards.h"
 #include "KVProjectData/titles/CommandList.h"
@@ -166,6 +167,8 @@ private:
     CKVList m_menus{typeMenuList, typeMenu, {EVENT_MenuAdded, EVENT_MenuRemoved, EVENT_MenuMoved}, *this};
     CKVList m_dataFiles{
         typeFileList, typeFile, {EVENT_DataFileAdded, EVENT_DataFileRemoved, EVENT_DataFileMoved}, *this};
+
+    ObjectIndex m_objects{{&m_titles, &m_menus, &m_dataFiles}, m_menus};
 
     XmlElement m_keptProductions;
 

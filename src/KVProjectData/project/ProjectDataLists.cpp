@@ -159,10 +159,10 @@ HRESULT CKVProjectData::FindByID(LONG ID, IUnknown** ppUnkObj)
     return Read([&] {
         if (!ppUnkObj) return E_POINTER;
         *ppUnkObj = nullptr;
-        for (const CKVList* list : {&m_titles, &m_menus, &m_dataFiles}) {
-            if (CProjectNode* found = list->FindChildByID(ID)) return ComPtr(found->Identity()).CopyTo(ppUnkObj);
-        }
-        return KV_E_NO_SUCH_ID;
+        ComPtr<IUnknown> found = m_objects.Find(ID);
+        if (!found) return KV_E_NO_SUCH_ID;
+        *ppUnkObj = found.Detach();
+        return S_OK;
     });
 }
 

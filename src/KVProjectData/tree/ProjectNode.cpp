@@ -24,7 +24,20 @@ ComPtr<IXMLDOMNode> DomNode(IUnknown* object)
     return node;
 }
 
+std::atomic<ULONGLONG> g_treeState{1};
+
+/// To be told inside the sections that the change was made in, when it is done.
+void TreeChanged()
+{
+    g_treeState.fetch_add(1, std::memory_order_release);
+}
+
 } // namespace
+
+ULONGLONG CProjectNode::TreeState()
+{
+    return g_treeState.load(std::memory_order_acquire);
+}
 
 CriticalSection& ParentLinks()
 {
@@ -34,7 +47,10 @@ CriticalSection& ParentLinks()
 
 CProjectNode::~CProjectNode()
 {
-    if (CProjectNode* parent = Parent()) std::erase(parent->m_children, this);
+    if (CProjectNode* parent = Parent()) {
+        std::erase(parent->m_children, this);
+        TreeChanged();
+    }
     for (CProjectNode* child : m_children)
         child->SetParent(nullptr);
 }
@@ -180,6 +196,7 @@ void CProjectNode::SetParent(CProjectNode* parent)
     const SectionLock lock(m_section);
     const SectionLock links(ParentLinks());
     m_parent.store(parent, std::memory_order_release);
+    TreeChanged();
 }
 
 HRESULT CProjectNode::MoveChild(LONG from, LONG to, CProjectNode** moved)
@@ -192,6 +209,7 @@ HRESULT CProjectNode::MoveChild(LONG from, LONG to, CProjectNode** moved)
         } else {
             std::rotate(first + to, first + from, first + from + 1);
         }
+        TreeChanged();
     }
     if (moved) *moved = GetChild(to);
     return S_OK;
@@ -237,13 +255,15 @@ bool CProjectNode::RemoveFromParent()
 
 void CProjectNode::SetID(LONG id)
 {
-    m_ID = id;
+    if (m_ID.exchange(id) != id) TreeChanged();
     PassOverID(id);
 }
 
 void CProjectNode::AssignID()
 {
-    if (m_ID == 0) m_ID = TakeNextID();
+    if (m_ID != 0) return;
+    m_ID = TakeNextID();
+    TreeChanged();
 }
 
 void CProjectNode::Lock(bool recursive)
@@ -277,8 +297,10 @@ bool CProjectNode::Record(bool major, Keep&& keep)
 {
     SetModified(major);
     UndoContext& context = SharedUndoContext();
-    if (m_recordedIn == context.stepNumber) return false;
+    // A major change is one also of a node whose state is kept already.
+    if (!major && m_recordedIn == context.stepNumber) return false;
     return KeepInStep(major, [&](StateRecorder& step) {
+        if (m_recordedIn == context.stepNumber) return false;
         const bool kept = keep(step);
         m_recordedIn = context.stepNumber.load();
         return kept;

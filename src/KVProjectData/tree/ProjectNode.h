@@ -94,6 +94,10 @@ public:
     LONG ID() const { return m_ID.load(std::memory_order_relaxed); }
     NodeType Type() const { return m_type; }
     CProjectNode* Parent() const { return m_parent.load(std::memory_order_acquire); }
+    /// Another number after every change of who stands where in trees, and of IDs. Whoever finds the same number inside
+    /// the section of a node finds what is below it as it was.
+    static ULONGLONG TreeState();
+
     /// The top of the tree, the node itself without a parent. Called while the links are held.
     CProjectNode& Root();
     CriticalSection& Section() { return m_section; }
