@@ -3,26 +3,42 @@
 
 #include "KVProjectData/tree/NodeReference.h"
 
+#include <mutex>
 #include <vector>
 
 namespace kv {
 
-/// Nodes whose effects are bound anew after an undo of the storyboard.
+/// Nodes whose effects are bound anew after an undo of the storyboard. Any thread may add some.
 class CAttachList {
 public:
-    void Add(CProjectNode& node) { m_nodes.emplace_back(node); }
+    /// Throws Error for lack of memory.
+    void Add(CProjectNode& node)
+    {
+        NodeReference reference(node);
+        const std::lock_guard lock(m_guard);
+        m_nodes.push_back(std::move(reference));
+    }
     /// Empties the list for a new step.
-    void Restart() { m_nodes.clear(); }
+    void Restart() { Take(); }
 
     /// Binds every listed node's effect and empties the list.
     void Run()
     {
-        for (const auto& node : std::exchange(m_nodes, {}))
+        for (const auto& node : Take())
             if (const auto object = node.Hold()) (*node).AttachEffect();
     }
 
 private:
-    std::vector<NodeReference<CProjectNode>> m_nodes;
+    using Nodes = std::vector<NodeReference<CProjectNode>>;
+
+    Nodes Take()
+    {
+        const std::lock_guard lock(m_guard);
+        return std::exchange(m_nodes, {});
+    }
+
+    std::mutex m_guard;
+    Nodes m_nodes;
 };
 
 } // namespace kv

@@ -8,4 +8,13 @@ UndoContext& SharedUndoContext()
     return context;
 }
 
+void AttachNowOrLater(CProjectNode& node)
+{
+    if (SUCCEEDED(node.AttachEffect())) return;
+    Guarded([&] {
+        SharedUndoContext().attachNodes.Add(node);
+        return S_OK;
+    });
+}
+
 } // namespace kv

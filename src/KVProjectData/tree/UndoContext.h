@@ -72,6 +72,9 @@ struct UndoContext {
 
 UndoContext& SharedUndoContext();
 
+/// Binds a node that has come back to its effect: now, or when the storyboard has brought the effect back.
+void AttachNowOrLater(CProjectNode& node);
+
 /// While one lives, what its thread edits is not recorded: the operation that runs records for itself.
 class RecordingOff {
 public:

@@ -55,7 +55,7 @@ HRESULT CKVListState::Reinsert(CNodeList& list, CProjectNode& child)
 {
     // The list may have become shorter.
     list.Adopt(child, std::min(m_index, list.ChildCount()), false);
-    child.AttachEffect();
+    AttachNowOrLater(child);
     m_turn = Turn::Remove;
     m_held.Reset();
     return S_OK;

@@ -74,7 +74,7 @@ void NodeImage::RestoreItems(CNodeList& list)
         }
         ++place;
         item.Restore();
-        if (!parent) node.AttachEffect();
+        if (!parent) AttachNowOrLater(node);
     }
     while (list.ChildCount() > place) {
         list.GetChild(list.ChildCount() - 1)->DetachEffect();
