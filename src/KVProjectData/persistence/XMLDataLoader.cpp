@@ -68,7 +68,18 @@ CProjectNode* CKVXMLDataLoader::FindNode(const ElementRow* row, std::string_view
     if (!row) return nullptr;
     if (IsTarget(*row, parent)) return &m_target;
     if (!parent) return nullptr;
-    return row->Item() ? parent->CreateItem(row->type) : parent->FindChildByTypeAndName(row->type, name);
+    return row->Item() ? CreateItem(row->type, *parent) : parent->FindChildByTypeAndName(row->type, name);
+}
+
+CProjectNode* CKVXMLDataLoader::CreateItem(NodeType type, CProjectNode& parent)
+{
+    CProjectNode* item = nullptr;
+    const HRESULT made = Guarded([&] {
+        item = parent.CreateItem(type);
+        return S_OK;
+    });
+    if (made == E_OUTOFMEMORY) throw Error(made);
+    return item;
 }
 
 void CKVXMLDataLoader::LoadPlace(const XmlView& place, CProjectNode* parent)

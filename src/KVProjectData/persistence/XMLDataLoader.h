@@ -38,6 +38,8 @@ private:
     void LoadDocument(IXMLDOMNode& document);
     /// The node that an element fills; null when there is none. `parent` may be null.
     CProjectNode* FindNode(const ElementRow* row, std::string_view name, CProjectNode* parent);
+    /// Null where none can stand or be made.
+    CProjectNode* CreateItem(NodeType type, CProjectNode& parent);
     /// Loads what stands at a place. Below an element without a node only elements of the target are looked for.
     void LoadPlace(const XmlView& place, CProjectNode* parent);
     /// Loads one element, and what is below it where it was read.
