@@ -323,6 +323,12 @@ bool CProjectNode::RecordMode(std::shared_ptr<KeptMode> mode)
     return KeepInStep(true, [&](StateRecorder& step) { return step.KeepMode(*this, std::move(mode)); });
 }
 
+bool CProjectNode::RecordButtonStyle()
+{
+    SetModified(true);
+    return KeepInStep(true, [this](StateRecorder& step) { return step.KeepButtonStyle(*this); });
+}
+
 CProjectNode& CProjectNode::Root()
 {
     CProjectNode* root = this;

@@ -139,6 +139,8 @@ public:
     bool RecordCommandListState(CKVCommandList& commandList);
     /// Makes the project dirty and keeps a change of the node's mode for undo, each in an open step. True when kept.
     bool RecordMode(std::shared_ptr<KeptMode> mode);
+    /// The same with the properties and the elements of the button that this node is.
+    bool RecordButtonStyle();
 
 protected:
     explicit CProjectNode(NodeType type) : m_type(type) {}

@@ -39,6 +39,8 @@ public:
     /// `index` is where the child stands; for a move, where it came from.
     virtual bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) = 0;
     virtual bool KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode) = 0;
+    /// A button's properties and elements.
+    virtual bool KeepButtonStyle(CProjectNode& button) = 0;
     /// Lets go of what it keeps of a project and of the objects that stand in it. From here on the state of every node
     /// is kept anew. Called by the thread that drives undo.
     virtual void Forget(const CProjectNode& project) = 0;

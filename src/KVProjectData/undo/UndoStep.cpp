@@ -1,5 +1,6 @@
 #include "KVProjectData/undo/UndoStep.h"
 
+#include "KVProjectData/undo/ButtonStlState.h"
 #include "KVProjectData/undo/CommandListState.h"
 #include "KVProjectData/undo/ListState.h"
 #include "KVProjectData/undo/NativeModeState.h"
@@ -60,6 +61,11 @@ bool UndoStep::KeepListChange(CNodeList& list, ListChange change, CProjectNode& 
 bool UndoStep::KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode)
 {
     return Keep<CKVNativeModeState>(node, mode);
+}
+
+bool UndoStep::KeepButtonStyle(CProjectNode& button)
+{
+    return Keep<CKVButtonStlState>(button);
 }
 
 void UndoStep::Forget(const CProjectNode& project)

@@ -65,6 +65,7 @@ private:
     bool KeepCommands(CKVCommandList& commandList) override;
     bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) override;
     bool KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode) override;
+    bool KeepButtonStyle(CProjectNode& button) override;
     void Forget(const CProjectNode& project) override;
 
     IOleUndoManager& m_manager;

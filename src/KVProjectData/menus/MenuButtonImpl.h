@@ -1,0 +1,75 @@
+#pragma once
+// What a button shows: the effects of its elements.
+
+#include "KVProjectData/menus/MenuElementImpl.h"
+
+namespace kv {
+
+/// The children of a button node.
+enum ButtonChild : LONG { kButtonLinks, kButtonRegion, kButtonCommands, kButtonElements };
+
+/// A button has no effect of its own. While its elements have theirs, one of them is its anchor: the button stands
+/// where the anchor does, and moves all of them.
+class CMenuButtonImpl : public CMenuElementImpl {
+public:
+    HRESULT InsertEffect(IUnknown* pUnkSbd, LONG groupID, ULONG tagFilter) override;
+    HRESULT RemoveEffect() override;
+    /// Finds the effects of all elements that have one; the first failure is returned.
+    HRESULT AttachEffect(IUnknown* pUnkSbd, ULONG tagFilter) override;
+    HRESULT DetachEffect() override;
+    bool HasEffect() const override { return Anchor() != nullptr; }
+    bool IsBound() const override;
+
+    HRESULT getPosition(FloatPoint& position) override;
+    HRESULT setPosition(const FloatPoint& position) override;
+    /// KV_E_BUTTON_HAS_NO_BOX.
+    HRESULT getBoundingBox(Corners& corners) override;
+    HRESULT getExtent(FloatRect& extent) override;
+    HRESULT getWidthHeight(float& width, float& height) override;
+    HRESULT setWidthHeight(float width, float height) override;
+    HRESULT setTimeOffsets(double startSecs, double endSecs) override;
+    virtual HRESULT moveBy(const FloatPoint& distance);
+
+    LONG getEffectType() const override { return ZXE_EFFECT_TEXT; }
+    void attributes(AttributeArchive& archive) override;
+
+    void SelectAnchor(bool reselect) override;
+    void MovedByHand() override;
+
+    /// Null while no element has an effect.
+    CMenuElementImpl* Anchor() const;
+    /// The anchor when the elements get their effects.
+    void SetAnchorID(LONG id) { m_anchorID = id; }
+    LONG AnchorID() const { return m_anchorID; }
+
+    /// Moves the button, with neither record nor event.
+    HRESULT PlaceAt(const FloatPoint& position);
+
+    /// The rectangle around the elements that are highlighted; S_FALSE when there is none.
+    HRESULT getHighlightRegion(FloatRect& region);
+    bool AnySourceContains(std::u16string_view text) const;
+    /// The element at a position among those of a type, from 0; null when there is none.
+    CMenuElementImpl* ElementOfType(NodeType type, LONG index) const;
+    LONG CountOfType(NodeType type) const;
+
+protected:
+    using CMenuElementImpl::CMenuElementImpl;
+
+    bool WritesAll(const AttributeArchive& archive) const override;
+
+private:
+    CProjectNode& List() const { return *Node().GetChild(kButtonElements); }
+    CMenuElementImpl& At(LONG index) const { return *ElementOf(*List().GetChild(index)); }
+    /// Calls for each element until one fails, whose result it reports, by the text of the call, and gives.
+    template <class Call>
+    HRESULT ForEach(std::string_view text, Call&& call);
+    /// The element whose size is the button's: its last picture that is not highlighted.
+    CMenuElementImpl* Face() const;
+    /// Moves what is seen; the anchor is `anchor`, null without one.
+    HRESULT MoveElements(CMenuElementImpl* anchor, const FloatPoint& distance);
+
+    LONG m_anchorID = 0;
+    bool m_anchored = false;
+};
+
+} // namespace kv
