@@ -1,0 +1,66 @@
+#pragma once
+// The productions of a menu: the one that shows its elements, and in its place the background of a native menu.
+
+#include "KVProjectData/Engine/Production.h"
+#include "KVProjectData/IKVEncodingParams.h"
+#include "KVProjectData/menus/MenuSink.h"
+
+#include <mutex>
+
+namespace kv {
+
+/// Part of a menu. Whoever changes what is held has entered the menu's section; asking needs none. Failures of the
+/// engine are reported to the host, and their results passed on.
+class MenuProductions {
+public:
+    /// `menu` is a menu that answers for IZXEProductionDataEvents as `events`; it outlives this object.
+    MenuProductions(CProjectNode& menu, IZXEProductionDataEvents& events) : m_node(menu), m_events(events) {}
+    MenuProductions(const MenuProductions&) = delete;
+    MenuProductions& operator=(const MenuProductions&) = delete;
+
+    /// The menu ends: closes what is held.
+    void End();
+
+    /// The menu's own production; empty without one. It is mere when it was made here and told of no edit since.
+    ComPtr<IUnknown> Menu() const { return Held(m_menu); }
+    /// The background production; empty without one.
+    ComPtr<IUnknown> Background() const { return Held(m_background); }
+    bool MenuIsMere() const { return m_sink && m_sink->IsOfMere(); }
+
+    /// Makes the production that there is none of, and listens to the menu's own. S_FALSE when there is one.
+    HRESULT MakeMenu();
+    HRESULT MakeBackground();
+
+    /// Puts a production that can be used in the place of the one that is held, which is handed over as it is, and not
+    /// listened to any more. Null for none. On failure nothing has changed.
+    HRESULT ExchangeMenu(ComPtr<IUnknown>& production);
+    void ExchangeBackground(ComPtr<IUnknown>& production);
+
+    /// The aspect ratio of the menu's own production becomes that of the encoding parameters; S_FALSE when these follow
+    /// the project.
+    HRESULT AspectFromMenu(IKVEncodingParams& encoding) const;
+    /// The other way.
+    HRESULT AspectToMenu(IKVEncodingParams& encoding) const;
+
+    /// Ends the use of a production; null for none.
+    static HRESULT Close(IUnknown* production);
+
+private:
+    ComPtr<IUnknown> Held(const ComPtr<IUnknown>& production) const;
+    void Hold(ComPtr<IUnknown>& place, ComPtr<IUnknown>& production);
+    HRESULT Connect(IUnknown* production, DWORD& cookie);
+    /// Without a cookie there is nothing to end.
+    static HRESULT Disconnect(IUnknown* production, DWORD cookie);
+
+    CProjectNode& m_node;
+    IZXEProductionDataEvents& m_events;
+    /// Guards the pointers alone.
+    mutable std::mutex m_guard;
+    ComPtr<IUnknown> m_menu;
+    ComPtr<IUnknown> m_background;
+    /// Made with the first connection.
+    ComPtr<MenuSink> m_sink;
+    DWORD m_adviseCookie = 0;
+};
+
+} // namespace kv
