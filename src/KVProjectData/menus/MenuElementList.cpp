@@ -89,8 +89,14 @@ HRESULT CKVMenuElementList::RemoveEffects()
 
 HRESULT CKVMenuElementList::AttachEffects(IUnknown* production)
 {
-    return ForEach(
-        [&](CMenuElementImpl& element) { return kEngine.Checked(element.AttachEffect(production, kHighlightTag)); });
+    // One that the production has no effect for does not keep the others from theirs.
+    HRESULT first = S_OK;
+    ForEach([&](CMenuElementImpl& element) {
+        const HRESULT result = kEngine.Checked(element.AttachEffect(production, kHighlightTag));
+        if (FAILED(result) && SUCCEEDED(first)) first = result;
+        return S_OK;
+    });
+    return first;
 }
 
 HRESULT CKVMenuElementList::DetachEffects()

@@ -25,8 +25,8 @@ public:
     HRESULT FindElement(LONG ID, IKVMenuElement** ppElem) override;
     HRESULT Clear() override;
 
-    // The effects of all elements, called with the owner's lineage held. The first failure ends the walk, is reported
-    // and returned.
+    // The effects of all elements, called with the owner's lineage held. The first failure ends the walk, except of
+    // AttachEffects, is reported and returned.
 
     /// S_FALSE without a production.
     HRESULT InsertEffects(IUnknown* production);

@@ -156,6 +156,8 @@ public:
     {
         const LineageLock lock(*this);
         CMenuElementImpl* button = this->Holder();
+        // A button that lets go of all its elements knows where it stands already.
+        if (button && !button->HasEffect()) button = nullptr;
         if (button) button->SelectAnchor(false);
         const HRESULT result = Impl::DetachEffect();
         if (button) button->SelectAnchor(true);

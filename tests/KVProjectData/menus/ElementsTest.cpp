@@ -1,0 +1,363 @@
+#include "ElementSupport.h"
+
+#include "support/FakeEngine.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+namespace kv::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+void ExpectNear(const FloatPoint& expected, const FloatPoint& actual)
+{
+    EXPECT_NEAR(expected.x, actual.x, 1e-6);
+    EXPECT_NEAR(expected.y, actual.y, 1e-6);
+}
+
+std::vector<std::string> LinesOf(HRESULT result, const std::string& source)
+{
+    EXPECT_TRUE(FAILED(result));
+    return Reported(source);
+}
+
+// The list
+
+TEST_F(ElementTest, AListHandsOutWhatStandsInIt)
+{
+    const auto button = NewButton();
+    const auto text = Insert<TestText>(Elements());
+    for (const auto& [position, element] : {std::pair<LONG, IKVMenuElement*>{1, button.Get()}, {2, text.Get()}}) {
+        ComPtr<IKVMenuElement> found;
+        EXPECT_EQ(S_OK, Elements().GetElement(position, found.Put()));
+        EXPECT_EQ(element, found.Get());
+        EXPECT_EQ(S_OK, Elements().FindElement(ValueOf(*element, &IKVMenuElement::get_ID), found.Put()));
+        EXPECT_EQ(element, found.Get());
+        ComPtr<IKVMenuElementList> list;
+        EXPECT_EQ(S_OK, element->GetParentList(list.Put()));
+        EXPECT_EQ(&Elements(), list.Get());
+    }
+    ComPtr<IKVMenuElement> none;
+    for (const LONG position : {-1, 0, 3})
+        EXPECT_EQ(KV_E_NO_SUCH_ELEMENT, Elements().GetElement(position, none.Put()));
+    EXPECT_EQ(E_INVALIDARG, Elements().FindElement(-7, none.Put()));
+    EXPECT_EQ(E_INVALIDARG, Elements().RemoveElement(-7, nullptr));
+    EXPECT_EQ(2, ValueOf<IKVMenuElementList>(Elements(), &IKVMenuElementList::get_ElementCount));
+    for (const auto& [line, result] : {std::pair{"NULL = plCount", Elements().get_ElementCount(nullptr)},
+                                       {"NULL = ppElem", Elements().GetElement(1, nullptr)},
+                                       {"NULL = ppElem", Elements().FindElement(1, nullptr)},
+                                       {"NULL = pElem", Elements().InsertElement(1, nullptr)}})
+        EXPECT_EQ(E_POINTER, result) << line;
+    EXPECT_THAT(LinesOf(Elements().InsertElement(1, nullptr), "KVMenuElementList"), ElementsAre("NULL = pElem"));
+    EXPECT_THAT(LinesOf(Elements().GetElement(1, nullptr), "KVMenuElementList"), ElementsAre("NULL = ppElem"));
+}
+
+TEST_F(ElementTest, EditsOfAListAreToldAndUndone)
+{
+    Show();
+    const auto button = NewButton();
+    const auto first = Make<TestOverlay>();
+    const auto second = Make<TestText>();
+    const LONG a = button->ID();
+    EXPECT_THAT(Events(), ElementsAre(Event(EVENT_MenuElementAdded, {a})));
+
+    Begin();
+    EXPECT_EQ(S_OK, Elements().InsertElement(1, first.Get()));
+    EXPECT_EQ(S_OK, Elements().InsertElement(-3, second.Get()));
+    EXPECT_EQ(S_OK, Elements().MoveElement(1, 3));
+    EXPECT_EQ(S_OK, Elements().MoveElement(2, 2));
+    EXPECT_EQ(S_OK, Elements().RemoveElement(a, nullptr));
+    End();
+    const LONG b = first->ID();
+    const LONG c = second->ID();
+    EXPECT_THAT(Order(Elements()), ElementsAre(c, b));
+    std::vector<ReceivedEvent> told = Events();
+    std::erase_if(told, [](const ReceivedEvent& event) { return event.id >= EVENT_MenuElementChanged; });
+    EXPECT_THAT(told, ElementsAre(Event(EVENT_MenuElementInserted, {b, 1}), Event(EVENT_MenuElementInserted, {c, -3}),
+                                  Event(EVENT_MenuElementMoved, {b, 1, 3}), Event(EVENT_MenuElementMoved, {c, 2, 2}),
+                                  Event(EVENT_MenuElementRemoved, {a})));
+    for (int round = 0; round < 2; ++round) {
+        UndoStep();
+        EXPECT_THAT(Order(Elements()), ElementsAre(a));
+        EXPECT_FALSE(IsShown(*first) || first->HasEffect());
+        RedoStep();
+        EXPECT_THAT(Order(Elements()), ElementsAre(c, b));
+        EXPECT_TRUE(IsShown(*first) && first->HasEffect() && second->HasEffect());
+    }
+
+    Events();
+    Begin();
+    EXPECT_EQ(S_OK, Elements().Clear());
+    End();
+    EXPECT_THAT(Events(), ElementsAre(Event(EVENT_MenuElementRemoved, {c}), Event(EVENT_MenuElementRemoved, {b})));
+    EXPECT_FALSE(IsShown(*first));
+    UndoStep();
+    EXPECT_THAT(Order(Elements()), ElementsAre(c, b));
+    EXPECT_TRUE(IsShown(*first) && first->HasEffect());
+}
+
+TEST_F(ElementTest, WhatAListRefusesLeavesItAsItIs)
+{
+    const auto button = NewButton();
+    const auto element = Insert<TestText>(Elements());
+    const auto free = Make<TestText>();
+    Events();
+    const auto add = [](IKVMenuElementList& list, const GUID& iid) {
+        ComPtr<IKVMenuElement> added;
+        const HRESULT result = list.AddElement(&iid, added.Put());
+        EXPECT_FALSE(added);
+        return result;
+    };
+    EXPECT_EQ(E_INVALIDARG, add(ElementsOf(*button), IKVMenuButton::IID));
+    EXPECT_EQ(KV_E_BAD_POSITION, add(Elements(), IKVMenuElement::IID));
+    EXPECT_EQ(KV_E_BAD_POSITION, Elements().InsertElement(4, free.Get()));
+    // Already somewhere, and a button in itself.
+    EXPECT_EQ(E_INVALIDARG, Elements().InsertElement(0, element.Get()));
+    EXPECT_EQ(E_INVALIDARG, ElementsOf(*button).InsertElement(0, button.Get()));
+    EXPECT_EQ(E_INVALIDARG, ElementsOf(*button).InsertElement(0, element.Get()));
+    for (const auto& [from, to] : {std::pair{0, 1}, {3, 1}, {1, 3}, {1, 0}, {3, 3}})
+        EXPECT_EQ(KV_E_BAD_POSITION, Elements().MoveElement(from, to)) << from << to;
+    EXPECT_THAT(Order(Elements()), ElementsAre(button->ID(), element->ID()));
+    EXPECT_EQ(nullptr, free->Parent());
+    EXPECT_EQ(0, ElementsOf(*button).ChildCount());
+    EXPECT_THAT(Events(), IsEmpty());
+}
+
+TEST_F(ElementTest, AnElementThatTheEngineRefusesStaysInItsList)
+{
+    const auto engine = Make<FakeEngine>();
+    engine->results["AddProductionEffect"] = E_ACCESSDENIED;
+    menu->production = Query<IUnknown>(engine->Controlling());
+    const auto element = Make<TestOverlay>();
+    EXPECT_EQ(E_ACCESSDENIED, Elements().InsertElement(0, element.Get()));
+    std::vector<std::string> sources;
+    for (const std::string& line : ZXUErrorStack())
+        sources.push_back(line.substr(0, line.find('(')));
+    EXPECT_THAT(sources, ElementsAre("NXEffect", "MenuElementImpl", "KVMenuElementList"));
+    EXPECT_THAT(Order(Elements()), ElementsAre(element->ID()));
+    EXPECT_EQ(S_OK, element->SetPosition(0.5, 0.25));
+    ExpectNear({0.5, 0.25}, Position(*element));
+    EXPECT_EQ(S_OK, Elements().RemoveElement(element->ID(), nullptr));
+}
+
+// One element
+
+TEST_F(ElementTest, PropertiesOfAnElementAreCheckedAndTold)
+{
+    const auto element = Insert<TestOverlay>(Elements());
+    const LONG id = element->ID();
+    Events();
+    struct Case {
+        const char* what;
+        HRESULT (*set)(TestOverlay&);
+        HRESULT result;
+        /// 0 for no event.
+        DISPID told;
+    };
+    const std::vector<Case> cases{
+        {"Tag", [](TestOverlay& e) { return e.put_Tag(2); }, S_OK, 2},
+        {"Flags", [](TestOverlay& e) { return e.put_Flags(5); }, S_OK, 3},
+        {"IsDirty", [](TestOverlay& e) { return e.put_IsDirty(1); }, S_OK, 11},
+        {"TemplateID", [](TestOverlay& e) { return e.put_TemplateID(-9); }, S_OK, 10},
+        {"ZOrder below 0", [](TestOverlay& e) { return e.put_ZOrder(-1); }, E_INVALIDARG, 0},
+        {"ZOrder", [](TestOverlay& e) { return e.put_ZOrder(3); }, S_OK, 501},
+        {"Rotation", [](TestOverlay& e) { return e.put_Rotation(30); }, S_OK, 500},
+        {"no Rotation", [](TestOverlay& e) { return e.put_Rotation(kNaN); }, E_INVALIDARG, 0},
+        {"place", [](TestOverlay& e) { return e.SetPosition(0.5, -0.25); }, S_OK, 504},
+        {"no place", [](TestOverlay& e) { return e.SetPosition(0, kNaN); }, E_INVALIDARG, 0},
+        {"size below 0", [](TestOverlay& e) { return e.SetWidthHeight(1, -1); }, E_INVALIDARG, 0},
+        {"no size", [](TestOverlay& e) { return e.SetWidthHeight(kNaN, 1); }, E_INVALIDARG, 0},
+        {"size", [](TestOverlay& e) { return e.SetWidthHeight(1, 1); }, S_OK, 512},
+        {"time", [](TestOverlay& e) { return e.SetTimeOffsets(0, 1); }, E_POINTER, 0},
+        {"no time", [](TestOverlay& e) { return e.SetTimeOffsets(0, kNaN); }, E_INVALIDARG, 0},
+    };
+    for (const auto& [what, set, result, told] : cases) {
+        element->Lock(false);
+        EXPECT_EQ(KV_E_LOCKED, set(*element)) << what;
+        element->Unlock(false);
+        EXPECT_EQ(result, set(*element)) << what;
+        const auto expected =
+            told ? std::vector{Event(EVENT_OverlayChanged, {id, told})} : std::vector<ReceivedEvent>{};
+        EXPECT_EQ(expected, Events()) << what;
+    }
+    EXPECT_EQ(0, menu->marks);
+    EXPECT_EQ(2u, ValueOf<IKVMenuElement>(*element, &IKVMenuElement::get_Tag));
+    EXPECT_EQ(5u, ValueOf<IKVMenuElement>(*element, &IKVMenuElement::get_Flags));
+    EXPECT_EQ(VARIANT_FALSE, ValueOf<IKVMenuElement>(*element, &IKVMenuElement::get_IsDirty));
+    EXPECT_EQ(-9, ValueOf<IKVMenuElement>(*element, &IKVMenuElement::get_TemplateID));
+    EXPECT_EQ(3, ValueOf<IKVMenuElement>(*element, &IKVMenuElement::get_ZOrder));
+    EXPECT_EQ(30, Rotation(*element));
+    ExpectNear({0.5, -0.25}, Position(*element));
+    float width = 0;
+    float height = 0;
+    EXPECT_EQ(S_OK, element->GetWidthHeight(&width, &height));
+    EXPECT_EQ((FloatPoint{2, 2}), (FloatPoint{width, height}));
+    LONG effect = 7;
+    EXPECT_EQ(E_UNEXPECTED, element->get_EffectID(&effect));
+}
+
+TEST_F(ElementTest, NullIsReportedByItsName)
+{
+    const auto element = Insert<TestText>(Elements());
+    float f = 0;
+    const std::vector<std::pair<const char*, std::function<HRESULT()>>> cases{
+        {"pID", [&] { return element->get_ID(nullptr); }},
+        {"pdwTag", [&] { return element->get_Tag(nullptr); }},
+        {"pdwFlags", [&] { return element->get_Flags(nullptr); }},
+        {"pbIsDirty", [&] { return element->get_IsDirty(nullptr); }},
+        {"pAngleDeg", [&] { return element->get_Rotation(nullptr); }},
+        {"pzOrder", [&] { return element->get_ZOrder(nullptr); }},
+        {"pX", [&] { return element->GetPosition(nullptr, &f); }},
+        {"pY", [&] { return element->GetPosition(&f, nullptr); }},
+        {"pVertexList", [&] { return element->GetBoundingBox(nullptr); }},
+        {"pRect", [&] { return element->GetExtent(nullptr); }},
+        {"w", [&] { return element->GetWidthHeight(nullptr, &f); }},
+        {"h", [&] { return element->GetWidthHeight(&f, nullptr); }},
+        {"pID", [&] { return element->get_TemplateID(nullptr); }},
+        {"ppNewElem", [&] { return NewButton()->Copy(nullptr); }},
+    };
+    for (const auto& [name, call] : cases) {
+        EXPECT_EQ(E_POINTER, call()) << name;
+        const auto lines = ZXUErrorStack();
+        ASSERT_EQ(1u, lines.size()) << name;
+        EXPECT_TRUE(lines[0].ends_with(std::string("): *** Error NULL = ") + name + "\n")) << lines[0];
+    }
+}
+
+TEST_F(ElementTest, AnEffectHoldsThePlaceAndGivesItBack)
+{
+    Show();
+    const auto element = Make<TestOverlay>();
+    EXPECT_EQ(S_OK, element->SetPosition(0.25, 0.5));
+    EXPECT_EQ(S_OK, element->put_Rotation(20));
+    EXPECT_EQ(S_OK, Elements().InsertElement(0, element.Get()));
+    EXPECT_TRUE(IsShown(*element));
+    EXPECT_NE(0, ValueOf<IKVMenuElement>(*element, &IKVMenuElement::get_EffectID));
+    EXPECT_EQ(S_FALSE, element->InsertEffect(menu->production.Get(), -1, kHighlightTag));
+    EXPECT_EQ((FloatPoint{0.25, 0.5}), Position(*element));
+    EXPECT_EQ(20, Rotation(*element));
+
+    EXPECT_EQ(S_OK, element->SetWidthHeight(1, 1));
+    EXPECT_EQ(S_OK, element->put_Rotation(90));
+    EXPECT_EQ(S_OK, element->SetPosition(0, 0));
+    FloatRect extent{};
+    EXPECT_EQ(S_OK, element->GetExtent(&extent));
+    ExpectNear({-0.375F, 0.666667F}, {extent.fLeft, extent.fTop});
+    menu->isWide = true;
+    EXPECT_EQ(S_OK, element->GetExtent(&extent));
+    ExpectNear({-0.28125F, 0.888889F}, {extent.fLeft, extent.fTop});
+    float width = 0;
+    float height = 0;
+    EXPECT_EQ(S_OK, element->GetWidthHeight(&width, &height));
+    EXPECT_EQ((FloatPoint{1, 1}), (FloatPoint{width, height}));
+    EXPECT_EQ(S_OK, element->SetTimeOffsets(0.5, 2));
+    double start = 0;
+    double end = 0;
+    EXPECT_EQ(S_OK, element->getTimeOffsets(start, end));
+    EXPECT_EQ((std::pair{0.5, 2.0}), (std::pair{start, end}));
+
+    EXPECT_EQ(S_OK, element->SetPosition(0.75, 0));
+    EXPECT_EQ(S_OK, Elements().RemoveElement(element->ID(), nullptr));
+    EXPECT_FALSE(IsShown(*element));
+    EXPECT_EQ((FloatPoint{0.75, 0}), Position(*element));
+    EXPECT_EQ(90, Rotation(*element));
+
+    // What a player draws itself has no effect.
+    EXPECT_EQ(S_OK, element->put_Tag(kHighlightTag));
+    EXPECT_EQ(S_OK, Elements().InsertElement(0, element.Get()));
+    EXPECT_FALSE(IsShown(*element));
+    EXPECT_EQ(S_OK, Elements().AttachEffects(menu->production.Get()));
+}
+
+TEST_F(ElementTest, UndoOfAMoveIsTheStoryboards)
+{
+    Show();
+    const auto element = Insert<TestOverlay>(Elements());
+    Begin();
+    EXPECT_EQ(S_OK, element->put_Flags(1));
+    EXPECT_EQ(S_OK, element->SetPosition(0.5, 0.5));
+    End();
+    UndoStep();
+    EXPECT_EQ(FloatPoint{}, Position(*element));
+    EXPECT_EQ(0u, ValueOf<IKVMenuElement>(*element, &IKVMenuElement::get_Flags));
+    RedoStep();
+    EXPECT_EQ((FloatPoint{0.5, 0.5}), Position(*element));
+    // Nothing of it is left behind for an element without effect.
+    UndoStep();
+    EXPECT_EQ(S_OK, Elements().RemoveEffects());
+    EXPECT_EQ(FloatPoint{}, Position(*element));
+    Begin();
+    EXPECT_EQ(S_OK, element->SetPosition(0.125, 0));
+    End();
+    UndoStep();
+    EXPECT_EQ(FloatPoint{}, Position(*element));
+}
+
+// An element in a button
+
+TEST_F(ElementTest, PlacesInAButtonAreRelativeToItsAnchor)
+{
+    Show();
+    const auto button = NewButton();
+    EXPECT_EQ(S_OK, button->SetPosition(0.2F, 0.1F));
+    const auto anchor = Insert<TestOverlay>(ElementsOf(*button));
+    const auto other = Insert<TestText>(ElementsOf(*button));
+    ExpectNear({0.2F, 0.1F}, Absolute(*anchor));
+    EXPECT_EQ(S_OK, other->setRawPosition({0.5, 0.1F}));
+    ExpectNear({0.3F, 0}, Position(*other));
+    EXPECT_EQ(S_OK, other->SetPosition(0.3F, 0));
+    ExpectNear({0.5, 0.1F}, Absolute(*other));
+    ComPtr<IKVMenuElement> found;
+    EXPECT_EQ(S_OK, button->GetAnchorElement(found.Put()));
+    EXPECT_EQ(anchor.Get(), found.Get());
+
+    // The angle is absolute in the effect, too.
+    EXPECT_EQ(S_OK, button->put_Rotation(10));
+    EXPECT_EQ(S_OK, other->put_Rotation(30));
+    EXPECT_EQ(30, Rotation(*other));
+    EXPECT_EQ(S_OK, button->put_Rotation(0));
+    EXPECT_EQ(40, Rotation(*other));
+
+    // The button goes, and comes back, with its elements.
+    Events();
+    menu->marks = 0;
+    EXPECT_EQ(S_OK, button->SetPosition(0.2F, 0.1F));
+    EXPECT_THAT(Events(), IsEmpty());
+    Begin();
+    EXPECT_EQ(S_OK, button->SetPosition(0.6F, 0.1F));
+    EXPECT_EQ(S_OK, button->Move(0, 0.5F));
+    End();
+    EXPECT_EQ(3, menu->marks);
+    ExpectNear({0.9F, 0.6F}, Absolute(*other));
+    UndoStep();
+    ExpectNear({0.5, 0.1F}, Absolute(*other));
+    ExpectNear({0.2F, 0.1F}, Position(*button));
+    RedoStep();
+    ExpectNear({0.6F, 0.6F}, Position(*button));
+    for (const bool native : {false, true}) {
+        EXPECT_EQ(S_OK, native ? Elements().RemoveEffects() : Elements().RemoveElement(button->ID(), nullptr));
+        EXPECT_FALSE(IsShown(*anchor) || IsShown(*other));
+        ExpectNear({0.6F, 0.6F}, Position(*button));
+        ExpectNear({}, Position(*anchor));
+        ExpectNear({0.3F, 0}, Position(*other));
+        EXPECT_EQ(S_OK, native ? Elements().InsertEffects(menu->production.Get())
+                               : Elements().InsertElement(0, button.Get()));
+        ExpectNear({0.6F, 0.6F}, Absolute(*anchor));
+        ExpectNear({0.9F, 0.6F}, Absolute(*other));
+    }
+
+    // Without its anchor the button stands where the next one does.
+    EXPECT_EQ(S_OK, ElementsOf(*button).RemoveElement(anchor->ID(), nullptr));
+    ExpectNear({0.9F, 0.6F}, Position(*button));
+    EXPECT_EQ(S_OK, ElementsOf(*button).RemoveElement(other->ID(), nullptr));
+    ExpectNear({0.9F, 0.6F}, Position(*button));
+    EXPECT_EQ(KV_E_NO_ANCHOR, button->GetAnchorElement(found.Put()));
+}
+
+} // namespace
+} // namespace kv::test
