@@ -72,6 +72,12 @@ bool AttributeWriter::Number(std::string_view name, T value)
     return false;
 }
 
+// The compiler calls these from where it finds out what archive runs a list.
+template bool AttributeWriter::Number(std::string_view name, LONG value);
+template bool AttributeWriter::Number(std::string_view name, ULONG value);
+template bool AttributeWriter::Number(std::string_view name, float value);
+template bool AttributeWriter::Number(std::string_view name, double value);
+
 void AttributeWriter::Add(std::string_view name, bool isUtf16, std::size_t begin, std::size_t end)
 {
     m_items.push_back({name, isUtf16, begin, end});

@@ -1,6 +1,6 @@
 #include "KVProjectData/persistence/ValueTexts.h"
-#include "support/Contents.h"
 #include "KVProjectData/tree/AttributeTexts.h"
+#include "support/Contents.h"
 
 namespace kv::test {
 namespace {

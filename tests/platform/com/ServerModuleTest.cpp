@@ -1,5 +1,7 @@
 #include "platform/com/ServerModule.h"
 
+#include "platform/automation/Bstr.h"
+
 #include "platform/system/Locale.h"
 #include "platform/system/Registry.h"
 
