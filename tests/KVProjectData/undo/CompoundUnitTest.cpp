@@ -133,22 +133,18 @@ TEST_F(CompoundUnitTest, TakesAHostsUnitsIntoTheStep)
 TEST_F(CompoundUnitTest, AnswersForWhatItIs)
 {
     const auto compound = NewCompound();
-    EXPECT_TRUE(Query<IOleUndoUnit>(compound));
-    EXPECT_TRUE(Query<ICPSUndoParentEnum>(compound));
+    EXPECT_TRUE(Query<IOleUndoUnit>(compound) && Query<ICPSUndoParentEnum>(compound));
     EXPECT_FALSE(Query<IKVProjectData>(compound));
     EXPECT_EQ(E_INVALIDARG, compound->QueryInterface(IUnknown::IID, nullptr));
     CLSID clsid = {};
     LONG type = -1;
     EXPECT_EQ(S_OK, compound->GetUnitType(&clsid, &type));
-    EXPECT_EQ(0, type);
-    EXPECT_EQ(IID_NULL, clsid);
-    Bstr description;
-    EXPECT_EQ(S_OK, compound->GetDescription(description.Put()));
-    EXPECT_EQ(u"compound", description.View());
-    EXPECT_EQ(E_POINTER, compound->GetUnitType(nullptr, &type));
-    EXPECT_EQ(E_POINTER, compound->GetDescription(nullptr));
-    EXPECT_EQ(E_POINTER, compound->GetParentState(nullptr));
-    EXPECT_EQ(E_POINTER, Query<ICPSUndoParentEnum>(compound)->EnumChildren(nullptr));
+    EXPECT_EQ(std::pair(LONG{0}, IID_NULL), std::pair(type, clsid));
+    EXPECT_EQ(u"compound", Text(*compound.Get(), &IOleParentUndoUnit::GetDescription));
+    for (const HRESULT result :
+         {compound->GetUnitType(nullptr, &type), compound->GetDescription(nullptr), compound->GetParentState(nullptr),
+          Query<ICPSUndoParentEnum>(compound)->EnumChildren(nullptr)})
+        EXPECT_EQ(E_POINTER, result);
     EXPECT_EQ(S_OK, compound->OnNextAdd());
 }
 

@@ -326,11 +326,7 @@ TEST_F(UndoStepTest, ProjectsShareTheManagerUntilItIsReset)
 /// A class object that creates nothing.
 class NoFactory final : public Object<IClassFactory> {
 public:
-    HRESULT CreateInstance(IUnknown*, REFIID, void** object) override
-    {
-        *object = nullptr;
-        return E_ACCESSDENIED;
-    }
+    HRESULT CreateInstance(IUnknown*, REFIID, void** object) override { return *object = nullptr, E_ACCESSDENIED; }
     HRESULT LockServer(BOOL) override { return S_OK; }
 };
 

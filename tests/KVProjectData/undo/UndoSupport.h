@@ -19,11 +19,7 @@ public:
         if (m_log && manager) manager->Add(this);
         return result;
     }
-    HRESULT GetDescription(BSTR* description) override
-    {
-        *description = nullptr;
-        return S_OK;
-    }
+    HRESULT GetDescription(BSTR* description) override { return *description = nullptr, S_OK; }
     HRESULT GetUnitType(CLSID*, LONG*) override { return E_NOTIMPL; }
     HRESULT OnNextAdd() override { return S_OK; }
 

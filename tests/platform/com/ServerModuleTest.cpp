@@ -1,7 +1,6 @@
 #include "platform/com/ServerModule.h"
 
 #include "platform/automation/Bstr.h"
-
 #include "platform/system/Locale.h"
 #include "platform/system/Registry.h"
 
