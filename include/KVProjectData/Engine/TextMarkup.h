@@ -3,7 +3,6 @@
 
 #include "platform/com/BaseTypes.h"
 #include "platform/system/Case.h"
-#include "platform/xml/Element.h"
 
 #include <algorithm>
 #include <array>
@@ -111,12 +110,13 @@ inline std::optional<double> ParseTextLength(std::string_view text)
 /// text.
 inline constexpr std::string_view kTextPlaceholder = "~";
 
-/// Whether the text of a paragraph stands for none.
-inline bool IsTextPlaceholder(const kv::XmlView& paragraph)
+/// Whether the text of a paragraph stands for none. `Place` is an element as kv::XmlView sees it.
+template <class Place>
+bool IsTextPlaceholder(const Place& paragraph)
 {
     if (paragraph.Attribute("placeholder") != "1") return false;
     std::string text;
-    kv::XmlView place = paragraph.Following(paragraph);
+    Place place = paragraph.Following(paragraph);
     for (; place && text.size() <= kTextPlaceholder.size(); place = place.Following(paragraph)) {
         if (place.IsText()) text += place.Text().substr(0, kTextPlaceholder.size() + 1);
     }
