@@ -310,6 +310,7 @@ TEST(Element, RefusedEditsChangeNothing)
     const std::tuple<std::string_view, HRESULT, std::function<void()>> cases[]{
         {"a name", E_INVALIDARG, [&] { root.Add("1"); }},
         {"a name", E_INVALIDARG, [&] { root.SetAttribute("a b", ""); }},
+        {"no element", E_INVALIDARG, [&] { root.SetAttribute(XmlView(), "a", ""); }},
         {"a label", E_INVALIDARG,
          [&] {
              root.Add({"c", bad});
