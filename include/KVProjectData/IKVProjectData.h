@@ -113,13 +113,14 @@ struct IKVProjectData : IDispatch {
     /// Afterwards the title stands at `toPos`; a move to where it stands succeeds and is told.
     virtual HRESULT MoveTitle(LONG fromPos, LONG toPos) = 0;
 
-    /// As with titles. There is no class of menus: adding one is CLASS_E_CLASSNOTAVAILABLE.
+    /// As with titles. A menu that the engine makes no production for is not added: that failure is returned.
     virtual HRESULT GetMenu(LONG index, IKVMenu** ppMenu) = 0;
     virtual HRESULT AddMenu(LONG index, IKVMenu** ppMenu) = 0;
     virtual HRESULT RemoveMenu(LONG ID, IKVMenu** ppMenu) = 0;
     virtual HRESULT MoveMenu(LONG fromPos, LONG toPos) = 0;
 
-    /// Inserts a menu that exists already. E_POINTER for null, E_INVALIDARG for what is no menu of this library.
+    /// Inserts a menu that exists already, as AddMenu does; it keeps its ID. E_POINTER for null, E_INVALIDARG for what
+    /// is no menu of this library or stands in a project.
     virtual HRESULT InsertMenuW(LONG index, IKVMenu* pMenu) = 0;
 
     /// As with titles.
@@ -137,7 +138,8 @@ struct IKVProjectData : IDispatch {
     /// The first that matches every given criterion; null and 0 give none. KV_E_DATA_FILE_NOT_FOUND.
     virtual HRESULT FindDataFile(BSTR bstrSrcPath, BSTR bstrDestPath, ULONG dwTag, IKVDataFile** ppDataFile) = 0;
 
-    /// KV_E_NO_SUCH_ID.
+    /// A title, a menu, a data file, an element of a menu or of a button, or a group of elements: the first one where
+    /// several share the ID. KV_E_NO_SUCH_ID.
     virtual HRESULT FindByID(LONG ID, IUnknown** ppUnkObj) = 0;
 
     /// Replaces the project by a document, or by what stands below a node, and forgets what could be undone as Clear
@@ -151,13 +153,15 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT SaveXML(IXMLDOMNode* pRootNode) = 0;
 
     /// Opens a step: recorded edits from here to EndUndo are undone and redone together. Edits of other projects join
-    /// the step, whichever thread makes them. The description, a copy of which is kept, is for a person. One step may
-    /// be open in the process: KV_E_UNDO_STEP_OPEN. KV_E_NO_UNDO_MANAGER, or why the manager does not open it.
+    /// the step, whichever thread makes them. The storyboards of the menus take part: when one refuses, its failure is
+    /// returned, and the step is open all the same. The description, a copy of which is kept, is for a person. One step
+    /// may be open in the process: KV_E_UNDO_STEP_OPEN. KV_E_NO_UNDO_MANAGER, or why the manager does not open it.
     virtual HRESULT BeginUndo(BSTR bsDesc) = 0;
 
     /// The same with a copy of the whole project in the place of records of single edits; edits of other projects do
-    /// not join. The step can be undone from here on, and still needs its EndUndo, also when the copy failed. What was
-    /// not recorded, such as the production of a title, is not in the copy and stays as it is.
+    /// not join. The step can be undone from here on, and still needs its EndUndo, also when the copy failed. The
+    /// storyboards of the menus take part till then. What was not recorded, such as the production of a title, is not
+    /// in the copy and stays as it is.
     virtual HRESULT TakeUndoSnapshot(BSTR bsDesc) = 0;
 
     /// Ends the step. Committed, also without any edit, it is the newest that can be undone, and ends what could be

@@ -11,7 +11,6 @@ inline constexpr CLSID CLSID_KVCommandList = "135d63cf-1293-424c-802a-2e8f96fc5c
 inline constexpr CLSID CLSID_KVEncodingParams = "a4ea3938-d429-4c52-8109-15b0875b0b21"_guid;
 inline constexpr CLSID CLSID_KVFileService = "bdfaef42-8c7d-4431-b331-dab129ea3a7b"_guid;
 
-/// The classes of menus. The library does not create them yet.
 inline constexpr CLSID CLSID_KVMenu = "af13cfbc-af09-4af4-85ab-0fe7e56bc847"_guid;
 inline constexpr CLSID CLSID_KVMenuButton = "c7225058-7ff0-4bbb-acd2-5f91f8f4afa5"_guid;
 inline constexpr CLSID CLSID_GroupInfoNode = "249fb5b7-2c5f-4d1e-89cd-f32eb7f085a8"_guid;

@@ -5,10 +5,10 @@
 //       <Production ownerID="5" name="Storyboard"><Storyboard …/></Production>
 //     </Productions>
 //
-// with an element for each production of each title; one without a "Storyboard" only takes the place of a title that
-// shares its ID with others. The engine reads and writes what is within "Storyboard". What
-// stands there otherwise, and productions that cannot be loaded (without an engine or an owner, or refused by the
-// engine), are kept with the project object and written as they were. Failures are told to the error reporter.
+// with an element for each production of each title and menu; one without a "Storyboard" only takes the place of an
+// owner that shares its ID with others. The engine reads and writes what is within "Storyboard". What stands there
+// otherwise, and productions that cannot be loaded (without an engine or an owner, or refused by the engine), are kept
+// with the project object and written as they were. Failures are told to the error reporter.
 
 #include "KVProjectData/IKVProjectData.h"
 #include "platform/xml/XmlMarkup.h"

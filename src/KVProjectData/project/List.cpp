@@ -9,6 +9,25 @@ HRESULT CKVList::Count(LONG* out) const
     return S_OK;
 }
 
+HRESULT CKVList::InsertItem(LONG position, CProjectNode& item, DISPID event)
+{
+    // What stands nowhere is put into one list only, whoever else is about to insert it.
+    const SectionLock lock(item.Section());
+    if (item.Parent()) return E_INVALIDARG;
+    const LONG index = Adopt(item, position < 1 ? -1 : position - 1, true);
+    if (index < 0) return KV_E_BAD_POSITION;
+    const HRESULT recorded = Guarded([&] {
+        RecordChange(ListChange::Add, item, index);
+        return S_OK;
+    });
+    if (FAILED(recorded)) {
+        TakeOut(index);
+        return recorded;
+    }
+    FireEvent(event, item.ID(), position, 0);
+    return S_OK;
+}
+
 HRESULT CKVList::MoveItem(LONG from, LONG to)
 {
     CProjectNode* item = At(from);

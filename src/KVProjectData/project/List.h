@@ -48,6 +48,17 @@ public:
     template <class Item, class Interface, class Prepare>
     HRESULT AddItem(LONG position, Interface** out, Prepare&& prepare);
 
+    /// Inserts an item that stands nowhere; E_INVALIDARG for any other. It keeps its ID. Told by `event`.
+    HRESULT InsertItem(LONG position, CProjectNode& item, DISPID event);
+
+    template <class Item, class Interface>
+    HRESULT RemoveByID(LONG id, Interface** out)
+    {
+        LONG index = -1;
+        FindChildByID(id, &index);
+        return RemoveItem<Item>(index, KV_E_NO_SUCH_ID, out);
+    }
+
     /// Removes the item at an index that counts from 0, and hands it out; `notFound` where nothing stands.
     template <class Item, class Interface>
     HRESULT RemoveItem(LONG index, HRESULT notFound, Interface** out);

@@ -19,9 +19,6 @@
 
 namespace kv {
 
-class CKVDataFile;
-class CKVTitle;
-
 /// The version that this library writes into documents.
 inline constexpr LONG kDocumentVersion = 900;
 
@@ -29,7 +26,8 @@ class CKVProjectData final : public CProjectNode,
                              public CAsyncEventDispatcher,
                              public Aggregate<Parts<CKVCommandList, CKVEncodingParams, CKVLocking>,
                                               Dual<IKVProjectData>, ConnectionPointContainer, IProjectStoryboards>,
-                             private ListItems {
+                             private ListItems,
+                             private StepStoryboards {
 public:
     explicit CKVProjectData(IUnknown* outer);
 
@@ -147,8 +145,10 @@ private:
     };
 
     CProjectNode* AppendItem(CKVList& list) override;
+    std::vector<ComPtr<IUnknown>> MenuStoryboards() override;
 
-    HRESULT PrepareTitle(CKVTitle& title);
+    /// Has the encoding parameters of a new title or menu follow the project's, whose aspect ratio they take.
+    HRESULT FollowProject(CKVEncodingParams& encoding);
 
     void DropLists();
     /// Calls `visit` with the production data of every normal or first-play title that has a production.
@@ -173,7 +173,7 @@ private:
     XmlElement m_keptProductions;
 
     ProjectEvents m_events{*this};
-    ProjectUndo m_undo{*this};
+    ProjectUndo m_undo{*this, *this};
     HWND m_window = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "KVProjectData/project/ProjectData.h"
 
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/menus/Menu.h"
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "KVProjectData/persistence/XMLDataLoader.h"
 #include "KVProjectData/persistence/XMLPersistor.h"
@@ -59,6 +60,12 @@ CProjectNode* CKVProjectData::AppendItem(CKVList& list)
         const auto title = Make<CKVTitle>();
         title->SetStereoscopic(m_settings.discVideoType != Normal_2D);
         return append(*title);
+    }
+    if (&list == &m_menus) {
+        const auto menu = Make<CKVMenu>();
+        // One that the engine makes no production for is as it would be in native form.
+        menu->Initialise();
+        return append(*menu);
     }
     if (&list == &m_dataFiles) return append(*Make<CKVDataFile>());
     return nullptr;

@@ -1,6 +1,7 @@
 #include "KVProjectData/project/ProjectData.h"
 
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/menus/Menu.h"
 #include "KVProjectData/titles/DataFile.h"
 #include "KVProjectData/titles/Title.h"
 
@@ -38,29 +39,25 @@ HRESULT CKVProjectData::AddTitle(LONG index, IKVTitle** ppTitle)
 {
     if (ppTitle) *ppTitle = nullptr;
     return Edit([&](EditScope&) {
-        return m_titles.AddItem<CKVTitle>(index, ppTitle, [this](CKVTitle& title) { return PrepareTitle(title); });
+        return m_titles.AddItem<CKVTitle>(index, ppTitle, [this](CKVTitle& title) {
+            title.SetStereoscopic(m_settings.discVideoType != Normal_2D);
+            return FollowProject(title.EncodingParams());
+        });
     });
 }
 
-HRESULT CKVProjectData::PrepareTitle(CKVTitle& title)
+HRESULT CKVProjectData::FollowProject(CKVEncodingParams& encoding)
 {
     AspectRatio aspect = AspectRatio_None;
     Part<CKVEncodingParams>().get_AspectRatio(&aspect);
-    CKVEncodingParams& encoding = title.EncodingParams();
-    HRESULT result = encoding.put_SyncToProject(VARIANT_TRUE);
-    if (SUCCEEDED(result)) result = encoding.put_AspectRatio(aspect);
-    title.SetStereoscopic(m_settings.discVideoType != Normal_2D);
-    return result;
+    const HRESULT result = encoding.put_SyncToProject(VARIANT_TRUE);
+    return FAILED(result) ? result : encoding.put_AspectRatio(aspect);
 }
 
 HRESULT CKVProjectData::RemoveTitle(LONG ID, IKVTitle** ppTitle)
 {
     if (ppTitle) *ppTitle = nullptr;
-    return Edit([&](EditScope&) {
-        LONG index = -1;
-        m_titles.FindChildByID(ID, &index);
-        return m_titles.RemoveItem<CKVTitle>(index, KV_E_NO_SUCH_ID, ppTitle);
-    });
+    return Edit([&](EditScope&) { return m_titles.RemoveByID<CKVTitle>(ID, ppTitle); });
 }
 
 HRESULT CKVProjectData::MoveTitle(LONG fromPos, LONG toPos)
@@ -68,26 +65,26 @@ HRESULT CKVProjectData::MoveTitle(LONG fromPos, LONG toPos)
     return Edit([&](EditScope&) { return m_titles.MoveItem(fromPos, toPos); });
 }
 
-HRESULT CKVProjectData::GetMenu(LONG, IKVMenu** ppMenu)
+HRESULT CKVProjectData::GetMenu(LONG index, IKVMenu** ppMenu)
 {
-    return Read([&] {
-        if (!ppMenu) return E_POINTER;
-        *ppMenu = nullptr;
-        return KV_E_BAD_POSITION;
+    return Read([&] { return m_menus.GetItem<CKVMenu>(index, ppMenu); });
+}
+
+HRESULT CKVProjectData::AddMenu(LONG index, IKVMenu** ppMenu)
+{
+    if (ppMenu) *ppMenu = nullptr;
+    return Edit([&](EditScope&) {
+        return m_menus.AddItem<CKVMenu>(index, ppMenu, [this](CKVMenu& menu) {
+            const HRESULT result = FollowProject(menu.EncodingParams());
+            return FAILED(result) ? result : menu.Initialise();
+        });
     });
 }
 
-HRESULT CKVProjectData::AddMenu(LONG, IKVMenu** ppMenu)
+HRESULT CKVProjectData::RemoveMenu(LONG ID, IKVMenu** ppMenu)
 {
     if (ppMenu) *ppMenu = nullptr;
-    // There is no class of menus to create one from.
-    return Edit([](EditScope&) { return CLASS_E_CLASSNOTAVAILABLE; });
-}
-
-HRESULT CKVProjectData::RemoveMenu(LONG, IKVMenu** ppMenu)
-{
-    if (ppMenu) *ppMenu = nullptr;
-    return Edit([](EditScope&) { return KV_E_NO_SUCH_ID; });
+    return Edit([&](EditScope&) { return m_menus.RemoveByID<CKVMenu>(ID, ppMenu); });
 }
 
 HRESULT CKVProjectData::MoveMenu(LONG fromPos, LONG toPos)
@@ -95,9 +92,13 @@ HRESULT CKVProjectData::MoveMenu(LONG fromPos, LONG toPos)
     return Edit([&](EditScope&) { return m_menus.MoveItem(fromPos, toPos); });
 }
 
-HRESULT CKVProjectData::InsertMenuW(LONG, IKVMenu* pMenu)
+HRESULT CKVProjectData::InsertMenuW(LONG index, IKVMenu* pMenu)
 {
-    return Edit([&](EditScope&) { return pMenu ? E_INVALIDARG : E_POINTER; });
+    return Edit([&](EditScope&) {
+        if (!pMenu) return E_POINTER;
+        auto* menu = dynamic_cast<CKVMenu*>(pMenu);
+        return menu ? m_menus.InsertItem(index, *menu, EVENT_MenuInserted) : E_INVALIDARG;
+    });
 }
 
 HRESULT CKVProjectData::GetDataFile(LONG index, IKVDataFile** ppDataFile)

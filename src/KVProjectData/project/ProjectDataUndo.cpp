@@ -1,5 +1,6 @@
 #include "KVProjectData/project/ProjectData.h"
 
+#include "KVProjectData/menus/Menu.h"
 #include "SbdUtils/EngineCalls.h"
 
 namespace kv {
@@ -12,6 +13,22 @@ constexpr EngineCalls kEngine("KVProjectData");
 HRESULT CKVProjectData::BeginUndo(BSTR bsDesc)
 {
     return m_undo.Begin(bsDesc);
+}
+
+std::vector<ComPtr<IUnknown>> CKVProjectData::MenuStoryboards()
+{
+    std::vector<ComPtr<IUnknown>> storyboards;
+    for (LONG i = 0; i < m_menus.ChildCount(); ++i) {
+        auto* menu = static_cast<CKVMenu*>(m_menus.GetChild(i));
+        ComPtr<IUnknown> storyboard;
+        VARIANT_BOOL native = VARIANT_FALSE;
+        menu->GetProduction(storyboard.Put());
+        if (!storyboard && SUCCEEDED(menu->get_IsNative(&native)) && native != VARIANT_FALSE) {
+            menu->GetBackgroundProduction(storyboard.Put());
+        }
+        if (storyboard) storyboards.push_back(std::move(storyboard));
+    }
+    return storyboards;
 }
 
 HRESULT CKVProjectData::TakeUndoSnapshot(BSTR bsDesc)

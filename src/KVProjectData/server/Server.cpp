@@ -3,6 +3,8 @@
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/content/InstalledContent.h"
 #include "KVProjectData/files/FileService.h"
+#include "KVProjectData/menus/Menu.h"
+#include "KVProjectData/menus/MenuButton.h"
 #include "KVProjectData/project/ProjectData.h"
 #include "KVProjectData/server/TypeLibrary.h"
 #include "KVProjectData/titles/CommandList.h"
@@ -23,6 +25,11 @@ constexpr ServerClass kClasses[]{
      u"KVProjectData.KVProjectData13", u"CKVProjectData Object"},
     {&CLSID_KVFileService, &CreateObject<CKVFileService>, u"KVProjectData.KVFileService13.1",
      u"KVProjectData.KVFileService13", u"CKVFileService Object"},
+    {&CLSID_KVMenuButton, &CreateObject<CKVMenuButton>, u"KVProjectData.KVMenuButton13.1",
+     u"KVProjectData.KVMenuButton13", u"CKVMenuButton Object"},
+    {&CLSID_GroupInfoNode, &CreateObject<CGroupInfoNode>, u"KVProjectData.CGroupInfoNode.1",
+     u"KVProjectData.CGroupInfoNode", u"CGroupInfoNode Object"},
+    {&CLSID_KVMenu, &CreateObject<CKVMenu>, u"KVProjectData.KVMenu13.1", u"KVProjectData.KVMenu13", u"CKVMenu Object"},
 };
 
 HRESULT RegisterModuleTypeLibrary(const std::u16string& modulePath)

@@ -42,6 +42,9 @@ constexpr ClassDescription kClasses[]{
     {"CKVEncodingParams", &CLSID_KVEncodingParams, "IKVEncodingParams", {}},
     {"CKVProjectData", &CLSID_KVProjectData, "IKVProjectData", "_IKVProjectDataEvents"},
     {"CKVFileService", &CLSID_KVFileService, "IKVFileService", {}},
+    {"CKVMenuButton", &CLSID_KVMenuButton, "IKVMenuButton", {}},
+    {"CGroupInfoNode", &CLSID_GroupInfoNode, "IGroupInfoNode", {}},
+    {"CKVMenu", &CLSID_KVMenu, "IKVMenu", {}},
 };
 
 constexpr LibraryDescription kLibrary{.name = "KVProjectData",

@@ -51,6 +51,10 @@ HRESULT ProjectUndo::Begin(BSTR description)
         m_snapshot.Reset();
         context.owner = &m_project;
         context.step.store(m_step->Recorder(), std::memory_order_release);
+        for (const auto& storyboard : m_menus.MenuStoryboards()) {
+            const HRESULT blockOpened = OpenBlock(storyboard.Get());
+            if (FAILED(blockOpened)) return blockOpened;
+        }
         return S_OK;
     });
 }
@@ -63,7 +67,9 @@ HRESULT ProjectUndo::TakeSnapshot(BSTR description)
         const HRESULT begun = Begin(description);
         if (FAILED(begun)) return begun;
         const auto snapshot = Make<CKVProjectSnapshot>(m_project);
-        const HRESULT added = m_step->Add(snapshot);
+        HRESULT added = m_step->Add(snapshot);
+        // What the storyboards' blocks are going to hold belongs to the snapshot.
+        if (SUCCEEDED(added) && !m_storyboards.empty()) added = m_step->AddStoryboards();
         if (FAILED(added)) return added;
         StopRecording();
         m_snapshotStep = m_step->Unit();
@@ -111,7 +117,8 @@ HRESULT ProjectUndo::End(bool commit)
             }
             Release();
         }
-        CloseStoryboards(commit);
+        // A snapshot takes them back with the rest.
+        CloseStoryboards(commit || m_snapshotStep);
         if (!commit && m_snapshotStep) {
             const HRESULT cancelled = CancelSnapshot();
             if (FAILED(cancelled)) return cancelled;
@@ -143,16 +150,24 @@ HRESULT ProjectUndo::BeginStoryboard(IUnknown* storyboard)
         const DrivingUndo driving;
         const SectionLock projectLock(m_project.Section());
         if (!m_step) return S_FALSE;
-        auto data = Query<IZXEProductionData>(storyboard);
-        if (!data) return E_POINTER;
-        m_storyboards.reserve(m_storyboards.size() + 1);
-        const HRESULT opened = data->OpenUndoBlock();
-        if (FAILED(opened)) return opened;
-        m_storyboards.push_back(data);
-        m_step->AppendStoryboard(std::move(data));
-        MarkMajorChange();
-        return S_OK;
+        const HRESULT opened = OpenBlock(storyboard);
+        if (SUCCEEDED(opened)) MarkMajorChange();
+        return opened;
     });
+}
+
+HRESULT ProjectUndo::OpenBlock(IUnknown* storyboard)
+{
+    auto data = Query<IZXEProductionData>(storyboard);
+    if (!data) return E_POINTER;
+    m_storyboards.push_back(data);
+    const HRESULT opened = data->OpenUndoBlock();
+    if (FAILED(opened)) {
+        m_storyboards.pop_back();
+        return opened;
+    }
+    m_step->AppendStoryboard(std::move(data));
+    return S_OK;
 }
 
 void ProjectUndo::CloseStoryboards(bool commit)

@@ -9,17 +9,28 @@
 
 namespace kv {
 
+/// Tells which storyboards take part in every step of a project: the project, which knows its menus.
+class StepStoryboards {
+public:
+    virtual std::vector<ComPtr<IUnknown>> MenuStoryboards() = 0;
+
+protected:
+    ~StepStoryboards() = default;
+};
+
 /// What opens, ends, undoes and redoes takes the project's section. Without an undo manager there is nothing to undo,
 /// and the result codes say so.
 class ProjectUndo {
 public:
-    explicit ProjectUndo(CProjectNode& project) : m_project(project) {}
+    ProjectUndo(CProjectNode& project, StepStoryboards& menus) : m_project(project), m_menus(menus) {}
 
     /// Shares the manager of the process, or makes it; where that fails the project is without one.
     void Initialise();
     /// Takes the project's steps out of the manager, as the project ends.
     void Terminate();
 
+    /// Opens the undo blocks of the menus' storyboards, too. When one fails, its result is returned, and the step is
+    /// open all the same.
     HRESULT Begin(BSTR description);
     HRESULT TakeSnapshot(BSTR description);
     HRESULT End(bool commit);
@@ -41,6 +52,7 @@ public:
     void DiscardAll();
 
 private:
+    HRESULT OpenBlock(IUnknown* storyboard);
     HRESULT Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*));
     /// From here on nothing is recorded in the step; the next one records all nodes anew.
     void StopRecording();
@@ -51,6 +63,7 @@ private:
     HRESULT CancelSnapshot();
 
     CProjectNode& m_project;
+    StepStoryboards& m_menus;
     ComPtr<IOleUndoManager> m_manager;
     std::optional<UndoStep> m_step;
     /// The step that a snapshot has closed early, and that is still to be ended; empty without one.

@@ -80,6 +80,15 @@ TEST_F(EventsTest, ListsTellPositionsAsTheyWerePassed)
     ASSERT_EQ(S_OK, project->MoveDataFile(1, 1));
     ASSERT_EQ(S_OK, project->RemoveDataFile(1, nullptr));
     EXPECT_EQ(KV_E_BAD_POSITION, project->MoveDataFile(1, 1));
+    ComPtr<IKVMenu> menu;
+    ASSERT_EQ(S_OK, project->AddMenu(-4, menu.Put()));
+    const LONG d = ValueOf(*menu.Get(), &IKVMenu::get_ID);
+    ASSERT_EQ(S_OK, project->MoveMenu(1, 1));
+    ASSERT_EQ(S_OK, project->RemoveMenu(d, nullptr));
+    ASSERT_EQ(KV_E_BAD_POSITION, project->InsertMenuW(2, menu.Get()));
+    ASSERT_EQ(S_OK, project->InsertMenuW(1, menu.Get()));
+    ASSERT_EQ(S_OK, Query<IKVEncodingParams>(menu)->put_AspectRatio(AspectRatio_16x9));
+    ASSERT_EQ(S_OK, Query<IKVCommandList>(menu)->SetCommandList(0, nullptr));
 
     std::vector<ReceivedEvent> events = Events();
     std::erase_if(events, [](const ReceivedEvent& event) {
@@ -88,7 +97,11 @@ TEST_F(EventsTest, ListsTellPositionsAsTheyWerePassed)
     EXPECT_EQ((std::vector{Event(EVENT_TitleAdded, {a, -1}), Event(EVENT_TitleAdded, {b, 1}),
                            Event(EVENT_TitleMoved, {b, 1, 1}), Event(EVENT_TitleMoved, {b, 1, 2}),
                            Event(EVENT_TitleRemoved, {a}), Event(EVENT_DataFileAdded, {c, 0}),
-                           Event(EVENT_DataFileMoved, {c, 1, 1}), Event(EVENT_DataFileRemoved, {c})}),
+                           Event(EVENT_DataFileMoved, {c, 1, 1}), Event(EVENT_DataFileRemoved, {c}),
+                           Event(EVENT_MenuEncodingParamChanged, {d, 109}), Event(EVENT_MenuAdded, {d, -4}),
+                           Event(EVENT_MenuMoved, {d, 1, 1}), Event(EVENT_MenuRemoved, {d}),
+                           Event(EVENT_MenuInserted, {d, 1}), Event(EVENT_MenuEncodingParamChanged, {d, 101}),
+                           Event(EVENT_CommandListChanged, {d})}),
               events);
 }
 

@@ -225,13 +225,94 @@ TEST_F(ProjectTest, BecomesDirtyByRecordedChangesAlone)
     EXPECT_TRUE(IsDirty(*project.Get()));
 }
 
-TEST_F(ProjectTest, AnswersForWhatIsAbsent)
+TEST_F(ProjectTest, MenusStandInOneProjectEach)
 {
-    IKVMenu* menu = nullptr;
-    EXPECT_EQ(KV_E_BAD_POSITION, project->GetMenu(1, &menu));
-    EXPECT_EQ(KV_E_NO_SUCH_ID, project->RemoveMenu(1, &menu));
+    IKVMenu* none = nullptr;
+    EXPECT_EQ(KV_E_BAD_POSITION, project->GetMenu(1, &none));
+    EXPECT_EQ(KV_E_NO_SUCH_ID, project->RemoveMenu(1, &none));
     EXPECT_EQ(KV_E_BAD_POSITION, project->MoveMenu(1, 1));
     EXPECT_EQ(E_POINTER, project->InsertMenuW(0, nullptr));
+
+    Query<IKVEncodingParams>(project)->put_AspectRatio(AspectRatio_16x9);
+    ComPtr<IKVMenu> first;
+    ComPtr<IKVMenu> second;
+    ASSERT_EQ(S_OK, project->AddMenu(0, first.Put()));
+    EXPECT_EQ(KV_E_BAD_POSITION, project->AddMenu(3, nullptr));
+    const auto encoding = Query<IKVEncodingParams>(first);
+    EXPECT_EQ(AspectRatio_16x9, ValueOf(*encoding.Get(), &IKVEncodingParams::get_AspectRatio));
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*encoding.Get(), &IKVEncodingParams::get_SyncToProject));
+    const auto other = NewProject();
+    for (const auto& each : {project, other})
+        EXPECT_EQ(E_INVALIDARG, each->InsertMenuW(0, first.Get()));
+    const auto own = Create<IKVMenu>(CLSID_KVMenu);
+    EXPECT_EQ(S_OK, project->InsertMenuW(1, own.Get()));
+    EXPECT_NE(0, ValueOf(*own.Get(), &IKVMenu::get_ID));
+    EXPECT_EQ(S_OK, project->GetMenu(1, second.Put()));
+    EXPECT_EQ(own, second);
+    const LONG id = ValueOf(*first.Get(), &IKVMenu::get_ID);
+    EXPECT_EQ(S_OK, project->RemoveMenu(id, second.Put()));
+    EXPECT_EQ(first, second);
+    EXPECT_EQ(KV_E_BAD_POSITION, other->InsertMenuW(2, first.Get()));
+    EXPECT_EQ(S_OK, other->InsertMenuW(0, first.Get()));
+    EXPECT_EQ(id, ValueOf(*first.Get(), &IKVMenu::get_ID));
+    EXPECT_EQ(1, ValueOf(*project.Get(), &IKVProjectData::get_MenuCount));
+    ComPtr<IKVProjectData> home;
+    EXPECT_EQ(S_OK, first->GetProject(home.Put()));
+    EXPECT_EQ(other, home);
+    EXPECT_EQ(S_OK, other->Clear());
+    EXPECT_EQ(S_FALSE, first->GetProject(home.Put()));
+    const auto locking = Query<IKVLocking>(project);
+    locking->LockObject(VARIANT_FALSE);
+    for (const HRESULT result : {project->AddMenu(0, nullptr), project->RemoveMenu(id, nullptr),
+                                 project->MoveMenu(1, 1), project->InsertMenuW(0, first.Get())})
+        EXPECT_EQ(KV_E_LOCKED, result);
+}
+
+TEST_F(ProjectTest, FindsWhatStandsInMenusThroughEveryChange)
+{
+    struct Menu {
+        ComPtr<IKVMenu> menu;
+        ComPtr<IKVMenuElement> button;
+        ComPtr<IUnknown> group;
+    };
+    std::vector<Menu> menus(3);
+    for (auto& [menu, button, group] : menus) {
+        ASSERT_EQ(S_OK, project->AddMenu(0, menu.Put()));
+        ASSERT_EQ(S_OK, Query<IKVMenuElementList>(menu)->AddElement(&IKVMenuButton::IID, button.Put()));
+        ASSERT_EQ(S_OK, menu->AddtoGroup(1, 0));
+        ASSERT_EQ(S_OK, menu->GetGroupIDByElementID(1, group.Put()));
+    }
+    const auto id = [](const auto& object) {
+        LONG value = 0;
+        EXPECT_EQ(S_OK, object->get_ID(&value));
+        return value;
+    };
+    const auto found = [this](LONG of) {
+        // The first time the tree is searched, then sorted, then what is sorted is asked.
+        ComPtr<IUnknown> objects[3];
+        for (auto& object : objects)
+            if (project->FindByID(of, object.Put()) != S_OK) object.Reset();
+        EXPECT_EQ(objects[0], objects[1]);
+        EXPECT_EQ(objects[0], objects[2]);
+        return objects[0];
+    };
+    for (const auto& [menu, button, group] : menus) {
+        EXPECT_EQ(Query<IUnknown>(menu), found(id(menu)));
+        EXPECT_EQ(Query<IUnknown>(button), found(id(button)));
+        EXPECT_EQ(group, found(id(Query<IGroupInfoNode>(group))));
+    }
+    // Of objects that share an ID the one in the last menu counts.
+    const LONG shared = id(menus[1].button);
+    menus[0].button->set_ID(shared);
+    EXPECT_EQ(Query<IUnknown>(menus[1].button), found(shared));
+    project->MoveMenu(1, 3);
+    EXPECT_EQ(Query<IUnknown>(menus[0].button), found(shared));
+    Query<IKVMenuElementList>(menus[0].menu)->RemoveElement(shared, nullptr);
+    EXPECT_EQ(Query<IUnknown>(menus[1].button), found(shared));
+    project->RemoveMenu(id(menus[1].menu), nullptr);
+    EXPECT_FALSE(found(shared));
+    menus[2].menu->ReNewID();
+    EXPECT_EQ(Query<IUnknown>(menus[2].menu), found(id(menus[2].menu)));
 }
 
 TEST_F(ProjectTest, OutlivesNeitherItsTitlesNorTheOtherWayRound)

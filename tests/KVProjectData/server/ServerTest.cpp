@@ -26,7 +26,10 @@ TEST_F(ServerTest, RegistersItsClassesByTheirNames)
          {std::tuple{CLSID_KVProjectData, PROGID_KVProjectData, u"CKVProjectData Object"},
           {CLSID_KVCommandList, PROGID_KVCommandList, u"CKVCommandList Object"},
           {CLSID_KVEncodingParams, PROGID_KVEncodingParams, u"CKVEncodingParams Object"},
-          {CLSID_KVFileService, PROGID_KVFileService, u"CKVFileService Object"}}) {
+          {CLSID_KVFileService, PROGID_KVFileService, u"CKVFileService Object"},
+          {CLSID_KVMenu, PROGID_KVMenu, u"CKVMenu Object"},
+          {CLSID_KVMenuButton, PROGID_KVMenuButton, u"CKVMenuButton Object"},
+          {CLSID_GroupInfoNode, PROGID_GroupInfoNode, u"CGroupInfoNode Object"}}) {
         EXPECT_EQ(friendlyName, DefaultOf(name));
         EXPECT_EQ(std::u16string(name) + u".1", DefaultOf(std::u16string(name) + u"\\CurVer"));
         const std::filesystem::path library(DefaultOf(u"CLSID\\" + GuidText(clsid) + u"\\InprocServer32"));

@@ -53,6 +53,76 @@ TEST_F(StoryboardUndoTest, ItsEditsAreUndoneWithTheStep)
     }
 }
 
+/// What a menu plays in.
+ComPtr<IZXEProductionData> ProductionOf(IKVMenu& menu, bool native = false)
+{
+    ComPtr<IUnknown> production;
+    EXPECT_EQ(S_OK, native ? menu.GetBackgroundProduction(production.Put()) : menu.GetProduction(production.Put()));
+    return Query<IZXEProductionData>(production);
+}
+
+TEST_F(StoryboardUndoTest, ThoseOfMenusTakePartInEveryStep)
+{
+    std::vector<ComPtr<IZXEProductionData>> boards;
+    ComPtr<IKVMenu> menu;
+    for (const bool native : {false, true}) {
+        ASSERT_EQ(S_OK, project->AddMenu(0, menu.Put()));
+        if (native) {
+            EXPECT_EQ(S_OK, menu->SetNative(VARIANT_TRUE));
+        }
+        boards.push_back(ProductionOf(*menu.Get(), native));
+    }
+    const auto expect = [&](LONG panels) {
+        for (const auto& board : boards)
+            EXPECT_EQ(panels, ValueOf(*board.Get(), &IZXEProductionData::GetPanelCount));
+    };
+    for (const bool commit : {false, true}) {
+        Begin();
+        for (const auto& board : boards) {
+            EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, board->OpenUndoBlock());
+            AddSource(board.Get(), u"moniker:a");
+        }
+        EXPECT_EQ(S_OK, project->EndUndoEx(commit ? VARIANT_TRUE : VARIANT_FALSE, VARIANT_TRUE));
+        expect(commit ? 1 : 0);
+    }
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    expect(0);
+    EXPECT_EQ(S_OK, project->RedoOperation());
+    expect(1);
+    // The step is open although one refuses, and those before that one take part.
+    boards[1]->Close();
+    EXPECT_EQ(ZXE_E_NOT_OPEN, Begin());
+    EXPECT_EQ(KV_E_UNDO_STEP_OPEN, Begin());
+    EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, boards[0]->OpenUndoBlock());
+    EXPECT_EQ(S_OK, End());
+    EXPECT_EQ(S_OK, boards[0]->OpenUndoBlock());
+    EXPECT_EQ(S_OK, boards[0]->CloseUndoBlock(VARIANT_FALSE));
+}
+
+TEST_F(StoryboardUndoTest, ThoseOfMenusBelongToASnapshot)
+{
+    ComPtr<IKVMenu> menu;
+    ASSERT_EQ(S_OK, project->AddMenu(0, menu.Put()));
+    const auto board = ProductionOf(*menu.Get());
+    const auto panels = [&] { return ValueOf(*board.Get(), &IZXEProductionData::GetPanelCount); };
+    for (const bool commit : {false, true}) {
+        EXPECT_EQ(S_OK, project->TakeUndoSnapshot(nullptr));
+        AddSource(board.Get(), u"moniker:a");
+        menu->put_Label(Str(u"x").Get());
+        EXPECT_EQ(S_OK, End(commit));
+        if (commit) {
+            EXPECT_EQ(1, panels());
+            EXPECT_EQ(S_OK, project->UndoOperation());
+        }
+        EXPECT_EQ(0, panels());
+        EXPECT_EQ(u"<null>", Text(*menu.Get(), &IKVMenu::get_Label));
+        EXPECT_EQ(S_OK, project->RedoOperation());
+        EXPECT_EQ(1, panels());
+        EXPECT_EQ(u"x", Text(*menu.Get(), &IKVMenu::get_Label));
+        EXPECT_EQ(S_OK, project->UndoOperation());
+    }
+}
+
 TEST_F(StoryboardUndoTest, ItsEditsAreTakenBackWhenTheStepIsCancelled)
 {
     Begin();
