@@ -18,7 +18,7 @@ TEST(Bstr, KeepsTheByteLengthDirectlyBeforeAlignedText)
     }
 }
 
-TEST(Bstr, NullIsNoString)
+TEST(Bstr, AllocatesRoomWithinLimitsAndNullIsNoString)
 {
     EXPECT_EQ(SysAllocString(nullptr), nullptr);
     EXPECT_EQ(SysStringLen(nullptr), 0u);
@@ -26,17 +26,9 @@ TEST(Bstr, NullIsNoString)
     SysFreeString(nullptr);
     EXPECT_EQ(Bstr::Copy(nullptr), nullptr);
     EXPECT_TRUE(kv::View(nullptr).empty());
-}
-
-TEST(Bstr, AllocatesRoomWithoutText)
-{
     const Bstr string = Bstr::Attach(SysAllocStringLen(nullptr, 3));
     EXPECT_EQ(SysStringLen(string.Get()), 3u);
     EXPECT_EQ(string.Get()[3], u'\0');
-}
-
-TEST(Bstr, RefusesLengthsBeyondThePrefix)
-{
     EXPECT_EQ(SysAllocStringLen(nullptr, 0x80000000), nullptr);
     EXPECT_EQ(SysAllocStringLen(nullptr, 0xFFFFFFFF), nullptr);
 }
@@ -62,15 +54,13 @@ struct Encoded {
 
 TEST(Utf, WellFormedTextGoesBothWays)
 {
-    const Encoded cases[] = {
-        {"", u""},
-        {"plain", u"plain"},
-        {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
-        {"\xC3\xA9\xE2\x82\xAC", u"\u00E9\u20AC"},
-        {"\xF0\x9F\x98\x80!", u"\xD83D\xDE00!"},
-        {"\xF4\x8F\xBF\xBF", u"\xDBFF\xDFFF"},
-        {"\xEF\xBF\xBF", u"\xFFFF"},
-    };
+    const Encoded cases[] = {{"", u""},
+                             {"plain", u"plain"},
+                             {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
+                             {"\xC3\xA9\xE2\x82\xAC", u"\u00E9\u20AC"},
+                             {"\xF0\x9F\x98\x80!", u"\xD83D\xDE00!"},
+                             {"\xF4\x8F\xBF\xBF", u"\xDBFF\xDFFF"},
+                             {"\xEF\xBF\xBF", u"\xFFFF"}};
     for (const Encoded& text : cases) {
         EXPECT_EQ(kv::ToUtf16(text.utf8), text.utf16);
         EXPECT_EQ(kv::ToUtf8(text.utf16), text.utf8);
@@ -95,13 +85,11 @@ TEST(Utf, MalformedUtf8IsMended)
 
 TEST(Utf, LoneSurrogatesAreMended)
 {
-    const Encoded cases[] = {
-        {"\xEF\xBF\xBDz", u"\xD83Dz"},
-        {"\xEF\xBF\xBD", u"\xD83D"},
-        {"\xEF\xBF\xBDz", u"\xDE00z"},
-        {"\xEF\xBF\xBD\xEF\xBF\xBD", u"\xDE00\xD83D"},
-        {"\xEF\xBF\xBD\xF0\x9F\x98\x80", u"\xD83D\xD83D\xDE00"},
-    };
+    const Encoded cases[] = {{"\xEF\xBF\xBDz", u"\xD83Dz"},
+                             {"\xEF\xBF\xBD", u"\xD83D"},
+                             {"\xEF\xBF\xBDz", u"\xDE00z"},
+                             {"\xEF\xBF\xBD\xEF\xBF\xBD", u"\xDE00\xD83D"},
+                             {"\xEF\xBF\xBD\xF0\x9F\x98\x80", u"\xD83D\xD83D\xDE00"}};
     for (const Encoded& text : cases)
         EXPECT_EQ(kv::ToUtf8(text.utf16), text.utf8);
 }

@@ -67,13 +67,7 @@ TEST_F(DispatchTest, PropertiesConvertOnTheWayInAndKeepTheirTypeOnTheWayOut)
     Variant text(u"11");
     const Variant spelledNumber(u"42");
     const Variant spelledFraction(u"1.25");
-    struct Case {
-        DISPID property;
-        VARIANT put;
-        VARTYPE type;
-        std::string_view expected;
-    };
-    const Case cases[] = {
+    const std::tuple<DISPID, VARIANT, VARTYPE, std::string_view> cases[]{
         {1, Variant(LONG{-5}), VT_I4, "-5"},
         {1, spelledNumber, VT_I4, "42"},
         {1, Variant(2.5), VT_I4, "2"},
@@ -89,17 +83,12 @@ TEST_F(DispatchTest, PropertiesConvertOnTheWayInAndKeepTheirTypeOnTheWayOut)
         {5, Variant(LONG{12}), VT_BSTR, "12"},
         {6, spelledNumber, VT_BSTR, "42"},
         {6, Variant(0.5), VT_R8, "0.5"},
-        {6, Reference(VT_VARIANT, &text), VT_BSTR, "11"},
-    };
-    for (const Case& row : cases) {
-        const std::size_t at = static_cast<std::size_t>(&row - cases);
-        const Outcome put = Invoke(*m_sample, row.property, DISPATCH_PROPERTYPUT, {}, {{DISPID_PROPERTYPUT, row.put}});
-        EXPECT_EQ(put.code, S_OK) << at;
-        EXPECT_EQ(put.value.vt, VT_EMPTY) << at;
-        const Outcome got = Get(row.property);
-        EXPECT_EQ(got.code, S_OK) << at;
-        EXPECT_EQ(got.value.vt, row.type) << at;
-        EXPECT_EQ(Text(got.value), row.expected) << at;
+        {6, Reference(VT_VARIANT, &text), VT_BSTR, "11"}};
+    for (const auto& [property, value, type, expected] : cases) {
+        const Outcome put = Invoke(*m_sample, property, DISPATCH_PROPERTYPUT, {}, {{DISPID_PROPERTYPUT, value}});
+        EXPECT_EQ(std::pair(put.code, put.value.vt), std::pair(S_OK, VARTYPE{VT_EMPTY})) << property << expected;
+        const Outcome got = Get(property);
+        EXPECT_EQ(std::tuple(got.code, got.value.vt, Text(got.value)), std::tuple(S_OK, type, expected)) << property;
     }
     // The new value may come without its name.
     EXPECT_EQ(Invoke(*m_sample, 1, DISPATCH_PROPERTYPUT, {Variant(LONG{9})}).code, S_OK);
@@ -148,14 +137,12 @@ TEST_F(DispatchTest, WrongUseIsRefusedBeforeTheMemberRuns)
         {"reference to nothing", 6, DISPATCH_PROPERTYPUT, {Reference(VT_VARIANT, nullptr)}, E_INVALIDARG, 0},
         {"too big for a byte", 26, DISPATCH_METHOD, {Variant(LONG{256}), one, one, one, one, one}, DISP_E_OVERFLOW, 5},
         {"below zero", 26, DISPATCH_METHOD, {one, one, Variant(LONG{-1}), one, one, one}, DISP_E_OVERFLOW, 3},
-        {"too big for a long", 1, DISPATCH_PROPERTYPUT, {Variant(1e10)}, DISP_E_OVERFLOW, 0},
-    };
+        {"too big for a long", 1, DISPATCH_PROPERTYPUT, {Variant(1e10)}, DISP_E_OVERFLOW, 0}};
     for (const Case& row : cases) {
         const Outcome outcome = Invoke(*m_sample, row.member, row.flags, row.arguments);
-        EXPECT_EQ(outcome.code, row.expected) << row.what;
-        EXPECT_EQ(outcome.bad, row.bad) << row.what;
-        EXPECT_EQ(outcome.value.vt, VT_EMPTY) << row.what;
-        EXPECT_EQ(outcome.exception.scode, S_OK) << row.what;
+        EXPECT_EQ(std::tuple(outcome.code, outcome.bad, outcome.value.vt, outcome.exception.scode),
+                  std::tuple(row.expected, row.bad, VARTYPE{VT_EMPTY}, S_OK))
+            << row.what;
     }
     EXPECT_EQ(Calls(), 0u);
 }
@@ -181,21 +168,15 @@ TEST_F(DispatchTest, ArgumentsAreSortedByNameAndMayBeLeftOut)
     const VARIANT one = Variant(LONG{1});
     const VARIANT two = Variant(LONG{2});
     const VARIANT three = Variant(LONG{3});
-    struct Case {
-        std::vector<VARIANT> positional;
-        std::vector<NamedArgument> named;
-        std::string_view expected;
-    };
-    const Case good[] = {
+    const std::tuple<std::vector<VARIANT>, std::vector<NamedArgument>, std::string_view> good[]{
         {{one, two, three}, {}, "1 2 3"},         {{one, two}, {}, "1 2 0"},
         {{one, Omitted(), three}, {}, "1 0 3"},   {{one}, {{2, three}}, "1 0 3"},
         {{one}, {{2, three}, {1, two}}, "1 2 3"}, {{}, {{1, two}, {0, one}, {2, three}}, "1 2 3"},
-        {{one, two}, {{2, Omitted()}}, "1 2 0"},
-    };
-    for (const Case& row : good) {
-        const Outcome outcome = Call(22, row.positional, row.named);
-        EXPECT_EQ(outcome.code, S_OK) << row.expected;
-        EXPECT_EQ(Text(outcome.value), row.expected);
+        {{one, two}, {{2, Omitted()}}, "1 2 0"}};
+    for (const auto& [positional, named, expected] : good) {
+        const Outcome outcome = Call(22, positional, named);
+        EXPECT_EQ(outcome.code, S_OK) << expected;
+        EXPECT_EQ(Text(outcome.value), expected);
     }
 
     const auto refused = [&](std::vector<VARIANT> positional, std::vector<NamedArgument> named) {
@@ -222,10 +203,7 @@ TEST_F(DispatchTest, OutParametersFillTheCallersStorage)
                         Reference(VT_DISPATCH, self.Put()), Reference(VT_I4, &colour)})
                   .code,
               S_OK);
-    EXPECT_EQ(name.View(), u"left");
-    EXPECT_EQ(Text(value), "deep");
-    EXPECT_EQ(self, m_sample);
-    EXPECT_EQ(colour, Blue);
+    EXPECT_EQ(std::tuple(name.View(), Text(value), self, colour), std::tuple(u"left", "deep", m_sample, Blue));
 
     // A script's variables take any value, and give up the one they had.
     Variant variables[] = {Variant(u"old"), Variant(u"old"), Variant(m_sample.Get()), Variant(u"old")};
@@ -233,21 +211,17 @@ TEST_F(DispatchTest, OutParametersFillTheCallersStorage)
     for (Variant& variable : variables)
         places.push_back(Reference(VT_VARIANT, &variable));
     EXPECT_EQ(Call(24, places).code, S_OK);
-    EXPECT_EQ(Text(variables[0]), "left");
-    EXPECT_EQ(Text(variables[1]), "deep");
-    ASSERT_EQ(variables[2].vt, VT_DISPATCH);
-    EXPECT_EQ(variables[2].pdispVal, m_sample.Get());
-    EXPECT_EQ(variables[3].vt, VT_I4);
-    EXPECT_EQ(variables[3].lVal, Blue);
+    EXPECT_EQ(std::tuple(Text(variables[0]), Text(variables[1])), std::tuple("left", "deep"));
+    EXPECT_EQ(std::pair(variables[2].vt, variables[2].pdispVal),
+              std::pair(VARTYPE{VT_DISPATCH}, static_cast<IDispatch*>(m_sample.Get())));
+    EXPECT_EQ(std::pair(variables[3].vt, variables[3].lVal), std::pair(VARTYPE{VT_I4}, LONG{Blue}));
 
     // Among several out parameters none is the result.
     LONG quotient = 0;
     LONG remainder = 0;
     const Outcome divided =
         Call(21, {Variant(LONG{17}), Variant(LONG{5}), Reference(VT_I4, &quotient), Reference(VT_I4, &remainder)});
-    EXPECT_EQ(divided.value.vt, VT_EMPTY);
-    EXPECT_EQ(quotient, 3);
-    EXPECT_EQ(remainder, 2);
+    EXPECT_EQ(std::tuple(divided.value.vt, quotient, remainder), std::tuple(VARTYPE{VT_EMPTY}, 3, 2));
 
     // The result may be fetched as an argument, too.
     Bstr joined;
@@ -266,7 +240,7 @@ TEST_F(DispatchTest, ResultsThatNobodyAsksForAreFreed)
     EXPECT_EQ(Calls(), 4u);
 }
 
-TEST_F(DispatchTest, InOutTextIsReadAndReplaced)
+TEST_F(DispatchTest, InOutTextsAndVariablesAreReadAndReplaced)
 {
     BSTR place = Bstr(u"ab").Detach();
     EXPECT_EQ(Call(20, {Reference(VT_BSTR, &place)}).code, S_OK);
@@ -274,11 +248,13 @@ TEST_F(DispatchTest, InOutTextIsReadAndReplaced)
     BSTR none = nullptr;
     EXPECT_EQ(Call(20, {Reference(VT_BSTR, &none)}).exception.scode, E_FAIL);
     EXPECT_EQ(Bstr::Attach(none).View(), u"spoilt");
-
-    Variant variable(LONG{12});
-    EXPECT_EQ(Call(20, {Reference(VT_VARIANT, &variable)}).code, S_OK);
-    EXPECT_EQ(variable.vt, VT_BSTR);
-    EXPECT_EQ(Text(variable), "1212");
+    for (const auto& [member, text, again] : {std::tuple{20, "1212", "12121212"}, {28, "12", "12"}}) {
+        Variant variable(LONG{12});
+        for (const char* expected : {text, again}) {
+            EXPECT_EQ(Call(member, {Reference(VT_VARIANT, &variable)}).code, S_OK);
+            EXPECT_EQ(std::pair(variable.vt, Text(variable)), std::pair(VARTYPE{VT_BSTR}, std::string(expected)));
+        }
+    }
 
     // A failing call leaves the variable alone.
     Variant empty(u"");
@@ -286,22 +262,10 @@ TEST_F(DispatchTest, InOutTextIsReadAndReplaced)
     EXPECT_EQ(Text(empty), "");
     Variant object(m_sample.Get());
     EXPECT_EQ(Call(20, {Reference(VT_VARIANT, &object)}).code, DISP_E_TYPEMISMATCH);
-    EXPECT_EQ(Call(20, {Variant(LONG{1})}).code, DISP_E_TYPEMISMATCH);
-    EXPECT_EQ(Call(20).code, DISP_E_BADPARAMCOUNT);
-}
-
-TEST_F(DispatchTest, InOutVariablesAreReadAndReplaced)
-{
-    Variant variable(LONG{12});
-    EXPECT_EQ(Call(28, {Reference(VT_VARIANT, &variable)}).code, S_OK);
-    EXPECT_EQ(variable.vt, VT_BSTR);
-    EXPECT_EQ(Text(variable), "12");
-    EXPECT_EQ(Call(28, {Reference(VT_VARIANT, &variable)}).code, S_OK);
-    EXPECT_EQ(Text(variable), "12");
-
-    Variant object(m_sample.Get());
     EXPECT_EQ(Call(28, {Reference(VT_VARIANT, &object)}).exception.scode, DISP_E_TYPEMISMATCH);
     EXPECT_EQ(object.vt, VT_UNKNOWN);
+    EXPECT_EQ(Call(20, {Variant(LONG{1})}).code, DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(Call(20).code, DISP_E_BADPARAMCOUNT);
 }
 
 TEST_F(DispatchTest, ObjectsAreAskedForTheInterfaceThatTheMemberWants)
@@ -331,19 +295,15 @@ TEST_F(DispatchTest, ObjectsAreAskedForTheInterfaceThatTheMemberWants)
     EXPECT_EQ(put(Variant(kv::Make<Stranger>().Get())), DISP_E_TYPEMISMATCH);
 }
 
-TEST_F(DispatchTest, RecordsPassByTheirAddress)
-{
-    SamplePoint points[] = {{1, 0.5, nullptr, Red, nullptr, nullptr}, {2, 0.25, nullptr, Red, nullptr, nullptr}};
-    EXPECT_EQ(Text(Call(23, {Variant(LONG{2}), Reference(VT_RECORD, points)}).value), "3.75");
-    EXPECT_EQ(Text(Call(23, {Variant(LONG{2}), VARIANT{}}).value), "0");
-}
-
-TEST_F(DispatchTest, NumbersOfEveryWidthReachTheMember)
+TEST_F(DispatchTest, NumbersOfEveryWidthAndRecordsReachTheMember)
 {
     const Outcome outcome = Call(26, {Variant(LONG{255}), Variant(LONG{65535}), Variant(4294967295.0),
                                       Variant(LONGLONG{-4294967296}), Variant(LONG{1}), Variant(0.5)});
     EXPECT_EQ(outcome.value.vt, VT_R8);
     EXPECT_EQ(outcome.value.dblVal, 255 + 65535 - 1 + 1 + 0.5);
+    SamplePoint points[] = {{1, 0.5, nullptr, Red, nullptr, nullptr}, {2, 0.25, nullptr, Red, nullptr, nullptr}};
+    EXPECT_EQ(Text(Call(23, {Variant(LONG{2}), Reference(VT_RECORD, points)}).value), "3.75");
+    EXPECT_EQ(Text(Call(23, {Variant(LONG{2}), VARIANT{}}).value), "0");
 }
 
 TEST_F(DispatchTest, FailuresAndSuccessCodesReachTheCaller)

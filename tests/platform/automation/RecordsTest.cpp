@@ -100,11 +100,7 @@ public:
         if (corners) std::ranges::copy(box, corners);
         return corners ? S_OK : S_FALSE;
     }
-    HRESULT SetBox(const Corner* corners) override
-    {
-        std::copy_n(corners, box.size(), box.begin());
-        return S_OK;
-    }
+    HRESULT SetBox(const Corner* corners) override { return std::copy_n(corners, box.size(), box.begin()), S_OK; }
     HRESULT GetTags(LONG* count, Tag** copies) override
     {
         *copies = static_cast<Tag*>(CoTaskMemAlloc(sizeof tags));
@@ -211,10 +207,8 @@ TEST_F(RecordsTest, AGetterGivesARecordThatCanBeReadChangedAndPut)
 
 TEST_F(RecordsTest, APropertyMayHaveParametersBeforeItsValue)
 {
-    Variant corner;
-    Variant valid;
-    const VARIANT places[] = {Reference(VT_VARIANT, &corner), Reference(VT_VARIANT, &valid)};
-    EXPECT_EQ(Call(2, DISPATCH_PROPERTYGET, {places[0], places[1]}), S_OK);
+    Variant corner, valid;
+    EXPECT_EQ(Call(2, DISPATCH_PROPERTYGET, {Reference(VT_VARIANT, &corner), Reference(VT_VARIANT, &valid)}), S_OK);
     EXPECT_EQ(Field(corner, u"x").fltVal, 3.0F);
     EXPECT_EQ(valid.boolVal, VARIANT_TRUE);
     EXPECT_EQ(Call(2, DISPATCH_PROPERTYPUT, {corner, Variant(false)}), S_OK);
@@ -274,8 +268,7 @@ TEST_F(RecordsTest, SeveralRecordsAreAnArray)
 
 TEST_F(RecordsTest, ACountGoesWithItsRecords)
 {
-    Variant count;
-    Variant tags;
+    Variant count, tags;
     ASSERT_EQ(Method(6, {Reference(VT_VARIANT, &count), Reference(VT_VARIANT, &tags)}), S_OK);
     EXPECT_EQ(count.lVal, 2);
     ASSERT_EQ(tags.vt, VT_ARRAY | VT_RECORD);

@@ -99,17 +99,15 @@ TEST(TypeLibraryTest, ListsItsTypes)
 {
     const auto library = Library();
     // Name, kind, numbers of functions, variables and bases, flags. A base stands before what extends it.
-    const std::pair<std::string_view, GUID> rows[] = {
-        {"SampleColour 0: 0 3 0 0", GUID_NULL},
-        {"SamplePoint 1: 0 6 0 0", GUID_NULL},
-        {"ISample 4: 25 0 1 4160", ISample::IID},
-        {"IShape 4: 2 0 1 4160", IShape::IID},
-        {"IPrism 4: 2 0 1 4160", IPrism::IID},
-        {"IPlainSample 3: 1 0 1 0", IPlainSample::IID},
-        {"_ISampleEvents 4: 4 0 1 4096", _ISampleEvents::IID},
-        {"Sample 5: 0 0 2 2", kSampleClass},
-        {"Silent 5: 0 0 1 2", kSilentClass},
-    };
+    const std::pair<std::string_view, GUID> rows[] = {{"SampleColour 0: 0 3 0 0", GUID_NULL},
+                                                      {"SamplePoint 1: 0 6 0 0", GUID_NULL},
+                                                      {"ISample 4: 25 0 1 4160", ISample::IID},
+                                                      {"IShape 4: 2 0 1 4160", IShape::IID},
+                                                      {"IPrism 4: 2 0 1 4160", IPrism::IID},
+                                                      {"IPlainSample 3: 1 0 1 0", IPlainSample::IID},
+                                                      {"_ISampleEvents 4: 4 0 1 4096", _ISampleEvents::IID},
+                                                      {"Sample 5: 0 0 2 2", kSampleClass},
+                                                      {"Silent 5: 0 0 1 2", kSilentClass}};
     static_assert(TYPEFLAG_FDUAL + TYPEFLAG_FDISPATCHABLE == 4160 && TYPEFLAG_FCANCREATE == 2);
     ASSERT_EQ(library->GetTypeInfoCount(), std::size(rows));
     for (ULONG i = 0; i < std::size(rows); ++i) {
@@ -247,8 +245,7 @@ TEST(TypeLibraryTest, TypesReferToWhatTheyBuildOn)
         {u"_ISampleEvents", 0, "IDispatch", 0},
         {u"Sample", 0, "ISample", IMPLTYPEFLAG_FDEFAULT},
         {u"Sample", 1, "_ISampleEvents", IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE},
-        {u"Silent", 0, "IPlainSample", IMPLTYPEFLAG_FDEFAULT},
-    };
+        {u"Silent", 0, "IPlainSample", IMPLTYPEFLAG_FDEFAULT}};
     for (const auto& [name, index, expected, flags] : rows) {
         const auto type = Type(name);
         HREFTYPE reference = 0;
@@ -434,8 +431,7 @@ TEST_F(TypeLibraryRegistrationTest, WritesAndRemovesItsKeys)
     using Remove = HRESULT (*)(ITypeLib*);
     const std::tuple<Hive, Hive, Write, Remove> scopes[] = {
         {Hive::LocalMachine, Hive::CurrentUser, &RegisterTypeLib, &UnRegisterTypeLib},
-        {Hive::CurrentUser, Hive::LocalMachine, &RegisterTypeLibForUser, &UnRegisterTypeLibForUser},
-    };
+        {Hive::CurrentUser, Hive::LocalMachine, &RegisterTypeLibForUser, &UnRegisterTypeLibForUser}};
     const auto library = Library();
     for (const auto& [hive, other, write, remove] : scopes) {
         ASSERT_EQ(write(library.Get(), u"/opt/sample/libSample.so"), S_OK);

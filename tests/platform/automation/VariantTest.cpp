@@ -38,23 +38,26 @@ Variant Of(VARTYPE type, ULONGLONG bits)
     return value;
 }
 
-/// The text of the converted value, or its result code in hexadecimal.
+/// A reference to a value of that type.
+Variant To(VARTYPE type, void* place)
+{
+    Variant reference;
+    reference.vt = static_cast<VARTYPE>(VT_BYREF | type);
+    reference.byref = place;
+    return reference;
+}
+
+/// The text of the converted value, or what is wrong with it.
 std::string Converted(const VARIANT& source, VARTYPE type)
 {
     Variant result;
     const HRESULT changed = VariantChangeType(&result, &source, 0, type);
     if (SUCCEEDED(changed)) return kv::ToUtf8(kv::View(result.As(VT_BSTR).bstrVal));
     EXPECT_EQ(result.vt, VT_EMPTY);
-    switch (changed) {
-    case DISP_E_OVERFLOW:
-        return "overflow";
-    case DISP_E_TYPEMISMATCH:
-        return "mismatch";
-    case DISP_E_BADVARTYPE:
-        return "bad type";
-    default:
-        return "other";
-    }
+    return changed == DISP_E_OVERFLOW       ? "overflow"
+           : changed == DISP_E_TYPEMISMATCH ? "mismatch"
+           : changed == DISP_E_BADVARTYPE   ? "bad type"
+                                            : "other";
 }
 
 std::string Read(std::u16string_view text, VARTYPE type)
@@ -64,12 +67,7 @@ std::string Read(std::u16string_view text, VARTYPE type)
 
 TEST_F(VariantTest, TextReadsAsNumbers)
 {
-    struct Case {
-        std::u16string_view text;
-        VARTYPE type;
-        std::string_view expected;
-    };
-    const Case cases[] = {
+    const std::tuple<std::u16string_view, VARTYPE, std::string_view> cases[]{
         {u"42", VT_I4, "42"},
         {u" \t+42\r\n", VT_I4, "42"},
         {u"-0", VT_I4, "0"},
@@ -101,10 +99,9 @@ TEST_F(VariantTest, TextReadsAsNumbers)
         {u"3.4028235e38", VT_R4, "3.4028235e+38"},
         {u"1e39", VT_R4, "overflow"},
         {u"1e309", VT_R8, "overflow"},
-        {u"1e999999999999999999999", VT_R8, "overflow"},
-    };
-    for (const Case& test : cases)
-        EXPECT_EQ(Read(test.text, test.type), test.expected) << kv::ToUtf8(test.text);
+        {u"1e999999999999999999999", VT_R8, "overflow"}};
+    for (const auto& [text, type, expected] : cases)
+        EXPECT_EQ(Read(text, type), expected) << kv::ToUtf8(text);
     using namespace std::string_view_literals;
     for (const auto text : {u""sv, u"  "sv, u"+"sv, u"-"sv, u"."sv, u"+-1"sv, u"--1"sv, u"- 1"sv, u"1 2"sv, u"1,5"sv,
                             u"0x10"sv, u"inf"sv, u"-nan"sv, u"1e"sv, u"\u0661"sv, u"1\0"sv}) {
@@ -115,17 +112,12 @@ TEST_F(VariantTest, TextReadsAsNumbers)
 
 TEST_F(VariantTest, BooleansReadFromWordsAndNumbers)
 {
-    struct Case {
-        std::u16string_view text;
-        std::string_view expected;
-    };
-    const Case cases[] = {
+    const std::tuple<std::u16string_view, std::string_view> cases[]{
         {u"true", "-1"},      {u"TRUE", "-1"},      {u" False ", "0"},      {u"-1", "-1"},
         {u"0", "0"},          {u"0.0", "0"},        {u"0.25", "-1"},        {u"1", "-1"},
-        {u"yes", "mismatch"}, {u"tru", "mismatch"}, {u"truex", "mismatch"}, {u"", "mismatch"},
-    };
-    for (const Case& test : cases)
-        EXPECT_EQ(Read(test.text, VT_BOOL), test.expected) << kv::ToUtf8(test.text);
+        {u"yes", "mismatch"}, {u"tru", "mismatch"}, {u"truex", "mismatch"}, {u"", "mismatch"}};
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(Read(text, VT_BOOL), expected) << kv::ToUtf8(text);
     EXPECT_EQ(Converted(Of(VT_UI8, ~0ULL), VT_BOOL), "-1");
     EXPECT_EQ(Converted(Variant(0.0), VT_BOOL), "0");
     EXPECT_EQ(Variant(true).As(VT_I4).lVal, -1);
@@ -144,8 +136,7 @@ TEST_F(VariantTest, NumbersPrintWithTheFewestDigits)
         {1e-5, "0.00001"},
         {1.0 / 3, "0.3333333333333333"},
         {5e-324, "5e-324"},
-        {std::numeric_limits<double>::max(), "1.7976931348623157e+308"},
-    };
+        {std::numeric_limits<double>::max(), "1.7976931348623157e+308"}};
     for (const auto& [value, text] : cases) {
         EXPECT_EQ(Converted(Variant(value), VT_BSTR), text);
         EXPECT_EQ(Variant(value).As(VT_BSTR).As(VT_R8).dblVal, value);
@@ -181,8 +172,7 @@ TEST_F(VariantTest, NumbersConvertWithinTheTargetsRange)
         {Variant(LONG{1}), VT_UNKNOWN, "mismatch"},
         {Variant(LONG{1}), VT_ARRAY | VT_I4, "mismatch"},
         {Variant(LONG{1}), VT_VARIANT, "bad type"},
-        {Variant(LONG{1}), VT_RECORD, "mismatch"},
-    };
+        {Variant(LONG{1}), VT_RECORD, "mismatch"}};
     for (const auto& [source, type, expected] : cases) {
         EXPECT_EQ(Converted(source, type), expected) << source.vt << " to " << type;
     }
@@ -258,28 +248,20 @@ TEST_F(VariantTest, CopiesOwnWhatTheyHold)
 TEST_F(VariantTest, ReferencesAreFollowedOnTheSource)
 {
     SHORT number = -7;
-    Variant byNumber;
-    byNumber.vt = VT_BYREF | VT_I2;
-    byNumber.byref = &number;
+    Variant byNumber = To(VT_I2, &number);
     EXPECT_EQ(Converted(byNumber, VT_BSTR), "-7");
-
-    Variant byVariant;
-    byVariant.vt = VT_BYREF | VT_VARIANT;
-    byVariant.pvarVal = &byNumber;
+    const Variant byVariant = To(VT_VARIANT, &byNumber);
     Variant copy;
     EXPECT_EQ(VariantCopyInd(&copy, &byVariant), S_OK);
     EXPECT_EQ(copy.vt, VT_I2);
     EXPECT_EQ(copy.iVal, -7);
-
     Variant reference;
     EXPECT_EQ(VariantCopy(&reference, &byVariant), S_OK);
     EXPECT_EQ(reference.pvarVal, &byNumber);
 
     Bstr text(u"text");
-    Variant byText;
-    byText.vt = VT_BYREF | VT_BSTR;
-    byText.pbstrVal = text.Put();
-    *byText.pbstrVal = SysAllocString(u"text");
+    BSTR place = text.Get();
+    Variant byText = To(VT_BSTR, &place);
     EXPECT_EQ(VariantCopyInd(&byText, &byText), S_OK);
     EXPECT_EQ(byText.vt, VT_BSTR);
     EXPECT_NE(byText.bstrVal, text.Get());
@@ -287,11 +269,10 @@ TEST_F(VariantTest, ReferencesAreFollowedOnTheSource)
     Variant circle;
     circle.vt = VT_BYREF | VT_VARIANT;
     circle.pvarVal = &circle;
-    EXPECT_EQ(VariantCopyInd(&copy, &circle), E_INVALIDARG);
-    Variant nowhere;
-    nowhere.vt = VT_BYREF | VT_I4;
-    EXPECT_EQ(VariantCopyInd(&copy, &nowhere), E_INVALIDARG);
-    EXPECT_EQ(VariantChangeType(&copy, &nowhere, 0, VT_I4), E_INVALIDARG);
+    const Variant nowhere = To(VT_I4, nullptr);
+    for (const HRESULT result : {VariantCopyInd(&copy, &circle), VariantCopyInd(&copy, &nowhere),
+                                 VariantChangeType(&copy, &nowhere, 0, VT_I4)})
+        EXPECT_EQ(result, E_INVALIDARG);
     EXPECT_EQ(copy.iVal, -7);
 }
 
@@ -302,11 +283,9 @@ TEST_F(VariantTest, UnknownTypesAreRefusedEverywhere)
         VARIANT odd{};
         odd.vt = type;
         Variant target(LONG{1});
-        EXPECT_EQ(VariantClear(&odd), DISP_E_BADVARTYPE) << type;
-        EXPECT_EQ(VariantCopy(&target, &odd), DISP_E_BADVARTYPE) << type;
-        EXPECT_EQ(VariantCopyInd(&target, &odd), DISP_E_BADVARTYPE) << type;
-        EXPECT_EQ(VariantChangeType(&target, &odd, 0, VT_I4), DISP_E_BADVARTYPE) << type;
-        EXPECT_EQ(VariantCopy(&odd, &target), DISP_E_BADVARTYPE) << type;
+        for (const HRESULT result : {VariantClear(&odd), VariantCopy(&target, &odd), VariantCopyInd(&target, &odd),
+                                     VariantChangeType(&target, &odd, 0, VT_I4), VariantCopy(&odd, &target)})
+            EXPECT_EQ(result, DISP_E_BADVARTYPE) << type;
         EXPECT_EQ(target.lVal, 1);
     }
     Variant value;

@@ -186,11 +186,10 @@ TEST_F(ConnectionPointTest, ASinkThatIsLetGoMayCallBack)
 
 TEST_F(ConnectionPointTest, EnumeratesASnapshotOfTheConnections)
 {
-    Connect(1);
-    Connect(2);
-    Connect(3);
+    for (const int name : {1, 2, 3})
+        Connect(name);
     EXPECT_EQ(point->Unadvise(2), S_OK);
-    ComPtr<IEnumConnections> connections;
+    ComPtr<IEnumConnections> connections, copy;
     ASSERT_EQ(point->EnumConnections(connections.Put()), S_OK);
     EXPECT_EQ(point->EnumConnections(nullptr), E_POINTER);
     EXPECT_EQ(point->Unadvise(1), S_OK);
@@ -201,17 +200,12 @@ TEST_F(ConnectionPointTest, EnumeratesASnapshotOfTheConnections)
     EXPECT_EQ(connections->Next(1, nullptr, &fetched), E_POINTER);
     EXPECT_EQ(connections->Next(3, items, &fetched), S_FALSE);
     ASSERT_EQ(fetched, 2u);
-    EXPECT_EQ(items[0].dwCookie, 1u);
-    EXPECT_EQ(items[1].dwCookie, 3u);
-    EXPECT_EQ(items[2].dwCookie, 0u);
-    for (ULONG i = 0; i < fetched; ++i) {
-        const auto sink = ComPtr<IUnknown>::Attach(items[i].pUnk);
-        EXPECT_TRUE(kv::Query<ISink>(sink));
-    }
+    EXPECT_EQ(std::tuple(items[0].dwCookie, items[1].dwCookie, items[2].dwCookie), std::tuple(1u, 3u, 0u));
+    for (ULONG i = 0; i < fetched; ++i)
+        EXPECT_TRUE(kv::Query<ISink>(ComPtr<IUnknown>::Attach(items[i].pUnk)));
 
     EXPECT_EQ(connections->Reset(), S_OK);
     EXPECT_EQ(connections->Skip(1), S_OK);
-    ComPtr<IEnumConnections> copy;
     ASSERT_EQ(connections->Clone(copy.Put()), S_OK);
     EXPECT_EQ(connections->Clone(nullptr), E_POINTER);
     EXPECT_EQ(connections->Skip(2), S_FALSE);

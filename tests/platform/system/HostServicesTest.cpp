@@ -81,10 +81,7 @@ TEST_F(ErrorReporterTest, KeepsTheNewestLines)
 
 TEST(PathsTest, TakeApartAndJoin)
 {
-    struct Case {
-        std::u16string_view path, folder, name, withoutExtension;
-    };
-    const Case cases[] = {
+    const std::tuple<std::u16string_view, std::u16string_view, std::u16string_view, std::u16string_view> cases[]{
         {u"C:\\a\\b.txt", u"C:\\a", u"b.txt", u"C:\\a\\b"},
         {u"/a/b.tar.gz", u"/a", u"b.tar.gz", u"/a/b.tar"},
         {u"/a\\b/c", u"/a\\b", u"c", u"/a\\b/c"},
@@ -93,20 +90,22 @@ TEST(PathsTest, TakeApartAndJoin)
         {u"file", u"", u"file", u"file"},
         {u".hidden", u"", u".hidden", u""},
         {u"/file.", u"/", u"file.", u"/file"},
-        {u"", u"", u"", u""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(kv::ToUtf8(c.path));
-        EXPECT_EQ(kv::PathRemoveFileSpec(c.path), c.folder);
-        EXPECT_EQ(kv::PathFindFileName(c.path), c.name);
-        EXPECT_EQ(kv::PathRemoveExtension(c.path), c.withoutExtension);
+        {u"", u"", u"", u""}};
+    for (const auto& [path, folder, name, withoutExtension] : cases) {
+        SCOPED_TRACE(kv::ToUtf8(path));
+        EXPECT_EQ(kv::PathRemoveFileSpec(path), folder);
+        EXPECT_EQ(kv::PathFindFileName(path), name);
+        EXPECT_EQ(kv::PathRemoveExtension(path), withoutExtension);
     }
-    EXPECT_EQ(kv::PathAppend(u"C:\\a", u"b\\c"), u"C:\\a\\b\\c");
-    EXPECT_EQ(kv::PathAppend(u"C:\\a\\", u"\\b"), u"C:\\a\\b");
-    EXPECT_EQ(kv::PathAppend(u"/a", u"b"), u"/a/b");
-    EXPECT_EQ(kv::PathAppend(u"/a/", u"\\b"), u"/a/b");
-    EXPECT_EQ(kv::PathAppend(u"a", u"b"), u"a\\b");
-    EXPECT_EQ(kv::PathAppend(u"", u"b"), u"b");
+    const std::tuple<std::u16string_view, std::u16string_view, std::u16string_view> joined[]{
+        {u"C:\\a", u"b\\c", u"C:\\a\\b\\c"},
+        {u"C:\\a\\", u"\\b", u"C:\\a\\b"},
+        {u"/a", u"b", u"/a/b"},
+        {u"/a/", u"\\b", u"/a/b"},
+        {u"a", u"b", u"a\\b"},
+        {u"", u"b", u"b"}};
+    for (const auto& [path, more, expected] : joined)
+        EXPECT_EQ(kv::PathAppend(path, more), expected);
 }
 
 TEST(PathsTest, AreUnderstoodWithEitherSeparator)
@@ -158,8 +157,7 @@ TEST(PathsTest, CopyingOverwritesNothing)
 TEST(PathsTest, KnowTheFoldersOfTheSystem)
 {
     const std::u16string temporary = kv::TemporaryFolder();
-    EXPECT_TRUE(kv::PathIsDirectory(temporary));
-    EXPECT_EQ(temporary.back(), u'/');
+    EXPECT_TRUE(kv::PathIsDirectory(temporary) && temporary.back() == u'/');
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
     EXPECT_TRUE(kv::PathFileExists(kv::PathAppend(kv::HostFolder(), program.filename().u16string())));
 }
@@ -172,23 +170,17 @@ protected:
 
 TEST_F(LocaleTest, ReadsNumbers)
 {
-    struct Case {
-        std::u16string_view text;
-        std::optional<double> expected;
-    };
-    const Case cases[] = {
-        {u"1.5", 1.5},
-        {u" \t-0.25\r\n", -0.25},
-        {u"+3", 3.0},
-        {u".5", .5},
-        {u"5.", 5.0},
-        {u"1e3", 1000.0},
-        {u"29.97002997002997", 29.97002997002997},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(kv::ToUtf8(c.text));
-        EXPECT_EQ(kv::ParseDoubleUS(c.text), c.expected);
-        EXPECT_EQ(kv::ParseDoubleUserLocale(c.text), c.expected);
+    const std::tuple<std::u16string_view, std::optional<double>> cases[]{{u"1.5", 1.5},
+                                                                         {u" \t-0.25\r\n", -0.25},
+                                                                         {u"+3", 3.0},
+                                                                         {u".5", .5},
+                                                                         {u"5.", 5.0},
+                                                                         {u"1e3", 1000.0},
+                                                                         {u"29.97002997002997", 29.97002997002997}};
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(kv::ToUtf8(text));
+        EXPECT_EQ(kv::ParseDoubleUS(text), expected);
+        EXPECT_EQ(kv::ParseDoubleUserLocale(text), expected);
     }
     using namespace std::string_view_literals;
     for (const auto text : {u""sv, u"  "sv, u"+"sv, u"+-1"sv, u"++1"sv, u"1.2.3"sv, u"1 2"sv, u"0x10"sv, u"inf"sv,
@@ -199,16 +191,15 @@ TEST_F(LocaleTest, ReadsNumbers)
     }
 
     // The user's language has no separators.
-    const Case grouped[] = {
+    const std::tuple<std::u16string_view, std::optional<double>> grouped[]{
         {u"1,234", 1234.0},       {u" -12,345,678.25 ", -12345678.25}, {u"+1,000e-3", 1.0},
         {u"1,2,3", std::nullopt}, {u"1234,567", std::nullopt},         {u"1,23", std::nullopt},
         {u",123", std::nullopt},  {u"1,,234", std::nullopt},           {u"1,234,", std::nullopt},
-        {u"1,-23", std::nullopt}, {u"1.234,567", std::nullopt},        {u"1e1,000", std::nullopt},
-    };
-    for (const Case& c : grouped) {
-        SCOPED_TRACE(kv::ToUtf8(c.text));
-        EXPECT_EQ(kv::ParseDoubleUS(c.text), c.expected);
-        EXPECT_EQ(kv::ParseDoubleUserLocale(c.text), std::nullopt);
+        {u"1,-23", std::nullopt}, {u"1.234,567", std::nullopt},        {u"1e1,000", std::nullopt}};
+    for (const auto& [text, expected] : grouped) {
+        SCOPED_TRACE(kv::ToUtf8(text));
+        EXPECT_EQ(kv::ParseDoubleUS(text), expected);
+        EXPECT_EQ(kv::ParseDoubleUserLocale(text), std::nullopt);
     }
 }
 

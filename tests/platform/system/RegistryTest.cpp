@@ -42,18 +42,21 @@ std::u16string UserText(std::u16string_view key)
     return Registry::QueryText(Hive::CurrentUser, key, {});
 }
 
-Names SubKeys(Hive hive, std::u16string_view key)
+Names Listed(HRESULT (*list)(Hive, std::u16string_view, Names&), Hive hive, std::u16string_view key)
 {
     Names names{u"left over"};
-    EXPECT_EQ(Registry::SubKeys(hive, key, names), S_OK);
+    EXPECT_EQ(list(hive, key, names), S_OK);
     return names;
+}
+
+Names SubKeys(Hive hive, std::u16string_view key)
+{
+    return Listed(&Registry::SubKeys, hive, key);
 }
 
 Names Values(Hive hive, std::u16string_view key)
 {
-    Names names{u"left over"};
-    EXPECT_EQ(Registry::Values(hive, key, names), S_OK);
-    return names;
+    return Listed(&Registry::Values, hive, key);
 }
 
 /// What holds for a registry in memory holds for one in a file.
@@ -61,11 +64,8 @@ class RegistryTest : public testing::TestWithParam<bool> {
 protected:
     RegistryTest()
     {
-        if (GetParam()) {
-            Registry::UseFile(folder.PathOf("below/registry.txt"));
-        } else {
-            Registry::UseMemory();
-        }
+        Registry::UseMemory();
+        Reopen();
     }
     ~RegistryTest() override
     {
@@ -98,8 +98,7 @@ TEST_P(RegistryTest, KeepsValuesOfEveryKind)
         {u"least", ULONG{0}},
         {u"greatest", ULONG{0xffffffff}},
         {u"no bytes", std::vector<std::byte>{}},
-        {u"bytes", std::vector{std::byte{0}, std::byte{0x7f}, std::byte{0xff}}},
-    };
+        {u"bytes", std::vector{std::byte{0}, std::byte{0x7f}, std::byte{0xff}}}};
     for (const auto& [name, value] : values)
         ASSERT_EQ(Registry::Set(Hive::LocalMachine, u"Software\\[a] \u00e4]", name, value), S_OK);
     Reopen();
@@ -124,17 +123,14 @@ TEST_P(RegistryTest, NamesCompareWithoutCaseAndKeepTheirSpelling)
     EXPECT_THAT(SubKeys(Hive::CurrentUser, u"KEY\\SUB"), ElementsAre(u"\u00c4", u"\u00e4")) << "ASCII alone";
     EXPECT_EQ(Registry::DeleteTree(Hive::CurrentUser, u"KEY"), S_OK);
     EXPECT_FALSE(Registry::KeyExists(Hive::CurrentUser, u"Key"));
-}
-
-TEST_P(RegistryTest, EnumeratesInOrder)
-{
+    // They come in order.
     for (const std::u16string_view name : {u"b", u"C", u"a", u"D", u"aa", u"10", u"9"}) {
         ASSERT_EQ(Registry::CreateKey(Hive::Users, u"Key\\" + std::u16string(name)), S_OK);
         ASSERT_EQ(Registry::Set(Hive::Users, u"Key", name, ULONG{1}), S_OK);
     }
     Reopen();
-    EXPECT_THAT(SubKeys(Hive::Users, u"Key"), ElementsAre(u"10", u"9", u"a", u"aa", u"b", u"C", u"D"));
-    EXPECT_THAT(Values(Hive::Users, u"Key"), ElementsAre(u"10", u"9", u"a", u"aa", u"b", u"C", u"D"));
+    for (const auto list : {&SubKeys, &Values})
+        EXPECT_THAT(list(Hive::Users, u"Key"), ElementsAre(u"10", u"9", u"a", u"aa", u"b", u"C", u"D"));
 }
 
 TEST_P(RegistryTest, WhatIsMissingIsNotFound)
@@ -322,7 +318,7 @@ TEST_F(RegistryFileTest, AMalformedFileIsNeverOverwritten)
     }
 }
 
-TEST_F(RegistryFileTest, AFailedWriteChangesNothing)
+TEST_F(RegistryFileTest, AFailedWriteChangesNothingAndAFileThatIsGoneIsEmpty)
 {
     ASSERT_EQ(SetUser(u"Key", u"old"), S_OK);
     const std::string before = folder.Read("registry.txt");
@@ -334,11 +330,6 @@ TEST_F(RegistryFileTest, AFailedWriteChangesNothing)
     EXPECT_EQ(folder.Read("registry.txt"), before);
     EXPECT_EQ(SetUser(u"Key", u"new"), S_OK);
     EXPECT_EQ(UserText(u"Key"), u"new");
-}
-
-TEST_F(RegistryFileTest, AFileThatIsGoneIsEmpty)
-{
-    ASSERT_EQ(SetUser(u"Key", u"old"), S_OK);
     std::filesystem::remove(folder.PathOf("registry.txt"));
     EXPECT_FALSE(Registry::KeyExists(Hive::CurrentUser, u"Key"));
     EXPECT_EQ(SetUser(u"Other", u"new"), S_OK);
@@ -375,33 +366,26 @@ TEST_F(RegistryFileTest, TheEnvironmentSaysWhereItIs)
     std::filesystem::create_directory(working);
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(working);
-    struct Case {
-        const char* registry;
-        const char* configuration;
-        const char* home;
-        /// In the folder.
-        std::string_view written;
-        HRESULT result = S_OK;
-    };
-    const Case cases[] = {
+    // The variables, and what is written in the folder; none where there is no home.
+    const std::tuple<const char*, const char*, const char*, std::string_view> cases[]{
         {named.c_str(), configuration.c_str(), home.c_str(), "named.txt"},
         {"", configuration.c_str(), home.c_str(), "configuration/KVProjectData/registry.txt"},
         {nullptr, configuration.c_str(), nullptr, "configuration/KVProjectData/registry.txt"},
         {"", "", home.c_str(), "home/.config/KVProjectData/registry.txt"},
         {nullptr, nullptr, home.c_str(), "home/.config/KVProjectData/registry.txt"},
-        {"", "", "", "nothing", kv::REGISTRY_E_NO_HOME},
-        {nullptr, nullptr, nullptr, "nothing", kv::REGISTRY_E_NO_HOME},
-    };
-    for (const Case& c : cases) {
+        {"", "", "", "none"},
+        {nullptr, nullptr, nullptr, "none"}};
+    for (const auto& [variable, configured, at, written] : cases) {
         EnvironmentScope environment;
-        environment.Set("KV_REGISTRY", c.registry);
-        environment.Set("XDG_CONFIG_HOME", c.configuration);
-        environment.Set("HOME", c.home);
+        environment.Set("KV_REGISTRY", variable);
+        environment.Set("XDG_CONFIG_HOME", configured);
+        environment.Set("HOME", at);
         Registry::UseFile({}); // asks the environment again
-        SCOPED_TRACE(c.written);
-        EXPECT_EQ(SetUser(u"Key", u"text"), c.result);
-        EXPECT_EQ(UserText(u"Key"), c.result == S_OK ? u"text" : u"");
-        EXPECT_EQ(std::filesystem::remove(folder.Path() / c.written), c.result == S_OK);
+        SCOPED_TRACE(written);
+        const bool has = written != "none";
+        EXPECT_EQ(SetUser(u"Key", u"text"), has ? S_OK : kv::REGISTRY_E_NO_HOME);
+        EXPECT_EQ(UserText(u"Key"), has ? u"text" : u"");
+        EXPECT_EQ(std::filesystem::remove(folder.Path() / written), has);
     }
     EXPECT_TRUE(std::filesystem::is_empty(working)) << "nothing may land in the working folder";
     std::filesystem::current_path(before);

@@ -137,21 +137,17 @@ TEST(WindowTest, AreKnownByClassAndName)
     EXPECT_EQ(kv::FindWindow(u"Class", u"Other"), 0u);
     EXPECT_EQ(kv::FindWindow(u"Other", u"Name"), 0u);
     EXPECT_TRUE(kv::DestroyWindow(window));
-    EXPECT_FALSE(kv::DestroyWindow(window));
-    EXPECT_FALSE(kv::DestroyWindow(0));
+    EXPECT_FALSE(kv::DestroyWindow(window) || kv::DestroyWindow(0));
     EXPECT_EQ(kv::FindWindow(u"Class", u"Name"), second);
     EXPECT_TRUE(kv::DestroyWindow(second));
     EXPECT_EQ(kv::FindWindow(u"Class", u"Name"), 0u);
-}
 
-TEST(WindowTest, AHostMayRefuseThem)
-{
-    kv::SetWindowCreationHook([](const kv::WindowClass& asked) { return asked.name != u"Refused"; });
-    EXPECT_EQ(kv::CreateHiddenWindow({u"Refused"}, u"Name", 0), 0u);
-    EXPECT_EQ(kv::FindWindow(u"Refused", u"Name"), 0u);
+    kv::SetWindowCreationHook([](const kv::WindowClass& asked) { return asked.name != u"Class"; });
+    EXPECT_EQ(kv::CreateHiddenWindow(windowClass, u"Name", 0), 0u) << "a host may refuse it";
+    EXPECT_EQ(kv::FindWindow(u"Class", u"Name"), 0u);
     EXPECT_TRUE(kv::DestroyWindow(kv::CreateHiddenWindow({u"Other"}, u"Name", 0)));
     kv::SetWindowCreationHook(nullptr);
-    EXPECT_TRUE(kv::DestroyWindow(kv::CreateHiddenWindow({u"Refused"}, u"Name", 0)));
+    EXPECT_TRUE(kv::DestroyWindow(kv::CreateHiddenWindow(windowClass, u"Name", 0)));
 }
 
 } // namespace

@@ -76,13 +76,8 @@ std::string Nested(int levels)
 
 TEST_F(DocumentTest, TellsWhyAndWhereATextIsNoDocument)
 {
-    struct Case {
-        std::string xml;
-        std::string_view reason; // a part of it
-        LONG line;
-        LONG position;
-    };
-    const Case cases[]{
+    // reason: a part of it
+    const std::tuple<std::string, std::string_view, LONG, LONG> cases[]{
         {"", "no element", 1, 1},
         {"not XML", "outside of the root", 1, 1},
         {"<r/>\n x", "outside of the root", 2, 2},
@@ -118,17 +113,16 @@ TEST_F(DocumentTest, TellsWhyAndWhereATextIsNoDocument)
         {"<?xml version=1.0?><r/>", "not quoted", 1, 15},
         {"<?xml version='1.0", "does not end", 1, 16},
         {Nested(257), "too deep", 1, 3 * 257 + 1},
-        {Nested(10'000), "too deep", 1, 3 * 257 + 1},
-    };
-    for (const Case& c : cases) {
+        {Nested(10'000), "too deep", 1, 3 * 257 + 1}};
+    for (const auto& [xml, reason, line, position] : cases) {
         VARIANT_BOOL parsed = VARIANT_TRUE;
-        EXPECT_EQ(document->loadXML(Text(c.xml).Get(), &parsed), S_FALSE) << c.xml;
+        EXPECT_EQ(document->loadXML(Text(xml).Get(), &parsed), S_FALSE) << xml;
         EXPECT_FALSE(parsed);
         EXPECT_EQ(XmlOf(*document), "");
         const Failure failure = FailureOf(*document);
         EXPECT_NE(failure.code, 0);
-        EXPECT_NE(failure.reason.find(c.reason), std::string::npos) << c.xml << ": " << failure.reason;
-        EXPECT_EQ(std::pair(failure.line, failure.position), std::pair(c.line, c.position)) << c.xml;
+        EXPECT_NE(failure.reason.find(reason), std::string::npos) << xml << ": " << failure.reason;
+        EXPECT_EQ(std::pair(failure.line, failure.position), std::pair(line, position)) << xml;
     }
     EXPECT_EQ(document->loadXML(Text("<r>\n\xf0\x9f\x8e\xac &x;\n</r>").Get(), nullptr), S_FALSE);
     const Failure failure = FailureOf(*document);
@@ -173,8 +167,7 @@ TEST_F(DocumentTest, ReadsTheEncodings)
         {low + Utf16Bytes(text, false) + ' ', "ends within a character", 16},
         {low + Utf16Bytes("<r>\xc3\xa4", false) + "\x3c\xd8", "half of a surrogate", 5},
         {high + Utf16Bytes("<r>", true) + "\xdc\x3c\xd8\x3c", "half of a surrogate", 4},
-        {std::string("<r>\0</r>", 8), "does not allow", 4},
-    };
+        {std::string("<r>\0</r>", 8), "does not allow", 4}};
     for (const auto& [bytes, reason, position] : cases) {
         ASSERT_EQ(LoadBytes(bytes), reason.empty() ? S_OK : S_FALSE) << testing::PrintToString(bytes);
         if (reason.empty()) {

@@ -82,14 +82,8 @@ std::string Selected(IXMLDOMNode& from, std::string_view expression)
 
 TEST(Dom, MovesNodesBetweenParents)
 {
-    struct Case {
-        std::string_view child;
-        std::string_view parent;
-        std::string_view reference; // empty: the last place
-        bool replaces;
-        std::string_view expected;
-    };
-    const Case cases[]{
+    // Child, parent, reference (empty: the last place), whether it is replaced, and what comes of it.
+    const std::tuple<std::string_view, std::string_view, std::string_view, bool, std::string_view> cases[]{
         {"//c", "/r", "", false, "<r><a/><b>t<d/></b><c/></r>"},
         {"//c", "/r", "//a", false, "<r><c/><a/><b>t<d/></b></r>"},
         {"//c", "//a", "", false, "<r><a><c/></a><b>t<d/></b></r>"},
@@ -101,19 +95,18 @@ TEST(Dom, MovesNodesBetweenParents)
         {"//b", "/r", "//a", true, "<r><b><c/>t<d/></b></r>"},
         {"//a", "/r", "//b", true, "<r><a/></r>"},
         {"//a", "/r", "//a", true, "<r><a/><b><c/>t<d/></b></r>"},
-        {"//d", "/", "/r", true, "<d/>"},
-    };
-    for (const Case& c : cases) {
+        {"//d", "/", "/r", true, "<d/>"}};
+    for (const auto& [moved, to, before, replaces, expected] : cases) {
         const auto document = Parsed("<r><a/><b><c/>t<d/></b></r>");
-        const auto child = Find(*document, c.child);
-        const auto reference = c.reference.empty() ? nullptr : Find(*document, c.reference);
-        const auto parent = c.parent == "/" ? ComPtr<IXMLDOMNode>(document.Get()) : Find(*document, c.parent);
-        EXPECT_EQ(c.replaces ? parent->replaceChild(child.Get(), reference.Get(), nullptr)
-                             : InsertBefore(*parent, child.Get(), reference.Get()),
+        const auto child = Find(*document, moved);
+        const auto reference = before.empty() ? nullptr : Find(*document, before);
+        const auto parent = to == "/" ? ComPtr<IXMLDOMNode>(document.Get()) : Find(*document, to);
+        EXPECT_EQ(replaces ? parent->replaceChild(child.Get(), reference.Get(), nullptr)
+                           : InsertBefore(*parent, child.Get(), reference.Get()),
                   S_OK);
-        EXPECT_EQ(XmlOf(*document), c.expected) << c.child << " to " << c.parent << ' ' << c.reference;
+        EXPECT_EQ(XmlOf(*document), expected) << moved << " to " << to << ' ' << before;
         EXPECT_EQ(ParentOf(*child).Get(), parent.Get());
-        const bool leaves = c.replaces && reference != child;
+        const bool leaves = replaces && reference != child;
         EXPECT_TRUE(!leaves || !ParentOf(*reference)) << "a replaced node has no parent";
     }
 }
@@ -151,8 +144,7 @@ TEST(Dom, RefusesWhatTheRulesOfTheTreeForbid)
         {"a declaration in an element", root->appendChild(declaration.Get(), nullptr)},
         {"a declaration behind", document->appendChild(declaration.Get(), nullptr)},
         {"a second declaration", InsertBefore(*document, declaration.Get(), ours.Get())},
-        {"before the declaration", InsertBefore(*document, comment.Get(), ours.Get())},
-    };
+        {"before the declaration", InsertBefore(*document, comment.Get(), ours.Get())}};
     for (const auto& [what, result] : results)
         EXPECT_EQ(result, E_INVALIDARG) << what;
     EXPECT_EQ(XmlOf(*document), before);
@@ -225,8 +217,7 @@ TEST(Dom, RefusesWhatXmlCannotHold)
         {"name", attribute, u"a\xfdcf\xfdf0\xfffd", S_OK},
         {"name", attribute, u"a=", E_INVALIDARG},
         {"set text", [&](BSTR text) { return root->put_text(text); }, u"\xfffe", E_INVALIDARG},
-        {"remove attribute", [&](BSTR n) { return root->removeAttribute(n); }, {u"a\0", 2}, S_FALSE},
-    };
+        {"remove attribute", [&](BSTR n) { return root->removeAttribute(n); }, {u"a\0", 2}, S_FALSE}};
     for (const auto& [what, create, text, expected] : cases)
         EXPECT_EQ(create(Bstr(text).Get()), expected) << what << ' ' << ToUtf8(text);
     EXPECT_EQ(XmlOf(*document),
@@ -241,21 +232,14 @@ TEST(Dom, RefusesWhatXmlCannotHold)
 TEST(Dom, AttributesWrittenTogetherAreSetOneByOne)
 {
     using namespace std::string_view_literals;
-    struct Case {
-        std::string_view before;
-        std::vector<XMLAttribute> attributes;
-        HRESULT result;
-        std::string_view after;
-    };
-    const Case cases[]{
+    const std::tuple<std::string_view, std::vector<XMLAttribute>, HRESULT, std::string_view> cases[]{
         {"<r/>", {}, S_OK, "<r/>"},
         {"<r/>", {{"a", "1"sv}, {"b", u"\xe4"sv}, {"c", ""sv}}, S_OK, "<r a=\"1\" b=\"\xc3\xa4\" c=\"\"/>"},
         {"<r/>", {{"b", "1"sv}, {"a", "2"sv}, {"b", "3"sv}, {"c", "4"sv}}, S_OK, "<r b=\"3\" a=\"2\" c=\"4\"/>"},
         {"<r/>", {{"a", "1"sv}, {"a", "2"sv}}, S_OK, "<r a=\"2\"/>"},
         {"<r b='0'/>", {{"a", "1"sv}, {"b", "2"sv}}, S_OK, "<r b=\"2\" a=\"1\"/>"},
         {"<r/>", {{"a", "1"sv}, {"b", u"\xd800"sv}, {"c", "3"sv}}, E_INVALIDARG, "<r a=\"1\"/>"},
-        {"<r/>", {{"a", "1"sv}, {"b c", "2"sv}}, E_INVALIDARG, "<r a=\"1\"/>"},
-    };
+        {"<r/>", {{"a", "1"sv}, {"b c", "2"sv}}, E_INVALIDARG, "<r a=\"1\"/>"}};
     for (const auto& [before, attributes, result, after] : cases) {
         const auto document = Parsed(before);
         EXPECT_EQ(Write(*Find(*document, "/r"), attributes), result) << after;
@@ -327,8 +311,7 @@ TEST(Dom, ConvertsTypedValues)
         {VT_R4, "r4", Variant(0.1f), "0.1"},
         {VT_R8, "r8", Variant(1.0 / 3), "0.3333333333333333"},
         {VT_BOOL, "boolean", Variant(true), "1"},
-        {VT_EMPTY, "", Variant(), ""},
-    };
+        {VT_EMPTY, "", Variant(), ""}};
     for (const auto& [vt, type, value, text] : cases) {
         EXPECT_EQ(DataTypeName(vt), type);
         EXPECT_EQ(DataTypeOf(type), vt);
@@ -434,23 +417,21 @@ TEST(Dom, NodesOfOneDocumentGoIntoAnother)
 
 TEST(Dom, SelectsAsThoughNothingDetachedWereThere)
 {
-    const std::pair<std::string_view, std::string_view> cases[]{
-        {"/*", "r"},
-        {"/*[last()]", "r"},
-        {"/*[count(/*)=1]", "r"},
-        {"//b/@id", "id=\"1\" id=\"2\""},
-        {"(//b)[last()]/@id", "id=\"2\""},
-        {"//b[count(//b)=2]", "b b"},
-        {"//c/ancestor::*", "r b"},
-        {"/r/following::*", ""},
-        {"//b[//new]", ""},
-        {"b[c]/@id | b[not(c)]/@id", "id=\"1\" id=\"2\""},
-        {"//@id/..", "b b"},
-        {"..", "#document"},
-        {"count(//b)", "refused"},
-        {"//b[", "refused"},
-        {"", "refused"},
-    };
+    const std::pair<std::string_view, std::string_view> cases[]{{"/*", "r"},
+                                                                {"/*[last()]", "r"},
+                                                                {"/*[count(/*)=1]", "r"},
+                                                                {"//b/@id", "id=\"1\" id=\"2\""},
+                                                                {"(//b)[last()]/@id", "id=\"2\""},
+                                                                {"//b[count(//b)=2]", "b b"},
+                                                                {"//c/ancestor::*", "r b"},
+                                                                {"/r/following::*", ""},
+                                                                {"//b[//new]", ""},
+                                                                {"b[c]/@id | b[not(c)]/@id", "id=\"1\" id=\"2\""},
+                                                                {"//@id/..", "b b"},
+                                                                {"..", "#document"},
+                                                                {"count(//b)", "refused"},
+                                                                {"//b[", "refused"},
+                                                                {"", "refused"}};
     const auto document = Parsed("<r><b id='1'><c/></b><b id='2'/></r>");
     const auto root = Find(*document, "/r");
     for (const bool holding : {false, true}) {

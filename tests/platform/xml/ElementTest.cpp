@@ -22,83 +22,41 @@ HRESULT ResultOf(const std::function<void()>& edit)
     });
 }
 
-TEST(Element, WritesKeyFramesAndReadsThemBack)
-{
-    struct Key {
-        double time;
-        ULONG caps;
-        float x, y, z;
-        bool operator==(const Key&) const = default;
-    };
-    const std::vector<Key> keys{{0.0, 0x70fff, 0.1f, -0.25f, 1}, {1.0 / 3, 0xffffffff, 1e-7f, 3e8f, 0}};
-    auto data = XmlElement::New("plugin_data");
-    data.Add("Scaling").Add("old");
-    for (int save = 0; save < 2; ++save) {
-        XmlElement channel = data.Replace("Scaling");
-        XmlElement list = channel.Add("StartOffsetElements");
-        for (const Key& key : keys) {
-            XmlElement frame = list.Add("KeyFrame");
-            frame.Add("Time", key.time);
-            frame.Add("Caps", key.caps);
-            XmlElement vector = frame.Add("Vector");
-            vector.Add("x", key.x);
-            vector.Add("y", key.y);
-            vector.Add("z", key.z);
-        }
-        data.Replace("IsSelectable", true);
-        data.Set("Speed", 0.5 * save);
-    }
-    EXPECT_EQ(XmlOf(*data.Get()),
-              "<plugin_data xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"><Speed dt:dt=\"r8\">0.5</Speed>"
-              "<Scaling><StartOffsetElements>"
-              "<KeyFrame><Time dt:dt=\"r8\">0</Time><Caps dt:dt=\"ui4\">462847</Caps><Vector><x dt:dt=\"r4\">0.1</x>"
-              "<y dt:dt=\"r4\">-0.25</y><z dt:dt=\"r4\">1</z></Vector></KeyFrame>"
-              "<KeyFrame><Time dt:dt=\"r8\">0.3333333333333333</Time><Caps dt:dt=\"ui4\">4294967295</Caps><Vector>"
-              "<x dt:dt=\"r4\">1e-07</x><y dt:dt=\"r4\">300000000</y><z dt:dt=\"r4\">0</z></Vector></KeyFrame>"
-              "</StartOffsetElements></Scaling><IsSelectable dt:dt=\"boolean\">1</IsSelectable></plugin_data>");
-
-    const XmlElement loaded = XmlElement::Parse(data.Markup());
-    std::vector<Key> read;
-    for (const XmlElement& frame : loaded.Child("Scaling").Child("StartOffsetElements").Children("KeyFrame")) {
-        const XmlElement vector = frame.Child("Vector");
-        read.push_back({frame.Typed("Time", -1.0), frame.Typed("Caps", ULONG{0}), vector.Typed("x", -1.0f),
-                        vector.Typed("y", -1.0f), vector.Typed("z", -1.0f)});
-    }
-    EXPECT_EQ(read, keys);
-    EXPECT_TRUE(loaded.Typed("IsSelectable", false));
-    EXPECT_TRUE(loaded.Child("Rotation").Child("StartOffsetElements").Children("KeyFrame").empty());
-    EXPECT_EQ(loaded.Child("Crop").Typed<ULONG>("EditMode"), std::nullopt);
-}
-
-TEST(Element, KeepsAParameterSet)
+TEST(Element, KeepsValuesOfEveryType)
 {
     auto data = XmlElement::New("plugin_data");
     data.Add("ParameterSet");
     XmlElement set = data.Add("ParameterSet");
-    const Variant values[]{Variant(LONG{1028}), Variant(u"C:\\m <&> \xe4.png"), Variant(-0.5), Variant(true),
-                           Variant()};
-    for (ULONG id = 0; const Variant& value : values) {
-        XmlElement parameter = set.Add("Parameter");
-        parameter.Add("Value", value);
-        parameter.Add("ParamID", id++);
-        parameter.AddText("Name", "Mask  File");
-    }
+    set.Set("Caps", ULONG{0xffffffff});
+    set.Set("Caps", ULONG{0x70fff});
+    set.Replace("IsSelectable", true);
+    set.Add("x", 1e-7f);
+    set.Add("y", 3e8f);
+    set.Add("Time", 1.0 / 3);
     data.Replace(set);
     const auto sets = data.Children("ParameterSet");
     ASSERT_EQ(sets.size(), 1u);
     EXPECT_EQ(sets[0], set);
-    const auto parameters = XmlElement::Parse(set.Markup()).Children("Parameter");
-    ASSERT_EQ(parameters.size(), std::size(values));
-    for (std::size_t i = 0; i < parameters.size(); ++i) {
-        const Variant value = parameters[i].Typed("Value", Variant(u"none"));
-        EXPECT_EQ(value.vt, values[i].vt) << i;
-        EXPECT_EQ(value.As(VT_BSTR).bstrVal ? View(value.As(VT_BSTR).bstrVal) : u"",
-                  View(values[i].As(VT_BSTR).bstrVal));
-        EXPECT_EQ(parameters[i].Typed<ULONG>("ParamID"), i);
-        EXPECT_EQ(parameters[i].Child("Name").Text(), "Mask  File");
+    EXPECT_EQ(XmlOf(*set.Get()),
+              "<ParameterSet xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"><Caps dt:dt=\"ui4\">462847</Caps>"
+              "<IsSelectable dt:dt=\"boolean\">1</IsSelectable><x dt:dt=\"r4\">1e-07</x><y dt:dt=\"r4\">300000000</y>"
+              "<Time dt:dt=\"r8\">0.3333333333333333</Time></ParameterSet>");
+    const XmlElement loaded = XmlElement::Parse(data.Markup()).Child("ParameterSet");
+    EXPECT_EQ(std::tuple(loaded.Typed("Caps", ULONG{0}), loaded.Typed("IsSelectable", false), loaded.Typed("x", 0.f),
+                         loaded.Typed("y", 0.f), loaded.Typed("Time", 0.0)),
+              std::tuple(0x70fffu, true, 1e-7f, 3e8f, 1.0 / 3));
+    EXPECT_EQ(loaded.Child("Crop").Typed<ULONG>("EditMode"), std::nullopt);
+    EXPECT_TRUE(loaded.Child("Rotation").Child("StartOffsetElements").Children("KeyFrame").empty());
+
+    const Variant values[]{Variant(LONG{1028}), Variant(u"C:\\m <&> \xe4.png"), Variant(-0.5), Variant(true),
+                           Variant()};
+    XmlElement first = set.Add("Value");
+    for (const Variant& value : values) {
+        first.SetValue(value);
+        const Variant read = XmlElement::Parse(set.Markup()).Typed("Value", Variant(u"none"));
+        EXPECT_EQ(read.vt, value.vt);
+        EXPECT_EQ(View(read.As(VT_BSTR).bstrVal), View(value.As(VT_BSTR).bstrVal));
     }
-    XmlElement first = set.Child("Parameter").Child("Value");
-    first.SetValue(Variant());
     EXPECT_EQ(first.Typed<Variant>("none"), std::nullopt);
     EXPECT_EQ(XmlOf(*first.Get()), "<Value/>");
     first.SetValue(Bstr(u"\x20ac").Get());
@@ -134,28 +92,21 @@ TEST(Element, TellsChildrenOfOneNameApartByLabelOrIndex)
 
 TEST(Element, ReadsTextAsTheTypeThatIsWantedOrNotAtAll)
 {
-    struct Case {
-        std::string_view text;
-        std::optional<LONG> number;
-        std::optional<double> real;
-        std::optional<bool> truth;
-    };
     const std::optional<LONG> none;
-    const Case cases[]{
-        {"5", 5, 5.0, true},     {"-1", -1, -1.0, true},     {" +7\n", 7, 7.0, true},
-        {"2.5", 2, 2.5, true},   {".5e1", 5, 5.0, true},     {"0", 0, 0.0, false},
-        {"true", {}, {}, true},  {"False", {}, {}, false},   {"2147483648", none, 2147483648.0, true},
-        {"1e999", none, {}, {}}, {"", none, {}, {}},         {"-", none, {}, {}},
-        {"12 KB", none, {}, {}}, {"-inf", none, {}, {}},     {"nan", none, {}, {}},
-        {"0x10", none, {}, {}},  {"1<i/>0", 10, 10.0, true},
-    };
-    for (const Case& c : cases) {
-        const XmlElement root = RootOf("<r><v dt:dt='i2'>" + std::string(c.text) + "</v><v>3</v></r>");
-        EXPECT_EQ(root.Typed<LONG>("v"), c.number) << c.text;
-        EXPECT_EQ(root.Typed<double>("v"), c.real) << c.text;
-        EXPECT_EQ(root.Typed<bool>("v"), c.truth) << c.text;
-        EXPECT_EQ(root.Child("v").Value<double>(), c.real) << c.text;
-        EXPECT_EQ(root.Typed("v", 1.5), c.real.value_or(1.5)) << c.text;
+    const std::tuple<std::string_view, std::optional<LONG>, std::optional<double>, std::optional<bool>> cases[]{
+        {"5", 5, 5.0, true},     {"-1", -1, -1.0, true},    {" +7\n", 7, 7.0, true},
+        {"2.5", 2, 2.5, true},   {".5e1", 5, 5.0, true},    {"0", 0, 0.0, false},
+        {"true", {}, {}, true},  {"False", {}, {}, false},  {"2147483648", none, 2147483648.0, true},
+        {"1e999", none, {}, {}}, {"", none, {}, {}},        {"-", none, {}, {}},
+        {"12 KB", none, {}, {}}, {"-inf", none, {}, {}},    {"nan", none, {}, {}},
+        {"0x10", none, {}, {}},  {"1<i/>0", 10, 10.0, true}};
+    for (const auto& [text, number, real, truth] : cases) {
+        const XmlElement root = RootOf("<r><v dt:dt='i2'>" + std::string(text) + "</v><v>3</v></r>");
+        EXPECT_EQ(root.Typed<LONG>("v"), number) << text;
+        EXPECT_EQ(root.Typed<double>("v"), real) << text;
+        EXPECT_EQ(root.Typed<bool>("v"), truth) << text;
+        EXPECT_EQ(root.Child("v").Value<double>(), real) << text;
+        EXPECT_EQ(root.Typed("v", 1.5), real.value_or(1.5)) << text;
     }
     const XmlElement root = RootOf("<r><a>3000000000</a><b dt:dt='i2'>70000</b><c dt:dt='x'>1</c><d>x</d></r>");
     EXPECT_EQ(root.Typed<ULONG>("a"), 3'000'000'000u);
@@ -332,8 +283,7 @@ TEST(Element, RefusedEditsChangeNothing)
         {"no document", E_INVALIDARG, [&] { XmlElement::Parse("<a>"); }},
         {"empty", E_POINTER, [&] { empty.Add("a"); }},
         {"empty", E_POINTER, [&] { empty.SetText("a"); }},
-        {"empty", E_POINTER, [&] { empty.Remove(); }},
-    };
+        {"empty", E_POINTER, [&] { empty.Remove(); }}};
     for (const auto& [what, result, edit] : cases)
         EXPECT_EQ(ResultOf(edit), result) << what;
     EXPECT_EQ(root.Markup(), before);
