@@ -32,30 +32,23 @@ constexpr Picture kNone{ZXE_E_NO_STREAM};
 
 TEST(MediaInformation, TellsSizeRateAndDuration)
 {
-    struct Case {
-        const char* file;
-        Picture video;
-        Picture picture;
-        double duration;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, Picture, Picture, double> cases[]{
         {"pal.mpg", {S_OK, 720, 576, 25.0}, {S_OK, 720, 576, 25.0}, 1.0},
         {"ntsc.mp4", {S_OK, 720, 480, 29.97}, {S_OK, 720, 480, 29.97}, 1.0},
         {"fast.mkv", {S_OK, 640, 360, 50.0}, {S_OK, 640, 360, 50.0}, 1.0},
         {"still.png", kNone, {S_OK, 320, 240, 0.0}, 0.0},
         {"sound.wav", kNone, kNone, 2.0},
-        {"cover.m4a", kNone, {S_OK, 320, 240, 0.0}, 2.0},
-    };
+        {"cover.m4a", kNone, {S_OK, 320, 240, 0.0}, 2.0}};
     const auto media = CreateEngine<IZXMediaInformation>(CLSID_ZXMediaInformation);
-    for (const Case& item : cases) {
-        SCOPED_TRACE(item.file);
-        ASSERT_EQ(S_OK, media->Open(Clips().File(item.file).Get()));
-        ExpectPicture(item.video, PictureOf(*media, ZXM_STREAM_VIDEO, 0));
-        ExpectPicture(item.picture, PictureOf(*media, ZXM_STREAM_PICTURE, 0));
+    for (const auto& [file, video, picture, duration] : cases) {
+        SCOPED_TRACE(file);
+        ASSERT_EQ(S_OK, media->Open(Clips().File(file).Get()));
+        ExpectPicture(video, PictureOf(*media, ZXM_STREAM_VIDEO, 0));
+        ExpectPicture(picture, PictureOf(*media, ZXM_STREAM_PICTURE, 0));
         ExpectPicture(kNone, PictureOf(*media, ZXM_STREAM_PICTURE, 1));
         double seconds = -1.0;
         EXPECT_EQ(S_OK, media->get_Duration(&seconds));
-        EXPECT_NEAR(item.duration, seconds, 0.1);
+        EXPECT_NEAR(duration, seconds, 0.1);
     }
 }
 

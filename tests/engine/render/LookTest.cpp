@@ -33,23 +33,16 @@ TEST(KeyFrames, ChangeEvenlyBetweenKeysOfAllLists)
     const std::string end =
         "<EndOffsetElements>" + Key("0", Value("50")) + Key("2", Value("200")) + "</EndOffsetElements>";
     const std::string percent = "<PercentageElements>" + Key("50", Value("10")) + "</PercentageElements>";
-    struct Case {
-        std::string lists;
-        double time;
-        double span;
-        double expected;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, double, double, double> cases[]{
         {start, -1, 10, 0},          {start, 0, 10, 0},           {start, 0.5, 10, 25},
         {start, 2, 10, 100},         {start, 9, 10, 100},         {end, 0, 10, 200},
         {end, 9, 10, 125},           {end, 10, 10, 50},           {percent, 3, 10, 10},
         {start + end, 1, 10, 50},    {start + end, 5, 10, 150},   {start + end, 9, 10, 125},
-        {start + percent, 4, 8, 10}, {start + percent, 3, 8, 55}, {start + end, 5, kForEver, 100},
-    };
-    for (const Case& item : cases) {
-        const auto value = Opacity(item.lists).At(item.time, item.span);
-        ASSERT_TRUE(value) << item.lists;
-        EXPECT_NEAR(item.expected, value->front(), 1e-9) << item.lists << item.time;
+        {start + percent, 4, 8, 10}, {start + percent, 3, 8, 55}, {start + end, 5, kForEver, 100}};
+    for (const auto& [lists, time, span, expected] : cases) {
+        const auto value = Opacity(lists).At(time, span);
+        ASSERT_TRUE(value) << lists;
+        EXPECT_NEAR(expected, value->front(), 1e-9) << lists << time;
     }
     EXPECT_FALSE(Opacity(end + percent).At(1.0, kForEver));
     EXPECT_FALSE(Opacity("").At(1.0, 2.0));

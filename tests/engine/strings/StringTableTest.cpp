@@ -32,12 +32,7 @@ TEST(StringTable, ReplacesReferences)
     const auto table = CreateEngine<IZXStringTable>(CLSID_ZXStringTable);
     EXPECT_EQ("stringRef:Hello", Resolve(table.Get(), "stringRef:Hello"));
     ASSERT_EQ(S_OK, table->Load(folder.File("strings.xml").Get()));
-    struct Case {
-        const char* language;
-        const char* text;
-        const char* result;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[]{
         {"1033", "stringRef:Hello", "Hello"},
         {"1033", "plain", "plain"},
         {"1033", "", ""},
@@ -54,11 +49,10 @@ TEST(StringTable, ReplacesReferences)
         {"1033", "stringRef:hello", "stringRef:hello"},
         {"1033", "StringRef:Hello", "StringRef:Hello"},
         {"1033", "stringRef:A", "a b stringRef:A"},
-        {"1033", "stringRef:Self", "stringRef:Self"},
-    };
-    for (const Case& item : cases) {
-        EXPECT_EQ(S_OK, table->put_Language(Bstr(ToUtf16(item.language)).Get()));
-        EXPECT_EQ(item.result, Resolve(table.Get(), item.text)) << item.language << " " << item.text;
+        {"1033", "stringRef:Self", "stringRef:Self"}};
+    for (const auto& [language, text, result] : cases) {
+        EXPECT_EQ(S_OK, table->put_Language(Bstr(ToUtf16(language)).Get()));
+        EXPECT_EQ(result, Resolve(table.Get(), text)) << language << " " << text;
     }
 }
 
