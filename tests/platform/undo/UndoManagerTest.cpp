@@ -115,9 +115,10 @@ TEST_F(UndoManagerTest, MovesUnitsBetweenItsStacks)
     Add("d");
     EXPECT_EQ("d b a | ", Stacks()) << "a new unit ends what could be redone";
     EXPECT_EQ(S_OK, manager->DiscardFrom(b.Get())) << "and what is older";
-    EXPECT_EQ("d | ", Stacks());
+    Add("e");
     EXPECT_EQ(S_OK, manager->UndoTo(nullptr));
-    EXPECT_EQ(S_OK, manager->DiscardFrom(nullptr));
+    EXPECT_EQ("d | e ", Stacks());
+    EXPECT_EQ(S_OK, manager->DiscardFrom(nullptr)) << "both ways";
     EXPECT_EQ("| ", Stacks());
 }
 

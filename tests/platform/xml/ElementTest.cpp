@@ -202,6 +202,7 @@ TEST(Element, MovesAllChildrenOfANameBehindTheOthers)
     EXPECT_TRUE(data.MoveLast("b"));
     EXPECT_TRUE(data.MoveLast("b"));
     EXPECT_TRUE(data.MoveLast("a"));
+    EXPECT_TRUE(data.MoveLast("a")) << "the last one stays";
     EXPECT_FALSE(data.MoveLast("none"));
     EXPECT_EQ(XmlOf(*data.Get()), "<d>text<c/><b i=\"1\"/><b i=\"2\"/><a/></d>");
     EXPECT_EQ(held, data.Child("b"));
