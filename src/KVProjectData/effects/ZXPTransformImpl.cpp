@@ -106,22 +106,32 @@ TransformDocument Read(const XmlView& pluginData)
     return document;
 }
 
-/// A channel bears the mode of the crop, where there is one.
-void CopyCropMode(const XmlView& crop, XmlElement channel)
+/// The mode of the crop, where there is one, which each channel bears: names and values.
+using CropMode = std::vector<std::pair<const char*, ULONG>>;
+
+CropMode CropModeOf(const XmlElement& pluginData)
 {
+    CropMode mode;
     for (const char* name : {"EditMode", "PresetID"}) {
         ULONG value = 0;
-        if (ReadParameter(crop, name, value)) channel.Set(name, value);
+        if (ReadParameter(pluginData.View("Crop"), name, value)) mode.emplace_back(name, value);
     }
+    return mode;
+}
+
+void BearCropMode(XmlElement channel, const CropMode& cropMode)
+{
+    for (const auto& [name, value] : cropMode)
+        channel.Set(name, value);
 }
 
 template <class Value>
-void WriteChannel(XmlElement& pluginData, const char* name, const KeyFrames<Value>& keys)
+void WriteChannel(XmlElement& pluginData, const char* name, const KeyFrames<Value>& keys, const CropMode& cropMode)
 {
     pluginData.Remove(name);
     if (keys.Empty()) return;
     XmlElement channel = pluginData.Add(name);
-    CopyCropMode(pluginData.View("Crop"), channel);
+    BearCropMode(channel, cropMode);
     keys.Write(channel);
 }
 
@@ -136,10 +146,9 @@ void WriteScalar(XmlElement& pluginData, const char* name, const T& value, bool 
 }
 
 /// Leaves a channel as it is, in the place where it would be written.
-void KeepChannel(XmlElement& pluginData, const char* name)
+void KeepChannel(XmlElement& pluginData, const char* name, const CropMode& cropMode)
 {
-    if (!pluginData.MoveLast(name)) return;
-    if (const XmlView crop = pluginData.View("Crop")) CopyCropMode(crop, pluginData.Child(name));
+    if (pluginData.MoveLast(name)) BearCropMode(pluginData.Child(name), cropMode);
 }
 
 /// The same of all but the channels; those that the document does not have are added.
@@ -364,8 +373,11 @@ void CZXPTransformImpl::Load(const XmlElement& pluginData)
 
 void CZXPTransformImpl::Save(XmlElement& pluginData)
 {
+    // Read first: on failure nothing has changed.
+    const auto cropMode = CropModeOf(pluginData);
     const auto lock = LockAll();
-    EachChannel(m_document, [&](ULONG, const char* name, const auto& keys) { WriteChannel(pluginData, name, keys); });
+    EachChannel(m_document,
+                [&](ULONG, const char* name, const auto& keys) { WriteChannel(pluginData, name, keys, cropMode); });
     EachScalar(m_document, [&](const char* name, const auto& value, bool omitsZero) {
         WriteScalar(pluginData, name, value, omitsZero);
     });
@@ -381,9 +393,10 @@ void CZXPTransformImpl::LoadChannel(const XmlElement& pluginData, ULONG channel)
 
 void CZXPTransformImpl::SaveChannel(XmlElement& pluginData, ULONG channel)
 {
+    const auto cropMode = CropModeOf(pluginData);
     const std::lock_guard lock(m_locks[IndexOf(channel)]);
     EachChannel(m_document, [&](ULONG mask, const char* name, const auto& keys) {
-        mask == channel ? WriteChannel(pluginData, name, keys) : KeepChannel(pluginData, name);
+        mask == channel ? WriteChannel(pluginData, name, keys, cropMode) : KeepChannel(pluginData, name, cropMode);
     });
     KeepScalars(pluginData, m_document);
 }

@@ -102,6 +102,11 @@ TEST(Transform, SavesChannelsListsAndScalarsInTheirOrder)
         mode + "<PercentageElements>" + KeyXml(0, kVectorXml) + "</PercentageElements></Handles>";
     EXPECT_EQ(Markup(data), Saved("<html>text</html><Crop><EditMode>3</EditMode></Crop>" + channels + kDefaultScalars));
 
+    XmlElement bad = XmlElement::Parse("<plugin_data><Scaling/><Crop><EditMode>three</EditMode></Crop></plugin_data>");
+    const std::string before = Markup(bad);
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, transform.Save(bad.Get()));
+    EXPECT_EQ(before, Markup(bad)) << "not half of it";
+
     transform.put_PathID(ZXP_FROM_START, 1);
     transform.put_PathID(ZXP_FROM_END, 2);
     transform.put_PathID(77, 3);
