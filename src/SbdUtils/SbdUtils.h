@@ -16,7 +16,7 @@ namespace kv::sbd {
 HRESULT GetDuration(IUnknown* pUnkSbd, double* pdDuration);
 
 /// Of the first panel: how long a still picture is shown, or up to where a clip plays, to the middle of its last frame
-/// at most. The background audio follows.
+/// at most. A storyboard without panels lasts that long. The background audio follows.
 HRESULT SetDuration(IUnknown* pUnkSbd, double dDuration);
 
 /// The source of the first panel; an empty string when there is none. The caller frees it.

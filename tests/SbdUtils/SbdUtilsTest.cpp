@@ -93,8 +93,11 @@ TEST_F(SbdUtilsTest, AnEmptyStoryboardHasNothing)
     }
     EXPECT_EQ(S_OK, sbd::SetBackgroundAudio(Board(), nullptr, false));
     EXPECT_EQ(E_INVALIDARG, sbd::PutMute(Board(), SoundOf(2), VARIANT_TRUE));
-    EXPECT_EQ(E_INVALIDARG, sbd::SetDuration(Board(), 1.0)) << "there is no panel";
-    EXPECT_THAT(Reported("SbdUtils"), ElementsAre("0x80070057 = spSbd->GetPanelBaseObject(0, &pUnkPanel)"));
+    const auto audio = AddAudio(Bstr(u"title:3"));
+    EXPECT_EQ(S_OK, sbd::SetDuration(Board(), 12.5));
+    EXPECT_EQ(12.5, Duration());
+    EXPECT_EQ(12.5, Get(audio, &ISubObject::get_EndOffset));
+    EXPECT_EQ(u"", Video());
 }
 
 TEST_F(SbdUtilsTest, TheVideoSourceTakesThePlaceOfAllPanels)

@@ -14,7 +14,7 @@
 inline constexpr CLSID CLSID_ZXEProduction = "5f9387e1-ffca-4d9f-9bc2-c5243577bbef"_guid;
 
 /// Bits of IZXEProductionData::get_Flags.
-/// The production was edited since it was initialised or its modified state was last cleared.
+/// The production, or a setting of it, was edited since it was initialised or its modified state was last cleared.
 inline constexpr ULONG ZXE_PRODUCTION_MODIFIED = 1;
 
 /// An undo block is open already, or an undo or redo is running.
@@ -36,7 +36,9 @@ struct IZXEProductionData : IUnknown {
     virtual HRESULT GetPanelCount(LONG* plCount) = 0;
 
     /// Panels count from 0; E_INVALIDARG when there is none at that index. A panel answers for ISourceFile,
-    /// IBaseObject and INativeInfo.
+    /// IBaseObject and INativeInfo. While there are none, a blank one stands at 0 all the same, which is not counted,
+    /// cannot be deleted and answers for IBaseObject alone: by it a production that shows nothing but effects, such as
+    /// a menu without a background, has a duration, which is 0 at first.
     virtual HRESULT GetPanelBaseObject(LONG lIndex, IUnknown** ppPanel) = 0;
     virtual HRESULT DeletePanel(LONG lIndex) = 0;
 
@@ -118,12 +120,12 @@ struct IEditData : IUnknown {
     virtual HRESULT DeleteProductionAudio(LONG lAudioID) = 0;
 };
 
-/// What a production is made for. Settings do not make a production modified: its owner keeps them.
+/// What a production is made for.
 struct IProductionInfo : IUnknown {
     static constexpr GUID IID = "5f654704-c0ed-45c0-9158-036474fba551"_guid;
     using Base = IUnknown;
 
-    /// Seconds that all panels play.
+    /// Seconds that all panels play; without panels the duration of the blank one.
     virtual HRESULT get_Duration(double* pdSeconds) = 0;
 
     /// Frames per second of the first panel that shows video; 0 when none does.

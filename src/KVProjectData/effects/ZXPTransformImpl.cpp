@@ -403,7 +403,8 @@ void CZXPTransformImpl::SaveChannel(XmlElement& pluginData, ULONG channel)
 
 void CZXPTransformImpl::Keep(XmlElement& pluginData)
 {
-    EachChannel(m_document, [&](ULONG, const char* name, const auto&) { KeepChannel(pluginData, name); });
+    const auto cropMode = CropModeOf(pluginData);
+    EachChannel(m_document, [&](ULONG, const char* name, const auto&) { KeepChannel(pluginData, name, cropMode); });
     KeepScalars(pluginData, m_document);
 }
 

@@ -160,6 +160,8 @@ HRESULT CKVTitle::CreateProduction()
     if (const auto info = ProductionInfo()) {
         kEngine.Checked(info->put_AspectRatio(RatioOf(aspect)), "put_AspectRatio()");
         kEngine.Checked(info->put_Stereoscopic(m_stereoscopic ? VARIANT_TRUE : VARIANT_FALSE), "put_Stereoscopic()");
+        // So far it is what the title says of it.
+        data->ClearModified();
     }
     result = ConnectSink();
     if (SUCCEEDED(result)) m_sink->SetOfMere(true);

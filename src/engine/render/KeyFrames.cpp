@@ -6,17 +6,25 @@
 namespace kv {
 namespace {
 
+/// 0 where there is none; nothing for what is no finite number.
+std::optional<double> NumberOf(const XmlView& element)
+{
+    if (!element) return 0.0;
+    const auto number = element.Value<double>();
+    return number && std::isfinite(*number) ? number : std::nullopt;
+}
+
 template <std::size_t N>
 std::optional<typename KeyFrames<N>::Key> ReadKey(const XmlElement& frame, const char* value,
                                                   const std::array<const char*, N>& numbers)
 {
-    const auto time = frame.Typed<double>("Time");
-    if (!time || !std::isfinite(*time)) return std::nullopt;
+    const auto time = NumberOf(frame.View("Time"));
+    if (!time) return std::nullopt;
     typename KeyFrames<N>::Key key{*time, {}};
-    const XmlElement element = frame.Child(value);
+    const XmlView element = frame.View(value);
     for (std::size_t i = 0; i < N; ++i) {
-        const auto number = numbers[i] ? element.Typed<double>(numbers[i]) : element.Value<double>();
-        if (!number || !std::isfinite(*number)) return std::nullopt;
+        const auto number = NumberOf(numbers[i] ? element.Child(numbers[i]) : element);
+        if (!number) return std::nullopt;
         key.value[i] = *number;
     }
     return key;
@@ -51,6 +59,8 @@ std::optional<typename KeyFrames<N>::Value> KeyFrames<N>::At(double time, double
         if (next != keys.end() && (!after || timeOf(*next) < after->time)) after = {timeOf(*next), next->value};
     };
     look(fromStart, 0.0, 1.0);
+    // One that ends before it starts has no length.
+    span = std::max(span, 0.0);
     if (std::isfinite(span)) {
         look(fromEnd, span, 1.0);
         look(ofSpan, 0.0, span / 100.0);

@@ -36,8 +36,8 @@ struct KeyFrames {
 };
 
 /// Reads what an element has in "StartOffsetElements", "EndOffsetElements" and "PercentageElements". The numbers of a
-/// key are those children of its element `value`, or that element itself for null. A key whose time or numbers are
-/// missing or not finite is passed over.
+/// key are those children of its element `value`, or that element itself for null. What is missing is 0, as it is for
+/// who edits the document; a key with anything that is no finite number is passed over.
 template <std::size_t N>
 KeyFrames<N> ReadKeyFrames(const XmlElement& channel, const char* value, const std::array<const char*, N>& numbers);
 

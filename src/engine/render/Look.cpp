@@ -25,8 +25,8 @@ Placement ReadPlacement(const XmlElement& data)
 KeyFrames<4> ReadCrop(const XmlElement& data)
 {
     const XmlElement crop = data.Child("Crop");
-    // Written beside the rectangle, or with it.
-    if (!data.Typed("CropMode", crop.Typed("CropMode", true))) return {};
+    // Beside the rectangle it counts before the one of the whole effect.
+    if (!crop.Typed("CropMode", data.Typed("CropMode", false))) return {};
     return ReadKeyFrames<4>(crop, "fRect", {"left", "top", "right", "bottom"});
 }
 

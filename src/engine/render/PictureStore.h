@@ -2,32 +2,18 @@
 // Decoded pictures, kept between frames.
 
 #include "engine/media/Bitmap.h"
+#include "engine/media/FileStamp.h"
 #include "engine/media/FrameReader.h"
 #include "engine/render/RecentlyUsed.h"
 
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <tuple>
 
 namespace kv {
-
-/// A file as it stands: its path, and what changes when it is written anew.
-struct FileStamp {
-    std::string path;
-    std::int64_t modified = 0;
-    std::int64_t size = 0;
-    std::uint64_t node = 0;
-
-    bool operator<(const FileStamp& other) const
-    {
-        return std::tie(path, modified, size, node) < std::tie(other.path, other.modified, other.size, other.node);
-    }
-};
 
 /// A file with pictures.
 struct ShownFile {

@@ -1,6 +1,7 @@
 #include "engine/storyboard/Production.h"
 
 #include "engine/render/Renderer.h"
+#include "engine/storyboard/BlankPanel.h"
 #include "engine/storyboard/ProductionForm.h"
 #include "engine/storyboard/SceneBuilder.h"
 
@@ -70,7 +71,11 @@ HRESULT CProduction::GetPanelBaseObject(LONG lIndex, IUnknown** ppPanel)
 {
     if (!ppPanel) return E_POINTER;
     *ppPanel = nullptr;
-    return Guarded([&] { return HandOut(m_board->Panels(), lIndex, E_INVALIDARG, ppPanel); });
+    return Guarded([&]() -> HRESULT {
+        const std::vector<ComPtr<CPanel>> panels = m_board->Panels();
+        if (panels.empty() && lIndex == 0) return Query<IUnknown>(Make<CBlankPanel>(m_board)).CopyTo(ppPanel);
+        return HandOut(panels, lIndex, E_INVALIDARG, ppPanel);
+    });
 }
 
 HRESULT CProduction::DeletePanel(LONG lIndex)

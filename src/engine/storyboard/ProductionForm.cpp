@@ -3,6 +3,8 @@
 #include "engine/storyboard/PartReader.h"
 #include "engine/storyboard/PartWriter.h"
 
+#include <unordered_map>
+
 namespace kv {
 namespace {
 
@@ -16,6 +18,7 @@ void ListSettings(PartArchive& part, Settings& settings)
     PartArchive::Require(settings.aspectRatio > 0.0);
     part.Value("stereoscopic", settings, &Settings::stereoscopic);
     part.Value("useSourceAspectRatio", settings, &Settings::useSourceAspectRatio);
+    part.Value("duration", settings, &Settings::blankDuration);
 }
 
 /// A source by its name alone.
@@ -175,6 +178,7 @@ private:
         PartReader part(place, m_paths);
         ItemState state;
         ListPanel(part, state);
+        Share(state.clip.source);
         Take<CPanel>(std::move(state), part.TakeRest());
     }
 
@@ -185,6 +189,8 @@ private:
         LONG type = 0;
         ItemState state;
         ListEffect(part, layer, type, state);
+        Share(state.clip.source);
+        Share(state.mask.source);
         Make<CEffect>(m_board, m_board->NewID(), layer, type, std::move(state), part.TakeRest())
             ->Enter(m_new.contents, -1);
     }
@@ -194,7 +200,18 @@ private:
         PartReader part(place, m_paths);
         ItemState state;
         ListAudio(part, state);
+        Share(state.clip.source);
         Take<CAudio>(std::move(state), part.TakeRest());
+    }
+
+    /// What shows the same file shares the source that knows anything of it: a bad file is looked into once.
+    void Share(SourcePtr& source)
+    {
+        if (!source) return;
+        SourcePtr& shared = m_sources[std::u16string(source->Name().View())];
+        const bool tellsMore = source->Known() != SourceFacts{};
+        if (!shared || (tellsMore && shared->Known() == SourceFacts{})) shared = source;
+        source = shared;
     }
 
     template <class T>
@@ -205,6 +222,7 @@ private:
 
     const std::shared_ptr<Storyboard>& m_board;
     IZXEContentPaths* m_paths;
+    std::unordered_map<std::u16string, SourcePtr> m_sources;
     NewBoard m_new;
 };
 

@@ -33,6 +33,7 @@ public:
             if (m_rate == 0.0 && rate > 0.0) m_rate = rate;
         }
         if (m_rate == 0.0) m_rate = kDefaultFrameRate;
+        if (m_spans.empty()) m_length = image.settings.blankDuration;
         // Far more than anybody plays, and still whole frames.
         constexpr double kMostFrames = 1e12;
         const double last =

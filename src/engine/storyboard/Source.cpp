@@ -4,7 +4,7 @@
 #include "platform/com/Error.h"
 
 #include <algorithm>
-#include <optional>
+#include <utility>
 
 namespace kv {
 namespace {
@@ -46,11 +46,17 @@ bool IsMoniker(std::u16string_view name)
 
 SourceFacts Source::Facts()
 {
-    std::call_once(m_look, [this] {
-        const std::optional<SourceFacts> found = LookInto(m_name.View());
+    const std::lock_guard look(m_look);
+    if (m_wasRead) return Known();
+    std::optional<FileStamp> stamp = StampOf(m_name.View());
+    if (std::exchange(m_wasLookedInto, true) && stamp == m_stamp) return Known();
+    m_stamp = std::move(stamp);
+    const std::optional<SourceFacts> found = LookInto(m_name.View());
+    if (found) {
         const std::lock_guard lock(m_mutex);
-        if (found) m_known = *found;
-    });
+        m_known = *found;
+        m_wasRead = true;
+    }
     return Known();
 }
 

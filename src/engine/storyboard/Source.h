@@ -1,10 +1,12 @@
 #pragma once
 // A file or a moniker that is shown and played, and what is in it.
 
+#include "engine/media/FileStamp.h"
 #include "platform/automation/Bstr.h"
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 
 namespace kv {
@@ -33,7 +35,8 @@ public:
     const Bstr& Name() const { return m_name; }
 
     /// Looks into the file at the first call, which takes as long as a bad file may (MediaFile): not to be called while
-    /// others wait. Of a file that cannot be read, what was known before.
+    /// others wait. Of a file that cannot be read, what was known before; it is looked into again when it stands there
+    /// anew.
     SourceFacts Facts();
 
     /// What is known without a look.
@@ -44,7 +47,12 @@ public:
 
 private:
     const Bstr m_name;
-    std::once_flag m_look;
+    /// Held for a look.
+    std::mutex m_look;
+    bool m_wasLookedInto = false;
+    bool m_wasRead = false;
+    /// At the last look.
+    std::optional<FileStamp> m_stamp;
     std::mutex m_mutex;
     SourceFacts m_known;
 };

@@ -88,8 +88,10 @@ std::vector<ComPtr<CAudio>> Storyboard::Audio()
 
 double Storyboard::Duration()
 {
+    const std::vector<ComPtr<CPanel>> panels = Panels();
+    if (panels.empty()) return GetSettings().blankDuration;
     double seconds = 0.0;
-    for (const ComPtr<CPanel>& panel : Panels())
+    for (const ComPtr<CPanel>& panel : panels)
         seconds += panel->Plays(panel->State());
     return seconds;
 }
@@ -273,7 +275,10 @@ HRESULT Storyboard::Exchange(Placement& placement)
     bool nowModified = false;
     {
         const SectionLock lock(m_section);
-        if (placement.item->m_placed == placement.adds) return E_UNEXPECTED;
+        if (placement.wasPassedOver || placement.item->m_placed == placement.adds) {
+            placement.wasPassedOver = !placement.wasPassedOver;
+            return S_OK;
+        }
         placement.where = Place(*placement.item, placement.where, placement.adds);
         placement.adds = !placement.adds;
         m_effectsPlaced = m_effectsPlaced || Query<IEffectInfo>(placement.item);

@@ -1,6 +1,7 @@
 #pragma once
 // What a production holds, and how it is edited and undone.
 
+#include "KVProjectData/Engine/Media.h"
 #include "engine/storyboard/Audio.h"
 #include "engine/storyboard/EffectLayers.h"
 #include "engine/storyboard/Panel.h"
@@ -20,6 +21,8 @@ struct Settings {
     double aspectRatio = 4.0 / 3.0;
     bool useSourceAspectRatio = false;
     bool stereoscopic = false;
+    /// Seconds that it lasts while it has no panels.
+    double blankDuration = 0.0;
 };
 
 struct BoardContents {
@@ -92,7 +95,7 @@ public:
 
     std::vector<ComPtr<CPanel>> Panels();
     std::vector<ComPtr<CAudio>> Audio();
-    /// Seconds that all panels play.
+    /// Seconds that all panels play, or that it lasts without any.
     double Duration();
     /// Frames per second of the first panel that shows video; 0 when none does.
     double FrameRate();
@@ -121,7 +124,7 @@ public:
     HRESULT Edit(Item& item, const Item::Change& change);
 
     Settings GetSettings();
-    /// At any time.
+    /// At any time that the production is there.
     template <class T>
     HRESULT PutSetting(T Settings::*setting, T value);
 
@@ -139,6 +142,8 @@ private:
         ComPtr<Item> item;
         LONG where;
         bool adds;
+        /// What it found to do is done already, by an edit outside of the blocks; so the way back does nothing either.
+        bool wasPassedOver = false;
     };
 
     /// Makes the edit of the history and turns it into the one that takes it back.
@@ -180,9 +185,12 @@ template <class T>
 HRESULT Storyboard::PutSetting(T Settings::*setting, T value)
 {
     const ComPtr<IUnknown> production = Production();
-    return Guarded([&] {
+    return Guarded([&]() -> HRESULT {
+        bool lasts = false;
+        bool nowModified = false;
         {
             const SectionLock lock(m_section);
+            if (!production) return ZXE_E_NOT_OPEN;
             T& current = m_settings.*setting;
             if (current == value) return S_OK;
             m_history.Record([this, setting, next = current, other = value]() mutable {
@@ -190,9 +198,14 @@ HRESULT Storyboard::PutSetting(T Settings::*setting, T value)
                 std::swap(next, other);
                 return result;
             });
+            const double lasted = m_settings.blankDuration;
             current = value;
+            lasts = m_contents.panels.empty() && m_settings.blankDuration != lasted;
+            nowModified = SetModified();
         }
         m_sinks.Tell(&IZXEProductionDataEvents::OnSettingsChanged);
+        if (lasts) m_sinks.Tell(&IZXEProductionDataEvents::OnDurationChanged);
+        if (nowModified) m_sinks.Tell(&IZXEProductionDataEvents::OnModifiedChanged, 1);
         return S_OK;
     });
 }

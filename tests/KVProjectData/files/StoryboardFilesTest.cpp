@@ -147,8 +147,12 @@ TEST_F(StoryboardFilesTest, WhatIsMerelyLookedAtIsNotSaved)
     project->GetTitle(1, title.Put());
     const auto encoding = Query<IKVEncodingParams>(title);
     EXPECT_EQ(AspectRatio_None, ValueOf(*encoding, &IKVEncodingParams::get_AspectRatio));
-    title->GetProduction(production.Put());
     encoding->put_AspectRatio(AspectRatio_16x9);
+    project->ClearDirtyFlag();
+    title->GetProduction(production.Put());
+    EXPECT_EQ(VARIANT_FALSE, ValueOf(*project, &IKVProjectData::get_IsDirty));
+    Info()->put_AspectRatio(2.0);
+    EXPECT_EQ(VARIANT_TRUE, ValueOf(*project, &IKVProjectData::get_IsDirty));
     encoding->put_AspectRatio(AspectRatio_4x3);
     EXPECT_EQ("<Productions><Production ownerID=\"5\" name=\"Storyboard\"><Storyboard/></Production></Productions>",
               Plain(Saved()))

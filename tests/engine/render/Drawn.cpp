@@ -123,7 +123,7 @@ std::string Crop(double left, double top, double right, double bottom)
     std::ostringstream text;
     text << "<fRect><left>" << left << "</left><top>" << top << "</top><right>" << right << "</right><bottom>" << bottom
          << "</bottom></fRect>";
-    return Keys("Crop", {{0.0, text.str()}});
+    return Keys("Crop", {{0.0, text.str()}}) + "<CropMode>1</CropMode>";
 }
 
 testing::AssertionResult LooksLike(const Bitmap& frame, const std::string& name)

@@ -38,7 +38,8 @@ TEST(KeyFrames, ChangeEvenlyBetweenKeysOfAllLists)
         {start, 2, 10, 100},         {start, 9, 10, 100},         {end, 0, 10, 200},
         {end, 9, 10, 125},           {end, 10, 10, 50},           {percent, 3, 10, 10},
         {start + end, 1, 10, 50},    {start + end, 5, 10, 150},   {start + end, 9, 10, 125},
-        {start + percent, 4, 8, 10}, {start + percent, 3, 8, 55}, {start + end, 5, kForEver, 100}};
+        {start + percent, 4, 8, 10}, {start + percent, 3, 8, 55}, {start + end, 5, kForEver, 100},
+        {start + percent, 1, -9, 55}};
     for (const auto& [lists, time, span, expected] : cases) {
         const auto value = Opacity(lists).At(time, span);
         ASSERT_TRUE(value) << lists;
@@ -50,10 +51,7 @@ TEST(KeyFrames, ChangeEvenlyBetweenKeysOfAllLists)
 
 TEST(KeyFrames, PassOverWhatIsNoKey)
 {
-    const char* const noKeys[] = {"<KeyFrame/>",
-                                  "<KeyFrame><Time>0</Time></KeyFrame>",
-                                  "<KeyFrame><Value>7</Value></KeyFrame>",
-                                  "<KeyFrame><Time>soon</Time><Value>7</Value></KeyFrame>",
+    const char* const noKeys[] = {"<KeyFrame><Time>soon</Time><Value>7</Value></KeyFrame>",
                                   "<KeyFrame><Time>0</Time><Value>much</Value></KeyFrame>",
                                   "<KeyFrame><Time>NaN</Time><Value>7</Value></KeyFrame>",
                                   "<KeyFrame><Time>0</Time><Value>INF</Value></KeyFrame>",
@@ -66,11 +64,12 @@ TEST(KeyFrames, PassOverWhatIsNoKey)
             std::string("<StartOffsetElements>") + noKey + Key("1", Value("3")) + "</StartOffsetElements>";
         EXPECT_EQ(3.0, Opacity(beside).At(0.0, 1.0).value()[0]) << noKey;
     }
-    // A vector without one of its numbers.
+    // What is missing is 0.
+    EXPECT_EQ(0.0, Opacity("<StartOffsetElements><KeyFrame/></StartOffsetElements>").At(0.0, 1.0).value()[0]);
     const auto flat = XmlElement::Parse("<plugin_data><Scaling><StartOffsetElements>" +
                                         Key("0", "<Vector><x>1</x><y>2</y></Vector>") +
                                         "</StartOffsetElements></Scaling></plugin_data>");
-    EXPECT_FALSE(ReadLook(flat).placement.scaling.At(0.0, 1.0));
+    EXPECT_EQ((std::array<double, 3>{1, 2, 0}), ReadLook(flat).placement.scaling.At(0.0, 1.0));
 }
 
 TEST(KeyFrames, StandInTheOrderOfTheirTimes)
@@ -115,17 +114,21 @@ TEST(Look, ReadsWhatADocumentTells)
         EXPECT_FALSE(look.placement.Moves());
         EXPECT_FALSE(look.text);
     }
-    const std::string rectangle = "<Crop><StartOffsetElements>" +
+    const std::string rectangle = "<StartOffsetElements>" +
                                   Key("0", "<fRect><left>0.1</left><top>0.2</top><right>0.7</right>"
                                            "<bottom>0.8</bottom></fRect>") +
-                                  "</StartOffsetElements></Crop>";
-    const auto crop = [&](const std::string& mode) {
-        return ReadLook(XmlElement::Parse("<ZXFPanZoom>" + rectangle + mode + "</ZXFPanZoom>")).crop.At(0.0, 1.0);
+                                  "</StartOffsetElements>";
+    const auto crop = [&](const std::string& beside, const std::string& inside = {}) {
+        const std::string text = "<ZXFPanZoom><Crop>" + rectangle + inside + "</Crop>" + beside + "</ZXFPanZoom>";
+        return ReadLook(XmlElement::Parse(text)).crop.At(0.0, 1.0);
     };
     const std::array<double, 4> expected{0.1, 0.2, 0.7, 0.8};
-    EXPECT_EQ(expected, crop(""));
-    EXPECT_EQ(expected, crop("<CropMode>1</CropMode>"));
-    EXPECT_FALSE(crop("<CropMode>0</CropMode>"));
+    const std::string on = "<CropMode>1</CropMode>";
+    const std::string off = "<CropMode>0</CropMode>";
+    EXPECT_EQ(expected, crop(on));
+    EXPECT_EQ(expected, crop(off, on));
+    EXPECT_FALSE(crop(on, off));
+    EXPECT_FALSE(crop(""));
 }
 
 } // namespace

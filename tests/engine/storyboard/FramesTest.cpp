@@ -149,7 +149,8 @@ TEST_F(FramesTest, ShowTextsAndCrops)
     const auto overlay = Overlay(4, "left.png");
     EXPECT_EQ("wk", Shown({{0.3, 0.5}, {0.7, 0.5}}));
     const auto crop =
-        PanZoom(Key("Crop", "<fRect><left>0.25</left><top>0.25</top><right>0.45</right><bottom>0.45</bottom></fRect>"));
+        PanZoom(Key("Crop", "<fRect><left>0.25</left><top>0.25</top><right>0.45</right><bottom>0.45</bottom></fRect>") +
+                "<CropMode>1</CropMode>");
     ASSERT_EQ(S_OK, Call(overlay, &ISourceFile::SetPanZoom, crop.Get()));
     EXPECT_EQ("ww", Shown({{0.3, 0.5}, {0.7, 0.5}}));
 }

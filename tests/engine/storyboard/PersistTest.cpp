@@ -9,7 +9,7 @@ namespace {
 
 /// Of everything something; in the order and form of a saved production.
 constexpr const char* kEverything =
-    R"(<Production aspectRatio="1.7777777777777777" stereoscopic="1" useSourceAspectRatio="1" host="a&amp;b">
+    R"(<Production aspectRatio="1.7777777777777777" stereoscopic="1" useSourceAspectRatio="1" duration="30" host="a&amp;b">
   <Panel source="/gone/sea.mpg" length="12.5" frameRate="25" sourceAspect="1.5" in="1" out="5.25" repeat="1" rotation="90" useNativeAudio="0" shelf="2">
     <Sound level="0.5" mute="1" fadeIn="3" fadeOut="2" fadeInGain="0.75" fadeOutGain="0.25" balance="-1">
       <Echo/>

@@ -1,6 +1,7 @@
 #include "engine/storyboard/StoryboardSupport.h"
 
 #include <cmath>
+#include <ctime>
 #include <limits>
 #include <thread>
 
@@ -135,7 +136,75 @@ TEST_F(ProductionTest, HoldsItsSettings)
     VARIANT_BOOL set = VARIANT_FALSE;
     EXPECT_EQ(S_OK, info->get_Stereoscopic(&set));
     EXPECT_EQ(VARIANT_TRUE, set);
+    EXPECT_TRUE(Modified());
+    EXPECT_EQ(S_OK, production->ClearModified());
+    EXPECT_EQ(S_OK, info->put_Stereoscopic(VARIANT_TRUE));
     EXPECT_FALSE(Modified());
+}
+
+TEST_F(ProductionTest, LastsWithoutPanelsAsLongAsItIsTold)
+{
+    ComPtr<IUnknown> blank;
+    ASSERT_EQ(S_OK, production->GetPanelBaseObject(0, blank.Put()));
+    EXPECT_FALSE(Query<ISourceFile>(blank));
+    for (const double bad : {0.0, -1.0, std::nan("")})
+        EXPECT_EQ(E_INVALIDARG, Call(blank, &IBaseObject::put_Duration, bad));
+    InBlock([&] { EXPECT_EQ(S_OK, Call(blank, &IBaseObject::put_Duration, 12.5)); });
+    EXPECT_EQ((std::vector<Heard>{{9, {}}, {10, {}}}), TakeHeard());
+    EXPECT_EQ(0, Get(production, &IZXEProductionData::GetPanelCount));
+    EXPECT_EQ(E_INVALIDARG, production->DeletePanel(0));
+    const auto effect = AddEffect(3);
+    for (const double duration : {12.5, 0.0, 12.5}) {
+        EXPECT_EQ(duration, Get(production, &IProductionInfo::get_Duration));
+        EXPECT_EQ(duration, Get(effect, &ISubObject::get_EndOffset));
+        EXPECT_EQ(S_OK, duration == 0.0 ? production->Redo() : production->Undo());
+    }
+    production->Redo();
+    AddPanel(Bstr(u"title:1"), 0.0, 4.0);
+    EXPECT_EQ(4.0, Get(production, &IProductionInfo::get_Duration));
+    production->Close();
+    EXPECT_EQ(ZXE_E_NOT_OPEN, Call(blank, &IBaseObject::put_Duration, 1.0));
+    edit.Reset();
+    objects.Reset();
+    production.Reset();
+    EXPECT_EQ(ZXE_E_NOT_OPEN, Call(blank, &IBaseObject::put_Duration, 1.0));
+}
+
+TEST_F(ProductionTest, BadSourcesCostNothingButTheirPictures)
+{
+    const TemporaryFolder folder;
+    const auto cut = [](const char* clip) { return Clips().Read(clip).substr(0, Clips().Read(clip).size() / 2); };
+    std::filesystem::create_directory(folder.Path() / "folder.mpg");
+    folder.Write("noise.mpg", std::string(1 << 16, 'x'));
+    folder.Write("cut.mp4", cut("ntsc.mp4"));
+    folder.Write("cut.mpg", cut("pal.mpg"));
+    for (const char* name : {"folder.mpg", "noise.mpg", "cut.mp4", "cut.mpg", "late.mpg"}) {
+        const bool isRead = name == std::string("cut.mpg");
+        const auto panel = AddPanel(folder.File(name), 0.0, 2.0);
+        EXPECT_EQ(2.0, Get(production, &IProductionInfo::get_Duration)) << name;
+        EXPECT_EQ(isRead ? 25.0 : 0.0, Get(production, &IProductionInfo::get_EditingFrameRate)) << name;
+        EXPECT_EQ(isRead, Get(panel, &ISourceFile::get_Length) > 0.0) << name;
+        for (const double time : {0.0, 1.9}) {
+            ULONG width = 0, height = 0, stride = 0;
+            SafeArray pixels;
+            EXPECT_EQ(
+                S_OK,
+                Query<IZXEProductionFrames>(production)->GetFrame(time, 64, 64, &width, &height, &stride, pixels.Put()))
+                << name;
+        }
+        if (name != std::string("late.mpg")) production->DeletePanel(0);
+    }
+    std::filesystem::copy_file(Clips().Path() / "pal.mpg", folder.Path() / "late.mpg");
+    EXPECT_EQ(25.0, Get(production, &IProductionInfo::get_EditingFrameRate)) << "it is there now";
+
+    std::string text = "<Production>";
+    for (int i = 0; i < 100'000; ++i)
+        text += "<Panel source=\"" + (folder.Path() / "noise.mpg").string() + "\"/>";
+    const std::clock_t start = std::clock();
+    ASSERT_EQ(S_OK, Call(production, &IZXEProductionPersist::Load,
+                         XmlElement::Parse(text + "</Production>").Element().Get(), nullptr));
+    EXPECT_EQ(0.0, Get(production, &IProductionInfo::get_Duration));
+    EXPECT_LT(std::clock() - start, 20 * CLOCKS_PER_SEC) << "it is looked into once";
 }
 
 TEST_F(ProductionTest, TellsItsSinksOfEdits)

@@ -188,8 +188,9 @@ TEST_F(ProductionUndoTest, EditsOutsideOfBlocksStand)
 
     // What was to go is gone already.
     ASSERT_EQ(S_OK, production->DeletePanel(1));
-    EXPECT_EQ(E_UNEXPECTED, production->Undo());
-    EXPECT_TRUE(CanUndo());
+    EXPECT_EQ(S_OK, production->Undo());
+    EXPECT_EQ(u"a", Sources());
+    EXPECT_FALSE(CanUndo());
 }
 
 TEST_F(ProductionUndoTest, AUnitMayUseTheProduction)
