@@ -12,13 +12,25 @@ constexpr EngineCalls kEngine("MenuButtonImpl");
 } // namespace
 
 template <class Call>
-HRESULT CMenuButtonImpl::ForEach(std::string_view text, Call&& call)
+bool CMenuButtonImpl::Any(Call&& call) const
 {
     for (LONG i = 0; i < List().ChildCount(); ++i) {
-        const HRESULT result = call(At(i));
-        if (FAILED(result)) return kEngine.Checked(result, text);
+        CProjectNode& node = *List().GetChild(i);
+        const SectionLock lock(node.Section());
+        if (call(*ElementOf(node))) return true;
     }
-    return S_OK;
+    return false;
+}
+
+template <class Call>
+HRESULT CMenuButtonImpl::ForEach(std::string_view text, Call&& call) const
+{
+    HRESULT result = S_OK;
+    const bool failed = Any([&](CMenuElementImpl& child) {
+        result = call(child);
+        return FAILED(result);
+    });
+    return failed ? kEngine.Checked(result, text) : S_OK;
 }
 
 // The effects
@@ -62,9 +74,7 @@ HRESULT CMenuButtonImpl::DetachEffect()
 
 bool CMenuButtonImpl::IsBound() const
 {
-    for (LONG i = 0; i < List().ChildCount(); ++i)
-        if (!At(i).IsBound()) return false;
-    return true;
+    return !Any([](const CMenuElementImpl& child) { return !child.IsBound(); });
 }
 
 // The anchor
@@ -86,10 +96,12 @@ void CMenuButtonImpl::SelectAnchor(bool reselect)
         FloatPoint position;
         if (SUCCEEDED(anchor->getRawPosition(position))) setRawPosition(position);
     }
-    for (LONG i = 0; reselect && !anchor && i < List().ChildCount(); ++i) {
-        if (!At(i).HasEffect()) continue;
-        anchor = &At(i);
-        m_anchorID = anchor->Node().ID();
+    if (reselect && !anchor) {
+        Any([&](CMenuElementImpl& child) {
+            if (child.HasEffect()) anchor = &child;
+            return anchor != nullptr;
+        });
+        if (anchor) m_anchorID = anchor->Node().ID();
     }
     m_anchored = reselect && anchor;
 }
@@ -120,38 +132,39 @@ HRESULT CMenuButtonImpl::PlaceAt(const FloatPoint& position)
     if (!anchor) return setRawPosition(position);
     FloatPoint before;
     const HRESULT result = kEngine.Checked(anchor->getRawPosition(before));
-    return FAILED(result) ? result : MoveElements(anchor, position - before);
+    if (FAILED(result)) return result;
+    return ForEach({}, [&](CMenuElementImpl& child) {
+        // Without a rounding error where the button is to stand.
+        if (&child == anchor) return child.setRawPosition(position);
+        return child.HasEffect() ? child.moveRawPosition(position - before) : S_OK;
+    });
 }
 
 HRESULT CMenuButtonImpl::moveBy(const FloatPoint& distance)
 {
-    CMenuElementImpl* anchor = Anchor();
-    if (anchor && IsSamePlace(distance, {})) return S_OK;
-    Node().RecordState(anchor != nullptr);
-    const HRESULT moved = MoveElements(anchor, distance);
+    const bool anchored = HasEffect();
+    if (anchored && IsSamePlace(distance, {})) return S_OK;
+    Node().RecordState(anchored);
+    const HRESULT moved = anchored ? ForEach({},
+                                             [&](CMenuElementImpl& child) {
+                                                 return child.HasEffect() ? child.moveRawPosition(distance) : S_OK;
+                                             })
+                                   : MoveAlone(distance);
     if (SUCCEEDED(moved)) onPropertyChanged(504);
     return moved;
 }
 
-HRESULT CMenuButtonImpl::MoveElements(CMenuElementImpl* anchor, const FloatPoint& distance)
+HRESULT CMenuButtonImpl::MoveAlone(const FloatPoint& distance)
 {
-    const auto move = [](CMenuElementImpl& element, const FloatPoint& by) {
-        FloatPoint position;
-        const HRESULT result = element.getRawPosition(position);
-        return FAILED(result) ? result : element.setRawPosition(position + by);
-    };
-    if (anchor) {
-        return ForEach({}, [&](CMenuElementImpl& child) { return child.HasEffect() ? move(child, distance) : S_OK; });
-    }
     // The texts of a button stay where they are in the menu, unless a text is all that moves.
-    const bool isText = List().ChildCount() == 1 && CountOfType(typeText) == 1;
-    for (LONG i = 0; !isText && i < List().ChildCount(); ++i) {
-        CMenuElementImpl& child = At(i);
-        if (child.Node().Type() != typeText) continue;
-        child.Node().RecordState(child.HasEffect());
-        move(child, FloatPoint{} - distance);
+    if (List().ChildCount() != 1 || CountOfType(typeText) != 1) {
+        ForEach({}, [&](CMenuElementImpl& child) {
+            if (child.Node().Type() != typeText) return S_OK;
+            child.Node().RecordState(false);
+            return child.moveRawPosition(FloatPoint{} - distance);
+        });
     }
-    return move(*this, distance);
+    return moveRawPosition(distance);
 }
 
 HRESULT CMenuButtonImpl::getBoundingBox(Corners&)
@@ -175,9 +188,12 @@ HRESULT CMenuButtonImpl::getExtent(FloatRect& extent)
 
 CMenuElementImpl* CMenuButtonImpl::Face() const
 {
-    for (LONG i = List().ChildCount(); i-- > 0;)
-        if (At(i).Node().Type() == typeOverlay && !At(i).CountsAsHighlight()) return &At(i);
-    return nullptr;
+    CMenuElementImpl* face = nullptr;
+    Any([&](CMenuElementImpl& child) {
+        if (child.Node().Type() == typeOverlay && !child.CountsAsHighlight()) face = &child;
+        return false;
+    });
+    return face;
 }
 
 HRESULT CMenuButtonImpl::getWidthHeight(float& width, float& height)
@@ -203,20 +219,19 @@ HRESULT CMenuButtonImpl::setWidthHeight(float width, float height)
 
 HRESULT CMenuButtonImpl::setTimeOffsets(double startSecs, double endSecs)
 {
-    for (LONG i = 0; i < List().ChildCount(); ++i) {
-        CMenuElementImpl& child = At(i);
-        if (!child.HasEffect()) continue;
+    HRESULT result = S_OK;
+    Any([&](CMenuElementImpl& child) {
+        if (!child.HasEffect()) return false;
         double start = 0;
         double end = 0;
-        HRESULT result =
-            kEngine.Checked(child.getTimeOffsets(start, end), "pChildElem->getTimeOffsets(oldStart, oldEnd)");
+        result = kEngine.Checked(child.getTimeOffsets(start, end), "pChildElem->getTimeOffsets(oldStart, oldEnd)");
         if (SUCCEEDED(result) && (start != startSecs || end != endSecs)) {
             result = kEngine.Checked(child.setTimeOffsets(startSecs, endSecs),
                                      "pChildElem->setTimeOffsets(startSecs, endSecs)");
         }
-        if (FAILED(result)) return result;
-    }
-    return S_OK;
+        return FAILED(result);
+    });
+    return result;
 }
 
 // What the button knows of its elements
@@ -225,35 +240,39 @@ HRESULT CMenuButtonImpl::getHighlightRegion(FloatRect& region)
 {
     region = {};
     bool isAny = false;
-    for (LONG i = 0; i < List().ChildCount(); ++i) {
+    Any([&](CMenuElementImpl& child) {
         FloatRect rect;
-        if (!At(i).CountsAsHighlight() || FAILED(At(i).getExtent(rect))) continue;
-        region = Union(region, rect);
-        isAny = true;
-    }
+        if (child.CountsAsHighlight() && SUCCEEDED(child.getExtent(rect))) {
+            region = Union(region, rect);
+            isAny = true;
+        }
+        return false;
+    });
     return isAny ? S_OK : S_FALSE;
 }
 
 bool CMenuButtonImpl::AnySourceContains(std::u16string_view text) const
 {
-    for (LONG i = 0; i < List().ChildCount(); ++i)
-        if (At(i).SourceContains(text)) return true;
-    return false;
+    return Any([&](const CMenuElementImpl& child) { return child.SourceContains(text); });
 }
 
 CMenuElementImpl* CMenuButtonImpl::ElementOfType(NodeType type, LONG index) const
 {
-    if (index < 0) return nullptr;
-    for (LONG i = 0; i < List().ChildCount(); ++i)
-        if (At(i).Node().Type() == type && index-- == 0) return &At(i);
-    return nullptr;
+    CMenuElementImpl* found = nullptr;
+    Any([&](CMenuElementImpl& child) {
+        if (child.Node().Type() == type && index-- == 0) found = &child;
+        return found != nullptr;
+    });
+    return found;
 }
 
 LONG CMenuButtonImpl::CountOfType(NodeType type) const
 {
     LONG count = 0;
-    for (LONG i = 0; i < List().ChildCount(); ++i)
-        if (At(i).Node().Type() == type) ++count;
+    Any([&](const CMenuElementImpl& child) {
+        if (child.Node().Type() == type) ++count;
+        return false;
+    });
     return count;
 }
 

@@ -59,14 +59,16 @@ protected:
 
 private:
     CProjectNode& List() const { return *Node().GetChild(kButtonElements); }
-    CMenuElementImpl& At(LONG index) const { return *ElementOf(*List().GetChild(index)); }
-    /// Calls for each element until one fails, whose result it reports, by the text of the call, and gives.
+    /// Calls for one element after the other, inside its section, until a call gives true.
     template <class Call>
-    HRESULT ForEach(std::string_view text, Call&& call);
+    bool Any(Call&& call) const;
+    /// The same until one fails, whose result it reports, by the text of the call, and gives.
+    template <class Call>
+    HRESULT ForEach(std::string_view text, Call&& call) const;
     /// The element whose size is the button's: its last picture that is not highlighted.
     CMenuElementImpl* Face() const;
-    /// Moves what is seen; the anchor is `anchor`, null without one.
-    HRESULT MoveElements(CMenuElementImpl* anchor, const FloatPoint& distance);
+    /// Moves a button whose elements have no effects.
+    HRESULT MoveAlone(const FloatPoint& distance);
 
     LONG m_anchorID = 0;
     bool m_anchored = false;

@@ -117,8 +117,9 @@ HRESULT CMenuElementImpl::createEffectParams(ComPtr<IXMLDOMNode>&)
 
 HRESULT CMenuElementImpl::getChannel(const StoredChannel& channel, ZXPVector& value) const
 {
+    if (m_effect) return kEngine.Checked(m_effect.getChannel(channel.channel, 0.0, ZXP_FROM_START, value));
     value = channel.stored;
-    return m_effect ? kEngine.Checked(m_effect.getChannel(channel.channel, 0.0, ZXP_FROM_START, value)) : S_OK;
+    return S_OK;
 }
 
 HRESULT CMenuElementImpl::setChannel(StoredChannel& channel, const ZXPVector& value)
@@ -155,6 +156,13 @@ HRESULT CMenuElementImpl::getRawPosition(FloatPoint& position) const
 HRESULT CMenuElementImpl::setRawPosition(const FloatPoint& position)
 {
     return setChannel(m_translation, {position.x, position.y, 0});
+}
+
+HRESULT CMenuElementImpl::moveRawPosition(const FloatPoint& distance)
+{
+    FloatPoint position;
+    const HRESULT result = getRawPosition(position);
+    return FAILED(result) ? result : setRawPosition(position + distance);
 }
 
 HRESULT CMenuElementImpl::getPosition(FloatPoint& position)

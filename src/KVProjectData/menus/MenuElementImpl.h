@@ -67,6 +67,7 @@ public:
     /// The place in the menu, and moving there with neither record nor event.
     HRESULT getRawPosition(FloatPoint& position) const;
     HRESULT setRawPosition(const FloatPoint& position);
+    HRESULT moveRawPosition(const FloatPoint& distance);
 
     ULONG Tag() const { return m_tag; }
     /// Of a new element.

@@ -57,6 +57,7 @@ HRESULT CKVMenuElementList::Bind(CMenuElementImpl& element, IUnknown* production
     if (!production) return S_FALSE;
     CProjectNode* owner = Parent()->Type() == typeButton ? Parent() : nullptr;
     CMenuElementImpl* button = owner ? ElementOf(*owner) : nullptr;
+    const SectionLock lock(element.Node().Section());
     if (button && !insert) button->SelectAnchor(false);
     const LONG group = button ? owner->ID() : kNoGroup;
     const HRESULT result = insert ? element.InsertEffect(production, group, kHighlightTag) : element.RemoveEffect();
@@ -68,6 +69,7 @@ template <class Call>
 HRESULT CKVMenuElementList::ForEach(Call&& call)
 {
     for (LONG i = 0; i < ChildCount(); ++i) {
+        const SectionLock lock(GetChild(i)->Section());
         const HRESULT result = call(*ElementOf(*GetChild(i)));
         if (FAILED(result)) return result;
     }

@@ -4,7 +4,10 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <functional>
 #include <limits>
+#include <thread>
 
 namespace kv::test {
 namespace {
@@ -128,21 +131,67 @@ TEST_F(ElementTest, WhatAListRefusesLeavesItAsItIs)
     EXPECT_THAT(Events(), IsEmpty());
 }
 
-TEST_F(ElementTest, AnElementThatTheEngineRefusesStaysInItsList)
+TEST_F(ElementTest, WhatTheEngineRefusesStaysInItsList)
 {
-    const auto engine = Make<FakeEngine>();
-    engine->results["AddProductionEffect"] = E_ACCESSDENIED;
-    menu->production = Query<IUnknown>(engine->Controlling());
+    const auto button = NewButton();
+    const auto child = Insert<TestOverlay>(ElementsOf(*button));
+    EXPECT_EQ(S_OK, Elements().RemoveElement(button->ID(), nullptr));
     const auto element = Make<TestOverlay>();
-    EXPECT_EQ(E_ACCESSDENIED, Elements().InsertElement(0, element.Get()));
-    std::vector<std::string> sources;
-    for (const std::string& line : ZXUErrorStack())
-        sources.push_back(line.substr(0, line.find('(')));
-    EXPECT_THAT(sources, ElementsAre("NXEffect", "MenuElementImpl", "KVMenuElementList"));
-    EXPECT_THAT(Order(Elements()), ElementsAre(element->ID()));
-    EXPECT_EQ(S_OK, element->SetPosition(0.5, 0.25));
-    ExpectNear({0.5, 0.25}, Position(*element));
-    EXPECT_EQ(S_OK, Elements().RemoveElement(element->ID(), nullptr));
+    struct Case {
+        IKVMenuElement* element;
+        /// Whose lines tell of it.
+        std::vector<std::string> sources;
+    };
+    for (const auto& [refused, sources] :
+         {Case{element.Get(), {"NXEffect", "MenuElementImpl", "KVMenuElementList"}},
+          Case{button.Get(), {"NXEffect", "MenuElementImpl", "MenuButtonImpl", "KVMenuElementList"}}}) {
+        const auto engine = Make<FakeEngine>();
+        engine->results["AddProductionEffect"] = E_ACCESSDENIED;
+        menu->production = Query<IUnknown>(engine->Controlling());
+        Events();
+        EXPECT_EQ(E_ACCESSDENIED, Elements().InsertElement(0, refused));
+        std::vector<std::string> lines;
+        for (const std::string& line : ZXUErrorStack())
+            lines.push_back(line.substr(0, line.find('(')));
+        EXPECT_EQ(sources, lines);
+        EXPECT_THAT(Events(), IsEmpty());
+        const LONG id = ValueOf(*refused, &IKVMenuElement::get_ID);
+        EXPECT_THAT(Order(Elements()), ElementsAre(id));
+        EXPECT_EQ(S_OK, refused->SetPosition(0.5, 0.25));
+        ExpectNear({0.5, 0.25}, Position(*refused));
+        EXPECT_EQ(S_OK, Elements().RemoveElement(id, nullptr));
+    }
+}
+
+TEST_F(ElementTest, ThreadsMeetInButtonsOfTwoMenus)
+{
+    Show();
+    const auto second = Make<TestMenu>();
+    second->production = menu->production;
+    project->GetChild(1)->List()->Adopt(*second, -1, true);
+    const std::array buttons{NewButton(), Make<CKVMenuButton>()};
+    EXPECT_EQ(S_OK, second->Elements().InsertElement(0, buttons[1].Get()));
+    const auto text = Insert<TestText>(ElementsOf(*buttons[0]));
+    constexpr int kRounds = 40;
+    std::array<std::thread, 3> threads;
+    for (std::size_t i = 0; i < 2; ++i)
+        threads[i] = std::thread([&, i] {
+            for (int round = 0; round < kRounds; ++round)
+                EXPECT_EQ(S_OK, buttons[i]->ApplyTo(buttons[1 - i].Get()));
+        });
+    threads[2] = std::thread([&] {
+        for (int round = 0; round < 20 * kRounds; ++round) {
+            EXPECT_EQ(S_OK, text->put_Flags(static_cast<ULONG>(round)));
+            EXPECT_EQ(S_OK, text->SetPosition(0.5, 0));
+            EXPECT_EQ(S_OK, buttons[0]->SetPosition(0, 0.5));
+            FloatRect extent{};
+            EXPECT_EQ(S_OK, buttons[1]->GetExtent(&extent));
+        }
+    });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const auto& button : buttons)
+        EXPECT_EQ(1, ElementsOf(*button).ChildCount());
 }
 
 // One element
