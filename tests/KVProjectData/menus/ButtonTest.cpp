@@ -218,7 +218,8 @@ TEST_F(ElementTest, AButtonTakesOverAnotherOnesLook)
         }
         const auto source = NewButton();
         const auto target = NewButton();
-        const auto overlay = Insert<TestOverlay>(ElementsOf(*source));
+        Insert<TestOverlay>(ElementsOf(*source));
+        EXPECT_EQ(S_OK, Insert<TestText>(ElementsOf(*source))->SetPosition(0.125, 0));
         EXPECT_EQ(S_OK, source->SetPosition(0.5, 0.5));
         EXPECT_EQ(S_OK, source->put_ButtonScheme(1));
         const ButtonLinks links{1, 1, 1, 1};
@@ -239,10 +240,11 @@ TEST_F(ElementTest, AButtonTakesOverAnotherOnesLook)
         EXPECT_EQ((FloatPoint{0.25, 0.25}), Position(*target));
         EXPECT_EQ(1, ValueOf<IKVMenuButton>(*target, &IKVMenuButton::get_ButtonScheme));
         EXPECT_EQ(links, LinksOf(*target));
-        ASSERT_EQ(1, ElementsOf(*target).ChildCount());
+        ASSERT_EQ(2, ElementsOf(*target).ChildCount());
         CProjectNode& taken = *ElementsOf(*target).GetChild(0);
         EXPECT_EQ(typeOverlay, taken.Type());
-        EXPECT_EQ(1, ElementsOf(*source).ChildCount());
+        EXPECT_EQ((FloatPoint{0.125, 0}), Position(dynamic_cast<IKVMenuElement&>(*ElementsOf(*target).GetChild(1))));
+        EXPECT_EQ(2, ElementsOf(*source).ChildCount());
         const std::u16string after = XmlOfButton(*target, VARIANT_TRUE);
         if (shown) {
             EXPECT_TRUE(IsShown(taken) && !IsShown(*old));

@@ -388,14 +388,19 @@ TEST_F(ElementTest, PlacesInAButtonAreRelativeToItsAnchor)
     ExpectNear({0.2F, 0.1F}, Position(*button));
     RedoStep();
     ExpectNear({0.6F, 0.6F}, Position(*button));
-    for (const bool native : {false, true}) {
-        EXPECT_EQ(S_OK, native ? Elements().RemoveEffects() : Elements().RemoveElement(button->ID(), nullptr));
-        EXPECT_FALSE(IsShown(*anchor) || IsShown(*other));
+    const std::vector<std::pair<std::function<HRESULT()>, std::function<HRESULT()>>> ways{
+        {[&] { return Elements().RemoveElement(button->ID(), nullptr); },
+         [&] { return Elements().InsertElement(0, button.Get()); }},
+        {[&] { return Elements().RemoveEffects(); }, [&] { return Elements().InsertEffects(menu->production.Get()); }},
+        {[&] { return Elements().DetachEffects(); }, [&] { return Elements().AttachEffects(menu->production.Get()); }},
+    };
+    for (const auto& [go, comeBack] : ways) {
+        EXPECT_EQ(S_OK, go());
+        EXPECT_FALSE(anchor->HasEffect() || other->HasEffect());
         ExpectNear({0.6F, 0.6F}, Position(*button));
         ExpectNear({}, Position(*anchor));
         ExpectNear({0.3F, 0}, Position(*other));
-        EXPECT_EQ(S_OK, native ? Elements().InsertEffects(menu->production.Get())
-                               : Elements().InsertElement(0, button.Get()));
+        EXPECT_EQ(S_OK, comeBack());
         ExpectNear({0.6F, 0.6F}, Absolute(*anchor));
         ExpectNear({0.9F, 0.6F}, Absolute(*other));
     }
