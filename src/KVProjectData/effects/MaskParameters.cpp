@@ -3,6 +3,7 @@
 #include "KVProjectData/effects/ZXPGenericParamSetImpl.h"
 
 #include <cmath>
+#include <optional>
 
 namespace kv {
 namespace {
@@ -16,10 +17,11 @@ Parameter Declared(ULONG id, const char* name, Variant value)
     return parameter;
 }
 
-bool IsNumber(const Variant& value, double number)
+std::optional<double> NumberOf(const Variant& value)
 {
     Variant converted;
-    return SUCCEEDED(VariantChangeType(converted.Put(), &value, 0, VT_R8)) && converted.dblVal == number;
+    const bool isNumber = SUCCEEDED(VariantChangeType(converted.Put(), &value, 0, VT_R8));
+    return isNumber ? std::optional(converted.dblVal) : std::nullopt;
 }
 
 } // namespace
@@ -46,12 +48,25 @@ bool SetMaskParameters(XmlElement& pluginData, double width, double height)
     };
     declare(ZXP_PARAM_MASK_WIDTH, "Mask Width");
     declare(ZXP_PARAM_MASK_HEIGHT, "Mask Height");
-    if (IsNumber(parameters.Value(ZXP_PARAM_MASK_WIDTH), width) &&
-        IsNumber(parameters.Value(ZXP_PARAM_MASK_HEIGHT), height))
+    if (NumberOf(parameters.Value(ZXP_PARAM_MASK_WIDTH)) == width &&
+        NumberOf(parameters.Value(ZXP_PARAM_MASK_HEIGHT)) == height)
         return false;
     parameters.SetValue(ZXP_PARAM_MASK_WIDTH, Variant(width));
     parameters.SetValue(ZXP_PARAM_MASK_HEIGHT, Variant(height));
     parameters.Save(pluginData);
+    return true;
+}
+
+bool ReadMaskSize(const XmlElement& pluginData, double& width, double& height)
+{
+    CZXPGenericParamSetImpl parameters;
+    parameters.Load(pluginData);
+    if (!parameters.Has(ZXP_PARAM_MASK_WIDTH) || !parameters.Has(ZXP_PARAM_MASK_HEIGHT)) return false;
+    const auto x = NumberOf(parameters.Value(ZXP_PARAM_MASK_WIDTH));
+    const auto y = NumberOf(parameters.Value(ZXP_PARAM_MASK_HEIGHT));
+    if (!x || !y) return false;
+    width = *x;
+    height = *y;
     return true;
 }
 

@@ -329,6 +329,18 @@ HRESULT CNXEffect::setMaskFile(BSTR file)
     });
 }
 
+HRESULT CNXEffect::getMaskSize(double& width, double& height) const
+{
+    width = 0.0;
+    height = 0.0;
+    return EngineCalls::Operation([&] {
+        const XmlElement pluginData = PluginDataOf(LiveDocument(*InfoOf(m_pUnkEffect)).Get());
+        bool isSet = false;
+        kEngine.Reporting([&] { isSet = ReadMaskSize(pluginData, width, height); });
+        return isSet ? S_OK : S_FALSE;
+    });
+}
+
 HRESULT CNXEffect::setMaskSize(double width, double height)
 {
     const HRESULT result = Edit([&](XmlElement& pluginData) {

@@ -90,6 +90,8 @@ public:
     HRESULT getMaskFile(Bstr& file) const;
     /// An empty name takes the mask away. A picture that cannot be read is one all the same.
     HRESULT setMaskFile(BSTR file);
+    /// S_FALSE, and 0, where no size was set.
+    HRESULT getMaskSize(double& width, double& height) const;
     /// Pushes nothing when the size is that already. E_INVALIDARG unless finite.
     HRESULT setMaskSize(double width, double height);
 
@@ -109,7 +111,8 @@ public:
     /// Degrees, clockwise.
     HRESULT getSourceRotation(LONG& degrees) const;
     HRESULT setSourceRotation(LONG degrees);
-    /// The part of the source's frame that is shown.
+    /// The part of the source's frame that is shown. Getting: S_FALSE, and 0, where none was set.
+    HRESULT getSourceCrop(FloatRect& crop) const;
     HRESULT setSourceCrop(double left, double top, double right, double bottom);
 
 private:

@@ -97,6 +97,23 @@ HRESULT CNXEffect::setSourceRotation(LONG degrees)
     return Put(m_pUnkEffect, &ISourceFile::put_Rotation, degrees);
 }
 
+HRESULT CNXEffect::getSourceCrop(FloatRect& crop) const
+{
+    crop = {};
+    return CallSource(m_pUnkEffect, [&](ISourceFile& source) {
+        ComPtr<IXMLDOMNode> document;
+        kEngine.Need(source.GetPanZoom(document.Put()));
+        const XmlElement panZoom(document.Get());
+        if (!panZoom) return S_FALSE;
+        CZXPPlugInHelper helper;
+        kEngine.Need(helper.Attach(panZoom));
+        ULONG count = 0;
+        ULONG caps = 0;
+        helper.CropSource().GetKeyCount(ZXP_FROM_START, &count);
+        return count > 0 ? helper.CropSource().GetKeyRect(0, ZXP_FROM_START, &crop, &caps) : S_FALSE;
+    });
+}
+
 HRESULT CNXEffect::setSourceCrop(double left, double top, double right, double bottom)
 {
     return CallSource(m_pUnkEffect, [&](ISourceFile& source) {

@@ -1,6 +1,7 @@
 #include "KVProjectData/menus/ElementFactory.h"
 
 #include "KVProjectData/menus/MenuButton.h"
+#include "KVProjectData/menus/MenuOverlay.h"
 
 namespace kv {
 namespace {
@@ -19,6 +20,8 @@ NewElement CreateElement(NodeType type)
     switch (type) {
     case typeButton:
         return Create<CKVMenuButton>();
+    case typeOverlay:
+        return Create<CKVMenuOverlay>();
     default:
         return {};
     }
