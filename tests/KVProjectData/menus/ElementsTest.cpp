@@ -172,6 +172,7 @@ TEST_F(ElementTest, ThreadsMeetInButtonsOfTwoMenus)
     const std::array buttons{NewButton(), Make<CKVMenuButton>()};
     EXPECT_EQ(S_OK, second->Elements().InsertElement(0, buttons[1].Get()));
     const auto text = Insert<TestText>(ElementsOf(*buttons[0]));
+    Insert<TestText>(ElementsOf(*buttons[1]));
     constexpr int kRounds = 40;
     std::array<std::thread, 3> threads;
     for (std::size_t i = 0; i < 2; ++i)
