@@ -223,10 +223,15 @@ HRESULT FindRecords(const RecordDescription& record, const VARIANT& argument, UL
         *records = value.pvRecord;
         return S_OK;
     case VT_ARRAY | VT_RECORD:
-        if (!value.parray || !holds(value.parray->pRecInfo)) return DISP_E_TYPEMISMATCH;
-        if (value.parray->rgsabound[0].cElements < count) return DISP_E_TYPEMISMATCH;
-        *records = value.parray->pvData;
+    case VT_ARRAY | VT_RECORD | VT_BYREF: {
+        const bool isPlace = (value.vt & VT_BYREF) != 0;
+        if (isPlace && !value.byref) return E_INVALIDARG;
+        const SAFEARRAY* array = isPlace ? *static_cast<SAFEARRAY**>(value.byref) : value.parray;
+        if (!array || !holds(array->pRecInfo)) return DISP_E_TYPEMISMATCH;
+        if (array->rgsabound[0].cElements < count) return DISP_E_TYPEMISMATCH;
+        *records = array->pvData;
         return S_OK;
+    }
     default:
         return DISP_E_TYPEMISMATCH;
     }

@@ -28,7 +28,7 @@ bool IsKnown(VARTYPE type)
 {
     const VARTYPE base = type & VT_TYPEMASK;
     if ((type & ~(VT_TYPEMASK | VT_ARRAY | VT_BYREF)) != 0) return false;
-    if (base == VT_RECORD) return (type & (VT_ARRAY | VT_BYREF)) != (VT_ARRAY | VT_BYREF);
+    if (base == VT_RECORD) return true;
     if (type & (VT_ARRAY | VT_BYREF)) return kv::ValueSize(base) != 0;
     return base == VT_EMPTY || base == VT_NULL || (base != VT_VARIANT && kv::ValueSize(base) != 0);
 }

@@ -80,14 +80,20 @@ std::string BehindLinks(const std::string& target)
 }
 
 /// Gives a new file the owner, the group and the permissions of the one that it replaces. Only root may give a file
-/// away, and others only to groups of their own: what is not allowed stays as it is.
+/// away, and others only to groups of their own: what is not allowed stays as it is. The rights of a group or of the
+/// bearer of either name then go to nobody else.
 HRESULT TakeAfter(int file, const struct stat& existing)
 {
     if (fchown(file, existing.st_uid, existing.st_gid) != 0 && errno == EPERM &&
         fchown(file, static_cast<uid_t>(-1), existing.st_gid) != 0 && errno != EPERM) {
         return ResultFromErrno(errno);
     }
-    return fchmod(file, existing.st_mode & 07777) == 0 ? S_OK : ResultFromErrno(errno);
+    struct stat status {};
+    if (fstat(file, &status) != 0) return ResultFromErrno(errno);
+    mode_t mode = existing.st_mode & 07777;
+    if (status.st_uid != existing.st_uid) mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
+    if (status.st_gid != existing.st_gid) mode &= ~static_cast<mode_t>(S_IRWXG | S_ISUID | S_ISGID);
+    return fchmod(file, mode) == 0 ? S_OK : ResultFromErrno(errno);
 }
 
 } // namespace

@@ -253,8 +253,17 @@ TEST_F(RecordsTest, SeveralRecordsAreAnArray)
     EXPECT_EQ(element, (Corner{7, 8}));
     element = {70, 80};
     ASSERT_EQ(SafeArrayPutElement(m_result.parray, &index, &element), S_OK);
-    EXPECT_EQ(Method(5, {Variant(m_result)}), S_OK);
+    Variant array = m_result;
+    EXPECT_EQ(Method(5, {Variant(array)}), S_OK);
     EXPECT_EQ(m_object->box[3], (Corner{70, 80}));
+    m_object->box[3] = {};
+    EXPECT_EQ(Method(5, {Reference(VT_ARRAY | VT_RECORD, &array.parray)}), S_OK);
+    EXPECT_EQ(m_object->box[3], (Corner{70, 80}));
+    EXPECT_EQ(Method(5, {Reference(VT_ARRAY | VT_RECORD, nullptr)}), E_INVALIDARG);
+    Variant copy;
+    const VARIANT place = Reference(VT_ARRAY | VT_RECORD, &array.parray);
+    EXPECT_EQ(VariantCopyInd(&copy, &place), S_OK);
+    EXPECT_EQ(copy.parray->rgsabound[0].cElements, 4u);
 
     Corner plain[4]{{1, 1}};
     EXPECT_EQ(Method(5, {Reference(VT_RECORD, plain)}), S_OK);

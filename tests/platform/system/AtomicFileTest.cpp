@@ -157,12 +157,12 @@ TEST_F(AtomicFileTest, KeepsOwnerAndGroup)
     ASSERT_EQ(chown(folder.PathOf("file").c_str(), 1234, 2345), 0);
     ASSERT_EQ(chmod(folder.PathOf("file").c_str(), 0666), 0);
     ASSERT_EQ(chmod(folder.PathOf("").c_str(), 0777), 0);
-    const auto expectOwner = [&](uid_t owner, gid_t group) {
+    const auto expectOwner = [&](uid_t owner, gid_t group, mode_t mode = 0666) {
         struct stat status {};
         ASSERT_EQ(stat(folder.PathOf("file").c_str(), &status), 0);
         EXPECT_EQ(status.st_uid, owner);
         EXPECT_EQ(status.st_gid, group);
-        EXPECT_EQ(status.st_mode & 07777, 0666u);
+        EXPECT_EQ(status.st_mode & 07777, mode);
     };
     ASSERT_EQ(Replace("file", "new"), S_OK);
     expectOwner(1234, 2345);
@@ -177,6 +177,14 @@ TEST_F(AtomicFileTest, KeepsOwnerAndGroup)
     }
     ASSERT_EQ(setgroups(1, &before), 0);
     expectOwner(65534, 2345);
+
+    // Nor can a stranger leave it in the group; what the group may do, and who runs it does it as, goes with that.
+    ASSERT_EQ(chmod(folder.PathOf("file").c_str(), 06676), 0);
+    {
+        const OrdinaryUser user;
+        EXPECT_EQ(Replace("file", "newest"), S_OK);
+    }
+    expectOwner(65534, before, 0606);
 }
 
 TEST_F(AtomicFileTest, TheNextSaveRemovesWhatOneThatDiedLeft)
