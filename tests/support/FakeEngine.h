@@ -3,6 +3,7 @@
 // once, for what a real engine does not do.
 
 #include "KVProjectData/Engine.h"
+#include "platform/com/ConnectionPoint.h"
 #include "platform/com/Object.h"
 #include "platform/system/ErrorReporter.h"
 #include "support/Productions.h"
@@ -24,7 +25,10 @@ public:
     std::set<std::string> lacks;
     /// What all numbers are.
     double number = 25.0;
+    /// Answers for its connection points; null for none.
+    ComPtr<IUnknown> connections;
 
+    HRESULT Initialise() override { return Of("Initialise"); }
     HRESULT GetProductionObj(IUnknown** out) override { return Self("GetProductionObj", out); }
     HRESULT GetPanelCount(LONG* out) override { return Set("GetPanelCount", 1, out); }
     HRESULT GetPanelBaseObject(LONG, IUnknown** out) override { return Self("GetPanelBaseObject", out); }
@@ -46,7 +50,7 @@ public:
     HRESULT get_Duration(double* out) override { return Set("get_Duration", number, out); }
     HRESULT get_EditingFrameRate(double* out) override { return Set("get_EditingFrameRate", number, out); }
     HRESULT get_AspectRatio(double* out) override { return Set("get_AspectRatio", number, out); }
-    HRESULT put_AspectRatio(double) override { return E_NOTIMPL; }
+    HRESULT put_AspectRatio(double) override { return Of("put_AspectRatio"); }
     HRESULT get_Stereoscopic(VARIANT_BOOL*) override { return E_NOTIMPL; }
     HRESULT put_Stereoscopic(VARIANT_BOOL) override { return E_NOTIMPL; }
     HRESULT GetEffect(LONG, double, IUnknown** out) override { return Self("GetEffect", out); }
@@ -98,7 +102,11 @@ public:
     HRESULT put_Repeat(VARIANT_BOOL) override { return Of("put_Repeat"); }
     HRESULT get_Rotation(LONG* out) override { return Set("get_Rotation", 1, out); }
     HRESULT put_Rotation(LONG) override { return Of("put_Rotation"); }
-    HRESULT GetPanZoom(IXMLDOMNode**) override { return E_NOTIMPL; }
+    HRESULT GetPanZoom(IXMLDOMNode** out) override
+    {
+        *out = nullptr;
+        return Of("GetPanZoom");
+    }
     HRESULT SetPanZoom(IXMLDOMNode*) override { return Of("SetPanZoom"); }
     HRESULT put_Duration(double) override { return Of("put_Duration"); }
     HRESULT GetNativeAudio(IUnknown** out) override { return Self("GetNativeAudio", out); }
@@ -126,6 +134,7 @@ protected:
              Lacks<ISourceFile>("ISourceFile", iid) || Lacks<IBaseObject>("IBaseObject", iid) ||
              Lacks<ISmartAudio>("ISmartAudio", iid) || Lacks<IAudioProps>("IAudioProps", iid) ||
              Lacks<INativeInfo>("INativeInfo", iid) || Lacks<IParentProduction>("IParentProduction", iid));
+        if (connections && iid == IConnectionPointContainer::IID) return connections->QueryInterface(iid, out);
         return hidden ? E_NOINTERFACE : Object::FindInterface(iid, out);
     }
 

@@ -52,7 +52,9 @@ HRESULT CKVMenu::Initialise()
 {
     return Read([&] {
         EngineCalls::Begin();
-        return m_native ? m_productions.MakeBackground() : m_productions.MakeMenu();
+        if (m_native) return m_productions.MakeBackground();
+        const HRESULT made = m_productions.MakeMenu();
+        return made == S_OK && IsWide() ? m_productions.AspectToMenu(EncodingParams()) : made;
     });
 }
 

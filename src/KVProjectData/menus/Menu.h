@@ -25,7 +25,7 @@ class CKVMenu final : public CMenuNode,
 public:
     explicit CKVMenu(IUnknown* outer = nullptr);
 
-    /// Makes the production.
+    /// Makes the production, with the aspect ratio of the encoding parameters.
     HRESULT Initialise();
 
     KV_GETTER(LONG, ID, ID())
