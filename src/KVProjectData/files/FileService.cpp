@@ -4,6 +4,7 @@
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/files/ProjectProductions.h"
+#include "KVProjectData/files/TemplateMenus.h"
 #include "KVProjectData/persistence/ProjectDocument.h"
 #include "platform/com/Activation.h"
 #include "platform/system/MessageBox.h"
@@ -100,7 +101,9 @@ HRESULT CKVFileService::SaveProject(BSTR bstrFileName, IUnknown* pUnkProject)
         const std::u16string_view fileName = WithoutPrefix(View(bstrFileName));
         if (fileName.empty()) return E_INVALIDARG;
         const HRESULT placed = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());
-        return FAILED(placed) ? placed : WriteProjectFile(*project, fileName);
+        if (FAILED(placed)) return placed;
+        PruneTemplateMenus(*project);
+        return WriteProjectFile(*project, fileName);
     });
 }
 

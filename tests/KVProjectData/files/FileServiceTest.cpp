@@ -5,6 +5,8 @@
 #include "platform/xml/Element.h"
 #include "support/Contents.h"
 
+#include <algorithm>
+
 namespace kv::test {
 namespace {
 
@@ -64,6 +66,42 @@ TEST_F(FileServiceTest, SavesWhatTheProjectWritesIntoADocument)
     XmlElement(root.Get()).Add("Productions");
     ASSERT_EQ(S_OK, document->save(Variant(folder.File("Document.xml").View())));
     EXPECT_TRUE(folder.Read("Document.xml") == folder.Read("Trip.xml"));
+}
+
+TEST_F(FileServiceTest, LeavesOutTemplateMenusThatNoMenuIsMadeFrom)
+{
+    /// Types and templates of menus with the IDs from 1 on, and those that are left.
+    struct Case {
+        std::vector<std::pair<ULONG, int>> menus;
+        std::vector<LONG> left;
+        const char16_t* titles = u"";
+    };
+    constexpr ULONG kUser = MenuType_Main;
+    constexpr ULONG kTemplate = MenuType_TemplateChap;
+    for (const auto& [menus, left, titles] :
+         {Case{{{kTemplate, 0}, {MenuType_TemplateMain, 0}}, {1, 2}},
+          {{{kTemplate, 0}, {MenuType_TemplateMain, 0}}, {}, u"<Title/>"},
+          {{{kUser, 2}, {kTemplate, 0}, {kTemplate, 2}, {MenuType_Transition, 3}}, {1, 2, 4}},
+          {{{kUser | kTemplate, 9}, {kTemplate, 0}}, {1}},
+          // A chain of templates counts up to the third from the one in use, and may lead back to its start.
+          {{{MenuType_Chapter, 2}, {kTemplate, 3}, {kTemplate, 4}, {kTemplate, 5}, {kTemplate, 6}, {kTemplate, 0}},
+           {1, 2, 3, 4, 5}},
+          {{{kUser, 2}, {kTemplate, 3}, {kTemplate, 2}}, {1, 2, 3}}}) {
+        std::string xml;
+        for (const auto& [types, madeFrom] : menus) {
+            xml += "<Menu ID='" + std::to_string(1 + std::count(xml.begin(), xml.end(), '<')) + "' tag='" +
+                   std::to_string(types) + "' templateID='" + std::to_string(madeFrom) + "'/>";
+        }
+        const auto document = ParseXml(u"<Project><Titles>" + std::u16string(titles) + u"</Titles><Menus>" +
+                                       ToUtf16(xml) + u"</Menus></Project>");
+        ASSERT_EQ(S_OK, project->loadXML(document.Get()));
+        EXPECT_EQ(S_OK, Save(folder.File("menus.xml")));
+        std::vector<LONG> ids;
+        ComPtr<IKVMenu> menu;
+        for (LONG i = 1; SUCCEEDED(project->GetMenu(i, menu.Put())); ++i)
+            ids.push_back(ValueOf(*menu.Get(), &IKVMenu::get_ID));
+        EXPECT_EQ(left, ids);
+    }
 }
 
 TEST_F(FileServiceTest, DropsAPrefixAtTheStartOfANameOnly)
