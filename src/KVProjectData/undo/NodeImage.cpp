@@ -1,5 +1,8 @@
 #include "KVProjectData/undo/NodeImage.h"
 
+#include "KVProjectData/IKVMenu.h"
+#include "KVProjectData/menus/MenuNode.h"
+
 namespace kv {
 namespace {
 
@@ -9,12 +12,18 @@ bool IsFixed(const CProjectNode& node)
     return node.Type() == typeCommand;
 }
 
+bool IsNative(CProjectNode& node)
+{
+    return node.Type() == typeMenu && static_cast<CMenuNode&>(node).IsNativeMenu();
+}
+
 } // namespace
 
 NodeImage::NodeImage(CProjectNode& node, ComPtr<IUnknown> object) : m_object(std::move(object)), m_node(&node)
 {
     if (IsFixed(node)) return;
     const SectionLock lock(node.Section());
+    m_isNative = IsNative(node);
     m_values = node.GetRecord();
     m_xml = node.KeptXml();
     m_children.reserve(static_cast<std::size_t>(node.ChildCount()));
@@ -24,16 +33,31 @@ NodeImage::NodeImage(CProjectNode& node, ComPtr<IUnknown> object) : m_object(std
     }
 }
 
+void NodeImage::KeepAbsent(const NodeImage& other)
+{
+    for (const NodeImage& child : other.m_children) {
+        if (child.m_object && !child.m_node->Parent() && !IsFixed(*child.m_node)) {
+            m_absent.emplace_back(*child.m_node, child.m_object);
+        } else {
+            KeepAbsent(child);
+        }
+    }
+}
+
 NodeImage NodeImage::Copy() const
 {
     NodeImage copy;
     copy.m_object = m_object;
     copy.m_node = m_node;
+    copy.m_isNative = m_isNative;
     copy.m_values = m_values.Copy();
     copy.m_xml = m_xml;
     copy.m_children.reserve(m_children.size());
     for (const NodeImage& child : m_children)
         copy.m_children.push_back(child.Copy());
+    copy.m_absent.reserve(m_absent.size());
+    for (const NodeImage& node : m_absent)
+        copy.m_absent.push_back(node.Copy());
     if (CNodeList* list = m_node->List()) {
         // Others edit the list meanwhile.
         const SectionLock lock(m_node->Section());
@@ -46,6 +70,8 @@ void NodeImage::Restore()
 {
     if (IsFixed(*m_node)) return;
     const SectionLock lock(m_node->Section());
+    // A menu that turns native takes over what its production has; one that turns back hands that what it keeps.
+    if (m_isNative) RestoreMode();
     m_node->ExchangeRecord(m_values);
     m_node->KeepXml(m_xml);
     if (CNodeList* list = m_node->List()) {
@@ -54,6 +80,15 @@ void NodeImage::Restore()
         for (NodeImage& child : m_children)
             child.Restore();
     }
+    if (!m_isNative) RestoreMode();
+    for (NodeImage& node : m_absent)
+        if (!node.m_node->Parent()) node.Restore();
+}
+
+void NodeImage::RestoreMode()
+{
+    if (IsNative(*m_node) == m_isNative) return;
+    ThrowIfFailed(Query<IKVMenu>(m_node->Identity())->SetNative(m_isNative ? VARIANT_TRUE : VARIANT_FALSE));
 }
 
 void NodeImage::RestoreItems(CNodeList& list)

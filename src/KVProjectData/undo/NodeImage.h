@@ -15,6 +15,10 @@ public:
     /// The node exists for as long as the image, unless `object` keeps it.
     explicit NodeImage(CProjectNode& node, ComPtr<IUnknown> object = nullptr);
 
+    /// Takes in, as they are now, the objects that stand nowhere and that another image of the node would bring back:
+    /// this one makes them again what they are.
+    void KeepAbsent(const NodeImage& other);
+
     /// A copy to restore from, which takes no more memory unless the node is changed meanwhile.
     NodeImage Copy() const;
 
@@ -25,12 +29,17 @@ public:
 private:
     NodeImage() = default;
     void RestoreItems(CNodeList& list);
+    /// Makes a menu native, or not.
+    void RestoreMode();
 
     ComPtr<IUnknown> m_object;
     CProjectNode* m_node = nullptr;
+    /// Of a menu.
+    bool m_isNative = false;
     RecordedValues m_values;
     XmlElement m_xml;
     std::vector<NodeImage> m_children;
+    std::vector<NodeImage> m_absent;
 };
 
 } // namespace kv

@@ -36,6 +36,7 @@ HRESULT CKVProjectSnapshot::Restore(CProjectNode& project)
     const HRESULT locked = project.CheckLocked();
     if (FAILED(locked)) return locked;
     NodeImage current(project);
+    current.KeepAbsent(m_image);
     NodeImage wanted = m_image.Copy();
     const HRESULT restored = RestoreFrom(wanted);
     if (FAILED(restored)) {

@@ -51,10 +51,25 @@ public:
         for (const auto get : {&IKVProjectData::get_VolumeName, &IKVProjectData::get_ProjectDirectory,
                                &IKVProjectData::get_ImagePath, &IKVProjectData::get_TargetDrive})
             text += test::Text(*project.Get(), get) + u' ';
-        return text + ToUtf16(std::to_string(ValueOf(*project.Get(), &IKVProjectData::get_TargetType)));
+        text += ToUtf16(std::to_string(ValueOf(*project.Get(), &IKVProjectData::get_TargetType)));
+        // With what elements show and menus play, wherever that is kept.
+        for (unsigned i = 0; i < MenuCount(); ++i) {
+            const auto document = ParseXml(u"<Native/>");
+            ComPtr<IXMLDOMElement> root;
+            document->get_documentElement(root.Put());
+            EXPECT_EQ(S_OK, Menu(i)->SaveXML(root.Get(), VARIANT_TRUE));
+            text += XmlOf(*root.Get());
+        }
+        return text;
     }
 
-    static bool EditsRemovedTitle(const Edit& edit) { return edit.kind % 12 == 7; }
+    static constexpr unsigned kKinds = 18;
+
+    /// A snapshot knows nothing of titles and menus that are out of the project.
+    static bool EditsRemoved(const Edit& edit)
+    {
+        return edit.kind % kKinds == 7 || (edit.kind % kKinds == 12 && edit.what % kMenuEdits == kInsertMenu);
+    }
 
     /// An edit that is recorded in an open step.
     void Apply(const Edit& edit)
@@ -63,6 +78,7 @@ public:
         const unsigned what = edit.what;
         const auto count = &IKVProjectData::get_TitleCount;
         const auto title = Title(where);
+        const auto menu = Menu(where);
         const auto ofProject = [&] { EditProject(where, what); };
         const auto ofTitle = [&] { title ? EditTitle(*title.Get(), what) : void(); };
         Choose(
@@ -71,7 +87,11 @@ public:
             [&] { project->MoveTitle(Position(where, count), Position(what, count)); }, ofTitle, ofTitle,
             [&] { removed.empty() ? void() : EditTitle(*removed[where % removed.size()].Get(), what); },
             [&] { EditEncoding(where, what); }, [&] { EditCommands(where, what); }, [&] { EditDataFiles(where, what); },
-            [&] { EditDataFile(where, what); });
+            [&] { EditDataFile(where, what); }, [&] { EditMenus(where, what); },
+            [&] { menu ? EditMenu(*menu.Get(), what) : void(); }, [&] { menu ? EditLooks(*menu.Get(), what) : void(); },
+            [&] { menu ? EditElements(*menu.Get(), what) : void(); },
+            [&] { menu ? EditButton(*menu.Get(), what) : void(); },
+            [&] { menu ? EditGroups(*menu.Get(), what) : void(); });
     }
 
     /// An edit that changes the document and is never recorded.
@@ -99,6 +119,8 @@ private:
         ((index++ == number % sizeof...(Edits) ? static_cast<void>(edits()) : void()), ...);
     }
 
+    static float Eighths(unsigned number) { return static_cast<float>(number) / 8; }
+
     static VARIANT_BOOL Flag(unsigned number) { return number % 2 ? VARIANT_TRUE : VARIANT_FALSE; }
 
     static Bstr RandomText(unsigned number)
@@ -118,11 +140,33 @@ private:
         return count > 0 ? TitleAt(*project.Get(), static_cast<LONG>(number % count) + 1) : nullptr;
     }
 
-    /// The project, or one of its titles.
+    unsigned MenuCount() { return static_cast<unsigned>(ValueOf(*project.Get(), &IKVProjectData::get_MenuCount)); }
+
+    ComPtr<IKVMenu> Menu(unsigned number)
+    {
+        ComPtr<IKVMenu> menu;
+        if (MenuCount() > 0) project->GetMenu(static_cast<LONG>(number % MenuCount()) + 1, menu.Put());
+        return menu;
+    }
+
+    static ComPtr<IKVMenuButton> Button(IKVMenu& menu, unsigned number)
+    {
+        ComPtr<IKVMenuButton> button;
+        const auto count = static_cast<unsigned>(ValueOf(menu, &IKVMenu::get_ButtonCount));
+        if (count > 0) menu.GetButton(static_cast<LONG>(number % count) + 1, button.Put());
+        return button;
+    }
+
+    /// The project, one of its titles or menus, or a button.
     ComPtr<IUnknown> Owner(unsigned number)
     {
-        const auto title = number % 3 ? Title(number / 3) : nullptr;
-        return title ? Query<IUnknown>(title) : Query<IUnknown>(project);
+        const auto title = number % 5 > 2 ? Title(number / 5) : nullptr;
+        const auto menu = number % 5 < 2 ? Menu(number / 5) : nullptr;
+        const auto button = menu && number % 5 == 0 ? Button(*menu.Get(), number / 3) : nullptr;
+        return title    ? Query<IUnknown>(title)
+               : button ? Query<IUnknown>(button)
+               : menu   ? Query<IUnknown>(menu)
+                        : Query<IUnknown>(project);
     }
 
     void EditProject(unsigned which, unsigned what)
@@ -158,7 +202,8 @@ private:
 
     void EditEncoding(unsigned where, unsigned what)
     {
-        const auto encoding = Query<IKVEncodingParams>(Owner(where));
+        auto encoding = Query<IKVEncodingParams>(Owner(where));
+        if (!encoding) encoding = Query<IKVEncodingParams>(project);
         Choose(
             what, [&] { encoding->put_VideoResolution(static_cast<VideoResolution>(what % 18)); },
             [&] { encoding->put_AspectRatio(what % 2 ? AspectRatio_16x9 : AspectRatio_4x3); },
@@ -199,7 +244,107 @@ private:
             [&] { file->put_SourcePath(Str(what % 2 ? u"/" : u"/tmp").Get()); });
     }
 
+    static constexpr unsigned kMenuEdits = 5;
+    static constexpr unsigned kInsertMenu = 4;
+
+    void EditMenus(unsigned where, unsigned what)
+    {
+        const LONG position = Position(where, &IKVProjectData::get_MenuCount);
+        const auto add = [&] { project->AddMenu(position, nullptr); };
+        const auto menu = Menu(where);
+        Choose(
+            what, add, add, [&] { project->MoveMenu(position, Position(what / 5, &IKVProjectData::get_MenuCount)); },
+            [&] {
+                if (!menu) return;
+                project->RemoveMenu(ValueOf(*menu.Get(), &IKVMenu::get_ID), nullptr);
+                removedMenus.push_back(menu);
+            },
+            [&] {
+                if (!removedMenus.empty())
+                    project->InsertMenuW(position, removedMenus[where % removedMenus.size()].Get());
+            });
+    }
+
+    static void EditMenu(IKVMenu& menu, unsigned what)
+    {
+        const auto button = Button(menu, what / 3);
+        Choose(
+            what, [&] { menu.put_Label(RandomText(what).Get()); }, [&] { menu.put_Tag(what % 32); },
+            [&] { menu.put_Flags(what % 4); }, [&] { menu.put_ButtonLayout(what); },
+            [&] { menu.put_TemplateID(static_cast<LONG>(what)); }, [&] { menu.put_Duration(what / 8.0); },
+            [&] { menu.put_IsMenuBackgroundLoopPlay(static_cast<LONG>(what % 2)); },
+            [&] {
+                menu.put_DefaultButton(button ? ValueOf(*Query<IKVMenuElement>(button).Get(), &IKVMenuElement::get_ID)
+                                              : 0);
+            },
+            [&] { menu.SetNative(Flag(what / 2)); });
+    }
+
+    static void EditLooks(IKVMenu& menu, unsigned what)
+    {
+        const auto number = static_cast<BYTE>(what % 17);
+        std::array<RGBEntry, 16> palette{};
+        palette[what % 16] = {number, 2, 3};
+        const SPUColourInfo colours{1, 2, 3, 4, 5, number, 7, 8};
+        Choose(
+            what, [&] { menu.SetPalette(palette.data()); },
+            [&] {
+                menu.SetSubpictureColours(static_cast<SPUColourTypes>(static_cast<LONG>(what / 3 % 4) - 1), &colours,
+                                          &colours);
+            },
+            [&] {
+                menu.put_LayoutRect({Eighths(what), 1, 2, 3});
+            });
+    }
+
+    static void EditElements(IKVMenu& menu, unsigned what)
+    {
+        const auto list = Query<IKVMenuElementList>(&menu);
+        const auto count = static_cast<unsigned>(ValueOf(*list.Get(), &IKVMenuElementList::get_ElementCount));
+        const auto at = [&](unsigned number) { return static_cast<LONG>(number % (count + 1)) + 1; };
+        ComPtr<IKVMenuElement> element;
+        list->GetElement(at(what / 7), element.Put());
+        const auto add = [&] { list->AddElement(&IKVMenuButton::IID, element.Put()); };
+        Choose(
+            what, add, add, add, [&] { list->MoveElement(at(what / 7), at(what / 11)); },
+            [&] { menu.MoveElementOrder(at(what / 7) - 1, at(what / 13) - 1); },
+            [&] { element ? list->RemoveElement(ValueOf(*element.Get(), &IKVMenuElement::get_ID), nullptr) : S_FALSE; },
+            [&] { return what % 5 ? S_FALSE : list->Clear(); });
+    }
+
+    static void EditButton(IKVMenu& menu, unsigned what)
+    {
+        const auto button = Button(menu, what / 11);
+        if (!button) return;
+        const auto element = Query<IKVMenuElement>(button);
+        const FloatRect region{0, Eighths(what), 1, 0};
+        const ButtonLinks links{1, 2, static_cast<LONG>(what), 4};
+        Choose(
+            what, [&] { element->SetPosition(Eighths(what), 0.5f); },
+            [&] { element->put_Rotation(static_cast<float>(what)); }, [&] { element->put_Tag(what % 64); },
+            [&] { element->put_ZOrder(static_cast<LONG>(what)); }, [&] { button->put_Label(RandomText(what).Get()); },
+            [&] { button->put_ButtonScheme(static_cast<LONG>(what % 3)); },
+            [&] { button->put_ActiveRegion(&region, Flag(what)); }, [&] { button->put_ButtonLinks(&links); },
+            [&] { button->ApplyTo(Button(menu, what / 5).Get()); });
+    }
+
+    static void EditGroups(IKVMenu& menu, unsigned what)
+    {
+        ComPtr<IUnknown> found;
+        menu.GetGroupIDByElementID(static_cast<LONG>(what % 6), found.Put());
+        const auto group = Query<IGroupInfoNode>(found);
+        const LONG id = group ? ValueOf(*group.Get(), &IGroupInfoNode::get_ID) : 0;
+        Choose(
+            what, [&] { menu.AddtoGroup(static_cast<LONG>(what % 6), 0); },
+            [&] { menu.AddtoGroup(static_cast<LONG>(what % 7), id); }, [&] { menu.RemoveGroup(id); },
+            [&] { group ? group->SetGroupRotation(what) : S_FALSE; },
+            [&] {
+                group ? group->SetGroupRect({1, Eighths(what)}, {2, 3}) : S_FALSE;
+            });
+    }
+
     std::vector<ComPtr<IKVTitle>> removed;
+    std::vector<ComPtr<IKVMenu>> removedMenus;
 };
 
 /// Runs a sequence beside a model of the two stacks, and says what is wrong.
@@ -269,8 +414,7 @@ private:
                 m_undo.clear();
                 m_redo.clear();
             }
-            // A snapshot knows nothing of titles that are out of the project.
-            if (!snapshot || !Workbench::EditsRemovedTitle(edit)) bench.Apply(edit);
+            if (!snapshot || !Workbench::EditsRemoved(edit)) bench.Apply(edit);
             if (snapshot) bench.ApplyUnrecorded(edit);
         }
         const std::u16string after = bench.Document();
@@ -348,10 +492,12 @@ Sequence RandomSequence(unsigned seed)
         step.kind = kKinds[below(kinds)];
         step.edits.resize(1 + below(6));
         for (Edit& edit : step.edits)
-            edit = {below(48), below(30), below(500)};
+            edit = {below(4 * Workbench::kKinds), below(30), below(500)};
     }
     // Something to work with.
-    sequence.insert(sequence.begin(), {Commit, {{2, 0, 0}, {2, 0, 0}, {2, 0, 0}, {10, 0, 2}, {10, 0, 2}}});
+    sequence.insert(sequence.begin(),
+                    {StepKind::Commit,
+                     {{2, 0, 0}, {2, 0, 0}, {2, 0, 0}, {10, 0, 2}, {10, 0, 2}, {12, 0, 0}, {12, 0, 0}, {15, 0, 0}}});
     return sequence;
 }
 
