@@ -219,7 +219,10 @@ TEST_F(ElementTest, AButtonTakesOverAnotherOnesLook)
         const auto source = NewButton();
         const auto target = NewButton();
         Insert<TestOverlay>(ElementsOf(*source));
-        EXPECT_EQ(S_OK, Insert<TestText>(ElementsOf(*source))->SetPosition(0.125, 0));
+        const auto text = Insert<TestText>(ElementsOf(*source));
+        EXPECT_EQ(S_OK, text->SetPosition(0.125, 0));
+        source->SetAnchorID(text->ID());
+        source->SelectAnchor(true);
         EXPECT_EQ(S_OK, source->SetPosition(0.5, 0.5));
         EXPECT_EQ(S_OK, source->put_ButtonScheme(1));
         const ButtonLinks links{1, 1, 1, 1};
@@ -243,7 +246,8 @@ TEST_F(ElementTest, AButtonTakesOverAnotherOnesLook)
         ASSERT_EQ(2, ElementsOf(*target).ChildCount());
         CProjectNode& taken = *ElementsOf(*target).GetChild(0);
         EXPECT_EQ(typeOverlay, taken.Type());
-        EXPECT_EQ((FloatPoint{0.125, 0}), Position(dynamic_cast<IKVMenuElement&>(*ElementsOf(*target).GetChild(1))));
+        EXPECT_EQ((FloatPoint{0.125, 0}),
+                  Absolute(*ElementOf(*ElementsOf(*target).GetChild(1))) - Absolute(*ElementOf(taken)));
         EXPECT_EQ(2, ElementsOf(*source).ChildCount());
         const std::u16string after = XmlOfButton(*target, VARIANT_TRUE);
         if (shown) {

@@ -82,7 +82,8 @@ protected:
     {
         RegisterServers();
         EXPECT_EQ(S_OK, project->Initialise());
-        project->GetChild(1)->List()->Adopt(*menu, -1, true);
+        // Beside the project's own menus, whose blocks it opens itself.
+        project->GetChild(2)->List()->Adopt(*menu, -1, true);
         connection.emplace(*project, *sink);
         // From here on the project is dirty, which is told once.
         project->SetModified(false);

@@ -168,7 +168,7 @@ TEST_F(ElementTest, ThreadsMeetInButtonsOfTwoMenus)
     Show();
     const auto second = Make<TestMenu>();
     second->production = menu->production;
-    project->GetChild(1)->List()->Adopt(*second, -1, true);
+    project->GetChild(2)->List()->Adopt(*second, -1, true);
     const std::array buttons{NewButton(), Make<CKVMenuButton>()};
     EXPECT_EQ(S_OK, second->Elements().InsertElement(0, buttons[1].Get()));
     const auto text = Insert<TestText>(ElementsOf(*buttons[0]));
@@ -346,6 +346,38 @@ TEST_F(ElementTest, UndoOfAMoveIsTheStoryboards)
     End();
     UndoStep();
     EXPECT_EQ(FloatPoint{}, Position(*element));
+}
+
+TEST_F(ElementTest, AStepTakesInWhatHappensToEffects)
+{
+    // The menus of a project open their storyboards' blocks with a step.
+    ComPtr<IKVMenu> shown;
+    ASSERT_EQ(S_OK, project->AddMenu(0, shown.Put()));
+    ASSERT_EQ(S_OK, shown->GetProduction(menu->production.Put()));
+    const auto list = Query<IKVMenuElementList>(shown);
+    const auto element = Make<TestOverlay>();
+    for (const auto& edit : std::vector<std::function<HRESULT()>>{
+             [&] { return list->InsertElement(1, element.Get()); }, [&] { return element->SetPosition(0.5, 0); },
+             [&] { return list->RemoveElement(element->ID(), nullptr); }}) {
+        EXPECT_EQ(S_OK, project->BeginUndo(nullptr));
+        EXPECT_EQ(S_OK, edit());
+        End();
+    }
+    for (int round = 0; round < 2; ++round) {
+        UndoStep();
+        EXPECT_TRUE(IsShown(*element) && element->HasEffect());
+        EXPECT_EQ((FloatPoint{0.5, 0}), Position(*element));
+        UndoStep();
+        EXPECT_EQ(FloatPoint{}, Position(*element));
+        UndoStep();
+        EXPECT_FALSE(IsShown(*element) || element->HasEffect() || element->Parent());
+        RedoStep();
+        EXPECT_TRUE(IsShown(*element) && element->HasEffect());
+        RedoStep();
+        EXPECT_EQ((FloatPoint{0.5, 0}), Position(*element));
+        RedoStep();
+        EXPECT_FALSE(IsShown(*element) || element->Parent());
+    }
 }
 
 // An element in a button
