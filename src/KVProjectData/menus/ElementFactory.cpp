@@ -2,6 +2,7 @@
 
 #include "KVProjectData/menus/MenuButton.h"
 #include "KVProjectData/menus/MenuOverlay.h"
+#include "KVProjectData/menus/MenuText.h"
 
 namespace kv {
 namespace {
@@ -22,6 +23,8 @@ NewElement CreateElement(NodeType type)
         return Create<CKVMenuButton>();
     case typeOverlay:
         return Create<CKVMenuOverlay>();
+    case typeText:
+        return Create<CKVMenuText>();
     default:
         return {};
     }

@@ -44,7 +44,7 @@ constexpr std::string_view kSourceTypes[]{"None",          "File",          "Btn
                                           "AllTitles",     "AllMenuTitles", "AllMenuChapters", "AllTitleChapters",
                                           "Private_Title", "User_Defined"};
 constexpr std::string_view kTextHighlights[]{"None", "Extent", "Box", "Underline", "Outline"};
-constexpr std::string_view kTextTypes[]{"None", "RootMenu", "SubMenu", "User"};
+constexpr std::string_view kTextTypes[]{"None", "RootMenu", "SubMenu", "unknown", "User"};
 constexpr std::string_view kTextHandles[]{"",       "TopLeft",     "TopMiddle",  "TopRight",     "MiddleLeft",
                                           "Center", "MiddleRight", "BottomLeft", "BottomMiddle", "BottomRight"};
 

@@ -293,28 +293,28 @@ HRESULT CProjectNode::CheckLocked() const
 }
 
 template <class Keep>
-bool CProjectNode::Record(bool major, Keep&& keep)
+bool CProjectNode::Record(bool major, std::atomic<ULONG>& mark, Keep&& keep)
 {
     SetModified(major);
     UndoContext& context = SharedUndoContext();
     // A major change is one also of a node whose state is kept already.
-    if (!major && m_recordedIn == context.stepNumber) return false;
+    if (!major && mark == context.stepNumber) return false;
     return KeepInStep(major, [&](StateRecorder& step) {
-        if (m_recordedIn == context.stepNumber) return false;
+        if (mark == context.stepNumber) return false;
         const bool kept = keep(step);
-        m_recordedIn = context.stepNumber.load();
+        mark = context.stepNumber.load();
         return kept;
     });
 }
 
 bool CProjectNode::RecordState(bool major)
 {
-    return Record(major, [this](StateRecorder& step) { return step.KeepState(*this); });
+    return Record(major, m_recordedIn, [this](StateRecorder& step) { return step.KeepState(*this); });
 }
 
 bool CProjectNode::RecordCommandListState(CKVCommandList& commandList)
 {
-    return Record(false, [&](StateRecorder& step) { return step.KeepCommands(commandList); });
+    return Record(false, m_recordedIn, [&](StateRecorder& step) { return step.KeepCommands(commandList); });
 }
 
 bool CProjectNode::RecordMode(std::shared_ptr<KeptMode> mode)
@@ -327,6 +327,11 @@ bool CProjectNode::RecordButtonStyle()
 {
     SetModified(true);
     return KeepInStep(true, [this](StateRecorder& step) { return step.KeepButtonStyle(*this); });
+}
+
+bool CProjectNode::RecordTextEffect(bool major, std::atomic<ULONG>& mark, const XmlElement& document)
+{
+    return Record(major, mark, [&](StateRecorder& step) { return step.KeepTextEffect(*this, document); });
 }
 
 CProjectNode& CProjectNode::Root()

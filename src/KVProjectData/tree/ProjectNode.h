@@ -141,6 +141,8 @@ public:
     bool RecordMode(std::shared_ptr<KeptMode> mode);
     /// The same with the properties and the elements of the button that this node is.
     bool RecordButtonStyle();
+    /// The same with the parameter document of the text that this node is, once in an open step: `mark` tells in which.
+    bool RecordTextEffect(bool major, std::atomic<ULONG>& mark, const XmlElement& document);
 
 protected:
     explicit CProjectNode(NodeType type) : m_type(type) {}
@@ -234,7 +236,7 @@ private:
     HRESULT SaveElement(IXMLDOMNode* element, ULONG flags);
     void SetParent(CProjectNode* parent);
     template <class Keep>
-    bool Record(bool major, Keep&& keep);
+    bool Record(bool major, std::atomic<ULONG>& mark, Keep&& keep);
 
     CriticalSection m_section;
     std::atomic<LONG> m_ID{0};

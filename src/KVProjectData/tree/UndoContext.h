@@ -41,6 +41,8 @@ public:
     virtual bool KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode) = 0;
     /// A button's properties and elements.
     virtual bool KeepButtonStyle(CProjectNode& button) = 0;
+    /// The parameter document of a text.
+    virtual bool KeepTextEffect(CProjectNode& text, const XmlElement& document) = 0;
     /// Lets go of what it keeps of a project and of the objects that stand in it. From here on the state of every node
     /// is kept anew. Called by the thread that drives undo.
     virtual void Forget(const CProjectNode& project) = 0;

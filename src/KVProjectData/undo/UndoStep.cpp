@@ -5,6 +5,7 @@
 #include "KVProjectData/undo/ListState.h"
 #include "KVProjectData/undo/NativeModeState.h"
 #include "KVProjectData/undo/ObjectState.h"
+#include "KVProjectData/undo/TextEffectState.h"
 
 namespace kv {
 
@@ -66,6 +67,11 @@ bool UndoStep::KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode)
 bool UndoStep::KeepButtonStyle(CProjectNode& button)
 {
     return Keep<CKVButtonStlState>(button);
+}
+
+bool UndoStep::KeepTextEffect(CProjectNode& text, const XmlElement& document)
+{
+    return Keep<CKVTextEffectState>(text, document);
 }
 
 void UndoStep::Forget(const CProjectNode& project)

@@ -66,6 +66,7 @@ private:
     bool KeepListChange(CNodeList& list, ListChange change, CProjectNode& child, LONG index) override;
     bool KeepMode(CProjectNode& node, std::shared_ptr<KeptMode> mode) override;
     bool KeepButtonStyle(CProjectNode& button) override;
+    bool KeepTextEffect(CProjectNode& text, const XmlElement& document) override;
     void Forget(const CProjectNode& project) override;
 
     IOleUndoManager& m_manager;
