@@ -241,6 +241,17 @@ void SetMember(IKVProjectData& project, std::string_view path, std::string_view 
     Require(WriteProperty(*target.object, member, Variant(kv::ToUtf16(text))), what);
 }
 
+ComPtr<IDispatch> ObjectAt(IKVProjectData& project, std::string_view path)
+{
+    ComPtr<IDispatch> object(&project);
+    while (!path.empty()) {
+        const std::size_t dot = std::min(path.find('.'), path.size());
+        object = StepInto(*object, ParseSegment(path.substr(0, dot)));
+        path.remove_prefix(std::min(dot + 1, path.size()));
+    }
+    return object;
+}
+
 Item ParseItem(std::string_view text)
 {
     const Segment segment = ParseSegment(text);

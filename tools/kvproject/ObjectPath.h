@@ -6,6 +6,7 @@
 // title; commands[N] can be read alone. Names are those of the JSON output, in any case.
 
 #include "KVProjectData/IKVProjectData.h"
+#include "platform/com/ComPtr.h"
 
 #include <string>
 #include <string_view>
@@ -19,6 +20,9 @@ std::string GetMember(IKVProjectData& project, std::string_view path);
 /// The value is a number, a text, true or false, or the name of an enumerator of the member's own; flags join names and
 /// numbers by "|". Throws Failure when the path names nothing that can be set, or the value does not fit.
 void SetMember(IKVProjectData& project, std::string_view path, std::string_view value);
+
+/// The object that a path such as "titles[1]" or "titles[1].encoding" names. Throws Failure when there is none.
+kv::ComPtr<IDispatch> ObjectAt(IKVProjectData& project, std::string_view path);
 
 /// An object of a list.
 struct Item {

@@ -9,6 +9,7 @@
 #include "Lines.h"
 #include "ObjectPath.h"
 #include "ProjectFile.h"
+#include "Render.h"
 #include "Session.h"
 #include "Text.h"
 #include "Tree.h"
@@ -189,6 +190,27 @@ int RunCheck(const FileOptions& options)
     return faults.empty() ? 0 : kFault;
 }
 
+struct RenderOptions : FileOptions {
+    Picture picture;
+    std::string size;
+    std::string target;
+};
+
+int RunRender(RenderOptions& options)
+{
+    Session session;
+    session.Load(options.file);
+    if (!options.size.empty()) options.picture.size = ReadSize(options.size);
+    Render(session.Project(), options.picture, options.target);
+    return 0;
+}
+
+/// What is wrong with a "WIDTHxHEIGHT"; empty for one that is right.
+std::string CheckSize(const std::string& text)
+{
+    return ReadSize(text) ? "" : "'" + text + "' is no size from 1x1 to 16384x16384";
+}
+
 int RunRegistration(bool add)
 {
     add ? Register() : Unregister();
@@ -261,6 +283,22 @@ int Run(int argc, char** argv)
         app.add_subcommand("check", "Tell what is wrong with a project file; exit code 1 when anything is");
     AddFileOptions(*check, *checked, false);
     check->callback([&run, checked] { run = [checked] { return RunCheck(*checked); }; });
+
+    auto drawn = std::make_shared<RenderOptions>();
+    CLI::App* render = app.add_subcommand("render", "Draw what a menu or a title shows");
+    AddFileOptions(*render, *drawn, false);
+    render->add_option("PATH", drawn->picture.path, "menus[N] or titles[N]")->required();
+    render->add_option("PICTURE", drawn->target, "The PNG file to write")->required()->transform(HostPath);
+    render->add_option("--size", drawn->size, "WIDTHxHEIGHT in pixels; without it that of the disc")->check(CheckSize);
+    render->add_option("--at", drawn->picture.seconds, "SECONDS from the beginning")->check(CLI::NonNegativeNumber);
+    const std::map<std::string, Highlight> highlights{
+        {"selected", Highlight::Selected}, {"activated", Highlight::Activated}, {"all", Highlight::All}};
+    render
+        ->add_option("--highlight", drawn->picture.highlight,
+                     "Of the button that the menu begins with, selected or activated, or of all, selected")
+        ->transform(CLI::CheckedTransformer(highlights))
+        ->type_name("selected|activated|all");
+    render->callback([&run, drawn] { run = [drawn] { return RunRender(*drawn); }; });
 
     app.add_subcommand("idl", "Print the type library as IDL text")->callback([&run] {
         run = [] {
