@@ -127,6 +127,7 @@ public:
     HRESULT TakeProduction(std::string_view name, IUnknown* production) override;
 
     IUnknown* Identity() override { return Controlling(); }
+    ProductionOwner* Owner() override { return this; }
 
     void Attributes(AttributeArchive& archive) override;
 

@@ -69,18 +69,13 @@ bool CKVMenuText::OwnsContent(const XmlView& child) const
     return child.Parent().Child("effect") == child;
 }
 
-HRESULT CKVMenuText::SaveElement(IXMLDOMNode* element, ULONG flags)
+XmlElement CKVMenuText::OwnContent()
 {
-    const HRESULT result = CProjectNode::SaveElement(element, flags);
-    const XmlElement document = SUCCEEDED(result) ? Document() : XmlElement();
-    if (!document) return result;
-    XmlElement target(element);
-    if (document.Name() == "effect") {
-        target.AddCopy(document);
-    } else {
-        target.Add("effect").AddCopy(document);
-    }
-    return S_OK;
+    const XmlElement document = Document();
+    if (!document || document.Name() == "effect") return document ? document.Copy() : document;
+    XmlElement effect = XmlElement::New("effect");
+    effect.AddCopy(document);
+    return effect;
 }
 
 void CKVMenuText::KeepXml(const XmlElement& xml)
