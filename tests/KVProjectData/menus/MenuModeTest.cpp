@@ -76,7 +76,8 @@ TEST_F(MenuModeTest, ChecksWhatItIsToPlay)
 {
     const Bstr missing = folder.File("missing.y4m");
     Bstr folderItself(folder.Path().u16string());
-    for (const BSTR source : {missing.Get(), folderItself.Get(), Str(u"").Get(), BSTR{}}) {
+    const Bstr empty(u"");
+    for (const BSTR source : {missing.Get(), folderItself.Get(), empty.Get(), BSTR{}}) {
         EXPECT_EQ(KV_E_NO_BACKGROUND_FILE, menu->put_Background(source));
         EXPECT_EQ(View(source).empty() ? S_OK : KV_E_NO_AUDIO_FILE, menu->put_Audio(source));
     }
