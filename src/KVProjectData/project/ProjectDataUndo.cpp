@@ -1,6 +1,6 @@
 #include "KVProjectData/project/ProjectData.h"
 
-#include "KVProjectData/menus/Menu.h"
+#include "KVProjectData/IKVMenu.h"
 #include "SbdUtils/EngineCalls.h"
 
 namespace kv {
@@ -19,7 +19,8 @@ std::vector<ComPtr<IUnknown>> CKVProjectData::MenuStoryboards()
 {
     std::vector<ComPtr<IUnknown>> storyboards;
     for (LONG i = 0; i < m_menus.ChildCount(); ++i) {
-        auto* menu = static_cast<CKVMenu*>(m_menus.GetChild(i));
+        const auto menu = Query<IKVMenu>(m_menus.GetChild(i)->Identity());
+        if (!menu) continue;
         ComPtr<IUnknown> storyboard;
         VARIANT_BOOL native = VARIANT_FALSE;
         menu->GetProduction(storyboard.Put());
