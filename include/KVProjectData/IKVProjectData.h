@@ -179,7 +179,8 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT UndoOperation() = 0;
     virtual HRESULT RedoOperation() = 0;
 
-    /// The manager that all projects of the process share. KV_E_NO_UNDO_MANAGER.
+    /// The manager that all projects of the process share. KV_E_NO_UNDO_MANAGER. A unit of the host's that is open on
+    /// it gets the records of edits by its Add, inside sections of the library: there it must call nothing of it.
     virtual HRESULT GetUndoManager(IOleUndoManager** ppUndoMgr) = 0;
 
     /// Sends MajorProjectChange for code 4, else MessageBroadcast. The library itself sends code 2.

@@ -28,8 +28,11 @@ HRESULT CKVXMLDataLoader::Load(IXMLDOMNode* root)
         return S_OK;
     });
     const HRESULT numbered = Guarded([&] {
-        for (const Item& item : m_unnumbered)
+        for (const Item& item : m_unnumbered) {
+            for (LONG i = 0; i < item.node->ChildCount(); ++i)
+                item.node->GetChild(i)->AssignID();
             item.node->AssignID();
+        }
         return S_OK;
     });
     return FAILED(loaded) ? loaded : numbered;
@@ -109,7 +112,7 @@ void CKVXMLDataLoader::LoadNode(const XmlView& element, CProjectNode& node, cons
 {
     if (&node == &m_target) m_found = true;
     const bool read = ReadElement(element, node);
-    if (row.Item() && node.ID() == 0) m_unnumbered.push_back({node.Identity(), &node});
+    if (row.Item() && (node.ID() == 0 || node.ChildCount() > 0)) m_unnumbered.push_back({node.Identity(), &node});
     if (!read) return;
     ForEachChild(element, [&](const XmlView& child) {
         if (!row.Leaf()) {

@@ -39,8 +39,9 @@ double ParseSize(std::u16string_view text)
 
 CKVTitle::CKVTitle() : CProjectNode(typeTitle)
 {
-    AddChild(&MakePart<CKVEncodingParams>(static_cast<ProductionAspect*>(this)), true);
-    AddChild(&MakePart<CKVCommandList>(), true);
+    // They get IDs with the title, or after all others of a document.
+    AddChild(&MakePart<CKVEncodingParams>(static_cast<ProductionAspect*>(this)), false);
+    AddChild(&MakePart<CKVCommandList>(), false);
     MakePart<CKVLocking>(this);
 }
 

@@ -174,7 +174,11 @@ bool CProjectNode::InsertChild(CProjectNode* child, LONG index, bool assignID)
     constexpr std::size_t kUsualChildren = 4;
     if (!child || index < 0 || index > ChildCount()) return false;
     if (m_children.capacity() == 0) m_children.reserve(kUsualChildren);
-    if (assignID) child->AssignID();
+    if (assignID) {
+        for (CProjectNode* part : child->m_children)
+            part->AssignID();
+        child->AssignID();
+    }
     m_children.insert(m_children.begin() + index, child);
     child->SetParent(this);
     return true;
