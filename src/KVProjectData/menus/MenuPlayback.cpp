@@ -39,6 +39,19 @@ bool IsLength(double seconds)
     return std::isfinite(seconds) && seconds >= 0.0;
 }
 
+/// Calls `visit` with each element of a list, and of the lists of its buttons.
+template <class Visit>
+void ForEachElement(const CProjectNode& list, Visit&& visit)
+{
+    constexpr LONG kElementList = 3;
+    for (LONG i = 0; i < list.ChildCount(); ++i) {
+        CProjectNode& element = *list.GetChild(i);
+        visit(element);
+        const CProjectNode* inner = element.Type() == typeButton ? element.GetChild(kElementList) : nullptr;
+        if (inner) ForEachElement(*inner, visit);
+    }
+}
+
 Bstr Translated(const Bstr& text, HRESULT (DocumentPaths::*translate)(BSTR, BSTR*))
 {
     Bstr translated;
@@ -300,6 +313,8 @@ HRESULT CKVMenu::TurnNative(OtherMode& left)
     const HRESULT turned = Guarded([&] {
         Playing playing{m_background, m_audio, m_duration};
         if (menu) {
+            // They keep what their effects told from here on.
+            ForEachElement(Elements(), [](CProjectNode& element) { element.RecordState(true); });
             {
                 const RecordingOff off;
                 ThrowIfFailed(Elements().RemoveEffects());
@@ -361,8 +376,14 @@ HRESULT CKVMenu::ExchangeMode(OtherMode& other)
         const RecordingOff off;
         ComPtr<IUnknown> left;
         if (other.native) {
-            // The effects stay in the production, which undo and redo change by its own blocks.
+            // The effects stay in the production, which undo and redo change by its own blocks; what the elements keep
+            // besides is exchanged by their own records.
+            std::vector<std::pair<CProjectNode*, RecordedValues>> kept;
+            ForEachElement(Elements(),
+                           [&](CProjectNode& element) { kept.emplace_back(&element, element.GetRecord()); });
             Elements().DetachEffects();
+            for (auto& [element, values] : kept)
+                element->ExchangeRecord(values);
             const HRESULT exchanged = m_productions.ExchangeMenu(left);
             if (FAILED(exchanged)) {
                 Elements().AttachEffects(m_productions.Menu().Get());
@@ -375,9 +396,8 @@ HRESULT CKVMenu::ExchangeMode(OtherMode& other)
             if (FAILED(exchanged)) return exchanged;
             other.production.Reset();
             m_productions.ExchangeBackground(left);
-            const auto menu = m_productions.Menu();
-            Elements().AttachEffects(menu.Get());
-            Elements().InsertEffects(menu.Get());
+            // Those whose effects the storyboard has not brought back yet are bound when it has.
+            ForEachElement(Elements(), [](CProjectNode& element) { element.AttachEffect(); });
         }
         other.production = std::move(left);
         other.native = m_native;
