@@ -349,7 +349,6 @@ void LoadProductions(IKVProjectData& project, const XmlElement& root)
     const auto storyboards = Query<IProjectStoryboards>(&project);
     const XmlElement productions = root.Child(kProductions);
     if (!storyboards || !productions) return;
-    EngineCalls::Begin();
     try {
         if (productions.View().FirstChild()) Loader(storyboards->Node(), productions).Run();
         const bool isEmpty = !productions.View().FirstChild() && AttributeCount(productions) == 0;

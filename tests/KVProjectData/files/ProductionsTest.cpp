@@ -295,6 +295,15 @@ TEST_F(ProductionsTest, TitlesOfOneIdKeepTheirOwn)
     EXPECT_EQ("new.mpg", Source(3));
 }
 
+TEST_F(ProductionsTest, WhatLoadingTellsStandsTogether)
+{
+    engine.fault = Fault::Load;
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_EQ(S_OK, Load(Within(Entry(5, kSea)), "<Title ID='5' colour='red'/>"));
+        EXPECT_THAT(ZXUErrorStack(), ElementsAre(HasSubstr("/Title/@colour"), HasSubstr("0xC2000019 = Load()")));
+    }
+}
+
 TEST_F(ProductionsTest, ASaveThatTheEngineFailsLeavesTheFile)
 {
     ASSERT_EQ(S_OK, Load(Within(Entry(5, kSea))));
