@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <optional>
 #include <set>
+#include <utility>
 
 namespace kvproject {
 namespace {
@@ -174,9 +175,16 @@ std::vector<std::string> CheckFile(const std::string& file)
     std::set<ULONG> seen;
     const auto document = ParseFile(file);
     ProductionCheck productions(session, Element(FindProject(*document)), faults);
+    bool firstProductions = true;
     ForEachChild(RootOf(*document), {}, [&](const Element& child, const std::string& path) {
         // Productions have no IDs of their own.
-        child.Name() == kProductionsElement ? productions.Run(child, path) : FindDoubleIds(child, path, seen, faults);
+        if (child.Name() != kProductionsElement) {
+            FindDoubleIds(child, path, seen, faults);
+        } else if (std::exchange(firstProductions, false)) {
+            productions.Run(child, path);
+        } else {
+            faults.push_back(path + ": further productions, which are not loaded");
+        }
     });
     FindMissingFiles(session.Project(), faults);
     FindDestinations(session.Project(), faults);

@@ -96,13 +96,10 @@ public:
         CompareContents(Element(&document).Contents(), {{"a comment", kWritersComment}}, "the document");
         CompareContents(root.Contents(), {}, root.Name());
         bool firstProject = true;
-        bool firstProductions = true;
         ForEachChild(root, {}, [&](const Element& child, const std::string& path) {
             const std::string name = child.Name();
             if (name == kProjectElement && std::exchange(firstProject, false)) return;
-            if (name != kProductionsElement || !std::exchange(firstProductions, false))
-                return ReportUnread(child, path);
-            ReportProjectsIn(child, path);
+            name == kProductionsElement ? ReportProjectsIn(child, path) : ReportUnread(child, path);
         });
     }
 

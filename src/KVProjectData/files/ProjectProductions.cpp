@@ -325,11 +325,9 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& ma
         }
     }
     EngineCalls::Begin();
-    if (kept) {
-        root.Insert(kept.Copy());
-    } else {
-        root.Add(kProductions);
-    }
+    for (const XmlElement& each : kept.Children(kProductions))
+        root.AddCopy(each);
+    if (!kept) root.Add(kProductions);
     Saver saver(root.Child(kProductions));
     for (const auto& [ownerID, owned] : productions)
         saver.Save(ownerID, owned);
@@ -338,9 +336,10 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& ma
 
 void ReserveOwners(const XmlElement& root)
 {
-    const XmlElement productions = root.Child(kProductions);
-    for (XmlView entry = productions.View().FirstChild(); entry; entry = entry.Next()) {
-        if (const auto key = KeyOf(entry)) PassOverID(key->ownerID);
+    for (const XmlElement& productions : root.Children(kProductions)) {
+        for (XmlView entry = productions.View().FirstChild(); entry; entry = entry.Next()) {
+            if (const auto key = KeyOf(entry)) PassOverID(key->ownerID);
+        }
     }
 }
 
@@ -351,12 +350,18 @@ void LoadProductions(IKVProjectData& project, const XmlElement& root)
     if (!storyboards || !productions) return;
     try {
         if (productions.View().FirstChild()) Loader(storyboards->Node(), productions).Run();
-        const bool isEmpty = !productions.View().FirstChild() && AttributeCount(productions) == 0;
+        const std::vector<XmlElement> all = root.Children(kProductions);
+        const bool isEmpty = all.size() == 1 && !productions.View().FirstChild() && AttributeCount(productions) == 0;
+        XmlElement kept = isEmpty ? XmlElement() : XmlElement::New(root.Name());
+        if (kept) {
+            for (const XmlElement& each : all)
+                kept.AddCopy(each);
+        }
         // Whoever saves meanwhile reads what is kept: it is handed over when it does not change any more.
-        storyboards->KeepProductions(isEmpty ? XmlElement() : productions.Copy());
+        storyboards->KeepProductions(std::move(kept));
     } catch (...) {
         // What was not taken out of it stays, whatever happened on the way.
-        storyboards->KeepProductions(productions);
+        storyboards->KeepProductions(root);
         throw;
     }
 }

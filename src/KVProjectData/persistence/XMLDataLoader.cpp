@@ -85,6 +85,15 @@ CProjectNode* CKVXMLDataLoader::CreateItem(NodeType type, CProjectNode& parent)
     return item;
 }
 
+void CKVXMLDataLoader::PassOverBeside(const XmlView& place)
+{
+    if (place.Name() != kProductions) {
+        PassOver(place);
+    } else if (std::exchange(m_metProductions, true)) {
+        m_report.PassOver(place, "further productions are not loaded");
+    }
+}
+
 void CKVXMLDataLoader::LoadPlace(const XmlView& place, CProjectNode* parent)
 {
     if (!place.IsElement()) return PassOver(place);
@@ -94,16 +103,16 @@ void CKVXMLDataLoader::LoadPlace(const XmlView& place, CProjectNode* parent)
     const bool isRoot = !parent && name == kRoot;
     if (isRoot) {
         ReportAttributes(place);
-    } else if (parent || name != kProductions) {
-        PassOver(place);
+    } else {
+        parent ? PassOver(place) : PassOverBeside(place);
     }
     if (row && row->Leaf()) return;
     ForEachChild(place, [&](const XmlView& child) {
         const ElementRow* childRow = child.IsElement() ? FindElement(child.Name()) : nullptr;
         if (childRow && IsTarget(*childRow, nullptr)) {
             LoadPlace(child, nullptr);
-        } else if (isRoot && child.Name() != kProductions) {
-            PassOver(child);
+        } else if (isRoot) {
+            PassOverBeside(child);
         }
     });
 }

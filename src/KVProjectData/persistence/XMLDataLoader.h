@@ -48,11 +48,14 @@ private:
     bool ReadElement(const XmlView& element, CProjectNode& node);
     /// Reports what nobody takes; comments and instructions mean nothing.
     void PassOver(const XmlView& place);
+    /// The same of what stands beside the project, where the first productions are the host's.
+    void PassOverBeside(const XmlView& place);
     /// Of an element that has none of its own.
     void ReportAttributes(const XmlView& element);
 
     CProjectNode& m_target;
     bool m_found = false;
+    bool m_metProductions = false;
     LoadReport m_report;
     /// Holds the tree that is being loaded.
     XmlElement m_scope;

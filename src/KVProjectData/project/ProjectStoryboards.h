@@ -13,8 +13,8 @@ struct IProjectStoryboards : IUnknown {
 
     virtual CProjectNode& Node() = 0;
 
-    /// What stood among the productions of the project's file and was not loaded from there: an element of a tree of
-    /// its own, which is only read. Empty where all was loaded, and after Clear.
+    /// What stood among the productions of the project's file and was not loaded from there: an element that holds
+    /// those of the file, in a tree of its own, which is only read. Empty where all was loaded, and after Clear.
     virtual XmlElement KeptProductions() = 0;
     virtual void KeepProductions(XmlElement kept) = 0;
 };

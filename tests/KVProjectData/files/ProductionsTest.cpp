@@ -148,9 +148,12 @@ protected:
         const auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
         VARIANT_BOOL parsed = VARIANT_FALSE;
         EXPECT_EQ(S_OK, document->load(Variant(folder.File("p.xml").View()), &parsed));
-        ComPtr<IXMLDOMNode> productions;
-        document->selectSingleNode(Str(u"/Root/Productions").Get(), productions.Put());
-        return productions ? ToUtf8(XmlOf(*productions)) : "none";
+        ComPtr<IXMLDOMElement> root;
+        document->get_documentElement(root.Put());
+        std::string text;
+        for (const XmlElement& productions : XmlElement(root.Get()).Children("Productions"))
+            text += productions.View().CompactMarkup();
+        return text;
     }
     ComPtr<IKVTitle> Title(LONG position)
     {
@@ -230,7 +233,8 @@ TEST_F(ProductionsTest, WhatTheLibraryDidNotWriteSurvives)
           Within("<Production ownerID=\"5\" name=\"Background\">" + kSea + "</Production>"),
           Within(Entry(5, "<Other/>")), Within(Entry(5, "<Storyboard odd=\"1\">" + kSea + "</Storyboard>")),
           Within(Entry(5, kSea + "<Chapters n=\"2\"/><!--and a note-->", " author=\"me\"")),
-          Within(Entry(5, kSea) + Entry(5, kSky)),
+          Within(Entry(5, kSea) + Entry(5, kSky)), Within(Entry(5, kSea)) + Within(Entry(7, kSky) + "text"),
+          std::string("<Productions/><Productions by=\"host\"/>"),
           Within(Entry(5, kSea) + "<Production name=\"Storyboard\">" + kSea + "</Production>" + Entry(6, kSky))}) {
         ASSERT_EQ(S_OK, Load(productions)) << productions;
         const std::string saved = Saved();
