@@ -6,16 +6,19 @@
 #include <algorithm>
 
 namespace kvproject {
-namespace {
 
-std::string NameOf(LONG command)
+std::string CommandName(LONG command)
 {
     const auto& names = kv::kEnumDescription<DiscCommand>.values;
     const auto found = std::ranges::find(names, command, &kv::EnumeratorDescription::value);
     return found == names.end() ? std::to_string(command) : std::string(found->name);
 }
 
-} // namespace
+bool IsCommandName(std::string_view name)
+{
+    const auto& names = kv::kEnumDescription<DiscCommand>.values;
+    return std::ranges::find(names, name, &kv::EnumeratorDescription::name) != names.end();
+}
 
 std::vector<Command> CommandsOf(IUnknown* owner)
 {
@@ -27,7 +30,7 @@ std::vector<Command> CommandsOf(IUnknown* owner)
     const kv::UniqueTaskMem<DiscCommandParams> owned(records);
     for (LONG i = 0; i < count; ++i) {
         const auto xml = kv::ComPtr<IXMLDOMNode>::Attach(records[i].pXMLData);
-        Command command{NameOf(records[i].cmd), records[i].lParam1, records[i].lParam2, std::nullopt};
+        Command command{CommandName(records[i].cmd), records[i].lParam1, records[i].lParam2, std::nullopt};
         kv::Bstr text;
         if (xml && SUCCEEDED(xml->get_xml(text.Put()))) command.xml = kv::ToUtf8(text.View());
         commands.push_back(std::move(command));

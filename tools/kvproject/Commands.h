@@ -6,17 +6,21 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kvproject {
 
 struct Command {
-    /// The number of a command without a name.
     std::string name;
     LONG param1;
     LONG param2;
     std::optional<std::string> xml;
 };
+
+/// The number for one without a name.
+std::string CommandName(LONG command);
+bool IsCommandName(std::string_view name);
 
 /// Empty for an object that has none.
 std::vector<Command> CommandsOf(IUnknown* owner);

@@ -1,5 +1,6 @@
 #include "Losses.h"
 
+#include "Commands.h"
 #include "Failure.h"
 #include "Markup.h"
 #include "Session.h"
@@ -8,7 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <deque>
+#include <list>
 
 namespace kvproject {
 namespace {
@@ -18,6 +19,10 @@ using kv::Variant;
 /// Attributes that are read as true or false, from a number or from a word.
 constexpr std::array<std::string_view, 7> kBooleans{"VBREncoding",   "doCompression", "fitToDisc",      "menuless",
                                                     "onDiscProject", "syncToProject", "twoPassEncoding"};
+
+/// Whose children are parts: each stands for the only one of its name, however often it is there. All others hold
+/// lists.
+constexpr std::array<std::string_view, 4> kWithParts{"Project", "Title", "Menu", "Button"};
 
 /// With which the library closes every file.
 constexpr const char* kWritersComment = "DVD Project xml file created using KVProject object.";
@@ -68,23 +73,43 @@ bool MeansTheSame(std::string_view attribute, const std::string& text, const std
     return Same(ReadNumber(text), ReadNumber(written));
 }
 
+/// What a child element is loaded as: a command is what its code says, whatever its name.
+std::string KindOf(const std::string& name, const std::string& parent)
+{
+    return parent == "Commands" && IsCommandName(name) ? "a command" : name;
+}
+
+/// An element as the library wrote it again.
+struct Written {
+    explicit Written(Element node) : element(std::move(node))
+    {
+        const std::string name = element.Name();
+        for (Element& child : element.Children())
+            children[KindOf(child.Name(), name)].emplace_back(std::move(child));
+    }
+
+    Element element;
+    /// By what they were loaded as; those in lists go as they are met.
+    std::map<std::string, std::list<Written>> children;
+};
+
 /// Compares what the file says with what the library made of it.
 class Comparison {
 public:
     explicit Comparison(std::vector<std::string>& faults) : m_faults(faults) {}
 
-    void Run(const Element& file, const Element& loaded, const std::string& path)
+    void Run(const Element& file, Written& loaded, const std::string& path)
     {
-        CompareAttributes(file, loaded, path);
-        CompareContents(file.Contents(), loaded.Contents(), path);
-        std::map<std::string, std::deque<Element>> rest;
-        for (Element& child : loaded.Children())
-            rest[child.Name()].push_back(std::move(child));
+        CompareAttributes(file, loaded.element, path);
+        CompareContents(file.Contents(), loaded.element.Contents(), path);
+        const std::string name = file.Name();
+        const bool hasParts = std::ranges::count(kWithParts, name);
         ForEachChild(file, path, [&](const Element& child, const std::string& childPath) {
-            std::deque<Element>& matches = rest[child.Name()];
+            std::list<Written>& matches = loaded.children[KindOf(child.Name(), name)];
             if (matches.empty()) return ReportUnread(child, childPath);
+            CompareNames(child, matches.front().element, childPath);
             Run(child, matches.front(), childPath);
-            matches.pop_front();
+            if (!hasParts) matches.pop_front();
         });
     }
 
@@ -104,6 +129,14 @@ public:
     }
 
 private:
+    void CompareNames(const Element& file, const Element& loaded, const std::string& path)
+    {
+        if (file.Name() == loaded.Name()) return;
+        const std::string code = loaded.Attributes()["code"];
+        m_faults.push_back(path + ": the command is read as \"" + CommandName(std::stoi(code)) + "\", not \"" +
+                           file.Name() + '"');
+    }
+
     void CompareContents(const std::vector<Content>& file, const std::vector<Content>& kept, const std::string& path)
     {
         for (const Content& content : file) {
@@ -179,7 +212,8 @@ std::vector<std::string> FindLosses(const std::string& file)
 
     std::vector<std::string> losses;
     Comparison comparison(losses);
-    comparison.Run(Element(original), Element(FindProject(*written)), "Project[1]");
+    Written loaded(Element(FindProject(*written)));
+    comparison.Run(Element(original), loaded, "Project[1]");
     comparison.RunOutside(*document);
     return losses;
 }
