@@ -48,12 +48,14 @@ std::optional<double> ReadNumber(const std::string& text)
     return value ? value->dblVal : kv::ParseDoubleUserLocale(kv::ToUtf16(text));
 }
 
-/// The number that enumeration texts such as "2 (PAL)" begin with.
-std::optional<long> ReadLeadingInteger(const std::string& text)
+/// The number of an enumeration, alone or as in "2 (PAL)". Empty for anything else, also where a number is in front.
+std::optional<long> ReadEnumerator(const std::string& text)
 {
     char* end = nullptr;
     const long number = std::strtol(text.c_str(), &end, 10);
-    return end == text.c_str() ? std::nullopt : std::optional(number);
+    const std::string_view rest = end;
+    const bool hasName = rest.starts_with(" (") && rest.ends_with(')');
+    return end != text.c_str() && (rest.empty() || hasName) ? std::optional(number) : std::nullopt;
 }
 
 template <class Value>
@@ -69,7 +71,7 @@ bool MeansTheSame(std::string_view attribute, const std::string& text, const std
     // An object whose ID is 0 has none yet, and gets one.
     if (attribute == "ID") return ReadId(text) == 0u || Same(ReadId(text), ReadId(written));
     if (std::ranges::count(kBooleans, attribute)) return Same(ReadTruth(text), ReadTruth(written));
-    if (written.find(" (") != written.npos) return Same(ReadLeadingInteger(text), ReadLeadingInteger(written));
+    if (written.find(" (") != written.npos) return Same(ReadEnumerator(text), ReadEnumerator(written));
     return Same(ReadNumber(text), ReadNumber(written));
 }
 
