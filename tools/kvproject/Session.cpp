@@ -107,6 +107,9 @@ void Session::Load(const std::string& file)
     if (result == KV_E_FILE_DOES_NOT_PARSE) throw Failure(what + Describe(result) + ": " + ParseFailure(file));
     if (result == REGDB_E_CLASSNOTREG)
         throw Failure(what + Describe(result, "the file is of an older format whose importer is not installed"));
+    // Of a document that parses the version alone is refused.
+    if (result == DISP_E_TYPEMISMATCH || result == DISP_E_OVERFLOW)
+        throw Failure(what + "the attribute \"Version\" of the project: " + Describe(result));
     Require(result, "cannot load " + file);
 }
 
