@@ -27,7 +27,7 @@ void AddClip(EventPrinter& events, const std::string& clip, LONG position)
     const std::string file = HostPath(clip);
     RequireFile(file);
     const kv::Bstr source(kv::ToUtf16(file));
-    if (!IsMedia(source)) std::cerr << "kvproject: " << file << ": neither video nor picture that can be read\n";
+    if (!IsMedia(source)) std::cerr << "kvproject: " << Shown(file) << ": neither video nor picture that can be read\n";
     const auto title = events.AddTitle(source, position);
     const std::string name = std::filesystem::path(file).stem().string();
     Require(title->put_Label(kv::Bstr(kv::ToUtf16(name)).Get()), "cannot name the title");

@@ -88,7 +88,7 @@ kv::ComPtr<IOleUndoManager> ManagerOf(IKVProjectData& project)
 
 std::string TextOf(const kv::Bstr& description)
 {
-    return description.Empty() ? "a step without a name" : kv::ToUtf8(description.View());
+    return description.Empty() ? "a step without a name" : Shown(kv::ToUtf8(description.View()));
 }
 
 /// The descriptions of a stack, the next in turn first.
@@ -361,9 +361,10 @@ void Editor::Save(std::string_view arguments)
 
 void Editor::Status(std::string_view)
 {
-    if (m_file.ChangedByOthers()) m_out << m_file.Name() << " was changed by somebody else\n";
+    const std::string name = Shown(m_file.Name());
+    if (m_file.ChangedByOthers()) m_out << name << " was changed by somebody else\n";
     for (const std::string& loss : m_file.Losses())
-        m_out << m_file.Name() << ": " << Shown(loss) << '\n';
+        m_out << name << ": " << Shown(loss) << '\n';
     m_out << (Unsaved() ? "there are changes that are not saved\n" : "all changes are saved\n");
 }
 

@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Losses.h"
 #include "ObjectPath.h"
+#include "Text.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -112,7 +113,7 @@ bool ProjectFile::TellWhatIsNotHeld() const
         saved.Load(file);
         for (const auto& [path, value] : values) {
             if (ValueOf(saved, path) == value) continue;
-            std::cerr << "kvproject: " << file << " does not hold " << path << '\n';
+            std::cerr << "kvproject: " << Shown(file + " does not hold " + path) << '\n';
             allHeld = false;
         }
     }

@@ -87,6 +87,7 @@ std::string HostPath(std::string_view name)
 
 std::string Shown(std::string_view text)
 {
+    if (!utf8::is_valid(text.begin(), text.end())) return Shown(utf8::replace_invalid(std::string(text)));
     std::string shown;
     bool escaped = text.starts_with('"');
     for (auto at = text.begin(); at != text.end();) {

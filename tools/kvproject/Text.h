@@ -17,7 +17,8 @@ void RequireStorable(std::string_view text, const std::string& what);
 std::string HostPath(std::string_view name);
 
 /// The text as it can be shown within a line. One with characters that would end the line, steer the terminal or turn
-/// the direction of writing stands in double quotes, with these, backslashes and quotes escaped: "a\nb\u009B".
+/// the direction of writing stands in double quotes, with these, backslashes and quotes escaped: "a\nb\u009B". U+FFFD
+/// stands for what is no UTF-8.
 std::string Shown(std::string_view text);
 
 } // namespace kvproject

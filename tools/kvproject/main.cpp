@@ -29,6 +29,7 @@ namespace {
 
 constexpr int kFault = 1;
 constexpr int kUsage = 2;
+constexpr const char* kHelpHint = "\nRun with --help for more information.\n";
 
 /// The options that every command on a file has.
 struct FileOptions {
@@ -123,7 +124,7 @@ std::string CheckAssignment(const std::string& text)
 void TellLosses(const ProjectFile& file)
 {
     for (const std::string& loss : file.Losses())
-        std::cerr << "kvproject: " << file.Name() << ": " << Shown(loss) << '\n';
+        std::cerr << "kvproject: " << Shown(file.Name()) << ": " << Shown(loss) << '\n';
 }
 
 int RunSet(const FileOptions& options, const std::vector<std::string>& assignments)
@@ -161,7 +162,7 @@ void ObeyLines(Session& session, Editor& editor, Lines& lines)
             const std::string message = "line " + std::to_string(lines.Number()) + ": " + failure.what();
             // A person corrects the line; a script may rely on it further down.
             if (!lines.Typed()) throw Failure(message);
-            std::cerr << message << '\n';
+            std::cerr << Shown(message) << '\n';
         }
     }
     if (editor.Unsaved()) std::cerr << "kvproject: the last changes were not saved\n";
@@ -186,7 +187,7 @@ int RunCheck(const FileOptions& options)
     const std::vector<std::string> faults = CheckFile(options.file);
     for (const std::string& fault : faults)
         std::cout << Shown(fault) << '\n';
-    if (faults.empty()) std::cout << options.file << ": nothing wrong\n";
+    if (faults.empty()) std::cout << Shown(options.file) << ": nothing wrong\n";
     return faults.empty() ? 0 : kFault;
 }
 
@@ -215,7 +216,7 @@ int RunRegistration(bool add)
 {
     add ? Register() : Unregister();
     for (const std::string& library : {ProjectLibrary(), EngineLibrary()})
-        std::cout << (add ? "registered " : "unregistered ") << library << '\n';
+        std::cout << (add ? "registered " : "unregistered ") << Shown(library) << '\n';
     return 0;
 }
 
@@ -228,6 +229,7 @@ int Run(int argc, char** argv)
                "titles[2].encoding.SyncToProject. Lists count from 1. A VALUE is a text, a number, true or\n"
                "false, or the name of one of the member's enumerators such as PAL; flags are joined by |.\n"
                "Exit codes: 0 done, 1 something is wrong (a message tells what), 2 wrong usage.");
+    app.failure_message([](const CLI::App*, const CLI::Error& error) { return Shown(error.what()) + kHelpHint; });
     app.set_version_flag("--version", "kvproject " KVPROJECT_VERSION);
     std::function<int()> run;
 
@@ -319,7 +321,7 @@ int Run(int argc, char** argv)
         return app.exit(error) == 0 ? 0 : kUsage;
     }
     if (!run) {
-        std::cerr << "A command is required\nRun with --help for more information.\n";
+        std::cerr << "A command is required" << kHelpHint;
         return kUsage;
     }
     return run();
@@ -341,7 +343,7 @@ int main(int argc, char** argv)
         if (!std::cout) throw kvproject::Failure("cannot write the output");
         return result;
     } catch (const std::exception& error) {
-        std::cerr << "kvproject: " << error.what() << '\n';
+        std::cerr << "kvproject: " << kvproject::Shown(error.what()) << '\n';
         return kvproject::kFault;
     }
 }
