@@ -26,12 +26,15 @@ void AddClip(EventPrinter& events, const std::string& clip, LONG position)
 {
     const std::string file = HostPath(clip);
     RequireFile(file);
+    // The file of the project may be moved, and the program started elsewhere.
+    const std::string path = std::filesystem::absolute(file).string();
+    RequireStorableName(path);
     const kv::Bstr source(kv::ToUtf16(file));
     if (!IsMedia(source)) std::cerr << "kvproject: " << Shown(file) << ": neither video nor picture that can be read\n";
     const auto title = events.AddTitle(source, position);
     const std::string name = std::filesystem::path(file).stem().string();
     Require(title->put_Label(kv::Bstr(kv::ToUtf16(name)).Get()), "cannot name the title");
-    PutIntoStoryboard(*title, file);
+    PutIntoStoryboard(*title, path);
     events.WaitForAll();
 }
 

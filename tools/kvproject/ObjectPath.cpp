@@ -298,6 +298,8 @@ void AddDataFile(IKVProjectData& project, const std::string& text, LONG position
     RequireFile(source);
     const std::string destination =
         equals == text.npos ? std::filesystem::path(source).filename().string() : text.substr(equals + 1);
+    RequireStorableName(source);
+    RequireStorableName(destination);
     ComPtr<IKVDataFile> file;
     Require(project.AddDataFile(position, file.Put()), "cannot add a data file");
     Require(file->put_SourcePath(kv::Bstr(kv::ToUtf16(source)).Get()), source);

@@ -4,8 +4,6 @@
 #include "KVProjectData/Engine.h"
 #include "platform/com/Activation.h"
 
-#include <filesystem>
-
 namespace kvproject {
 namespace {
 
@@ -90,8 +88,7 @@ std::vector<std::pair<std::string_view, Variant>> StoryboardOf(IKVTitle& title)
 
 void PutIntoStoryboard(IKVTitle& title, const std::string& clip)
 {
-    // The file of the project may be moved, and the program started elsewhere.
-    const kv::Bstr source(kv::ToUtf16(std::filesystem::absolute(clip).string()));
+    const kv::Bstr source(kv::ToUtf16(clip));
     const auto edit = Query<IEditData>(ProductionOf(title).Get());
     Require(edit ? edit->AddSourceFile(0, source.Get(), 0.0, 0.0, -1, nullptr) : E_NOINTERFACE,
             "cannot put " + clip + " into the title");

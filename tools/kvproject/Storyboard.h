@@ -23,7 +23,7 @@ inline constexpr std::array<std::string_view, 7> kProductionMembers{"Source",   
 /// file holds until it is edited. Throws Failure when the engine makes none.
 std::vector<std::pair<std::string_view, kv::Variant>> StoryboardOf(IKVTitle& title);
 
-/// Appends a clip to the production of a title. Throws Failure.
+/// Appends a clip, by its full path, to the production of a title. Throws Failure.
 void PutIntoStoryboard(IKVTitle& title, const std::string& clip);
 
 /// Whether the engine reads an element that a production was saved into, and its result where it does not.

@@ -80,6 +80,11 @@ void RequireStorable(std::string_view text, const std::string& what)
     }
 }
 
+void RequireStorableName(std::string_view name)
+{
+    RequireStorable(name, Shown(name));
+}
+
 std::string HostPath(std::string_view name)
 {
     return kv::ToHostPath(kv::ToUtf16(name));

@@ -12,6 +12,8 @@ void RequireUtf8(std::string_view text);
 /// Throws Failure, beginning with `what`, that names the first character which a project file cannot hold, and where in
 /// `text` it stands.
 void RequireStorable(std::string_view text, const std::string& what);
+/// The same for the name of a file, which it tells itself.
+void RequireStorableName(std::string_view name);
 
 /// The name of a file or folder as the system has it: "back\slash.xml" is that file, or slash.xml in the folder back.
 std::string HostPath(std::string_view name);
