@@ -1,5 +1,6 @@
 #include "Check.h"
 
+#include "Destination.h"
 #include "Failure.h"
 #include "Losses.h"
 #include "Markup.h"
@@ -7,8 +8,6 @@
 #include "Storyboard.h"
 #include "platform/system/Paths.h"
 
-#include <algorithm>
-#include <filesystem>
 #include <optional>
 #include <set>
 #include <utility>
@@ -32,31 +31,14 @@ void FindDoubleIds(const Element& element, const std::string& path, std::set<ULO
     });
 }
 
-/// Whether a path on the disc, with either separator, leads out of the disc or names a place of its own.
-bool LeavesDisc(std::string path)
-{
-    std::ranges::replace(path, '\\', '/');
-    if (path.starts_with('/') || (path.size() > 1 && path[1] == ':')) return true;
-    int depth = 0;
-    for (const auto& part : std::filesystem::path(path)) {
-        if (part == "..") --depth;
-        if (part != ".." && part != "." && !part.empty()) ++depth;
-        if (depth < 0) return true;
-    }
-    return false;
-}
-
 void FindDestinations(IKVProjectData& project, std::vector<std::string>& faults)
 {
     ComPtr<IKVDataFile> file;
     for (LONG i = 1; SUCCEEDED(project.GetDataFile(i, file.Put())); ++i) {
         kv::Bstr text;
         file->get_DestPath(text.Put());
-        const std::string destination = kv::ToUtf8(text.View());
-        if (LeavesDisc(destination)) {
-            faults.push_back("dataFiles[" + std::to_string(i) + "]: the destination " + destination +
-                             " leads out of the disc");
-        }
+        const std::string fault = DestinationFault(kv::ToUtf8(text.View()));
+        if (!fault.empty()) faults.push_back("dataFiles[" + std::to_string(i) + "]: " + fault);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "ObjectPath.h"
 
 #include "Commands.h"
+#include "Destination.h"
 #include "Failure.h"
 #include "KVProjectData/KVProjectData.h"
 #include "KVProjectData/ResultCodes.h"
@@ -14,6 +15,7 @@
 #include <charconv>
 #include <cmath>
 #include <filesystem>
+#include <iostream>
 #include <optional>
 #include <unistd.h>
 
@@ -199,6 +201,13 @@ bool HoldsInteger(IDispatch& object, DISPID member)
     return value.vt == VT_I4 || value.vt == VT_UI4 || value.vt == VT_I8;
 }
 
+/// Tells on standard error what is wrong with the destination of a data file that `what` set.
+void TellDestination(const std::string& destination, const std::string& what)
+{
+    const std::string fault = DestinationFault(destination);
+    if (!fault.empty()) std::cerr << "kvproject: " << Shown(what + ": " + fault) << '\n';
+}
+
 /// Where "SOURCE=DESTINATION" parts: a source may hold "=" itself, so that the longest one that is there counts.
 std::size_t FindSourceEnd(const std::string& text)
 {
@@ -239,6 +248,7 @@ void SetMember(IKVProjectData& project, std::string_view path, std::string_view 
         property && property->enumeration ? EnumeratorFor(*property->enumeration, value, what) : std::string(value);
     if (IsFraction(text) && HoldsInteger(*target.object, member)) throw Failure(what + ": a whole number is wanted");
     Require(WriteProperty(*target.object, member, Variant(kv::ToUtf16(text))), what);
+    if (kv::SameText(target.member, "DestPath")) TellDestination(text, std::string(path));
 }
 
 ComPtr<IDispatch> ObjectAt(IKVProjectData& project, std::string_view path)
@@ -304,6 +314,7 @@ void AddDataFile(IKVProjectData& project, const std::string& text, LONG position
     Require(project.AddDataFile(position, file.Put()), "cannot add a data file");
     Require(file->put_SourcePath(kv::Bstr(kv::ToUtf16(source)).Get()), source);
     Require(file->put_DestPath(kv::Bstr(kv::ToUtf16(destination)).Get()), destination);
+    TellDestination(destination, source);
 }
 
 } // namespace kvproject

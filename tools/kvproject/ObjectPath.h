@@ -18,7 +18,8 @@ namespace kvproject {
 std::string GetMember(IKVProjectData& project, std::string_view path);
 
 /// The value is a number, a text, true or false, or the name of an enumerator of the member's own; flags join names and
-/// numbers by "|". Throws Failure when the path names nothing that can be set, or the value does not fit.
+/// numbers by "|". Tells on standard error of a destination that is none on the disc. Throws Failure when the path
+/// names nothing that can be set, or the value does not fit.
 void SetMember(IKVProjectData& project, std::string_view path, std::string_view value);
 
 /// The object that a path such as "titles[1]" or "titles[1].encoding" names. Throws Failure when there is none.
@@ -44,6 +45,7 @@ void MoveItem(IKVProjectData& project, const Item& item, LONG to);
 void RequireFile(const std::string& file);
 
 /// Adds "SOURCE" or "SOURCE=DESTINATION", which is the name of the source at first; position 0 is behind the last.
+/// Tells of the destination as SetMember does.
 void AddDataFile(IKVProjectData& project, const std::string& text, LONG position);
 
 } // namespace kvproject
