@@ -4,6 +4,7 @@
 #include "Losses.h"
 #include "ObjectPath.h"
 #include "Text.h"
+#include "platform/system/Paths.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -39,13 +40,13 @@ private:
     const int m_file;
 };
 
-/// A file of that name, so that no other process makes one; it goes again unless it is kept. Where none can be made,
-/// the save tells why.
+/// A file of that name, or the one that a link of that name leads to, so that no other process makes one; it goes again
+/// unless it is kept. Where none can be made, the save tells why.
 class NewFile {
 public:
-    explicit NewFile(const std::string& name) : m_name(name)
+    explicit NewFile(const std::string& name) : m_name(kv::BehindLinks(name))
     {
-        const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        const int file = open(m_name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (file < 0 && errno == EEXIST) ThrowNotNew(name);
         m_made = file >= 0;
         if (m_made) close(file);

@@ -1,5 +1,7 @@
 #include "platform/system/AtomicFile.h"
 
+#include "platform/system/Paths.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -63,20 +65,6 @@ int CreateBeside(const std::string& target, std::string& name)
     }
     if (file < 0) errno = EBUSY;
     return file;
-}
-
-/// Follows a link to the file behind it, which need not exist, so that this is the one that is replaced.
-std::string BehindLinks(const std::string& target)
-{
-    constexpr int kMostLinks = 40;
-    std::filesystem::path path = target;
-    std::error_code error;
-    for (int i = 0; i < kMostLinks; ++i) {
-        const std::filesystem::path next = std::filesystem::read_symlink(path, error);
-        if (error) break;
-        path = path.parent_path() / next;
-    }
-    return path.string();
 }
 
 /// Gives a new file the owner, the group and the permissions of the one that it replaces. Only root may give a file

@@ -101,6 +101,19 @@ HRESULT CopyNewFile(std::u16string_view source, std::u16string_view target)
     return ResultFrom(error);
 }
 
+std::string BehindLinks(const std::string& target)
+{
+    constexpr int kMostLinks = 40;
+    std::filesystem::path path = target;
+    std::error_code error;
+    for (int i = 0; i < kMostLinks; ++i) {
+        const std::filesystem::path next = std::filesystem::read_symlink(path, error);
+        if (error) break;
+        path = path.parent_path() / next;
+    }
+    return path.string();
+}
+
 std::u16string TemporaryFolder()
 {
     std::error_code error;

@@ -30,6 +30,9 @@ KV_EXPORT HRESULT CreateDirectoryTree(std::u16string_view path);
 /// 0x800700B7 when the target exists already; it is left as it is.
 KV_EXPORT HRESULT CopyNewFile(std::u16string_view source, std::u16string_view target);
 
+/// Follows a link to the file behind it, which need not exist: the one that a save replaces.
+KV_EXPORT std::string BehindLinks(const std::string& target);
+
 /// The system's folder for temporary files, with its closing separator.
 KV_EXPORT std::u16string TemporaryFolder();
 /// The folder of the program that runs.
