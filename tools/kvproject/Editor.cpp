@@ -3,6 +3,7 @@
 #include "Clips.h"
 #include "Failure.h"
 #include "ObjectPath.h"
+#include "Storyboard.h"
 #include "Text.h"
 #include "Tree.h"
 
@@ -122,10 +123,17 @@ bool RemoveEmptyStep(IOleUndoManager& manager)
     return removal && SUCCEEDED(removal->RemoveUnit(newest.Get()));
 }
 
+/// The project and what its titles show.
 kv::Bstr DocumentText(const Session& session)
 {
+    const auto document = session.Document();
+    kv::ComPtr<IXMLDOMElement> root;
+    Require(document->get_documentElement(root.Put()), "cannot write the project");
+    kv::ComPtr<IKVTitle> title;
+    for (LONG i = 1; SUCCEEDED(session.Project().GetTitle(i, title.Put())); ++i)
+        AddStoryboard(*title, *root);
     kv::Bstr text;
-    Require(session.Document()->get_xml(text.Put()), "cannot write the project");
+    Require(document->get_xml(text.Put()), "cannot write the project");
     return text;
 }
 
@@ -245,7 +253,10 @@ void Editor::Set(std::string_view arguments)
     const std::size_t equals = arguments.find('=');
     if (equals == arguments.npos) throw Failure("'" + std::string(arguments) + "' is not of the form PATH=VALUE");
     const std::string path(Trimmed(arguments.substr(0, equals)));
-    Change([&] { SetMember(m_session.Project(), path, Trimmed(arguments.substr(equals + 1))); });
+    Change([&] {
+        JoinStepFor(m_session.Project(), path);
+        SetMember(m_session.Project(), path, Trimmed(arguments.substr(equals + 1)));
+    });
     m_file.WasSet(path);
 }
 

@@ -262,6 +262,13 @@ ComPtr<IDispatch> ObjectAt(IKVProjectData& project, std::string_view path)
     return object;
 }
 
+void JoinStepFor(IKVProjectData& project, std::string_view path)
+{
+    const Target target = Find(project, path);
+    const auto title = kv::Query<IKVTitle>(target.object);
+    if (title && !target.isOfProduction && kv::SameText(target.member, "AspectRatio")) JoinStep(project, *title);
+}
+
 Item ParseItem(std::string_view text)
 {
     const Segment segment = ParseSegment(text);

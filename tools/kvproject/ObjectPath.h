@@ -25,6 +25,10 @@ void SetMember(IKVProjectData& project, std::string_view path, std::string_view 
 /// The object that a path such as "titles[1]" or "titles[1].encoding" names. Throws Failure when there is none.
 kv::ComPtr<IDispatch> ObjectAt(IKVProjectData& project, std::string_view path);
 
+/// Has the production of a title take part in the open step where the path names what is the production's: the aspect
+/// ratio. Throws Failure.
+void JoinStepFor(IKVProjectData& project, std::string_view path);
+
 /// An object of a list.
 struct Item {
     enum class List { Titles, DataFiles };

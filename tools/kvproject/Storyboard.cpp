@@ -94,6 +94,29 @@ void PutIntoStoryboard(IKVTitle& title, const std::string& clip)
             "cannot put " + clip + " into the title");
 }
 
+void AddStoryboard(IKVTitle& title, IXMLDOMElement& parent)
+{
+    ComPtr<IUnknown> production;
+    ComPtr<IXMLDOMDocument> document;
+    ComPtr<IXMLDOMElement> place;
+    // An engine that makes or writes none has nothing to compare.
+    if (FAILED(title.GetProduction(production.Put()))) return;
+    const auto persist = Query<IZXEProductionPersist>(production);
+    if (!persist) return;
+    Require(parent.get_ownerDocument(document.Put()), "cannot write the project");
+    Require(document->createElement(kv::Bstr(u"Storyboard").Get(), place.Put()), "cannot write the project");
+    Require(parent.appendChild(place.Get(), nullptr), "cannot write the project");
+    Require(persist->Save(place.Get(), nullptr), "cannot write what a title shows");
+}
+
+void JoinStep(IKVProjectData& project, IKVTitle& title)
+{
+    LONG id = 0;
+    Require(title.get_ID(&id), "cannot join the step");
+    const HRESULT joined = project.BeginStoryboardUndo(ProductionOf(title).Get(), static_cast<ULONG>(id));
+    if (joined != ZXE_E_UNDO_BLOCK_OPEN) Require(joined, "cannot join the step");
+}
+
 HRESULT TryStoryboard(IXMLDOMElement* element)
 {
     ComPtr<IZXEProductionData> production;

@@ -1,6 +1,7 @@
 #pragma once
 // What the productions of titles show, as a person reads it.
 
+#include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/IKVTitle.h"
 #include "platform/automation/Variant.h"
 
@@ -25,6 +26,13 @@ std::vector<std::pair<std::string_view, kv::Variant>> StoryboardOf(IKVTitle& tit
 
 /// Appends a clip, by its full path, to the production of a title. Throws Failure.
 void PutIntoStoryboard(IKVTitle& title, const std::string& clip);
+
+/// Adds what the production of a title holds to an element, for comparison. A title without a production is given one.
+void AddStoryboard(IKVTitle& title, IXMLDOMElement& parent);
+
+/// Has the production of a title take part in the step that is open, once. A title without one is given one. Throws
+/// Failure.
+void JoinStep(IKVProjectData& project, IKVTitle& title);
 
 /// Whether the engine reads an element that a production was saved into, and its result where it does not.
 HRESULT TryStoryboard(IXMLDOMElement* element);
