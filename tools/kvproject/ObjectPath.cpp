@@ -237,6 +237,21 @@ std::string GetMember(IKVProjectData& project, std::string_view path)
     return number ? property->enumeration->Text(*number) : ValueText(value);
 }
 
+std::vector<std::string> ValueNamesOf(IKVProjectData& project, std::string_view path)
+{
+    const Target target = Find(project, path);
+    const auto property = PropertyAt(target);
+    std::vector<std::string> names;
+    if (property && property->enumeration) {
+        for (const auto& [name, value] : property->enumeration->enumerators)
+            names.push_back(name);
+    }
+    Variant value;
+    if (property && ReadProperty(*target.object, property->id, value) == S_OK && value.vt == VT_BOOL)
+        names = {"true", "false"};
+    return names;
+}
+
 void SetMember(IKVProjectData& project, std::string_view path, std::string_view value)
 {
     const Target target = Find(project, path);

@@ -10,12 +10,17 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kvproject {
 
 /// The value as a person reads it, enumerators and flags by name. Throws Failure when the path names nothing that can
 /// be read, or what it names has no value at the moment.
 std::string GetMember(IKVProjectData& project, std::string_view path);
+
+/// The names that a value of the member can have, or be joined of; empty for one whose values have none. Throws Failure
+/// when the path names nothing that can be set.
+std::vector<std::string> ValueNamesOf(IKVProjectData& project, std::string_view path);
 
 /// The value is a number, a text, true or false, or the name of an enumerator of the member's own; flags join names and
 /// numbers by "|". Tells on standard error of a destination that is none on the disc. Throws Failure when the path

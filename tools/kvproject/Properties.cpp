@@ -8,6 +8,7 @@
 #include <array>
 #include <charconv>
 #include <limits>
+#include <set>
 
 namespace kvproject {
 namespace {
@@ -143,14 +144,18 @@ std::vector<Property> PropertiesOf(IDispatch& object)
     ComPtr<ITypeInfo> info;
     Require(object.GetTypeInfo(0, LOCALE_USER_DEFAULT, info.Put()), "the object does not tell its members");
     std::vector<Property> properties;
+    std::set<DISPID> settable;
     const WORD count = AttributesOf(*info)->cFuncs;
     for (WORD i = 0; i < count; ++i) {
         const auto function = FunctionOf(*info, i);
+        if (function->invkind == INVOKE_PROPERTYPUT) settable.insert(function->memid);
         if (function->invkind != INVOKE_PROPERTYGET) continue;
         std::string name = MemberNames(*info, function->memid).at(0);
         auto enumeration = EnumerationOf(*info, name, *function);
-        properties.push_back({std::move(name), function->memid, std::move(enumeration)});
+        properties.push_back({std::move(name), function->memid, false, std::move(enumeration)});
     }
+    for (Property& property : properties)
+        property.settable = settable.contains(property.id);
     return properties;
 }
 

@@ -37,6 +37,7 @@ private:
 struct Property {
     std::string name;
     DISPID id;
+    bool settable = false;
     /// Empty where values have no names.
     std::optional<Enumeration> enumeration;
 

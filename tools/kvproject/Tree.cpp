@@ -36,13 +36,19 @@ Json ToJson(const VARIANT& value)
     }
 }
 
+/// What is read of a project.
+enum class Extent { All, WithoutProductions, Settable };
+
 /// Reads objects of one interface. What they have is looked up at the first of them.
 class ObjectReader {
 public:
+    explicit ObjectReader(Extent extent) : m_settable(extent == Extent::Settable) {}
+
     /// Every property, late bound, in the order of the interface; null for one that has no value at the moment.
     Json Read(IDispatch& object)
     {
         if (m_properties.empty()) m_properties = PropertiesOf(object);
+        if (m_settable) std::erase_if(m_properties, [](const Property& property) { return !property.settable; });
         Json values = Json::object();
         for (const Property& property : m_properties) {
             Variant value;
@@ -71,6 +77,7 @@ private:
         return list;
     }
 
+    const bool m_settable;
     std::vector<Property> m_properties;
 };
 
@@ -87,10 +94,22 @@ Json Commands(IUnknown* owner)
 }
 
 /// What a project and a title have besides their properties.
-void AddParts(Json& tree, IUnknown* object, ObjectReader& encodings)
+void AddParts(Json& tree, IUnknown* object, ObjectReader& encodings, Extent extent)
 {
     if (const auto encoding = kv::Query<IKVEncodingParams>(object)) tree["Encoding"] = encodings.Read(*encoding);
-    tree["Commands"] = Commands(object);
+    if (extent != Extent::Settable) tree["Commands"] = Commands(object);
+}
+
+Json Production(IKVTitle& title, Extent extent)
+{
+    Json production = Json::object();
+    for (const std::string_view name : kProductionMembers)
+        production[std::string(name)] = Json();
+    if (extent == Extent::All) {
+        for (const auto& [name, value] : StoryboardOf(title))
+            production[std::string(name)] = ToJson(value);
+    }
+    return production;
 }
 
 constexpr std::array<std::string_view, 4> kLists{"Commands", "Titles", "Menus", "DataFiles"};
@@ -152,26 +171,20 @@ void AddPaths(const Json& tree, const std::string& prefix, std::vector<std::stri
     }
 }
 
-Json ReadTree(IKVProjectData& project, bool withProductions)
+Json ReadTree(IKVProjectData& project, Extent extent)
 {
-    ObjectReader projects;
-    ObjectReader titles;
-    ObjectReader dataFiles;
-    ObjectReader encodings;
+    ObjectReader projects(extent);
+    ObjectReader titles(extent);
+    ObjectReader dataFiles(extent);
+    ObjectReader encodings(extent);
     Json tree = projects.Read(project);
-    AddParts(tree, &project, encodings);
+    AddParts(tree, &project, encodings, extent);
     Json& titleList = tree["Titles"] = Json::array();
     ComPtr<IKVTitle> title;
     for (LONG i = 1; SUCCEEDED(project.GetTitle(i, title.Put())); ++i) {
         Json item = titles.Read(*title);
-        AddParts(item, title.Get(), encodings);
-        Json& production = item[std::string(kProductionPart)] = Json::object();
-        for (const std::string_view name : kProductionMembers)
-            production[std::string(name)] = Json();
-        if (withProductions) {
-            for (const auto& [name, value] : StoryboardOf(*title))
-                production[std::string(name)] = ToJson(value);
-        }
+        AddParts(item, title.Get(), encodings, extent);
+        if (extent != Extent::Settable) item[std::string(kProductionPart)] = Production(*title, extent);
         titleList.push_back(std::move(item));
     }
     tree["Menus"] = Json::array();
@@ -186,7 +199,7 @@ Json ReadTree(IKVProjectData& project, bool withProductions)
 
 Json ReadTree(IKVProjectData& project)
 {
-    return ReadTree(project, true);
+    return ReadTree(project, Extent::All);
 }
 
 Json ReadDocument(IKVProjectData& project)
@@ -197,10 +210,10 @@ Json ReadDocument(IKVProjectData& project)
     return document;
 }
 
-std::vector<std::string> PathsOf(IKVProjectData& project)
+std::vector<std::string> PathsOf(IKVProjectData& project, bool settable)
 {
     std::vector<std::string> paths;
-    AddPaths(ReadTree(project, false), {}, paths);
+    AddPaths(ReadTree(project, settable ? Extent::Settable : Extent::WithoutProductions), {}, paths);
     return paths;
 }
 

@@ -19,8 +19,9 @@ Json ReadTree(IKVProjectData& project);
 /// The same with the version of the schema, which changes when a key goes or its meaning changes. See docs/JSON.md.
 Json ReadDocument(IKVProjectData& project);
 
-/// The paths of all its values, as GetMember takes them: "Titles[1].Encoding.AudioFormat". Looks into no production.
-std::vector<std::string> PathsOf(IKVProjectData& project);
+/// The paths of all its values, as GetMember takes them, or of those that can be set: "Titles[1].Encoding.AudioFormat".
+/// Looks into no production.
+std::vector<std::string> PathsOf(IKVProjectData& project, bool settable = false);
 
 /// An indented listing for a person.
 void PrintTree(const Json& tree, std::ostream& out);

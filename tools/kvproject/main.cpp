@@ -42,10 +42,11 @@ struct FileOptions {
     std::ostream* EventStream() const { return events ? &std::cout : nullptr; }
 };
 
-void AddFileOptions(CLI::App& command, FileOptions& options, bool events)
+CLI::Option* AddFileOptions(CLI::App& command, FileOptions& options, bool events)
 {
-    command.add_option("FILE", options.file, "The project file")->required()->transform(HostPath);
+    CLI::Option* file = command.add_option("FILE", options.file, "The project file");
     if (events) command.add_flag("--events", options.events, "Print the events of the project as they arrive");
+    return file->required()->transform(HostPath);
 }
 
 struct NewOptions : FileOptions {
@@ -105,12 +106,19 @@ int RunGet(const FileOptions& options, const std::vector<std::string>& paths)
     return 0;
 }
 
-int RunMembers(const FileOptions& options)
+struct MembersOptions : FileOptions {
+    bool settable = false;
+    std::string valuesOf;
+};
+
+int RunMembers(const MembersOptions& options)
 {
     Session session;
-    session.Load(options.file);
-    for (const std::string& path : PathsOf(session.Project()))
-        std::cout << path << '\n';
+    if (!options.file.empty()) session.Load(options.file);
+    IKVProjectData& project = session.Project();
+    const bool values = !options.valuesOf.empty();
+    for (const auto& line : values ? ValueNamesOf(project, options.valuesOf) : PathsOf(project, options.settable))
+        std::cout << line << '\n';
     return 0;
 }
 
@@ -259,9 +267,11 @@ int Run(int argc, char** argv)
     get->add_option("PATH", *paths, "The members")->required();
     get->callback([&run, read, paths] { run = [read, paths] { return RunGet(*read, *paths); }; });
 
-    auto listed = std::make_shared<FileOptions>();
-    CLI::App* members = app.add_subcommand("members", "List the paths that get takes");
-    AddFileOptions(*members, *listed, false);
+    auto listed = std::make_shared<MembersOptions>();
+    CLI::App* members = app.add_subcommand("members", "List the paths that get takes, of a new project without a FILE");
+    AddFileOptions(*members, *listed, false)->required(false);
+    members->add_flag("--settable", listed->settable, "Those that set takes");
+    members->add_option("--values", listed->valuesOf, "The names that a value of this PATH can be, instead");
     members->callback([&run, listed] { run = [listed] { return RunMembers(*listed); }; });
 
     auto changed = std::make_shared<FileOptions>();
