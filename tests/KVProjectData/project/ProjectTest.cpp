@@ -273,12 +273,14 @@ TEST_F(ProjectTest, FindsWhatStandsInMenusThroughEveryChange)
     struct Menu {
         ComPtr<IKVMenu> menu;
         ComPtr<IKVMenuElement> button;
+        ComPtr<IKVMenuElement> overlay;
         ComPtr<IUnknown> group;
     };
     std::vector<Menu> menus(3);
-    for (auto& [menu, button, group] : menus) {
+    for (auto& [menu, button, overlay, group] : menus) {
         ASSERT_EQ(S_OK, project->AddMenu(0, menu.Put()));
         ASSERT_EQ(S_OK, Query<IKVMenuElementList>(menu)->AddElement(&IKVMenuButton::IID, button.Put()));
+        ASSERT_EQ(S_OK, Query<IKVMenuElementList>(button)->AddElement(&IKVMenuOverlay::IID, overlay.Put()));
         ASSERT_EQ(S_OK, menu->AddtoGroup(1, 0));
         ASSERT_EQ(S_OK, menu->GetGroupIDByElementID(1, group.Put()));
     }
@@ -296,9 +298,10 @@ TEST_F(ProjectTest, FindsWhatStandsInMenusThroughEveryChange)
         EXPECT_EQ(objects[0], objects[2]);
         return objects[0];
     };
-    for (const auto& [menu, button, group] : menus) {
+    for (const auto& [menu, button, overlay, group] : menus) {
         EXPECT_EQ(Query<IUnknown>(menu), found(id(menu)));
         EXPECT_EQ(Query<IUnknown>(button), found(id(button)));
+        EXPECT_EQ(Query<IUnknown>(overlay), found(id(overlay)));
         EXPECT_EQ(group, found(id(Query<IGroupInfoNode>(group))));
     }
     // Of objects that share an ID the one in the last menu counts.
