@@ -66,10 +66,13 @@ Bitmap FrameReader::FrameAt(double seconds, int width, int height)
 
 std::int64_t FrameReader::InStreamTime(double seconds) const
 {
-    const double units = seconds / av_q2d(m_stream.time_base);
+    // A time that is told in decimals lies within the frame that it means, not a rounding error before it. A unit may
+    // be as long as a frame.
+    constexpr double kDecimals = 0.0005;
+    const double unit = av_q2d(m_stream.time_base);
+    const double units = seconds / unit + std::min(kDecimals / unit, 0.5);
     const std::int64_t start = m_stream.start_time == AV_NOPTS_VALUE ? 0 : m_stream.start_time;
-    // A time that is told in decimals lies within the frame that it means, not a rounding error before it.
-    return units < 1e15 ? start + std::llround(units) : INT64_MAX / 4;
+    return units < 1e15 ? start + static_cast<std::int64_t>(units) : INT64_MAX / 4;
 }
 
 bool FrameReader::Shows(std::int64_t time) const

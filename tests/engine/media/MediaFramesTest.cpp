@@ -33,6 +33,7 @@ const ClipFolder& FrameClips()
         clips.Make("greys.mp4", greys + "-c:v mpeg4 -bf 2 -g 12");
         clips.Make("greys.mpg", greys + "-c:v mpeg2video -bf 2 -g 12 -flags +cgop -sc_threshold 1000000000");
         clips.Make("greys.mkv", greys + "-c:v ffv1");
+        clips.Make("greys.avi", greys + "-c:v mjpeg");
         clips.Make("wide.mp4", greys + "-c:v mpeg4 -aspect 16:9 -frames:v 1");
         const std::string quarters =
             "-f lavfi -i \"color=red:size=64x32,drawbox=x=32:w=32:h=16:color=lime:t=fill,"
@@ -62,9 +63,10 @@ MATCHER_P(IsGreyOfFrame, number, "")
 
 TEST(MediaFrames, ShowsTheFrameOfATime)
 {
-    const std::pair<double, int> times[] = {{0.0, 0},   {0.039, 0}, {0.04, 1}, {0.5, 12}, {0.52, 13}, {1.0, 25},
-                                            {1.97, 49}, {0.2, 5},   {0.0, 0},  {1.5, 37}, {99.0, 49}, {1e300, 49}};
-    for (const char* name : {"greys.mp4", "greys.mpg", "greys.mkv"}) {
+    const std::pair<double, int> times[] = {{0.0, 0},   {0.02, 0},  {0.039, 0}, {0.04, 1}, {0.5, 12},
+                                            {0.52, 13}, {1.0, 25},  {1.97, 49}, {0.2, 5},  {0.0, 0},
+                                            {1.5, 37},  {99.0, 49}, {1e300, 49}};
+    for (const char* name : {"greys.mp4", "greys.mpg", "greys.mkv", "greys.avi"}) {
         const auto media = OpenMedia(FrameClips(), name);
         for (const auto& [seconds, number] : times)
             EXPECT_THAT(FrameOf(media.Get(), seconds), IsGreyOfFrame(number)) << name << " " << seconds;
