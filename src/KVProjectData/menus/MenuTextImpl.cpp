@@ -213,7 +213,7 @@ HRESULT CMenuTextImpl::PushAnchor()
 HRESULT CMenuTextImpl::getHandles(Corners& corners)
 {
     return Guarded([&] {
-        constexpr double kHeight = 480;
+        constexpr ULONG kHeight = 480;
         constexpr double kSame[16]{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
         const XmlElement document = ShownDocument();
         kEngine.NeedPointer(document.Get(), "spTextXML.p");
