@@ -69,12 +69,12 @@ bool CKVMenuText::OwnsContent(const XmlView& child) const
     return child.Parent().Child("effect") == child;
 }
 
-XmlElement CKVMenuText::OwnContent()
+XmlElement CKVMenuText::OwnContent() const
 {
-    const XmlElement document = Document();
-    if (!document || document.Name() == "effect") return document ? document.Copy() : document;
+    XmlElement document = CopyOfDocument();
+    if (!document || document.Name() == "effect") return document;
     XmlElement effect = XmlElement::New("effect");
-    effect.AddCopy(document);
+    effect.Insert(document);
     return effect;
 }
 

@@ -52,7 +52,7 @@ public:
     void Attributes(AttributeArchive& archive) override;
     HRESULT LoadElement(const LoadedElement& element) override;
     bool OwnsContent(const XmlView& child) const override;
-    XmlElement OwnContent() override;
+    XmlElement OwnContent() const override;
     XmlElement KeptXml() override { return Document(); }
     void KeepXml(const XmlElement& xml) override;
 

@@ -68,13 +68,23 @@ XmlElement ForCurrentPlugIn(const XmlElement& document)
 
 // The document
 
+XmlElement CMenuTextImpl::LiveDocument() const
+{
+    ComPtr<IXMLDOMNode> document;
+    kEngine.Checked(m_effect.getDocument(document));
+    return RootOf(document.Get());
+}
+
+XmlElement CMenuTextImpl::CopyOfDocument() const
+{
+    if (!m_effect && !m_loaded.Empty()) return m_loaded.Copy();
+    const XmlElement document = m_effect ? LiveDocument() : m_document;
+    return document ? document.Copy() : document;
+}
+
 XmlElement CMenuTextImpl::Document()
 {
-    if (m_effect) {
-        ComPtr<IXMLDOMNode> document;
-        kEngine.Checked(m_effect.getDocument(document));
-        return RootOf(document.Get());
-    }
+    if (m_effect) return LiveDocument();
     if (!m_loaded.Empty()) StoreDocument(m_loaded.Copy());
     return m_document;
 }

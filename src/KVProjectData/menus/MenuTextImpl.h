@@ -39,6 +39,7 @@ public:
     /// What the text shows; empty for one without effect that shows what new ones do, and for an effect whose document
     /// cannot be had.
     XmlElement Document();
+    XmlElement CopyOfDocument() const;
     /// Shows another one, which must not be changed from now on. No record.
     HRESULT ReplaceDocument(const XmlElement& document);
 
@@ -55,6 +56,8 @@ protected:
     float m_boxHeight = 0;
 
 private:
+    /// Of the effect.
+    XmlElement LiveDocument() const;
     /// The document, or what new texts show. Throws Error.
     XmlElement ShownDocument();
     void RecordDocument();

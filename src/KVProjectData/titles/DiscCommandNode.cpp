@@ -49,7 +49,7 @@ bool CDiscCommandNode::OwnsContent(const XmlView& child) const
     return isFirst && child.IsElement() && (child.Name() == "file" || child.Name() == "effect");
 }
 
-XmlElement CDiscCommandNode::OwnContent()
+XmlElement CDiscCommandNode::OwnContent() const
 {
     return m_xml.Empty() ? XmlElement() : m_xml.Copy();
 }

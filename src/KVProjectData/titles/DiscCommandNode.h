@@ -22,7 +22,7 @@ public:
     std::string_view GetName(ULONG flags) const override;
     HRESULT LoadElement(const LoadedElement& element) override;
     bool OwnsContent(const XmlView& child) const override;
-    XmlElement OwnContent() override;
+    XmlElement OwnContent() const override;
     IUnknown* Identity() override { return Controlling(); }
 
     void Attributes(AttributeArchive& archive) override;

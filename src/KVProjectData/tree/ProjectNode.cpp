@@ -126,7 +126,7 @@ bool CProjectNode::OwnsContent(const XmlView&) const
     return false;
 }
 
-XmlElement CProjectNode::OwnContent()
+XmlElement CProjectNode::OwnContent() const
 {
     return {};
 }

@@ -69,7 +69,7 @@ public:
     virtual bool OwnsContent(const XmlView& child) const;
     /// What the node's element holds beside the elements of its children: an element of a tree of its own. Empty for
     /// most.
-    virtual XmlElement OwnContent();
+    virtual XmlElement OwnContent() const;
     /// The object that the node is part of; not counted.
     virtual IUnknown* Identity() = 0;
 
