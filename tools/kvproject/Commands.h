@@ -1,5 +1,5 @@
 #pragma once
-// The disc commands of a project or a title, as a person reads them.
+// The disc commands of a project, a title, a menu or a button, as a person reads them.
 
 #include "platform/com/BaseTypes.h"
 #include "platform/com/Unknown.h"
@@ -16,6 +16,9 @@ struct Command {
     LONG param1;
     LONG param2;
     std::optional<std::string> xml;
+
+    /// "PlayMenu 7 0"
+    std::string Text() const { return name + ' ' + std::to_string(param1) + ' ' + std::to_string(param2); }
 };
 
 /// The number for one without a name.

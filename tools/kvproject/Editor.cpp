@@ -1,7 +1,9 @@
 #include "Editor.h"
 
+#include "Arguments.h"
 #include "Clips.h"
 #include "Failure.h"
+#include "MenuEdits.h"
 #include "ObjectPath.h"
 #include "Storyboard.h"
 #include "Text.h"
@@ -10,70 +12,10 @@
 #include "KVProjectData/ICPSUndoParentEnum.h"
 
 #include <algorithm>
-#include <charconv>
 #include <vector>
 
 namespace kvproject {
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r";
-
-std::string_view Trimmed(std::string_view text)
-{
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-/// The first word; `text` keeps what follows.
-std::string_view TakeWord(std::string_view& text)
-{
-    const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
-    text = Trimmed(text.substr(word.size()));
-    return word;
-}
-
-LONG ParsePosition(std::string_view text)
-{
-    LONG position = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), position);
-    if (error != std::errc() || end != text.data() + text.size() || position < 1) {
-        throw Failure("'" + std::string(text) + "' is no position; they count from 1");
-    }
-    return position;
-}
-
-/// Takes " at N" from the end; 0, which is behind the last, without it.
-LONG TakePlace(std::string_view& text)
-{
-    constexpr std::string_view kAt = "at ";
-    const std::size_t at = text.rfind(kAt);
-    if (at == text.npos || (at > 0 && kBlanks.find(text[at - 1]) == kBlanks.npos)) return 0;
-    const std::string_view number = Trimmed(text.substr(at + kAt.size()));
-    if (number.find_first_not_of("0123456789") != number.npos) return 0;
-    text = Trimmed(text.substr(0, at));
-    return ParsePosition(number);
-}
-
-/// What "add" names, and where it is to stand.
-struct Addition {
-    std::string name;
-    LONG place;
-};
-
-/// A name that ends like a place itself stands in double quotes.
-Addition ParseAddition(std::string_view text)
-{
-    if (!text.starts_with('"')) {
-        const LONG place = TakePlace(text);
-        return {std::string(text), place};
-    }
-    const std::size_t end = text.rfind('"');
-    if (end == 0) throw Failure("the closing quote is missing");
-    std::string_view rest = Trimmed(text.substr(end + 1));
-    const LONG place = TakePlace(rest);
-    if (!rest.empty()) throw Failure("'" + std::string(rest) + "' stands behind the closing quote");
-    return {std::string(text.substr(1, end - 1)), place};
-}
 
 kv::Bstr Wide(std::string_view text)
 {
@@ -150,8 +92,15 @@ constexpr Editor::Command Editor::kCommands[] = {
     {"set", &Editor::Set, "PATH=VALUE", "change a value"},
     {"add", &Editor::Add, "title [CLIP] [at N]", "add a title; the first clip is measured"},
     {"add", &Editor::Add, "file SOURCE[=DESTINATION] [at N]", "add a data file"},
-    {"remove", &Editor::Remove, "titles[N] | dataFiles[N]", "take an object out"},
-    {"move", &Editor::Move, "titles[N] TO", "move an object to another position"},
+    {"add", &Editor::Add, "menu [LABEL] [at N]", "add a menu"},
+    {"add", &Editor::Add, "button [LABEL] to MENU [at N]", "add a button to menus[1]"},
+    {"add", &Editor::Add, "text WORDS to OWNER [at N]", "add a text to a menu or to menus[1].buttons[1]"},
+    {"add", &Editor::Add, "overlay PICTURE to OWNER [at N]", "add a picture or a clip to it"},
+    {"add", &Editor::Add, "group ELEMENTS to MENU", "join elements such as buttons[1]|texts[1]"},
+    {"add", &Editor::Add, "command COMMAND to OWNER [at N]", "add a command such as PlayMenu menus[1]"},
+    {"remove", &Editor::Remove, "OBJECT", "take out titles[1], dataFiles[1], menus[1].buttons[1], ..."},
+    {"move", &Editor::Move, "OBJECT TO", "move an object to another position"},
+    {"copy", &Editor::Copy, "OBJECT [to OWNER] [at N]", "copy a menu, an element or a command"},
     {"begin", &Editor::Begin, "[DESCRIPTION]", "gather the edits that follow in one step"},
     {"snapshot", &Editor::Snapshot, "[DESCRIPTION]", "the same, by keeping the whole project"},
     {"end", &Editor::End, "", "end the step"},
@@ -263,16 +212,27 @@ void Editor::Set(std::string_view arguments)
 void Editor::Add(std::string_view arguments)
 {
     const std::string_view kind = TakeWord(arguments);
+    if (kind != "title" && kind != "file" && kind != "menu") {
+        const Placement placement = ParsePlacement(arguments);
+        return Change([&] { AddTo(m_session.Project(), kind, placement); });
+    }
     const Addition addition = ParseAddition(arguments);
     const std::string& name = addition.name;
     if (kind == "title") {
         Change([&] { AddTitle(name, addition.place); });
-    } else if (kind == "file") {
+    } else if (kind == "menu") {
+        Change([&] { AddMenu(m_session.Project(), name, addition.place); });
+    } else {
         if (name.empty()) throw Failure("add file: which file?");
         Change([&] { AddDataFile(m_session.Project(), name, addition.place); });
-    } else {
-        throw Failure("add what? A title or a file");
     }
+}
+
+void Editor::Copy(std::string_view arguments)
+{
+    const Item item = ParseItem(TakeWord(arguments));
+    const Placement placement = ParsePlacement(arguments);
+    Change([&] { CopyItem(m_session.Project(), item, placement); });
 }
 
 void Editor::AddTitle(const std::string& clip, LONG place)

@@ -36,6 +36,7 @@ private:
     void AddTitle(const std::string& clip, LONG place);
     void Remove(std::string_view arguments);
     void Move(std::string_view arguments);
+    void Copy(std::string_view arguments);
     void Begin(std::string_view description);
     void End(std::string_view);
     void Cancel(std::string_view);

@@ -1,10 +1,13 @@
 #include "ObjectPath.h"
 
+#include "CommandEdits.h"
 #include "Commands.h"
 #include "Destination.h"
 #include "Failure.h"
 #include "KVProjectData/KVProjectData.h"
 #include "KVProjectData/ResultCodes.h"
+#include "Members.h"
+#include "MenuEdits.h"
 #include "Properties.h"
 #include "Storyboard.h"
 #include "Text.h"
@@ -79,12 +82,15 @@ std::string_view ItemGetter(std::string_view list)
     for (const auto& [name, getter] : kLists) {
         if (kv::SameText(name, list)) return getter;
     }
-    throw Failure("'" + std::string(list) + "' is no list: there are titles[N], menus[N] and dataFiles[N]");
+    throw Failure("'" + std::string(list) +
+                  "' is no list: there are titles[N], menus[N] and dataFiles[N], in a menu "
+                  "elements[N], buttons[N], overlays[N], texts[N] and groups[N]");
 }
 
 ComPtr<IDispatch> StepInto(IDispatch& object, const Segment& segment)
 {
     if (segment.position) {
+        if (auto item = ItemOfMenu(object, segment.name, *segment.position)) return item;
         Variant item;
         const DISPID getter = FindMember(object, ItemGetter(segment.name));
         Require(GetItem(object, getter, *segment.position, item),
@@ -104,34 +110,61 @@ struct Target {
     std::optional<LONG> command;
     /// The production of the title that holds it.
     bool isOfProduction = false;
+    /// What has a form of its own, and the part of it that is meant.
+    std::optional<Member> special;
+    std::optional<std::string> part;
+    /// Empty for a command as a whole.
     std::string_view member;
 
     DISPID Id() const
     {
         if (isOfProduction) throw Failure("'" + std::string(member) + "': what a title shows cannot be set");
-        if (command) throw Failure("commands[" + std::to_string(*command) + "]: commands cannot be set");
         return FindMember(*object, member);
     }
 };
 
+/// Takes the first name from a path.
+Segment TakeSegment(std::string_view& path)
+{
+    const std::size_t dot = std::min(path.find('.'), path.size());
+    const Segment segment = ParseSegment(path.substr(0, dot));
+    path.remove_prefix(std::min(dot + 1, path.size()));
+    return segment;
+}
+
 Target Find(IKVProjectData& project, std::string_view path)
 {
-    Target target{ComPtr<IDispatch>(&project), std::nullopt, false, {}};
-    for (std::size_t dot = path.find('.'); dot != path.npos; dot = path.find('.')) {
-        const Segment segment = ParseSegment(path.substr(0, dot));
-        if (target.command || target.isOfProduction)
+    Target target;
+    target.object = &project;
+    // Groups know no menu: what is looked up for them is looked up in the menu that they were found in.
+    std::shared_ptr<const MenuView> view;
+    while (path.find('.') != path.npos) {
+        const Segment segment = TakeSegment(path);
+        if (target.command || target.isOfProduction || target.special)
             throw Failure("'" + std::string(segment.name) + "' has no members");
         if (segment.position && kv::SameText(segment.name, "commands")) {
             target.command = segment.position;
         } else if (!segment.position && kv::SameText(segment.name, kProductionPart) &&
                    kv::Query<IKVTitle>(target.object)) {
             target.isOfProduction = true;
+        } else if (!segment.position && (target.special = FindSpecial(*target.object, segment.name, view))) {
+            if (target.special->parts.empty()) throw Failure("'" + std::string(segment.name) + "' has no members");
         } else {
+            if (kv::Query<IKVMenu>(target.object)) view = ViewMenuOf(target.object.Get());
             target.object = StepInto(*target.object, segment);
         }
-        path.remove_prefix(dot + 1);
     }
-    if (ParseSegment(path).position) throw Failure("'" + std::string(path) + "' is an object: name one of its members");
+    const Segment last = ParseSegment(path);
+    if (last.position && !target.command && !target.special && kv::SameText(last.name, "commands")) {
+        target.command = last.position;
+        return target;
+    }
+    if (last.position) throw Failure("'" + std::string(path) + "' is an object: name one of its members");
+    if (target.special) {
+        target.part = std::string(path);
+    } else if (!target.command && !target.isOfProduction) {
+        target.special = FindSpecial(*target.object, path, view);
+    }
     target.member = path;
     return target;
 }
@@ -152,6 +185,7 @@ std::optional<std::string> CommandMember(const Target& target)
         throw Failure("commands[" + std::to_string(position) + "]: " + Describe(KV_E_BAD_POSITION));
     }
     const Command& command = commands[static_cast<std::size_t>(position) - 1];
+    if (target.member.empty()) return command.Text();
     if (kv::SameText(target.member, "Command")) return command.name;
     if (kv::SameText(target.member, "Param1")) return std::to_string(command.param1);
     if (kv::SameText(target.member, "Param2")) return std::to_string(command.param2);
@@ -177,6 +211,13 @@ std::optional<Property> PropertyAt(const Target& target)
         if (property.id == id) return std::move(property);
     }
     return std::nullopt;
+}
+
+void SetCommandAt(IKVProjectData& project, const Target& target, std::string_view value)
+{
+    RequireStorable(value, "the command");
+    if (target.member.empty()) return SetCommand(project, target.object.Get(), *target.command, value);
+    SetCommandMember(project, target.object.Get(), *target.command, target.member, value);
 }
 
 /// The number that the property takes for it, as text.
@@ -224,6 +265,7 @@ std::size_t FindSourceEnd(const std::string& text)
 std::string GetMember(IKVProjectData& project, std::string_view path)
 {
     const Target target = Find(project, path);
+    if (target.special) return target.special->Text(target.part ? &*target.part : nullptr, std::string(path));
     if (target.command || target.isOfProduction) {
         const auto text = target.command ? CommandMember(target) : ProductionMember(target);
         if (!text) throw Failure(std::string(path) + ": " + Describe(S_FALSE));
@@ -256,6 +298,8 @@ void SetMember(IKVProjectData& project, std::string_view path, std::string_view 
 {
     const Target target = Find(project, path);
     const std::string what = std::string(path) + "=" + Shown(value);
+    if (target.special) return target.special->Set(target.part ? &*target.part : nullptr, value, what);
+    if (target.command) return SetCommandAt(project, target, value);
     const DISPID member = target.Id();
     const auto property = PropertyAt(target);
     RequireStorable(value, what);
@@ -266,17 +310,6 @@ void SetMember(IKVProjectData& project, std::string_view path, std::string_view 
     if (kv::SameText(target.member, "DestPath")) TellDestination(text, std::string(path));
 }
 
-ComPtr<IDispatch> ObjectAt(IKVProjectData& project, std::string_view path)
-{
-    ComPtr<IDispatch> object(&project);
-    while (!path.empty()) {
-        const std::size_t dot = std::min(path.find('.'), path.size());
-        object = StepInto(*object, ParseSegment(path.substr(0, dot)));
-        path.remove_prefix(std::min(dot + 1, path.size()));
-    }
-    return object;
-}
-
 void JoinStepFor(IKVProjectData& project, std::string_view path)
 {
     const Target target = Find(project, path);
@@ -284,34 +317,56 @@ void JoinStepFor(IKVProjectData& project, std::string_view path)
     if (title && !target.isOfProduction && kv::SameText(target.member, "AspectRatio")) JoinStep(project, *title);
 }
 
+ComPtr<IDispatch> FindObject(IKVProjectData& project, std::string_view path)
+{
+    ComPtr<IDispatch> object(&project);
+    while (!path.empty())
+        object = StepInto(*object, TakeSegment(path));
+    return object;
+}
+
 Item ParseItem(std::string_view text)
 {
-    const Segment segment = ParseSegment(text);
-    const bool isTitle = kv::SameText(segment.name, "titles");
-    if (!segment.position || !(isTitle || kv::SameText(segment.name, "dataFiles"))) {
-        throw Failure("'" + std::string(text) + "' is neither titles[N] nor dataFiles[N]");
+    const std::size_t dot = text.rfind('.');
+    const std::string_view owner = dot == text.npos ? std::string_view() : text.substr(0, dot);
+    const Segment segment = ParseSegment(dot == text.npos ? text : text.substr(dot + 1));
+    if (!segment.position) {
+        throw Failure("'" + std::string(text) + "' is no object of a list, such as titles[1], dataFiles[1], menus[1] " +
+                      "or menus[1].elements[1]");
     }
-    return {isTitle ? Item::List::Titles : Item::List::DataFiles, *segment.position};
+    return {std::string(owner), std::string(segment.name), *segment.position};
 }
 
 void RemoveItem(IKVProjectData& project, const Item& item)
 {
-    if (item.list == Item::List::DataFiles) {
-        Require(project.RemoveDataFile(item.position, nullptr), "cannot remove the data file");
-        return;
+    const auto owner = FindObject(project, item.owner);
+    if (kv::SameText(item.list, "commands")) return RemoveCommand(owner.Get(), item.position);
+    if (!item.owner.empty()) return RemoveFromMenu(*owner, item.list, item.position);
+    if (kv::SameText(item.list, "dataFiles")) {
+        return Require(project.RemoveDataFile(item.position, nullptr), "cannot remove the data file");
     }
-    ComPtr<IKVTitle> title;
+    const auto object = StepInto(project, {item.list, item.position});
     LONG id = 0;
-    Require(project.GetTitle(item.position, title.Put()), "cannot remove the title");
-    Require(title->get_ID(&id), "cannot remove the title");
+    if (const auto menu = kv::Query<IKVMenu>(object)) {
+        Require(menu->get_ID(&id), "cannot remove the menu");
+        return Require(project.RemoveMenu(id, nullptr), "cannot remove the menu");
+    }
+    Require(kv::Query<IKVTitle>(object)->get_ID(&id), "cannot remove the title");
     Require(project.RemoveTitle(id, nullptr), "cannot remove the title");
 }
 
 void MoveItem(IKVProjectData& project, const Item& item, LONG to)
 {
-    Require(item.list == Item::List::Titles ? project.MoveTitle(item.position, to)
-                                            : project.MoveDataFile(item.position, to),
-            "cannot move it to position " + std::to_string(to));
+    const auto owner = FindObject(project, item.owner);
+    if (kv::SameText(item.list, "commands")) return MoveCommand(owner.Get(), item.position, to);
+    if (!item.owner.empty()) return MoveInMenu(*owner, item.list, item.position, to);
+    const bool isTitle = kv::SameText(item.list, "titles");
+    const bool isMenu = kv::SameText(item.list, "menus");
+    if (!isTitle && !isMenu) ItemGetter(item.list);
+    const HRESULT result = isTitle  ? project.MoveTitle(item.position, to)
+                           : isMenu ? project.MoveMenu(item.position, to)
+                                    : project.MoveDataFile(item.position, to);
+    Require(result, "cannot move it to position " + std::to_string(to));
 }
 
 void RequireFile(const std::string& file)

@@ -2,8 +2,11 @@
 // Names a member of a project, such as "Label", "titles[1].Label" or "titles[2].encoding.VideoBitrate", and reads and
 // writes it late bound.
 //
-// titles[N], menus[N] and dataFiles[N] count from 1; "encoding" is the encoding parameters of the project or of a
-// title; commands[N] can be read alone. Names are those of the JSON output, in any case.
+// titles[N], menus[N] and dataFiles[N] count from 1, and so do in a menu elements[N], which are of all kinds,
+// buttons[N], overlays[N], texts[N] and groups[N], and in a button its elements. "encoding" is the encoding parameters
+// of the project, of a title or of a menu. commands[N] is a command, such as "PlayMenu 7 0", or has members; a value
+// with parts is read and set as a whole or part by part: "ActiveRegion", "ActiveRegion.Left". Names are those of the
+// JSON output, in any case.
 
 #include "KVProjectData/IKVProjectData.h"
 #include "platform/com/ComPtr.h"
@@ -27,23 +30,23 @@ std::vector<std::string> ValueNamesOf(IKVProjectData& project, std::string_view 
 /// names nothing that can be set, or the value does not fit.
 void SetMember(IKVProjectData& project, std::string_view path, std::string_view value);
 
-/// The object that a path such as "titles[1]" or "titles[1].encoding" names. Throws Failure when there is none.
-kv::ComPtr<IDispatch> ObjectAt(IKVProjectData& project, std::string_view path);
-
 /// Has the production of a title take part in the open step where the path names what is the production's: the aspect
 /// ratio. Throws Failure.
 void JoinStepFor(IKVProjectData& project, std::string_view path);
 
+/// The object of that path, such as "menus[1].buttons[2]"; the project for none. Throws Failure.
+kv::ComPtr<IDispatch> FindObject(IKVProjectData& project, std::string_view path);
+
 /// An object of a list.
 struct Item {
-    enum class List { Titles, DataFiles };
-
-    List list;
+    /// The path of the object whose list it is; empty for the project.
+    std::string owner;
+    std::string list;
     /// From 1.
     LONG position;
 };
 
-/// Reads "titles[N]" or "dataFiles[N]". Throws Failure for anything else.
+/// Reads "titles[N]", "menus[1].buttons[N]" and the like. Throws Failure for anything else.
 Item ParseItem(std::string_view text);
 
 /// Both throw Failure when there is no such object or place.

@@ -26,6 +26,16 @@ constexpr std::array kFlagProperties = std::to_array<FlagProperty>({
     {"IKVProjectData", "Options", "ProjectOptions"},
     {"IKVTitle", "Tag", "TitleTypes"},
     {"IKVTitle", "Flags", "TitleFlags"},
+    {"IKVMenu", "Tag", "MenuTypes"},
+    {"IKVMenu", "Flags", "MenuFlags"},
+    {"IKVMenuButton", "Tag", "ButtonTypes"},
+    {"IKVMenuButton", "Flags", "MenuElementFlags"},
+    {"IKVMenuOverlay", "Tag", "OverlayTypes"},
+    {"IKVMenuOverlay", "Flags", "MenuElementFlags"},
+    {"IKVMenuText", "Tag", "TextTypes"},
+    {"IKVMenuText", "Flags", "MenuElementFlags"},
+    {"IKVMenuText", "Justify", "TextJustifyFlags"},
+    {"IKVMenuText", "Style", "TextStyles"},
 });
 
 Enumeration ReadEnumeration(ITypeInfo& info, bool flags)
@@ -53,12 +63,12 @@ ComPtr<ITypeInfo> FindEnumeration(ITypeInfo& user, std::string_view name)
     throw Failure("the type library lacks " + std::string(name));
 }
 
-/// By the type that the property's getter writes through its pointer.
-std::optional<Enumeration> EnumerationOf(ITypeInfo& info, const std::string& property, const FUNCDESC& getter)
+/// By the type that the property's getter writes through its pointer. `object` is the object's own interface, `info`
+/// the one that describes the property.
+std::optional<Enumeration> EnumerationOf(ITypeInfo& info, const std::string& object, const std::string& property,
+                                         const FUNCDESC& getter)
 {
-    const auto isFlags = [owner = NameOf(info), &property](const FlagProperty& row) {
-        return row.interface == owner && row.property == property;
-    };
+    const auto isFlags = [&](const FlagProperty& row) { return row.interface == object && row.property == property; };
     const auto flags = std::ranges::find_if(kFlagProperties, isFlags);
     if (flags != kFlagProperties.end()) return ReadEnumeration(*FindEnumeration(info, flags->enumeration), true);
 
@@ -69,6 +79,27 @@ std::optional<Enumeration> EnumerationOf(ITypeInfo& info, const std::string& pro
     if (FAILED(info.GetRefTypeInfo(pointer.lptdesc->hreftype, type.Put()))) return std::nullopt;
     if (AttributesOf(*type)->typekind != TKIND_ENUM) return std::nullopt;
     return ReadEnumeration(*type, false);
+}
+
+/// Those of the interface that it extends come first.
+void AddProperties(ITypeInfo& info, const std::string& object, std::vector<Property>& properties)
+{
+    HREFTYPE reference = 0;
+    ComPtr<ITypeInfo> base;
+    if (SUCCEEDED(info.GetRefTypeOfImplType(0, &reference)) && SUCCEEDED(info.GetRefTypeInfo(reference, base.Put())))
+        AddProperties(*base, object, properties);
+    std::set<DISPID> settable;
+    const WORD count = AttributesOf(info)->cFuncs;
+    for (WORD i = 0; i < count; ++i) {
+        const auto function = FunctionOf(info, i);
+        if (function->invkind == INVOKE_PROPERTYPUT) settable.insert(function->memid);
+        if (function->invkind != INVOKE_PROPERTYGET) continue;
+        std::string name = MemberNames(info, function->memid).at(0);
+        auto enumeration = EnumerationOf(info, object, name, *function);
+        properties.push_back({std::move(name), function->memid, false, std::move(enumeration)});
+    }
+    for (Property& property : properties)
+        property.settable = property.settable || settable.contains(property.id);
 }
 
 } // namespace
@@ -103,7 +134,7 @@ std::pair<std::vector<std::string>, ULONG> Enumeration::Split(LONG value) const
     std::vector<std::string> names;
     LONG rest = value;
     for (const auto& [name, number] : enumerators) {
-        if (!(number & value)) continue;
+        if (number == 0 || (number & value) != number) continue;
         names.push_back(name);
         rest &= ~number;
     }
@@ -144,18 +175,7 @@ std::vector<Property> PropertiesOf(IDispatch& object)
     ComPtr<ITypeInfo> info;
     Require(object.GetTypeInfo(0, LOCALE_USER_DEFAULT, info.Put()), "the object does not tell its members");
     std::vector<Property> properties;
-    std::set<DISPID> settable;
-    const WORD count = AttributesOf(*info)->cFuncs;
-    for (WORD i = 0; i < count; ++i) {
-        const auto function = FunctionOf(*info, i);
-        if (function->invkind == INVOKE_PROPERTYPUT) settable.insert(function->memid);
-        if (function->invkind != INVOKE_PROPERTYGET) continue;
-        std::string name = MemberNames(*info, function->memid).at(0);
-        auto enumeration = EnumerationOf(*info, name, *function);
-        properties.push_back({std::move(name), function->memid, false, std::move(enumeration)});
-    }
-    for (Property& property : properties)
-        property.settable = settable.contains(property.id);
+    AddProperties(*info, NameOf(*info), properties);
     return properties;
 }
 

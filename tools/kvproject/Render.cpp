@@ -262,7 +262,7 @@ std::optional<PictureSize> ReadSize(const std::string& text)
 
 void Render(IKVProjectData& project, const Picture& picture, const std::string& file)
 {
-    const auto object = ObjectAt(project, picture.path);
+    const auto object = FindObject(project, picture.path);
     const auto menu = Query<IKVMenu>(object);
     if (picture.highlight != Highlight::None && !menu)
         throw Failure(picture.path + ": there are highlights on menus alone");

@@ -2,17 +2,15 @@
 // A project as a tree of names and values, read through the public interfaces.
 
 #include "KVProjectData/IKVProjectData.h"
+#include "Members.h"
 
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 #include <vector>
 
 namespace kvproject {
 
-using Json = nlohmann::ordered_json;
-
-/// The properties of the project and its titles and data files: enumerators by name, or their number as text; flags as
+/// The properties of the project and of what stands in it: enumerators by name, or their number as text; flags as
 /// an array of names, and numbers for bits without one. Every key is there, with null where there is no value.
 Json ReadTree(IKVProjectData& project);
 
