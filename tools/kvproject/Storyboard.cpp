@@ -114,6 +114,8 @@ void JoinStep(IKVProjectData& project, IKVTitle& title)
     LONG id = 0;
     Require(title.get_ID(&id), "cannot join the step");
     const HRESULT joined = project.BeginStoryboardUndo(ProductionOf(title).Get(), static_cast<ULONG>(id));
+    // The step of a snapshot is closed already.
+    if (joined == S_FALSE) throw Failure("what a title shows is no part of a snapshot; begin opens a step for it");
     if (joined != ZXE_E_UNDO_BLOCK_OPEN) Require(joined, "cannot join the step");
 }
 
