@@ -62,5 +62,6 @@ void MeasureMedia(std::vector<Row>& rows);
 void MeasureTexts(std::vector<Row>& rows);
 void MeasureStoryboards(std::vector<Row>& rows);
 void MeasureFrames(std::vector<Row>& rows);
+void MeasureMenus(std::vector<Row>& rows);
 
 } // namespace kv::bench
