@@ -49,7 +49,7 @@ std::string ResolvedText(const std::string& text)
 
 XmlElement ReadTextTemplate()
 {
-    const XmlElement effect = ReadTemplate(kTextFile, {"effect", "TextOverlay"});
+    XmlElement effect = ReadTemplate(kTextFile, {"effect", "TextOverlay"});
     const XmlView top = effect.View();
     for (XmlView html = top; html; html = html.Following(top)) {
         if (html.Name() != "html") continue;
