@@ -222,7 +222,7 @@ void CKVMenuButton::CopyFieldsTo(CKVMenuButton& copy)
 ComPtr<CKVMenuButton> CKVMenuButton::CopyLook()
 {
     const RecordingOff off;
-    const auto copy = Make<CKVMenuButton>();
+    auto copy = Make<CKVMenuButton>();
     CopyFieldsTo(*copy);
     ThrowIfFailed(copy->m_region.SetRegion(m_region.Value()));
     copy->m_links.SetLinks(m_links.Value());
@@ -246,6 +246,7 @@ void CKVMenuButton::CopyCommandsTo(CKVMenuButton& copy)
     ThrowIfFailed(Commands().GetCommandList(&count, &array));
     commands.reset(array);
     std::vector<ComPtr<IXMLDOMNode>> owned;
+    owned.reserve(static_cast<std::size_t>(count));
     for (LONG i = 0; i < count; ++i)
         owned.push_back(ComPtr<IXMLDOMNode>::Attach(array[i].pXMLData));
     ThrowIfFailed(copy.Commands().ReplaceCommands(count, array));
