@@ -242,6 +242,10 @@ void WritePicture(cairo_surface_t* picture, const std::string& file)
     HRESULT result = target.Create(file);
     if (SUCCEEDED(result)) result = target.Write(png.data(), png.size());
     if (SUCCEEDED(result)) result = target.Commit();
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    std::error_code error;
+    if (FAILED(result) && !folder.empty() && !std::filesystem::is_directory(folder, error))
+        throw Failure("cannot write " + file + ": " + Describe(result, "there is no folder " + folder.string()));
     Require(result, "cannot write " + file);
 }
 
