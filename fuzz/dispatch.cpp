@@ -2,6 +2,7 @@
 
 #include "Choices.h"
 #include "Fuzz.h"
+#include "platform/automation/RecordInfo.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/automation/TypeInfo.h"
 
@@ -16,10 +17,17 @@ class Session {
 public:
     explicit Session(Choices choices) : m_choices(choices)
     {
-        Keep(Create<IUnknown>(CLSID_KVProjectData).Get());
+        const auto project = Create<IKVProjectData>(CLSID_KVProjectData);
+        Keep(project.Get());
+        KeepMenu(*project.Get());
         const auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
         VARIANT_BOOL parsed = VARIANT_FALSE;
-        document->loadXML(Bstr(u"<Root><Project><Titles><Title/></Titles></Project></Root>").Get(), &parsed);
+        document->loadXML(Bstr(u"<Root><Project><Titles><Title/></Titles><Menus><Menu><MenuElements>"
+                               u"<Button ID='7'><MenuElements><Text/><Overlay/></MenuElements></Button>"
+                               u"</MenuElements></Menu></Menus></Project></Root>")
+                              .Get(),
+                          &parsed);
+        Require(parsed, "the document of a session parses");
         m_values.push_back(Variant(static_cast<IUnknown*>(document.Get())));
     }
 
@@ -31,10 +39,31 @@ public:
     }
 
 private:
+    /// A menu with a button, its text and a picture: calls need luck to come this far.
+    void KeepMenu(IKVProjectData& project)
+    {
+        ComPtr<IKVMenu> menu;
+        Require(SUCCEEDED(project.AddMenu(0, menu.Put())), "a project takes a menu");
+        Keep(menu.Get());
+        const auto button = AddElement<IKVMenuButton>(menu.Get());
+        AddElement<IKVMenuText>(button.Get());
+        AddElement<IKVMenuOverlay>(menu.Get());
+    }
+
+    template <class Interface>
+    ComPtr<IKVMenuElement> AddElement(IUnknown* owner)
+    {
+        ComPtr<IKVMenuElement> element;
+        Require(SUCCEEDED(Query<IKVMenuElementList>(owner)->AddElement(&Interface::IID, element.Put())),
+                "a list takes an element");
+        Keep(element.Get());
+        return element;
+    }
+
     /// Adds the interfaces of an object to those that are called.
     void Keep(IUnknown* object)
     {
-        constexpr std::size_t kMost = 64;
+        constexpr std::size_t kMost = 96;
         if (m_objects.size() >= kMost) return;
         const auto keep = [this](const auto& dispatch) {
             if (dispatch) m_objects.push_back(dispatch);
@@ -45,6 +74,12 @@ private:
         keep(ComPtr<IDispatch>(Query<IKVEncodingParams>(object)));
         keep(ComPtr<IDispatch>(Query<IKVCommandList>(object)));
         keep(ComPtr<IDispatch>(Query<IKVLocking>(object)));
+        keep(ComPtr<IDispatch>(Query<IKVMenu>(object)));
+        keep(ComPtr<IDispatch>(Query<IKVMenuElementList>(object)));
+        keep(ComPtr<IDispatch>(Query<IKVMenuButton>(object)));
+        keep(ComPtr<IDispatch>(Query<IKVMenuOverlay>(object)));
+        keep(ComPtr<IDispatch>(Query<IKVMenuText>(object)));
+        keep(ComPtr<IDispatch>(Query<IGroupInfoNode>(object)));
     }
 
     /// The identity of a member of an interface, or any other.
@@ -64,11 +99,46 @@ private:
         return member;
     }
 
+    /// A record of any bytes, or several that are zero.
+    template <class Record>
+    Variant RecordOf(ULONG count = 1)
+    {
+        Variant value = NewRecords(kRecordDescription<Record>, count);
+        if (count == 1) *static_cast<Record*>(value.pvRecord) = m_choices.Take<Record>();
+        return value;
+    }
+
+    /// Records as menus take them.
+    Variant Records()
+    {
+        constexpr std::array kKinds{IKVMenuButton::IID, IKVMenuOverlay::IID, IKVMenuText::IID};
+        constexpr ULONG kPalette = 16;
+        Variant value;
+        switch (m_choices.Below(8)) {
+        case 0:
+            return RecordOf<GUID>();
+        case 1:
+            return RecordOf<FloatRect>();
+        case 2:
+            return RecordOf<FloatPoint>();
+        case 3:
+            return RecordOf<ButtonLinks>();
+        case 4:
+            return RecordOf<SPUColourInfo>();
+        case 5:
+            return RecordOf<RGBEntry>(kPalette);
+        default:
+            value = NewRecords(kRecordDescription<GUID>, 1);
+            *static_cast<GUID*>(value.pvRecord) = kKinds[m_choices.Below(kKinds.size())];
+            return value;
+        }
+    }
+
     /// An argument. Places for results live as long as the session.
     Variant Argument()
     {
         Variant value;
-        switch (m_choices.Below(14)) {
+        switch (m_choices.Below(16)) {
         case 0:
             return Variant(m_choices.Take<LONG>());
         case 1:
@@ -95,6 +165,10 @@ private:
             return Place(VT_BSTR);
         case 12:
             return Place(VT_I4);
+        case 13:
+            return Variant(m_choices.Take<float>());
+        case 14:
+            return Records();
         default:
             value.vt = VT_NULL;
             return value;
