@@ -52,9 +52,9 @@ protected:
 };
 
 /// Edits of any thread are recorded in the open step; recording, and the end of it, run inside `recording`, in which no
-/// object of ours ends and none of our sections but the links is entered, by units that are asked whose they are: so who
-/// forgets enters the links first. Where a host has a unit of its own open, its Add runs there, too, and must not call the
-/// library, which would enter sections in the other order.
+/// object of ours ends and none of our sections but the links is entered, by units that are asked whose they are: so
+/// who forgets enters the links first. Where a host has a unit of its own open, its Add runs there, too, and must not
+/// call the library, which would enter sections in the other order.
 struct UndoContext {
     /// Entered by DrivingUndo alone, and before any node's section.
     CriticalSection driving;
