@@ -24,6 +24,7 @@ private:
     RecordedValues m_button;
     RecordedValues m_links;
     RecordedValues m_region;
+    LONG m_anchorID;
     std::vector<Element> m_elements;
 };
 
