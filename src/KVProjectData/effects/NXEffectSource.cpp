@@ -34,6 +34,17 @@ HRESULT Put(const ComPtr<IUnknown>& effect, HRESULT (ISourceFile::*setter)(T), T
     return CallSource(effect, [&](ISourceFile& source) { return (source.*setter)(value); });
 }
 
+/// A source that has no such points is for the caller to report.
+HRESULT PutPoint(const ComPtr<IUnknown>& effect, HRESULT (ISourceFile::*setter)(double), double seconds)
+{
+    HRESULT result = S_OK;
+    const HRESULT called = CallSource(effect, [&](ISourceFile& source) {
+        result = (source.*setter)(seconds);
+        return result == E_NOTIMPL ? S_OK : result;
+    });
+    return result == E_NOTIMPL ? result : called;
+}
+
 HRESULT NoEffect()
 {
     EngineCalls::Begin();
@@ -73,7 +84,7 @@ HRESULT CNXEffect::getInPoint(double& seconds) const
 
 HRESULT CNXEffect::setInPoint(double seconds)
 {
-    return m_pUnkEffect ? Put(m_pUnkEffect, &ISourceFile::put_InPoint, seconds) : NoEffect();
+    return m_pUnkEffect ? PutPoint(m_pUnkEffect, &ISourceFile::put_InPoint, seconds) : NoEffect();
 }
 
 HRESULT CNXEffect::getOutPoint(double& seconds) const
@@ -84,7 +95,7 @@ HRESULT CNXEffect::getOutPoint(double& seconds) const
 
 HRESULT CNXEffect::setOutPoint(double seconds)
 {
-    return m_pUnkEffect ? Put(m_pUnkEffect, &ISourceFile::put_OutPoint, seconds) : NoEffect();
+    return m_pUnkEffect ? PutPoint(m_pUnkEffect, &ISourceFile::put_OutPoint, seconds) : NoEffect();
 }
 
 HRESULT CNXEffect::getSourceRotation(LONG& degrees) const

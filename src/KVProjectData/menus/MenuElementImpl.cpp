@@ -4,6 +4,7 @@
 #include "KVProjectData/menus/MenuNode.h"
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "SbdUtils/EngineCalls.h"
+#include "platform/system/KeptErrors.h"
 
 #include <cmath>
 
@@ -42,6 +43,14 @@ const FlagNames& TagNames(NodeType type)
     }
 }
 
+/// Deletes an effect that did not take all that is stored, which stays stored.
+void Drop(CNXEffect& effect)
+{
+    const KeptErrors report;
+    if (effect) kEngine.Checked(effect.Remove());
+    effect.Detach();
+}
+
 } // namespace
 
 CMenuElementImpl* ElementOf(CProjectNode& node)
@@ -71,7 +80,9 @@ HRESULT CMenuElementImpl::InsertEffect(IUnknown* pUnkSbd, LONG groupID, ULONG ta
     if (SUCCEEDED(result))
         result = kEngine.Checked(m_effect.Create(pUnkSbd, getEffectType(), m_node.ID(), params.Get()));
     if (SUCCEEDED(result) && groupID != kNoGroup) result = kEngine.Checked(m_effect.setGroupID(groupID));
-    return FAILED(result) ? result : syncEffect(false);
+    if (SUCCEEDED(result)) result = Guarded([&] { return syncEffect(false); });
+    if (FAILED(result)) Drop(m_effect);
+    return result;
 }
 
 HRESULT CMenuElementImpl::RemoveEffect()
@@ -91,7 +102,7 @@ HRESULT CMenuElementImpl::AttachEffect(IUnknown* pUnkSbd, ULONG tagFilter)
 
 HRESULT CMenuElementImpl::DetachEffect()
 {
-    if (m_effect) syncEffect(true);
+    if (m_effect) kEngine.Checked(Guarded([&] { return syncEffect(true); }));
     m_effect.Detach();
     return S_OK;
 }
@@ -350,8 +361,10 @@ void CMenuElementImpl::attributes(AttributeArchive& archive)
     archive("rotation", rotation.z);
     archive("x", position.x);
     archive("y", position.y);
-    archive("zOrder", m_zOrder);
+    LONG zOrder = m_zOrder;
+    archive("zOrder", zOrder);
     if (archive.Writes()) return;
+    if (zOrder >= 0) m_zOrder = zOrder;
     m_rotation.stored.z = rotation.z;
     m_translation.stored.x = position.x;
     m_translation.stored.y = position.y;

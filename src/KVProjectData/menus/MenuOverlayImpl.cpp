@@ -269,8 +269,10 @@ HRESULT CMenuOverlayImpl::syncEffect(bool capture)
 HRESULT CMenuOverlayImpl::PushPoints()
 {
     if (m_media.inPoint < 0) return S_OK;
-    const HRESULT result = Forgiven(setInPoint(m_media.inPoint));
-    return FAILED(result) ? result : Forgiven(setOutPoint(m_media.outPoint));
+    const HRESULT result = Apply(802, [&] { return Forgiven(m_effect.setInPoint(m_media.inPoint)); });
+    if (FAILED(result)) return result;
+    if (m_media.outPoint < 0) return KV_E_NEGATIVE_OUT_POINT;
+    return Apply(803, [&] { return Forgiven(m_effect.setOutPoint(m_media.outPoint)); });
 }
 
 HRESULT CMenuOverlayImpl::CaptureMedia()
@@ -322,7 +324,9 @@ void CMenuOverlayImpl::attributes(AttributeArchive& archive)
     source("source", m_media.source);
     archive("width", width);
     if (archive.Writes()) return;
-    m_scaling.stored = {width / 2, height / 2, 1};
+    if (!archive.Reads() || width >= 0) m_scaling.stored.x = width / 2;
+    if (!archive.Reads() || height >= 0) m_scaling.stored.y = height / 2;
+    m_scaling.stored.z = 1;
     m_sourceAspect.reset();
 }
 

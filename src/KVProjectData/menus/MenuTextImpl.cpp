@@ -273,9 +273,11 @@ HRESULT CMenuTextImpl::syncEffect(bool capture)
     }
     if (!m_loaded.Empty()) StoreDocument(m_loaded.Copy());
     if (m_document) result = ReplaceDocument(m_document);
-    if (SUCCEEDED(result)) StoreDocument(XmlElement());
     if (SUCCEEDED(result)) result = CMenuElementImpl::syncEffect(false);
-    return FAILED(result) ? result : PushAnchor();
+    if (SUCCEEDED(result)) result = PushAnchor();
+    // The text keeps it until the effect holds everything.
+    if (SUCCEEDED(result)) StoreDocument(XmlElement());
+    return result;
 }
 
 // Documents

@@ -1,6 +1,7 @@
 #include "platform/system/ErrorReporter.h"
 
 #include "platform/system/CriticalSection.h"
+#include "platform/system/KeptErrors.h"
 
 #include <cstdio>
 #include <deque>
@@ -15,6 +16,8 @@ struct Reporter {
     std::deque<std::string> lines;
     std::function<void(std::string_view)> report;
 };
+
+thread_local int keepers = 0;
 
 Reporter& Shared()
 {
@@ -39,8 +42,19 @@ std::string ResultText(HRESULT result)
     return code;
 }
 
+KeptErrors::KeptErrors()
+{
+    ++keepers;
+}
+
+KeptErrors::~KeptErrors()
+{
+    --keepers;
+}
+
 void ZXUClearErrorStack()
 {
+    if (keepers > 0) return;
     const SectionLock lock(Shared().section);
     Shared().lines.clear();
 }
