@@ -210,7 +210,9 @@ TEST_F(ElementTest, ACopyOfAButtonStandsInNoList)
 
 TEST_F(ElementTest, AButtonTakesOverAnotherOnesLook)
 {
-    for (const bool shown : {true, false}) {
+    for (int turn = 0; turn < 3; ++turn) {
+        const bool shown = turn == 0;
+        menu->isBare = turn == 2;
         if (shown) {
             Show();
         } else {
@@ -274,6 +276,41 @@ TEST_F(ElementTest, AButtonTakesOverAnotherOnesLook)
     const auto locked = NewButton();
     locked->Lock(false);
     EXPECT_EQ(KV_E_LOCKED, button->ApplyTo(locked.Get()));
+}
+
+TEST_F(ElementTest, UndoOfALookBringsBackWhereTheButtonStands)
+{
+    Show();
+    const auto standOnSecond = [&](CKVMenuButton& button) {
+        Insert<TestOverlay>(ElementsOf(button));
+        const auto anchor = Insert<TestText>(ElementsOf(button));
+        EXPECT_EQ(S_OK, anchor->SetPosition(0.125, 0));
+        button.SetAnchorID(anchor->ID());
+        button.SelectAnchor(true);
+    };
+    const auto source = NewButton();
+    standOnSecond(*source);
+    EXPECT_EQ(S_OK, source->SetPosition(0.5, 0.5));
+    const FloatPoint place{0.25, 0.25};
+    for (const bool isEmpty : {false, true}) {
+        const auto target = NewButton();
+        if (!isEmpty) standOnSecond(*target);
+        EXPECT_EQ(S_OK, target->SetPosition(place.x, place.y));
+        const LONG before = target->AnchorID();
+        Begin();
+        EXPECT_EQ(S_OK, source->ApplyTo(target.Get()));
+        End();
+        const LONG after = target->AnchorID();
+        EXPECT_EQ(ElementsOf(*target).GetChild(1)->ID(), after);
+        for (int round = 0; round < 2; ++round) {
+            UndoStep();
+            EXPECT_EQ(std::pair(before, place), std::pair(target->AnchorID(), Position(*target))) << isEmpty;
+            EXPECT_EQ(isEmpty, !target->Anchor());
+            RedoStep();
+            EXPECT_EQ(std::pair(after, place), std::pair(target->AnchorID(), Position(*target))) << isEmpty;
+            EXPECT_TRUE(target->Anchor());
+        }
+    }
 }
 
 TEST_F(ElementTest, AButtonIsWrittenAndReadWithAllThatStandsInIt)

@@ -15,12 +15,14 @@ public:
 
     ComPtr<IUnknown> production;
     bool isWide = false;
+    /// A menu that has lost its production.
+    bool isBare = false;
     LONG marks = 0;
 
     CKVMenuElementList& Elements() { return Part<CKVMenuElementList>(); }
 
     ComPtr<IUnknown> MenuProduction() override { return production; }
-    bool IsNativeMenu() override { return !production; }
+    bool IsNativeMenu() override { return !production && !isBare; }
     bool IsWide() override { return isWide; }
     HRESULT MarkButtonsMoved() override
     {

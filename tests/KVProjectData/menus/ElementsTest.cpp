@@ -1,5 +1,7 @@
 #include "ElementSupport.h"
 
+#include "KVProjectData/menus/MenuOverlay.h"
+#include "KVProjectData/menus/MenuText.h"
 #include "support/FakeEngine.h"
 
 #include <gmock/gmock.h>
@@ -161,6 +163,78 @@ TEST_F(ElementTest, WhatTheEngineRefusesStaysInItsList)
         ExpectNear({0.5, 0.25}, Position(*refused));
         EXPECT_EQ(S_OK, Elements().RemoveElement(id, nullptr));
     }
+}
+
+TEST_F(ElementTest, AnEffectThatDoesNotTakeAllGoesAgain)
+{
+    for (const char* const refuses :
+         {"put_StartOffset", "SetGroupID", "SetParameterDocument", "GetParameterDocument"}) {
+        menu->production = nullptr;
+        const auto button = NewButton();
+        const auto text = Insert<CKVMenuText>(ElementsOf(*button));
+        EXPECT_EQ(S_OK, text->SetEffectXML(ParseXml(u"<effect><plugin_data kept='1'/></effect>").Get()));
+        EXPECT_EQ(S_OK, text->SetPosition(0.5, 0.25));
+        const auto engine = Make<FakeEngine>();
+        engine->results[refuses] = E_ACCESSDENIED;
+        menu->production = Query<IUnknown>(engine->Controlling());
+        EXPECT_EQ(E_ACCESSDENIED, Elements().InsertEffects(menu->production.Get())) << refuses;
+        EXPECT_TRUE(ZXUErrorStack().front().starts_with("NXEffect(")) << refuses;
+        EXPECT_FALSE(text->HasEffect()) << refuses;
+        EXPECT_EQ(S_OK, Elements().RemoveEffects()) << refuses;
+        ExpectNear({0.5, 0.25}, Position(*text));
+        ComPtr<IXMLDOMNode> document;
+        EXPECT_EQ(S_OK, text->GetEffectXML(document.Put()));
+        EXPECT_NE(std::u16string::npos, XmlOf(*document.Get()).find(u"kept")) << refuses;
+        EXPECT_EQ(S_OK, Elements().Clear());
+    }
+}
+
+TEST_F(ElementTest, WhatASourceDoesNotHaveIsNoFailureOfItsOverlay)
+{
+    const auto engine = Make<FakeEngine>();
+    engine->document = ParseXml(u"<effect><plugin_data/></effect>");
+    engine->results = {{"put_InPoint", E_NOTIMPL}, {"put_OutPoint", E_NOTIMPL}};
+    menu->production = Query<IUnknown>(engine->Controlling());
+    const auto button = NewButton();
+    const auto overlay = Make<CKVMenuOverlay>();
+    EXPECT_EQ(S_OK, overlay->put_InPoint(1));
+    EXPECT_EQ(S_OK, overlay->put_OutPoint(2));
+    Events();
+    std::vector<std::string> lines;
+    SetErrorReporter([&](std::string_view line) { lines.emplace_back(line); });
+    EXPECT_EQ(S_OK, ElementsOf(*button).InsertElement(0, overlay.Get()));
+    EXPECT_THAT(lines, IsEmpty());
+    const auto told = Events();
+    for (const LONG point : {802, 803})
+        EXPECT_THAT(told, testing::Contains(Event(EVENT_OverlayChanged, {overlay->ID(), point})));
+    EXPECT_EQ(E_NOTIMPL, overlay->put_InPoint(3));
+    EXPECT_FALSE(lines.empty());
+    SetErrorReporter(nullptr);
+
+    // An effect that cannot be asked is let go all the same.
+    engine->results["get_OutPoint"] = E_ACCESSDENIED;
+    EXPECT_EQ(S_OK, Elements().DetachEffects());
+    EXPECT_TRUE(ZXUErrorStack().back().starts_with("MenuElementImpl("));
+    EXPECT_FALSE(overlay->HasEffect());
+}
+
+TEST_F(ElementTest, DocumentsDoNotSayWhatSettersRefuse)
+{
+    const auto button = NewButton();
+    EXPECT_EQ(S_OK, button->put_ZOrder(4));
+    EXPECT_EQ(S_OK, button->loadXML(XmlElement::Parse("<Button zOrder='-3'><Elements><Overlay zOrder='-1' width='-1' "
+                                                      "height='0.5'/></Elements></Button>")
+                                        .Get()));
+    EXPECT_EQ(4, ValueOf<IKVMenuElement>(*button, &IKVMenuElement::get_ZOrder));
+    auto& overlay = dynamic_cast<CKVMenuOverlay&>(*ElementsOf(*button).GetChild(0));
+    EXPECT_EQ(0, ValueOf<IKVMenuElement>(overlay, &IKVMenuElement::get_ZOrder));
+    const auto untouched = Make<CKVMenuOverlay>();
+    float width = 0;
+    float height = 0;
+    float usual = 0;
+    EXPECT_EQ(S_OK, untouched->GetSize(&usual, &height));
+    EXPECT_EQ(S_OK, overlay.GetSize(&width, &height));
+    EXPECT_EQ((FloatPoint{usual, 0.5}), (FloatPoint{width, height}));
 }
 
 TEST_F(ElementTest, ThreadsMeetInButtonsOfTwoMenus)

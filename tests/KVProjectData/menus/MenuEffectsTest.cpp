@@ -99,6 +99,31 @@ TEST_F(MenuEffectsTest, ElementsAreBoundByTheMode)
     EXPECT_EQ(plain, Told()) << "cancelled";
 }
 
+TEST_F(MenuEffectsTest, WhatTheEngineDoesNotTakeStaysWithTheElement)
+{
+    const auto picture = Query<IKVMenuOverlay>(overlay);
+    const auto told = [&] {
+        return std::pair{ValueOf(*picture.Get(), &IKVMenuOverlay::get_InPoint),
+                         ValueOf(*picture.Get(), &IKVMenuOverlay::get_OutPoint)};
+    };
+    ASSERT_EQ(S_OK, SetNative(true));
+    EXPECT_EQ(S_OK, picture->put_Source(wide.Get()));
+    // The clip is shorter.
+    EXPECT_EQ(S_OK, picture->put_InPoint(12));
+    EXPECT_EQ(S_OK, picture->put_OutPoint(20));
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_TRUE(FAILED(SetNative(false)));
+        EXPECT_EQ("50,25 free free 0", Told());
+        EXPECT_EQ((std::pair{12.0, 20.0}), told());
+        EXPECT_EQ(wide.View(), Text(*picture.Get(), &IKVMenuOverlay::get_Source));
+    }
+    EXPECT_EQ(S_OK, picture->put_InPoint(0.5));
+    EXPECT_EQ(S_OK, picture->put_OutPoint(1.5));
+    EXPECT_EQ(S_OK, SetNative(false));
+    EXPECT_EQ("50,25 bound bound 2", Told());
+    EXPECT_EQ((std::pair{0.5, 1.5}), told());
+}
+
 TEST_F(MenuEffectsTest, TellsOfEffectsThatTheEngineChanged)
 {
     const auto notify = Query<IZXEProductionNotify>(Production());
