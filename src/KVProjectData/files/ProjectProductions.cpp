@@ -96,6 +96,11 @@ public:
     std::vector<Item> items;
 
 private:
+    /// What stands in an owner owns nothing.
+    HRESULT Visit(CProjectNode& node, ULONG flags) override
+    {
+        return node.Owner() ? VisitNode(node, flags) : CVisitor::Visit(node, flags);
+    }
     HRESULT VisitNode(CProjectNode& node, ULONG) override
     {
         if (ProductionOwner* owner = node.Owner()) items.push_back({node.ID(), owner, node.Identity()});
@@ -207,6 +212,26 @@ private:
     const ComPtr<DocumentPaths> m_paths = Make<DocumentPaths>();
 };
 
+/// Writes a project as markup, and saves the productions of each owner inside the section that it is written in: both
+/// are of one time.
+class Writer final : public CMarkupPersistor {
+public:
+    Writer(XmlMarkup& target, Saver& saver) : CMarkupPersistor(target), m_saver(saver) {}
+
+    HRESULT VisitNode(CProjectNode& node, ULONG flags) override
+    {
+        const HRESULT written = CMarkupPersistor::VisitNode(node, flags);
+        if (ProductionOwner* owner = SUCCEEDED(written) ? node.Owner() : nullptr) {
+            for (const OwnedProduction& owned : owner->Productions())
+                m_saver.Save(node.ID(), owned);
+        }
+        return written;
+    }
+
+private:
+    Saver& m_saver;
+};
+
 // Loading
 
 class Loader {
@@ -310,27 +335,15 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& ma
         root.Add(kProductions);
         return;
     }
-    std::optional<Owners> owners;
-    XmlElement kept;
-    std::vector<std::pair<LONG, OwnedProduction>> productions;
-    {
-        CProjectNode& node = storyboards->Node();
-        const SectionLock lock(node.Section());
-        ThrowIfFailed(CMarkupPersistor(markup).Visit(node, 0));
-        kept = storyboards->KeptProductions();
-        owners.emplace(node);
-        for (const Owners::Item& item : owners->items) {
-            for (OwnedProduction& owned : item.owner->Productions())
-                productions.emplace_back(item.id, std::move(owned));
-        }
-    }
     EngineCalls::Begin();
+    CProjectNode& node = storyboards->Node();
+    const SectionLock lock(node.Section());
+    const XmlElement kept = storyboards->KeptProductions();
     for (const XmlElement& each : kept.Children(kProductions))
         root.AddCopy(each);
     if (!kept) root.Add(kProductions);
     Saver saver(root.Child(kProductions));
-    for (const auto& [ownerID, owned] : productions)
-        saver.Save(ownerID, owned);
+    ThrowIfFailed(Writer(markup, saver).Visit(node, 0));
     saver.Finish();
 }
 

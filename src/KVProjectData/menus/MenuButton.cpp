@@ -135,8 +135,10 @@ HRESULT CKVMenuButton::BindElements()
     CMenuNode* menu = MenuOf(*this);
     const ComPtr<IUnknown> production = menu ? menu->MenuProduction() : nullptr;
     if (!production) return S_FALSE;
-    // Those that the production has already are the elements' again.
+    // Those that the production has already are the elements' again; the anchor's may be one of the others.
+    const LONG anchor = AnchorID();
     AttachEffect(production.Get(), kHighlightTag);
+    SetAnchorID(anchor);
     return InsertEffect(production.Get(), ID(), kHighlightTag);
 }
 
@@ -292,11 +294,14 @@ HRESULT CKVMenuButton::TakeLook(CKVMenuButton& look)
         if (FAILED(result)) return result;
         m_links.SetLinks(look.m_links.Value());
         SetAnchorID(look.AnchorID());
-        Elements().ReserveRoom(static_cast<std::size_t>(look.Elements().ChildCount()));
-        while (look.Elements().ChildCount() > 0) {
-            CProjectNode& element = *look.Elements().GetChild(0);
-            const ComPtr<IUnknown> held = look.Elements().TakeOut(0);
-            Elements().Adopt(element, -1, false);
+        {
+            const SectionLock lock(Elements().Section());
+            Elements().ReserveRoom(static_cast<std::size_t>(look.Elements().ChildCount()));
+            while (look.Elements().ChildCount() > 0) {
+                CProjectNode& element = *look.Elements().GetChild(0);
+                const ComPtr<IUnknown> held = look.Elements().TakeOut(0);
+                Elements().Adopt(element, -1, false);
+            }
         }
         result = BindElements();
         if (SUCCEEDED(result)) result = PlaceAt(position);

@@ -39,15 +39,18 @@ bool IsLength(double seconds)
     return std::isfinite(seconds) && seconds >= 0.0;
 }
 
-/// Calls `visit` with each element of a list, and of the lists of its buttons.
+/// Calls `visit` with each element of a list, and of the lists of its buttons, inside the sections of the element and
+/// of what it stands in.
 template <class Visit>
-void ForEachElement(const CProjectNode& list, Visit&& visit)
+void ForEachElement(CProjectNode& list, Visit&& visit)
 {
     constexpr LONG kElementList = 3;
+    const SectionLock listLock(list.Section());
     for (LONG i = 0; i < list.ChildCount(); ++i) {
         CProjectNode& element = *list.GetChild(i);
+        const SectionLock lock(element.Section());
         visit(element);
-        const CProjectNode* inner = element.Type() == typeButton ? element.GetChild(kElementList) : nullptr;
+        CProjectNode* inner = element.Type() == typeButton ? element.GetChild(kElementList) : nullptr;
         if (inner) ForEachElement(*inner, visit);
     }
 }
@@ -382,8 +385,10 @@ HRESULT CKVMenu::ExchangeMode(OtherMode& other)
             ForEachElement(Elements(),
                            [&](CProjectNode& element) { kept.emplace_back(&element, element.GetRecord()); });
             Elements().DetachEffects();
-            for (auto& [element, values] : kept)
+            for (auto& [element, values] : kept) {
+                const SectionLock lock(element->Section());
                 element->ExchangeRecord(values);
+            }
             const HRESULT exchanged = m_productions.ExchangeMenu(left);
             if (FAILED(exchanged)) {
                 Elements().AttachEffects(m_productions.Menu().Get());

@@ -4,6 +4,7 @@ namespace kv {
 
 LONG CNodeList::Adopt(CProjectNode& child, LONG index, bool assignID)
 {
+    const SectionLock lock(Section());
     const LONG at = index < 0 ? ChildCount() : index;
     ComPtr<IUnknown> reference(child.Identity());
     if (!InsertChild(&child, at, assignID)) return -1;
@@ -14,6 +15,7 @@ LONG CNodeList::Adopt(CProjectNode& child, LONG index, bool assignID)
 
 ComPtr<IUnknown> CNodeList::TakeOut(LONG index)
 {
+    const SectionLock lock(Section());
     CProjectNode* child = RemoveChildAt(index);
     return child ? ComPtr<IUnknown>::Attach(child->Identity()) : nullptr;
 }

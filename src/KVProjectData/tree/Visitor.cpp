@@ -4,6 +4,7 @@ namespace kv {
 
 HRESULT CVisitor::Visit(CProjectNode& node, ULONG flags)
 {
+    const SectionLock lock(node.Section());
     ++m_depth;
     VisitNode(node, flags);
     for (LONG i = 0; i < node.ChildCount(); ++i)

@@ -9,7 +9,7 @@ class CVisitor {
 public:
     virtual ~CVisitor() = default;
 
-    /// Visits a node and everything below it. What VisitNode returns does not stop this walk.
+    /// Visits a node and everything below it inside its section. What VisitNode returns does not stop this walk.
     virtual HRESULT Visit(CProjectNode& node, ULONG flags);
     virtual HRESULT VisitNode(CProjectNode& node, ULONG flags) = 0;
 

@@ -39,6 +39,7 @@ HRESULT CKVButtonStlState::Exchange(CProjectNode& button, DrivingUndo&)
 {
     const LineageLock lock(button);
     CNodeList& list = *button.GetChild(kButtonElements)->List();
+    const SectionLock listLock(list.Section());
     std::vector<Element> before = ElementsOf(list);
     list.ReserveRoom(m_elements.size());
 

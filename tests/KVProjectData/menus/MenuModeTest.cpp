@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <thread>
+
 namespace kv::test {
 namespace {
 
@@ -228,6 +231,70 @@ TEST_F(MenuModeTest, EndsItsProductions)
     EXPECT_FALSE(IsOpen(production));
     EXPECT_EQ(S_OK, notify->Notify(10, 0, 0));
     EXPECT_EQ(S_OK, notify->Notify(7, 0, 0));
+}
+
+TEST_F(MenuModeTest, AMenuThatIsSavedWhileItIsEditedIsOfOneTime)
+{
+    Fill();
+    const auto elements = Query<IKVMenuElementList>(menu);
+    const auto commands = Query<IKVCommandList>(menu);
+    const auto add = [&](const GUID& kind) {
+        ComPtr<IKVMenuElement> element;
+        EXPECT_EQ(S_OK, elements->AddElement(&kind, element.Put()));
+        return element;
+    };
+    const auto button = Query<IKVMenuButton>(add(IKVMenuButton::IID));
+    const auto buttonElements = Query<IKVMenuElementList>(button);
+    ComPtr<IKVMenuElement> text;
+    ASSERT_EQ(S_OK, buttonElements->AddElement(&IKVMenuText::IID, text.Put()));
+    XmlElement root = XmlElement::New("Root");
+    ASSERT_EQ(S_OK, menu->SaveXML(root.Get(), VARIANT_TRUE));
+    const XmlElement whole = root.Child("Menu");
+    ASSERT_EQ(S_OK, button->SaveXML(root.Get(), VARIANT_TRUE));
+    const XmlElement part = root.Child("Button");
+
+    std::atomic<int> running{2};
+    std::thread editor([&] {
+        for (LONG round = 0; round < 60; ++round) {
+            DiscCommandParams command{PlayMenu, round, 0, nullptr};
+            EXPECT_EQ(S_OK, commands->SetCommandList(round % 2, &command));
+            ComPtr<IKVMenuButton> first;
+            EXPECT_EQ(S_OK, menu->GetButton(1, first.Put()));
+            EXPECT_EQ(S_OK, first->loadXML(part.Get()));
+            project->BeginUndo(nullptr);
+            EXPECT_TRUE(SUCCEEDED(SetNative(round % 2)));
+            EXPECT_EQ(S_OK, button->ApplyTo(first.Get()));
+            project->EndUndo(VARIANT_TRUE);
+            project->UndoOperation();
+            project->RedoOperation();
+            const auto added = add(IKVMenuText::IID);
+            EXPECT_EQ(S_OK, elements->RemoveElement(ValueOf(*added.Get(), &IKVMenuElement::get_ID), nullptr));
+            if (round % 8 == 7) {
+                EXPECT_EQ(S_OK, menu->loadXML(whole.Get(), VARIANT_TRUE));
+            }
+        }
+        --running;
+    });
+    std::thread reader([&] {
+        for (; running > 1; std::this_thread::yield())
+            for (const auto& list : {elements, buttonElements})
+                for (LONG i = ValueOf(*list.Get(), &IKVMenuElementList::get_ElementCount); i > 0; --i) {
+                    ComPtr<IKVMenuElement> found;
+                    list->GetElement(i, found.Put());
+                    list->FindElement(i, found.Put());
+                }
+    });
+    const auto files = Create<IKVFileService>(CLSID_KVFileService);
+    const Bstr file = folder.File("Saved.xml");
+    while (running > 1) {
+        EXPECT_EQ(S_OK, files->SaveProject(file.Get(), project.Get()));
+        std::string saved = folder.Read("Saved.xml");
+        std::erase(saved, '\0');
+        const bool isNative = saved.find(" native=\"-1\"") != saved.npos;
+        EXPECT_EQ(isNative, saved.find("name=\"Background\"") != saved.npos) << saved;
+    }
+    editor.join();
+    reader.join();
 }
 
 /// Creates the engine that a test wants.
