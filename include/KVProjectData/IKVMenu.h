@@ -133,7 +133,7 @@ struct IKVMenu : IDispatch {
     virtual HRESULT put_Duration(double newVal) = 0;
 
     /// Keeps a production that was made beforehand, null for none. Neither looks at the lock, nor is it recorded or
-    /// told.
+    /// told. The one before is let go of: the engine has no call that hands it the new one.
     virtual HRESULT SetPreProduceProduction(IUnknown* pUnk) = 0;
 
     /// Null and S_OK when there is none.

@@ -58,6 +58,13 @@ HRESULT CKVMenu::Initialise()
     });
 }
 
+void CKVMenu::TakeLoadedAspect()
+{
+    const SectionLock lock(Section());
+    // What the engine does not take is told.
+    if (m_productions.Menu()) m_productions.AspectToMenu(EncodingParams());
+}
+
 void CKVMenu::FinalRelease()
 {
     m_productions.End();
@@ -320,11 +327,15 @@ CGroupInfoNode* CKVMenu::FindGroup(Matches&& matches)
     return found;
 }
 
+CGroupInfoNode* CKVMenu::FindGroupByID(LONG id)
+{
+    return id < 0 ? nullptr : FindGroup([=](const CGroupInfoNode& group) { return group.ID() == id; });
+}
+
 HRESULT CKVMenu::AddtoGroup(LONG nEleId, LONG nGroupID)
 {
     return Read([&] {
-        CGroupInfoNode* found = FindGroup([=](const CGroupInfoNode& group) { return group.ID() == nGroupID; });
-        if (found) {
+        if (CGroupInfoNode* found = FindGroupByID(nGroupID)) {
             const HRESULT added = found->AddElementID(nEleId);
             return FAILED(added) ? added : S_OK;
         }
@@ -344,7 +355,7 @@ HRESULT CKVMenu::GetGroupByGroupID(LONG nGroupID, IUnknown** ppGroup)
         if (!ppGroup) return E_POINTER;
         *ppGroup = nullptr;
         if (nGroupID < 0) return S_FALSE;
-        CGroupInfoNode* group = FindGroup([=](const CGroupInfoNode& each) { return each.ID() == nGroupID; });
+        CGroupInfoNode* group = FindGroupByID(nGroupID);
         return group ? ComPtr(group->Identity()).CopyTo(ppGroup) : S_OK;
     });
 }
@@ -375,7 +386,6 @@ HRESULT CKVMenu::RemoveGroup(LONG nGroupID)
 HRESULT CKVMenu::ClearGroupInfoList()
 {
     return Read([&] {
-        if (m_groups.ChildCount() > 0) SetModified(false);
         m_groups.DropAll();
         return S_OK;
     });
@@ -396,7 +406,7 @@ HRESULT CKVMenu::CopyGroupInfoList(IKVMenu* pMenu)
         }
         for (const auto& group : groups) {
             for (const LONG element : group->ElementIDs())
-                ThrowIfFailed(pMenu->AddtoGroup(element, group->ID()));
+                pMenu->AddtoGroup(element, group->ID());
             ComPtr<IUnknown> object;
             pMenu->GetGroupByGroupID(group->ID(), object.Put());
             const auto copy = Query<IGroupInfoNode>(object);
@@ -487,6 +497,7 @@ HRESULT CKVMenu::loadXML(IXMLDOMNode* pRootNode, VARIANT_BOOL bPreserveID)
         const LONG id = ID();
         const HRESULT loaded = CKVXMLDataLoader(*this).Load(pRootNode);
         if (bPreserveID == VARIANT_TRUE) SetID(id);
+        TakeLoadedAspect();
         return loaded;
     });
 }

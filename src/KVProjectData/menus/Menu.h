@@ -27,6 +27,8 @@ public:
 
     /// Makes the production, with the aspect ratio of the encoding parameters.
     HRESULT Initialise();
+    /// A document was loaded: a production that it did not bring gets the aspect ratio of the encoding parameters.
+    void TakeLoadedAspect();
 
     KV_GETTER(LONG, ID, ID())
     KV_PROPERTY(ULONG, Tag, m_tag, Undo, Fires(2))
@@ -152,6 +154,8 @@ private:
     CButtonSchemeNode* Scheme(SPUColourTypes type);
     template <class Matches>
     CGroupInfoNode* FindGroup(Matches&& matches);
+    /// No group has a negative ID for who asks.
+    CGroupInfoNode* FindGroupByID(LONG id);
     template <class Interface>
     void HoldTemp(ComPtr<Interface>& place, IUnknown* object);
 
@@ -160,15 +164,17 @@ private:
     /// The production that holds the audio, and the one that holds the background.
     ComPtr<IUnknown> AudioProduction() const;
     ComPtr<IUnknown> BackgroundSourceProduction() const;
-    /// What a production plays; where it has no panel its duration is the menu's.
+    /// What a production plays. One that shows nothing has a length of its own when it was given one, else the menu's.
     Playing PlayingOf(IUnknown* production) const;
+    /// In either mode.
+    Playing Played() const;
     HRESULT GetPlayedDuration(IUnknown* production, double* duration) const;
     /// Failures are reported, and thrown as Error.
     void Play(IUnknown* production, const Playing& playing);
     HRESULT PutBackground(BSTR source, double inPoint, double outPoint);
     void ListPlaying(AttributeArchive& archive);
-    /// Takes over what a document said, in the production in use, too, if it can.
-    void TakePlaying(bool native, Playing loaded);
+    /// Takes over what a document said, in the production in use, too, if it can. `before` is what was played.
+    void TakePlaying(bool native, Playing loaded, const Playing& before);
 
     HRESULT TurnNative(OtherMode& left);
     HRESULT TurnToProduction(OtherMode& left);
@@ -179,9 +185,10 @@ private:
     HRESULT AskBackground(Out* out, Ask&& ask);
     /// Edits the background production, S_FALSE without one. What is edited is recorded before.
     template <class Change>
-    HRESULT EditBackground(bool major, Change&& change);
+    HRESULT EditBackground(Change&& change);
+    /// A menu that is not native is left as it is, whatever was asked; E_INVALIDARG for what is not valid otherwise.
     template <class Change>
-    HRESULT EditNativeBackground(bool major, Change&& change);
+    HRESULT EditNativeBackground(Change&& change, bool isValid = true);
 
     bool m_native = false;
     bool m_loopPlay = true;
@@ -206,6 +213,7 @@ private:
     CGroupInfoListNode m_groups;
 
     MenuProductions m_productions{*this, *this};
+    /// Kept only: the engine has no call that hands one production over to another.
     ComPtr<IUnknown> m_preProduced;
     ComPtr<IKVMenuText> m_tempSubMenuText;
     ComPtr<IKVMenuButton> m_tempCmdButton;

@@ -145,6 +145,12 @@ HRESULT MenuBackground::SetSource(BSTR source, double inPoint, double outPoint, 
     return S_OK;
 }
 
+void MenuBackground::Clear()
+{
+    for (LONG left = PanelCount(); left > 0; --left)
+        kEngine.Need(m_data->DeletePanel(0), "spSbd->DeletePanel(0)");
+}
+
 void MenuBackground::SetCrop(const FloatRect& rect)
 {
     constexpr ULONG kCropped = 3;
@@ -163,7 +169,9 @@ std::optional<FloatRect> MenuBackground::Crop() const
 {
     const auto clip = FirstClip();
     if (!clip) return std::nullopt;
-    return PanZoom(*clip).Crop().value_or(kWholeSource);
+    PanZoom panZoom(*clip);
+    if (!panZoom) return std::nullopt;
+    return panZoom.Crop().value_or(kWholeSource);
 }
 
 void MenuBackground::SetCropMode(bool crops)
@@ -197,6 +205,7 @@ std::optional<bool> MenuBackground::Fills() const
     const auto clip = FirstClip();
     if (!clip) return std::nullopt;
     PanZoom panZoom(*clip);
+    if (!panZoom) return std::nullopt;
     const auto filling = FillingScale(*clip, panZoom, AspectRatio());
     return filling && panZoom.Scale() >= *filling - kSame;
 }

@@ -33,9 +33,13 @@ public:
     /// S_FALSE for an empty source, which changes nothing.
     HRESULT SetSource(BSTR source, double inPoint, double outPoint, const Playback& playback);
 
+    /// Takes all panels away.
+    void Clear();
+
     LONG PanelCount() const;
 
-    // Edits of all clips, and what is asked of the first one: nothing without any.
+    // Edits of all clips, and what is asked of the first one: nothing without any. A pan-zoom that cannot be read is
+    // left as it is, and tells nothing.
 
     /// The part of the source that is shown, from 0 to 1, downwards. It is shown from now on if nothing was said of
     /// that before.

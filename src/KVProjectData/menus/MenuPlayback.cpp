@@ -111,8 +111,8 @@ HRESULT CKVMenu::put_Audio(BSTR newVal)
         const auto file = View(newVal).empty() ? Bstr() : ExistingFile(View(newVal));
         if (!file) return KV_E_NO_AUDIO_FILE;
         Bstr copy = Bstr::CopyOf(newVal);
-        edit.Record();
         const auto production = AudioProduction();
+        RecordState(production != nullptr);
         if (production) ThrowIfFailed(sbd::SetBackgroundAudio(production.Get(), file->Get(), false));
         m_audio = std::move(copy);
         edit.Changed(302);
@@ -150,8 +150,11 @@ HRESULT CKVMenu::PutBackground(BSTR source, double inPoint, double outPoint)
         Bstr copy = Bstr::CopyOf(source);
         RecordState(true);
         const auto production = BackgroundSourceProduction();
-        if (production)
-            MenuBackground(production.Get()).SetSource(shown->Get(), inPoint, outPoint, {m_duration, m_loopPlay});
+        if (production) {
+            double duration = m_duration;
+            if (!KeepsPlaying()) ThrowIfFailed(GetPlayedDuration(production.Get(), &duration));
+            MenuBackground(production.Get()).SetSource(shown->Get(), inPoint, outPoint, {duration, m_loopPlay});
+        }
         m_background = std::move(copy);
         m_bkgndID = 0;
         edit.Changed(301);
@@ -161,8 +164,9 @@ HRESULT CKVMenu::PutBackground(BSTR source, double inPoint, double outPoint)
 
 HRESULT CKVMenu::GetPlayedDuration(IUnknown* production, double* duration) const
 {
-    if (MenuBackground(production).PanelCount() > 0) return sbd::GetDuration(production, duration);
-    *duration = m_duration;
+    const HRESULT asked = sbd::GetDuration(production, duration);
+    if (FAILED(asked)) return asked;
+    if (*duration == 0.0 && MenuBackground(production).PanelCount() == 0) *duration = m_duration;
     return S_OK;
 }
 
@@ -185,9 +189,7 @@ HRESULT CKVMenu::put_Duration(double newVal)
         const bool isPlayed = !KeepsPlaying();
         RecordState(isPlayed);
         const auto production = isPlayed ? m_productions.Menu() : nullptr;
-        // What shows nothing has no length to set.
-        if (production && MenuBackground(production.Get()).PanelCount() > 0)
-            ThrowIfFailed(sbd::SetDuration(production.Get(), newVal));
+        if (production) ThrowIfFailed(sbd::SetDuration(production.Get(), newVal));
         m_duration = newVal;
         edit.Changed(308);
         return isPlayed && !production ? S_FALSE : S_OK;
@@ -209,6 +211,12 @@ HRESULT CKVMenu::AdjustNativeDuration()
     });
 }
 
+CKVMenu::Playing CKVMenu::Played() const
+{
+    const auto production = m_native ? nullptr : m_productions.Menu();
+    return production ? PlayingOf(production.Get()) : Playing{m_background, m_audio, m_duration};
+}
+
 CKVMenu::Playing CKVMenu::PlayingOf(IUnknown* production) const
 {
     Playing playing;
@@ -223,10 +231,13 @@ void CKVMenu::Play(IUnknown* production, const Playing& playing)
     MenuBackground background(production);
     const Bstr source = Translated(playing.background, &DocumentPaths::FromDocument);
     const Bstr audio = Translated(playing.audio, &DocumentPaths::FromDocument);
-    background.SetSource(source.Get(), 0.0, 0.0, {playing.duration, m_loopPlay});
+    if (source.View().empty()) {
+        background.Clear();
+    } else {
+        background.SetSource(source.Get(), 0.0, 0.0, {playing.duration, m_loopPlay});
+    }
     ThrowIfFailed(sbd::SetBackgroundAudio(production, audio.Get(), false));
-    if (playing.duration > 0.0 && background.PanelCount() > 0)
-        ThrowIfFailed(sbd::SetDuration(production, playing.duration));
+    if (playing.duration > 0.0) ThrowIfFailed(sbd::SetDuration(production, playing.duration));
 }
 
 // Documents
@@ -244,25 +255,35 @@ void CKVMenu::ListPlaying(AttributeArchive& archive)
     archive("native", native);
     const bool listsPlaying = archive.Reads() || m_native || archive.ForcesNative();
     if (!listsPlaying) return;
-    const auto played = !archive.Reads() && !m_native ? m_productions.Menu() : nullptr;
-    Playing playing = played ? PlayingOf(played.Get()) : Playing{m_background, m_audio, m_duration};
+    Playing playing = archive.Reads() ? Playing{} : Played();
     const auto path = [&](std::string_view name, Bstr& text) {
-        archive.Value<Bstr>(
+        return archive.Value<Bstr>(
             name, [&] { return Translated(text, &DocumentPaths::ToDocument); },
             [&](const Bstr& read) { text = Translated(read, &DocumentPaths::FromDocument); });
     };
-    path("audio", playing.audio);
-    path("background", playing.background);
-    archive.Value<double>(
+    const bool tellsAudio = path("audio", playing.audio);
+    const bool tellsBackground = path("background", playing.background);
+    const bool tellsDuration = archive.Value<double>(
         "duration", [&] { return playing.duration; },
         [&](double read) {
             if (!IsLength(read)) throw Error(E_INVALIDARG);
             playing.duration = read;
         });
-    if (archive.Reads()) TakePlaying(native, std::move(playing));
+    const bool tellsAny = tellsAudio || tellsBackground || tellsDuration;
+    if (!archive.Reads() || (!tellsAny && native == m_native)) return;
+    Playing before{m_background, m_audio, m_duration};
+    const HRESULT asked = Guarded([&] {
+        before = Played();
+        return S_OK;
+    });
+    if (asked == E_OUTOFMEMORY) throw Error(asked);
+    if (!tellsAudio) playing.audio = before.audio;
+    if (!tellsBackground) playing.background = before.background;
+    if (!tellsDuration) playing.duration = before.duration;
+    TakePlaying(native, std::move(playing), before);
 }
 
-void CKVMenu::TakePlaying(bool native, Playing loaded)
+void CKVMenu::TakePlaying(bool native, Playing loaded, const Playing& before)
 {
     // What the engine does not take is told; the menu is what the document says all the same.
     if (native != m_native) {
@@ -276,10 +297,12 @@ void CKVMenu::TakePlaying(bool native, Playing loaded)
             m_productions.ExchangeBackground(left.production);
         }
         m_native = native;
+    } else {
+        const bool isSame = loaded.background.View() == before.background.View() &&
+                            loaded.audio.View() == before.audio.View() && loaded.duration == before.duration;
+        if (isSame) return;
+        RecordState(true);
     }
-    const bool isSame = loaded.background.View() == m_background.View() && loaded.audio.View() == m_audio.View() &&
-                        loaded.duration == m_duration;
-    if (isSame) return;
     m_background = std::move(loaded.background);
     m_audio = std::move(loaded.audio);
     m_duration = loaded.duration;
@@ -325,8 +348,16 @@ HRESULT CKVMenu::TurnNative(OtherMode& left)
             if (m_bkgndID == 0) playing = PlayingOf(menu.Get());
         }
         if (m_bkgndID == 0) Play(background.Get(), playing);
-        if (menu) ThrowIfFailed(m_productions.AspectFromMenu(EncodingParams()));
+        const AspectRatio aspect = menu ? m_productions.AspectFromMenu(EncodingParams()) : AspectRatio_None;
         ThrowIfFailed(m_productions.ExchangeMenu(left.production));
+        // Last, since nothing can fail any more but the lack of memory.
+        if (aspect != AspectRatio_None) {
+            const HRESULT told = EncodingParams().put_AspectRatio(aspect);
+            if (FAILED(told)) {
+                m_productions.ExchangeMenu(left.production);
+                throw Error(told);
+            }
+        }
         m_background = std::move(playing.background);
         m_audio = std::move(playing.audio);
         m_duration = playing.duration;
@@ -485,7 +516,7 @@ HRESULT CKVMenu::AskBackground(Out* out, Ask&& ask)
 }
 
 template <class Change>
-HRESULT CKVMenu::EditBackground(bool major, Change&& change)
+HRESULT CKVMenu::EditBackground(Change&& change)
 {
     return Guarded([&] {
         EngineCalls::Begin();
@@ -495,14 +526,14 @@ HRESULT CKVMenu::EditBackground(bool major, Change&& change)
             if (const HRESULT locked = CheckLocked(); FAILED(locked)) return locked;
             production = m_productions.Background();
             if (!production) return S_FALSE;
-            RecordState(major);
+            RecordState(true);
         }
         return change(production.Get());
     });
 }
 
 template <class Change>
-HRESULT CKVMenu::EditNativeBackground(bool major, Change&& change)
+HRESULT CKVMenu::EditNativeBackground(Change&& change, bool isValid)
 {
     {
         const SectionLock lock(Section());
@@ -510,7 +541,8 @@ HRESULT CKVMenu::EditNativeBackground(bool major, Change&& change)
         if (!m_native) return S_OK;
     }
     if (!Query<IZXEProductionData>(m_productions.Background())) return S_FALSE;
-    return EditBackground(major, [&](IUnknown* production) {
+    if (!isValid) return E_INVALIDARG;
+    return EditBackground([&](IUnknown* production) {
         change(MenuBackground(production));
         FirePropertyChanged(301);
         return S_OK;
@@ -525,8 +557,7 @@ HRESULT CKVMenu::get_BackgroundMute(VARIANT_BOOL* pVal)
 
 HRESULT CKVMenu::put_BackgroundMute(VARIANT_BOOL newVal)
 {
-    return EditBackground(true,
-                          [=](IUnknown* production) { return sbd::PutMute(production, sbd::SoundOf::Panels, newVal); });
+    return EditBackground([=](IUnknown* production) { return sbd::PutMute(production, sbd::SoundOf::Panels, newVal); });
 }
 
 HRESULT CKVMenu::get_BackgroundAudioMute(VARIANT_BOOL* pVal)
@@ -538,13 +569,13 @@ HRESULT CKVMenu::get_BackgroundAudioMute(VARIANT_BOOL* pVal)
 HRESULT CKVMenu::put_BackgroundAudioMute(VARIANT_BOOL newVal)
 {
     return EditBackground(
-        true, [=](IUnknown* production) { return sbd::PutMute(production, sbd::SoundOf::BackgroundAudio, newVal); });
+        [=](IUnknown* production) { return sbd::PutMute(production, sbd::SoundOf::BackgroundAudio, newVal); });
 }
 
 HRESULT CKVMenu::SetMenuBackgroundVolume(double dVolume)
 {
     return EditBackground(
-        true, [=](IUnknown* production) { return sbd::PutLevel(production, sbd::SoundOf::Panels, dVolume); });
+        [=](IUnknown* production) { return sbd::PutLevel(production, sbd::SoundOf::Panels, dVolume); });
 }
 
 HRESULT CKVMenu::GetMenuBackgroundVolume(double* pdVolume)
@@ -556,7 +587,7 @@ HRESULT CKVMenu::GetMenuBackgroundVolume(double* pdVolume)
 HRESULT CKVMenu::SetMenuBackgroundAudioVolume(double dVolume)
 {
     return EditBackground(
-        true, [=](IUnknown* production) { return sbd::PutLevel(production, sbd::SoundOf::BackgroundAudio, dVolume); });
+        [=](IUnknown* production) { return sbd::PutLevel(production, sbd::SoundOf::BackgroundAudio, dVolume); });
 }
 
 HRESULT CKVMenu::GetMenuBackgroundAudioVolume(double* pdVolume)
@@ -568,7 +599,7 @@ HRESULT CKVMenu::GetMenuBackgroundAudioVolume(double* pdVolume)
 
 HRESULT CKVMenu::SetMenuBackgroundFadeInOut(VARIANT_BOOL bEnable)
 {
-    return EditBackground(true, [=](IUnknown* production) {
+    return EditBackground([=](IUnknown* production) {
         return sbd::PutFadeEnable(production, sbd::SoundOf::Panels, bEnable != VARIANT_FALSE);
     });
 }
@@ -581,7 +612,7 @@ HRESULT CKVMenu::GetMenuBackgroundFadeInOut(VARIANT_BOOL* pbEnable)
 
 HRESULT CKVMenu::SetMenuBackgroundAudioFadeEnable(VARIANT_BOOL bEnable)
 {
-    return EditBackground(true, [this, bEnable](IUnknown* production) {
+    return EditBackground([this, bEnable](IUnknown* production) {
         const HRESULT set = sbd::PutFadeEnable(production, sbd::SoundOf::BackgroundAudio, bEnable != VARIANT_FALSE);
         if (SUCCEEDED(set)) FirePropertyChanged(356);
         return set;
@@ -598,9 +629,9 @@ HRESULT CKVMenu::GetMenuBackgroundAudioFadeEnable(VARIANT_BOOL* pbEnable)
 HRESULT CKVMenu::SetMenuBackgroundCrop(float fTop, float fLeft, float fBottom, float fRight)
 {
     const FloatRect rect{fLeft, fTop, fRight, fBottom};
-    for (const float side : {fLeft, fTop, fRight, fBottom})
-        if (!std::isfinite(side)) return E_INVALIDARG;
-    return EditNativeBackground(false, [&](MenuBackground background) { background.SetCrop(rect); });
+    const bool isFinite =
+        std::isfinite(fLeft) && std::isfinite(fTop) && std::isfinite(fRight) && std::isfinite(fBottom);
+    return EditNativeBackground([&](MenuBackground background) { background.SetCrop(rect); }, isFinite);
 }
 
 HRESULT CKVMenu::GetMenuBackgroundCrop(float* fTop, float* fLeft, float* fBottom, float* fRight)
@@ -621,13 +652,12 @@ HRESULT CKVMenu::GetMenuBackgroundCrop(float* fTop, float* fLeft, float* fBottom
 
 HRESULT CKVMenu::SetMenuBackgroundCropMode(VARIANT_BOOL bIsCrop)
 {
-    return EditNativeBackground(false,
-                                [=](MenuBackground background) { background.SetCropMode(bIsCrop != VARIANT_FALSE); });
+    return EditNativeBackground([=](MenuBackground background) { background.SetCropMode(bIsCrop != VARIANT_FALSE); });
 }
 
 HRESULT CKVMenu::ResizeMenuBackground(VARIANT_BOOL isFit)
 {
-    return EditNativeBackground(true, [=](MenuBackground background) { background.Resize(isFit != VARIANT_FALSE); });
+    return EditNativeBackground([=](MenuBackground background) { background.Resize(isFit != VARIANT_FALSE); });
 }
 
 HRESULT CKVMenu::GetMenuBackgroundAspectRatio(double* p)

@@ -131,16 +131,14 @@ HRESULT MenuProductions::Disconnect(IUnknown* production, DWORD cookie)
     return Guarded([&] { return kEngine.Checked(PointOf(production)->Unadvise(cookie), "spCP->Unadvise(dwCookie)"); });
 }
 
-HRESULT MenuProductions::AspectFromMenu(IKVEncodingParams& encoding) const
+AspectRatio MenuProductions::AspectFromMenu(IKVEncodingParams& encoding) const
 {
-    return Guarded([&] {
-        VARIANT_BOOL follows = VARIANT_FALSE;
-        ThrowIfFailed(encoding.get_SyncToProject(&follows));
-        if (follows != VARIANT_FALSE) return S_FALSE;
-        double dAspectRatio = 0.0;
-        kEngine.Need(InfoOf(Menu())->get_AspectRatio(&dAspectRatio), "spProdInfo->get_AspectRatio(&dAspectRatio)");
-        return encoding.put_AspectRatio(dAspectRatio == kWide ? AspectRatio_16x9 : AspectRatio_4x3);
-    });
+    VARIANT_BOOL follows = VARIANT_FALSE;
+    ThrowIfFailed(encoding.get_SyncToProject(&follows));
+    if (follows != VARIANT_FALSE) return AspectRatio_None;
+    double dAspectRatio = 0.0;
+    kEngine.Need(InfoOf(Menu())->get_AspectRatio(&dAspectRatio), "spProdInfo->get_AspectRatio(&dAspectRatio)");
+    return dAspectRatio == kWide ? AspectRatio_16x9 : AspectRatio_4x3;
 }
 
 HRESULT MenuProductions::AspectToMenu(IKVEncodingParams& encoding) const

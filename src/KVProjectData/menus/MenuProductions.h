@@ -36,10 +36,10 @@ public:
     HRESULT ExchangeMenu(ComPtr<IUnknown>& production);
     void ExchangeBackground(ComPtr<IUnknown>& production);
 
-    /// The aspect ratio of the menu's own production becomes that of the encoding parameters; S_FALSE when these follow
-    /// the project.
-    HRESULT AspectFromMenu(IKVEncodingParams& encoding) const;
-    /// The other way.
+    /// The aspect ratio of the menu's own production, which the encoding parameters are to take: None when these follow
+    /// the project. Throws Error.
+    AspectRatio AspectFromMenu(IKVEncodingParams& encoding) const;
+    /// The production takes that of the encoding parameters.
     HRESULT AspectToMenu(IKVEncodingParams& encoding) const;
 
     /// Ends the use of a production; null for none.

@@ -82,7 +82,10 @@ HRESULT CKVProjectData::loadXML(IXMLDOMNode* pRootNode)
         // What Clear keeps must not mix with what the document brings.
         Part<CKVCommandList>().DropAll();
         Part<CKVEncodingParams>().Reset();
-        return CKVXMLDataLoader(*this).Load(pRootNode);
+        const HRESULT loaded = CKVXMLDataLoader(*this).Load(pRootNode);
+        for (LONG i = 0; i < m_menus.ChildCount(); ++i)
+            if (auto* menu = dynamic_cast<CKVMenu*>(m_menus.GetChild(i))) menu->TakeLoadedAspect();
+        return loaded;
     });
 }
 

@@ -81,7 +81,7 @@ TEST_F(BackgroundTest, WithoutABackgroundProductionThereIsNothing)
         EXPECT_EQ(S_FALSE, (menu.Get()->*set)(VARIANT_TRUE));
     for (const auto set : {&IKVMenu::SetMenuBackgroundVolume, &IKVMenu::SetMenuBackgroundAudioVolume})
         EXPECT_EQ(S_FALSE, (menu.Get()->*set)(0.5));
-    EXPECT_EQ(S_OK, SetCrop({0, 0, 1, 1}));
+    EXPECT_EQ(S_OK, SetCrop({0, 0, std::numeric_limits<float>::infinity(), 1}));
     EXPECT_EQ(S_OK, menu->SetMenuBackgroundCropMode(VARIANT_TRUE));
     EXPECT_EQ(S_OK, menu->ResizeMenuBackground(VARIANT_TRUE));
     EXPECT_TRUE(Events().empty());
@@ -133,6 +133,48 @@ TEST_F(BackgroundTest, CropsEveryClip)
     ASSERT_EQ(S_OK, menu->put_Background(wide.Get()));
     EXPECT_EQ(S_OK, menu->SetMenuBackgroundCropMode(VARIANT_TRUE));
     EXPECT_EQ((Rect{0, 0, 1, 1}), Crop());
+}
+
+TEST_F(BackgroundTest, WhatUndoBringsBackIsWhatTheStoryboardHeld)
+{
+    folder.Write("song.wav", "la la la");
+    const Bstr song = folder.File("song.wav");
+    ASSERT_EQ(S_OK, menu->put_Background(narrow.Get()));
+    const std::function<HRESULT()> edits[]{
+        [&] { return menu->put_Audio(song.Get()); },
+        [&] {
+            return SetCrop({0.125F, 0.25F, 0.5F, 0.75F});
+        },
+        [&] { return menu->SetMenuBackgroundCropMode(VARIANT_FALSE); },
+    };
+    for (const bool native : {true, false}) {
+        ASSERT_LE(S_OK, SetNative(native));
+        const auto held = [&] { return Held(native ? BackgroundProduction() : Production()); };
+        const auto step = [&](const std::function<HRESULT()>& edit) {
+            ASSERT_EQ(S_OK, project->BeginUndo(nullptr));
+            EXPECT_EQ(S_OK, edit());
+            ASSERT_EQ(S_OK, project->EndUndo(VARIANT_TRUE));
+        };
+        for (const auto& edit : edits) {
+            SCOPED_TRACE(std::to_string(&edit - edits) + (native ? " native" : " plain"));
+            if (!native && &edit != edits) continue;
+            ASSERT_EQ(S_OK, menu->put_Audio(nullptr));
+            const std::string before = held();
+            // A step before that the storyboards take part in is not taken back in the place of this one.
+            step([&] { return menu->put_Background(wide.Get()); });
+            const std::string between = held();
+            step(edit);
+            const std::string after = held();
+            EXPECT_NE(between, after);
+            EXPECT_EQ(S_OK, project->UndoOperation());
+            EXPECT_EQ(between, held());
+            EXPECT_EQ(S_OK, project->UndoOperation());
+            EXPECT_EQ(before, held());
+            EXPECT_EQ(S_OK, project->RedoOperation());
+            EXPECT_EQ(S_OK, project->RedoOperation());
+            EXPECT_EQ(after, held());
+        }
+    }
 }
 
 TEST_F(BackgroundTest, FitsAndFills)

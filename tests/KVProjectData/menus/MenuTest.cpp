@@ -235,6 +235,14 @@ TEST_F(MenuTest, GroupsItsElements)
     EXPECT_EQ(1, sizeOf(groupOf(*other, 12)));
     EXPECT_FALSE(groupOf(*other, 12) == groupOf(*other, 15));
     EXPECT_EQ(S_OK, menu->CopyGroupInfoList(menu.Get()));
+    // No group is found by a negative ID, whatever a document says.
+    ASSERT_EQ(S_OK, other->loadXML(XmlElement::Parse("<Menu><GroupInfoList><GroupInfo ID='4294967290' "
+                                                     "ElementIDs='3;'/></GroupInfoList></Menu>")
+                                       .Get(),
+                                   VARIANT_TRUE));
+    EXPECT_EQ(S_OK, other->AddtoGroup(4, -6));
+    EXPECT_EQ(1, sizeOf(groupOf(*other, 3)));
+    EXPECT_EQ(1, sizeOf(groupOf(*other, 4)));
     EXPECT_EQ(2, sizeOf(group));
 
     ASSERT_EQ(S_OK, project->BeginUndo(nullptr));
@@ -248,8 +256,68 @@ TEST_F(MenuTest, GroupsItsElements)
     EXPECT_FALSE(groupOf(*menu, 12));
     EXPECT_EQ(S_OK, project->RedoOperation());
     EXPECT_EQ(2, sizeOf(groupOf(*menu, 15)));
+    ASSERT_EQ(S_OK, project->ClearDirtyFlag());
+    Events();
     EXPECT_EQ(S_OK, menu->ClearGroupInfoList());
+    EXPECT_TRUE(Events().empty());
     EXPECT_FALSE(groupOf(*menu, 15));
+}
+
+TEST_F(MenuTest, PlaysWhatADocumentSaysInEitherMode)
+{
+    const auto document = [](const char* native, const std::string& background, const char* duration) {
+        XmlElement root = XmlElement::New("Menu");
+        root.SetAttribute("native", native);
+        root.SetAttribute("background", background);
+        root.SetAttribute("duration", duration);
+        return root;
+    };
+    const std::string clip = ToUtf8(wide.View());
+    struct Case {
+        const char* native;
+        std::string background;
+        const char* duration;
+        LONG panels;
+    };
+    const Case cases[]{{"-1", clip, "1", 1}, {"0", clip, "1", 1}, {"-1", clip, "1", 1}, {"-1", "", "7", 0},
+                       {"0", clip, "1", 1},  {"0", "", "8", 0},   {"0", "", "9", 0},    {"0", clip, "1", 1}};
+    for (const Case& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        ASSERT_EQ(S_OK, menu->loadXML(document(each.native, each.background, each.duration).Get(), VARIANT_TRUE));
+        EXPECT_EQ(each.background, ToUtf8(Text(*menu, &IKVMenu::get_Background)));
+        EXPECT_EQ(std::stod(each.duration), ValueOf(*menu.Get(), &IKVMenu::get_Duration));
+        const auto used = Query<IZXEProductionData>(Production() ? Production() : BackgroundProduction());
+        EXPECT_EQ(each.panels, ValueOf(*used.Get(), &IZXEProductionData::GetPanelCount));
+    }
+    // Of what the document does not tell nothing changes.
+    EXPECT_EQ(S_OK, menu->loadXML(XmlElement::Parse("<Menu native='-1' duration='5'/>").Get(), VARIANT_TRUE));
+    EXPECT_EQ(wide.View(), Text(*menu, &IKVMenu::get_Background));
+    EXPECT_EQ(S_OK, menu->loadXML(XmlElement::Parse("<Menu native='0'><Encoding aspectRatio='2'/></Menu>").Get(),
+                                  VARIANT_TRUE));
+    EXPECT_DOUBLE_EQ(16.0 / 9.0, Ratio(Production()));
+}
+
+TEST_F(MenuTest, KeepsItsDurationInFiles)
+{
+    const auto file = folder.File("p.xml");
+    const auto files = Create<IKVFileService>(CLSID_KVFileService);
+    ASSERT_EQ(S_OK, Query<IKVEncodingParams>(menu)->put_AspectRatio(AspectRatio_16x9));
+    const auto load = [&] {
+        project = NewProject();
+        EXPECT_EQ(S_OK, files->LoadProject(file.Get(), project.Get()));
+        menu.Reset();
+        ASSERT_EQ(S_OK, project->GetMenu(1, menu.Put()));
+    };
+    ASSERT_EQ(S_OK, files->SaveProject(file.Get(), project.Get()));
+    load();
+    EXPECT_EQ(30.0, ValueOf(*menu.Get(), &IKVMenu::get_Duration));
+    EXPECT_DOUBLE_EQ(16.0 / 9.0, Ratio(Production())) << "the file holds no production";
+    ASSERT_EQ(S_OK, menu->put_Duration(12.5));
+    ASSERT_EQ(S_OK, files->SaveProject(file.Get(), project.Get()));
+    load();
+    EXPECT_EQ(12.5, ValueOf(*menu.Get(), &IKVMenu::get_Duration));
+    ASSERT_EQ(S_OK, menu->put_Background(still.Get()));
+    EXPECT_EQ(12.5, ValueOf(*menu.Get(), &IKVMenu::get_Duration));
 }
 
 TEST_F(MenuTest, HoldsWhatIsLaidDownThere)
