@@ -85,7 +85,9 @@ HRESULT CKVProjectData::loadXML(IXMLDOMNode* pRootNode)
         const HRESULT loaded = CKVXMLDataLoader(*this).Load(pRootNode);
         for (LONG i = 0; i < m_menus.ChildCount(); ++i)
             if (auto* menu = dynamic_cast<CKVMenu*>(m_menus.GetChild(i))) menu->TakeLoadedAspect();
-        return loaded;
+        // In an open step what follows is undone to what the document brought.
+        const HRESULT opened = Guarded([this] { return m_undo.OpenMenus(); });
+        return FAILED(loaded) ? loaded : FAILED(opened) ? opened : S_OK;
     });
 }
 

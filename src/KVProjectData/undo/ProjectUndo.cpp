@@ -51,12 +51,18 @@ HRESULT ProjectUndo::Begin(BSTR description)
         m_snapshot.Reset();
         context.owner = &m_project;
         context.step.store(m_step->Recorder(), std::memory_order_release);
-        for (const auto& storyboard : m_menus.MenuStoryboards()) {
-            const HRESULT blockOpened = OpenBlock(storyboard.Get());
-            if (FAILED(blockOpened)) return blockOpened;
-        }
-        return S_OK;
+        return OpenMenus();
     });
+}
+
+HRESULT ProjectUndo::OpenMenus()
+{
+    if (!m_step) return S_FALSE;
+    for (const auto& storyboard : m_menus.MenuStoryboards()) {
+        const HRESULT opened = OpenBlock(storyboard.Get());
+        if (FAILED(opened)) return opened;
+    }
+    return S_OK;
 }
 
 HRESULT ProjectUndo::TakeSnapshot(BSTR description)

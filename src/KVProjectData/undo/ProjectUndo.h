@@ -39,6 +39,8 @@ public:
     {
         if (m_step) SharedUndoContext().majorChange = true;
     }
+    /// The menus that the project has now take part in the open step with their storyboards. S_FALSE without a step.
+    HRESULT OpenMenus();
     /// `storyboard` is not null.
     HRESULT BeginStoryboard(IUnknown* storyboard);
     HRESULT Undo();
