@@ -362,7 +362,11 @@ void LoadProductions(IKVProjectData& project, const XmlElement& root)
     const XmlElement productions = root.Child(kProductions);
     if (!storyboards || !productions) return;
     try {
-        if (productions.View().FirstChild()) Loader(storyboards->Node(), productions).Run();
+        if (productions.View().FirstChild()) {
+            storyboards->LeaveStep();
+            Loader(storyboards->Node(), productions).Run();
+            kEngine.Checked(Guarded([&] { return storyboards->JoinStep(); }), "JoinStep()");
+        }
         const std::vector<XmlElement> all = root.Children(kProductions);
         const bool isEmpty = all.size() == 1 && !productions.View().FirstChild() && AttributeCount(productions) == 0;
         XmlElement kept = isEmpty ? XmlElement() : XmlElement::New(root.Name());

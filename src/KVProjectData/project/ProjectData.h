@@ -106,6 +106,8 @@ public:
     void KeepXml(const XmlElement& xml) override { m_keptProductions = xml; }
     XmlElement KeptProductions() override;
     void KeepProductions(XmlElement kept) override;
+    void LeaveStep() override { m_undo.LeaveStoryboards(); }
+    HRESULT JoinStep() override { return m_undo.OpenMenus(); }
 
     using CProjectNode::SaveXML;
 

@@ -17,6 +17,11 @@ struct IProjectStoryboards : IUnknown {
     /// those of the file, in a tree of its own, which is only read. Empty where all was loaded, and after Clear.
     virtual XmlElement KeptProductions() = 0;
     virtual void KeepProductions(XmlElement kept) = 0;
+
+    /// The productions of the menus leave the open step, as a production is loaded only while it has no block open, and
+    /// take part in it again from then on. Without a step nothing happens.
+    virtual void LeaveStep() = 0;
+    virtual HRESULT JoinStep() = 0;
 };
 
 } // namespace kv

@@ -57,6 +57,8 @@ HRESULT ProjectUndo::Begin(BSTR description)
 
 HRESULT ProjectUndo::OpenMenus()
 {
+    const DrivingUndo driving;
+    const SectionLock projectLock(m_project.Section());
     if (!m_step) return S_FALSE;
     for (const auto& storyboard : m_menus.MenuStoryboards()) {
         const HRESULT opened = OpenBlock(storyboard.Get());
@@ -224,9 +226,17 @@ void ProjectUndo::DiscardAll()
     UndoContext& context = SharedUndoContext();
     if (StateRecorder* const step = context.step) step->Forget(m_project);
     if (!m_step) return;
+    LeaveStoryboards();
+    context.majorChange = false;
+}
+
+void ProjectUndo::LeaveStoryboards()
+{
+    const DrivingUndo driving;
+    const SectionLock projectLock(m_project.Section());
+    if (!m_step) return;
     CloseStoryboards(true);
     m_step->ForgetStoryboards();
-    context.majorChange = false;
 }
 
 } // namespace kv

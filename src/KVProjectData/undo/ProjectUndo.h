@@ -41,6 +41,8 @@ public:
     }
     /// The menus that the project has now take part in the open step with their storyboards. S_FALSE without a step.
     HRESULT OpenMenus();
+    /// The storyboards close their blocks and keep their edits; the step knows of them no more.
+    void LeaveStoryboards();
     /// `storyboard` is not null.
     HRESULT BeginStoryboard(IUnknown* storyboard);
     HRESULT Undo();

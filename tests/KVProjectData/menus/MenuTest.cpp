@@ -320,6 +320,32 @@ TEST_F(MenuTest, KeepsItsDurationInFiles)
     EXPECT_EQ(12.5, ValueOf(*menu.Get(), &IKVMenu::get_Duration));
 }
 
+TEST_F(MenuTest, AFileThatIsLoadedInAStepIsWhatTheStepGoesBackTo)
+{
+    const auto file = folder.File("p.xml");
+    const auto files = Create<IKVFileService>(CLSID_KVFileService);
+    ASSERT_EQ(S_OK, menu->put_Background(still.Get()));
+    ASSERT_EQ(S_OK, menu->put_Duration(12.5));
+    ASSERT_EQ(S_OK, files->SaveProject(file.Get(), project.Get()));
+    const auto told = [&] {
+        return std::pair(Text(*menu, &IKVMenu::get_Background), ValueOf(*menu.Get(), &IKVMenu::get_Duration));
+    };
+    const auto saved = told();
+    ASSERT_EQ(S_OK, project->BeginUndo(nullptr));
+    ASSERT_EQ(S_OK, files->LoadProject(file.Get(), project.Get()));
+    menu.Reset();
+    ASSERT_EQ(S_OK, project->GetMenu(1, menu.Put()));
+    EXPECT_EQ(saved, told());
+    ASSERT_EQ(S_OK, menu->put_Background(wide.Get()));
+    ASSERT_EQ(S_OK, menu->put_Duration(1.0));
+    ASSERT_EQ(S_OK, project->EndUndo(VARIANT_TRUE));
+    const auto edited = told();
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_EQ(saved, told());
+    EXPECT_EQ(S_OK, project->RedoOperation());
+    EXPECT_EQ(edited, told());
+}
+
 TEST_F(MenuTest, HoldsWhatIsLaidDownThere)
 {
     ComPtr<IKVMenuElement> button;
