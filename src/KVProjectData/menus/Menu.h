@@ -127,6 +127,7 @@ public:
 
     std::vector<OwnedProduction> Productions() override;
     HRESULT TakeProduction(std::string_view name, IUnknown* production) override;
+    std::shared_ptr<const ModeImage> PresentMode() override;
 
     IUnknown* Identity() override { return Controlling(); }
     ProductionOwner* Owner() override { return this; }
@@ -140,6 +141,7 @@ protected:
 
 private:
     class OtherMode;
+    class ShownMode;
     /// What the menu plays: in fields of its own, or in a production.
     struct Playing {
         Bstr background;
@@ -179,6 +181,9 @@ private:
     HRESULT TurnNative(OtherMode& left);
     HRESULT TurnToProduction(OtherMode& left);
     HRESULT ExchangeMode(OtherMode& other);
+    /// The production of the mode.
+    ProductionUse ModeProduction() const { return m_native ? m_productions.BackgroundUse() : m_productions.MenuUse(); }
+    bool EnterMode(bool native, ProductionUse production);
 
     /// Asks the background production. Without one `out` is nothing, and the result S_FALSE.
     template <class Out, class Ask>

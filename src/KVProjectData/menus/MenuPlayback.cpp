@@ -68,7 +68,6 @@ Bstr Translated(const Bstr& text, HRESULT (DocumentPaths::*translate)(BSTR, BSTR
 class CKVMenu::OtherMode final : public KeptMode {
 public:
     explicit OtherMode(CKVMenu& menu) : m_menu(menu) {}
-    ~OtherMode() override { MenuProductions::Close(production.Get()); }
 
     HRESULT Exchange() override { return m_menu.ExchangeMode(*this); }
 
@@ -76,10 +75,27 @@ public:
     bool isFilled = false;
     bool native = false;
     /// That of the mode.
-    ComPtr<IUnknown> production;
+    ProductionUse production;
 
 private:
     CKVMenu& m_menu;
+};
+
+/// The mode that a menu was in, with the production that showed it.
+class CKVMenu::ShownMode final : public ModeImage {
+public:
+    explicit ShownMode(CKVMenu& menu) : m_menu(menu), m_native(menu.m_native), m_production(menu.ModeProduction()) {}
+
+    bool Enter() const override { return m_menu.EnterMode(m_native, m_production); }
+    void Bind() const override
+    {
+        if (!m_native && m_production) ForEachElement(m_menu.Elements(), AttachNowOrLater);
+    }
+
+private:
+    CKVMenu& m_menu;
+    const bool m_native;
+    const ProductionUse m_production;
 };
 
 // Audio, background, duration
@@ -287,14 +303,14 @@ void CKVMenu::TakePlaying(bool native, Playing loaded, const Playing& before)
 {
     // What the engine does not take is told; the menu is what the document says all the same.
     if (native != m_native) {
-        OtherMode left(*this);
+        ProductionUse left;
         if (native) {
             m_productions.MakeBackground();
             Elements().RemoveEffects();
-            m_productions.ExchangeMenu(left.production);
+            m_productions.ExchangeMenu(left);
         } else {
             m_productions.MakeMenu();
-            m_productions.ExchangeBackground(left.production);
+            m_productions.ExchangeBackground(left);
         }
         m_native = native;
     } else {
@@ -365,9 +381,9 @@ HRESULT CKVMenu::TurnNative(OtherMode& left)
     });
     if (FAILED(turned)) {
         // The menu goes on as it was.
-        ComPtr<IUnknown> none;
+        ProductionUse none;
         m_productions.ExchangeBackground(none);
-        MenuProductions::Close(none.Get());
+        none.reset();
         if (menu) Elements().InsertEffects(menu.Get());
         return turned;
     }
@@ -392,8 +408,8 @@ HRESULT CKVMenu::TurnToProduction(OtherMode& left)
     if (FAILED(turned)) {
         // The menu stays as it was.
         Elements().RemoveEffects();
-        ComPtr<IUnknown> none;
-        if (SUCCEEDED(m_productions.ExchangeMenu(none))) MenuProductions::Close(none.Get());
+        ProductionUse none;
+        m_productions.ExchangeMenu(none);
         return turned;
     }
     m_productions.ExchangeBackground(left.production);
@@ -408,7 +424,7 @@ HRESULT CKVMenu::ExchangeMode(OtherMode& other)
     return Read([&] {
         if (!other.isFilled || other.native == m_native) return S_FALSE;
         const RecordingOff off;
-        ComPtr<IUnknown> left;
+        ProductionUse left;
         if (other.native) {
             // The effects stay in the production, which undo and redo change by its own blocks; what the elements keep
             // besides is exchanged by their own records.
@@ -430,7 +446,7 @@ HRESULT CKVMenu::ExchangeMode(OtherMode& other)
             left = other.production;
             const HRESULT exchanged = m_productions.ExchangeMenu(left);
             if (FAILED(exchanged)) return exchanged;
-            other.production.Reset();
+            other.production.reset();
             m_productions.ExchangeBackground(left);
             // Those whose effects the storyboard has not brought back yet are bound when it has.
             ForEachElement(Elements(), [](CProjectNode& element) { element.AttachEffect(); });
@@ -440,6 +456,30 @@ HRESULT CKVMenu::ExchangeMode(OtherMode& other)
         m_native = !m_native;
         return S_OK;
     });
+}
+
+std::shared_ptr<const ModeImage> CKVMenu::PresentMode()
+{
+    return std::make_shared<ShownMode>(*this);
+}
+
+bool CKVMenu::EnterMode(bool native, ProductionUse production)
+{
+    if (native == m_native && production == ModeProduction()) return false;
+    EngineCalls::Begin();
+    const RecordingOff off;
+    // The effects stay in the production that is left.
+    Elements().DetachEffects();
+    ProductionUse background;
+    if (native) std::swap(background, production);
+    const HRESULT exchanged = m_productions.ExchangeMenu(production);
+    if (FAILED(exchanged)) {
+        if (const auto menu = m_productions.Menu()) Elements().AttachEffects(menu.Get());
+        throw Error(exchanged);
+    }
+    m_productions.ExchangeBackground(background);
+    m_native = native;
+    return true;
 }
 
 // Productions
@@ -488,7 +528,7 @@ HRESULT CKVMenu::TakeProduction(std::string_view name, IUnknown* production)
 {
     return Read([&] {
         if (name != (m_native ? kBackground : kStoryboard)) return E_INVALIDARG;
-        ComPtr<IUnknown> taken = Query<IUnknown>(production);
+        ProductionUse taken = UseProduction(Query<IUnknown>(production));
         if (m_native) {
             m_productions.ExchangeBackground(taken);
         } else {
@@ -497,7 +537,6 @@ HRESULT CKVMenu::TakeProduction(std::string_view name, IUnknown* production)
             Elements().DetachEffects();
             Elements().AttachEffects(production);
         }
-        MenuProductions::Close(taken.Get());
         return S_OK;
     });
 }

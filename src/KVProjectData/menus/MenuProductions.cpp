@@ -21,9 +21,9 @@ ComPtr<IUnknown> NewProduction()
     return production;
 }
 
-ComPtr<IProductionInfo> InfoOf(const ComPtr<IUnknown>& production)
+ComPtr<IProductionInfo> InfoOf(IUnknown* production)
 {
-    const auto data = kEngine.Need<IZXEProductionData>(production.Get(), "(IZXEProductionData*)spSbd");
+    const auto data = kEngine.Need<IZXEProductionData>(production, "(IZXEProductionData*)spSbd");
     return ProductionObject(kEngine, *data).Info();
 }
 
@@ -38,26 +38,35 @@ ComPtr<IConnectionPoint> PointOf(IUnknown* production)
 
 } // namespace
 
+ProductionUse UseProduction(ComPtr<IUnknown> production)
+{
+    if (!production) return nullptr;
+    return ProductionUse(production.Detach(), [](IUnknown* used) {
+        if (const auto data = Query<IZXEProductionData>(used)) kEngine.Checked(data->Close(), "spSbd->Close()");
+        used->Release();
+    });
+}
+
 void MenuProductions::End()
 {
-    Disconnect(m_menu.Get(), m_adviseCookie);
+    Disconnect(m_menu.get(), m_adviseCookie);
     m_adviseCookie = 0;
-    ComPtr<IUnknown> menu;
-    ComPtr<IUnknown> background;
+    ProductionUse menu;
+    ProductionUse background;
     Hold(m_menu, menu);
     Hold(m_background, background);
-    Close(menu.Get());
-    Close(background.Get());
+    menu.reset();
+    background.reset();
     if (m_sink) m_sink->Forget();
 }
 
-ComPtr<IUnknown> MenuProductions::Held(const ComPtr<IUnknown>& production) const
+ProductionUse MenuProductions::Held(const ProductionUse& production) const
 {
     const std::lock_guard lock(m_guard);
     return production;
 }
 
-void MenuProductions::Hold(ComPtr<IUnknown>& place, ComPtr<IUnknown>& production)
+void MenuProductions::Hold(ProductionUse& place, ProductionUse& production)
 {
     const std::lock_guard lock(m_guard);
     std::swap(place, production);
@@ -67,13 +76,9 @@ HRESULT MenuProductions::MakeMenu()
 {
     if (m_menu) return S_FALSE;
     return Guarded([&] {
-        ComPtr<IUnknown> production = NewProduction();
+        ProductionUse production = UseProduction(NewProduction());
         const HRESULT taken = ExchangeMenu(production);
-        if (FAILED(taken)) {
-            Close(production.Get());
-        } else {
-            m_sink->SetOfMere(true);
-        }
+        if (SUCCEEDED(taken)) m_sink->SetOfMere(true);
         return taken;
     });
 }
@@ -82,21 +87,21 @@ HRESULT MenuProductions::MakeBackground()
 {
     if (m_background) return S_FALSE;
     return Guarded([&] {
-        ComPtr<IUnknown> production = NewProduction();
-        kEngine.Need(InfoOf(production)->put_AspectRatio(kWide), "spProdInfo->put_AspectRatio(16.0 / 9.0)");
+        ProductionUse production = UseProduction(NewProduction());
+        kEngine.Need(InfoOf(production.get())->put_AspectRatio(kWide), "spProdInfo->put_AspectRatio(16.0 / 9.0)");
         ExchangeBackground(production);
         return S_OK;
     });
 }
 
-HRESULT MenuProductions::ExchangeMenu(ComPtr<IUnknown>& production)
+HRESULT MenuProductions::ExchangeMenu(ProductionUse& production)
 {
     DWORD cookie = 0;
-    const HRESULT connected = production ? Connect(production.Get(), cookie) : S_OK;
+    const HRESULT connected = production ? Connect(production.get(), cookie) : S_OK;
     if (FAILED(connected)) return connected;
-    const HRESULT left = Disconnect(m_menu.Get(), m_adviseCookie);
+    const HRESULT left = Disconnect(m_menu.get(), m_adviseCookie);
     if (FAILED(left)) {
-        Disconnect(production.Get(), cookie);
+        Disconnect(production.get(), cookie);
         return left;
     }
     m_adviseCookie = cookie;
@@ -104,15 +109,9 @@ HRESULT MenuProductions::ExchangeMenu(ComPtr<IUnknown>& production)
     return S_OK;
 }
 
-void MenuProductions::ExchangeBackground(ComPtr<IUnknown>& production)
+void MenuProductions::ExchangeBackground(ProductionUse& production)
 {
     Hold(m_background, production);
-}
-
-HRESULT MenuProductions::Close(IUnknown* production)
-{
-    const auto data = Query<IZXEProductionData>(production);
-    return data ? kEngine.Checked(data->Close(), "spSbd->Close()") : S_OK;
 }
 
 HRESULT MenuProductions::Connect(IUnknown* production, DWORD& cookie)
@@ -137,7 +136,7 @@ AspectRatio MenuProductions::AspectFromMenu(IKVEncodingParams& encoding) const
     ThrowIfFailed(encoding.get_SyncToProject(&follows));
     if (follows != VARIANT_FALSE) return AspectRatio_None;
     double dAspectRatio = 0.0;
-    kEngine.Need(InfoOf(Menu())->get_AspectRatio(&dAspectRatio), "spProdInfo->get_AspectRatio(&dAspectRatio)");
+    kEngine.Need(InfoOf(Menu().Get())->get_AspectRatio(&dAspectRatio), "spProdInfo->get_AspectRatio(&dAspectRatio)");
     return dAspectRatio == kWide ? AspectRatio_16x9 : AspectRatio_4x3;
 }
 
@@ -146,7 +145,7 @@ HRESULT MenuProductions::AspectToMenu(IKVEncodingParams& encoding) const
     return Guarded([&] {
         AspectRatio aspect = AspectRatio_None;
         ThrowIfFailed(encoding.get_AspectRatio(&aspect));
-        return kEngine.Checked(InfoOf(Menu())->put_AspectRatio(aspect == AspectRatio_16x9 ? kWide : kNarrow),
+        return kEngine.Checked(InfoOf(Menu().Get())->put_AspectRatio(aspect == AspectRatio_16x9 ? kWide : kNarrow),
                                "spProdInfo->put_AspectRatio(dAspectRatio)");
     });
 }

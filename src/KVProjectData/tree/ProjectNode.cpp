@@ -105,6 +105,11 @@ XmlElement CProjectNode::KeptXml()
 
 void CProjectNode::KeepXml(const XmlElement&) {}
 
+std::shared_ptr<const ModeImage> CProjectNode::PresentMode()
+{
+    return nullptr;
+}
+
 void CProjectNode::FirePropertyChanged(DISPID) {}
 
 HRESULT CProjectNode::LoadElement(const LoadedElement& element)

@@ -30,6 +30,7 @@ class CKVCommandList;
 class CNodeList;
 class KeptMode;
 class LoadedElement;
+class ModeImage;
 class ProductionOwner;
 
 /// Held while a parent link changes, after the node's section. Whoever climbs the tree holds it: what is above may be
@@ -78,6 +79,8 @@ public:
     virtual XmlElement KeptXml();
     /// Takes over what `KeptXml` of this node gave.
     virtual void KeepXml(const XmlElement& xml);
+    /// The node's present mode, for snapshots; null for every node but menus. Run inside the node's section.
+    virtual std::shared_ptr<const ModeImage> PresentMode();
     /// The node as a list that owns its children; null for every other.
     virtual CNodeList* List() { return nullptr; }
     /// The node as the owner of productions; null for every other.

@@ -30,6 +30,22 @@ public:
     virtual HRESULT Exchange() = 0;
 };
 
+/// A node's mode, and what the node has of its own in it, as a snapshot keeps them. What is kept stays in use for as
+/// long as the image.
+class ModeImage {
+public:
+    ModeImage() = default;
+    ModeImage(const ModeImage&) = delete;
+    ModeImage& operator=(const ModeImage&) = delete;
+    virtual ~ModeImage() = default;
+
+    /// Gives the node back mode and possession, before its values and what stands below it are restored. False when it
+    /// has them still. Called inside the node's section; throws Error, and the node goes on as it was.
+    virtual bool Enter() const = 0;
+    /// Binds what stands below the node, once that is restored, to what `Enter` brought back.
+    virtual void Bind() const = 0;
+};
+
 /// Keeps what an edit is about to replace: the open undo step.
 class StateRecorder {
 public:

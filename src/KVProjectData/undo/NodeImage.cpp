@@ -1,7 +1,6 @@
 #include "KVProjectData/undo/NodeImage.h"
 
-#include "KVProjectData/IKVMenu.h"
-#include "KVProjectData/menus/MenuNode.h"
+#include "KVProjectData/tree/UndoContext.h"
 
 namespace kv {
 namespace {
@@ -12,18 +11,13 @@ bool IsFixed(const CProjectNode& node)
     return node.Type() == typeCommand;
 }
 
-bool IsNative(CProjectNode& node)
-{
-    return node.Type() == typeMenu && static_cast<CMenuNode&>(node).IsNativeMenu();
-}
-
 } // namespace
 
 NodeImage::NodeImage(CProjectNode& node, ComPtr<IUnknown> object) : m_object(std::move(object)), m_node(&node)
 {
     if (IsFixed(node)) return;
     const SectionLock lock(node.Section());
-    m_isNative = IsNative(node);
+    m_mode = node.PresentMode();
     m_values = node.GetRecord();
     m_xml = node.KeptXml();
     m_children.reserve(static_cast<std::size_t>(node.ChildCount()));
@@ -49,7 +43,7 @@ NodeImage NodeImage::Copy() const
     NodeImage copy;
     copy.m_object = m_object;
     copy.m_node = m_node;
-    copy.m_isNative = m_isNative;
+    copy.m_mode = m_mode;
     copy.m_values = m_values.Copy();
     copy.m_xml = m_xml;
     copy.m_children.reserve(m_children.size());
@@ -70,8 +64,7 @@ void NodeImage::Restore()
 {
     if (IsFixed(*m_node)) return;
     const SectionLock lock(m_node->Section());
-    // A menu that turns native takes over what its production has; one that turns back hands that what it keeps.
-    if (m_isNative) RestoreMode();
+    const bool entered = m_mode && m_mode->Enter();
     m_node->ExchangeRecord(m_values);
     m_node->KeepXml(m_xml);
     if (CNodeList* list = m_node->List()) {
@@ -80,15 +73,9 @@ void NodeImage::Restore()
         for (NodeImage& child : m_children)
             child.Restore();
     }
-    if (!m_isNative) RestoreMode();
+    if (entered) m_mode->Bind();
     for (NodeImage& node : m_absent)
         if (!node.m_node->Parent()) node.Restore();
-}
-
-void NodeImage::RestoreMode()
-{
-    if (IsNative(*m_node) == m_isNative) return;
-    ThrowIfFailed(Query<IKVMenu>(m_node->Identity())->SetNative(m_isNative ? VARIANT_TRUE : VARIANT_FALSE));
 }
 
 void NodeImage::RestoreItems(CNodeList& list)

@@ -29,13 +29,10 @@ public:
 private:
     NodeImage() = default;
     void RestoreItems(CNodeList& list);
-    /// Makes a menu native, or not.
-    void RestoreMode();
 
     ComPtr<IUnknown> m_object;
     CProjectNode* m_node = nullptr;
-    /// Of a menu.
-    bool m_isNative = false;
+    std::shared_ptr<const ModeImage> m_mode;
     RecordedValues m_values;
     XmlElement m_xml;
     std::vector<NodeImage> m_children;
