@@ -75,6 +75,48 @@ TEST_F(MenuModeTest, PlaysWhereTheModeSays)
     EXPECT_EQ(S_FALSE, menu->AdjustNativeDuration());
 }
 
+TEST_F(MenuModeTest, SnapshotsBringBackModesWithWhatTheyShowed)
+{
+    Fill();
+    ComPtr<IKVMenuElement> text;
+    ASSERT_EQ(S_OK, Query<IKVMenuElementList>(menu)->AddElement(&IKVMenuText::IID, text.Put()));
+    const auto told = [&] {
+        float x = 0;
+        float y = 0;
+        EXPECT_EQ(S_OK, text->GetPosition(&x, &y));
+        Bstr panel;
+        menu->GetMenuBackgroundPanelSource(panel.Put());
+        return Told() + ' ' + std::to_string(x) + ' ' + std::to_string(y) + ' ' +
+               std::filesystem::path(panel.View()).filename().string();
+    };
+    for (const bool native : {false, true}) {
+        SetNative(native);
+        for (const bool commit : {false, true}) {
+            SCOPED_TRACE(std::to_string(native) + std::to_string(commit));
+            ASSERT_EQ(S_OK, menu->put_Background(wide.Get()));
+            ASSERT_EQ(S_OK, text->SetPosition(0.5, 0.25));
+            const std::string before = told();
+            ASSERT_EQ(S_OK, project->TakeUndoSnapshot(nullptr));
+            ASSERT_EQ(S_OK, SetNative(!native));
+            ASSERT_EQ(S_OK, menu->put_Background(narrow.Get()));
+            ASSERT_EQ(S_OK, text->SetPosition(-0.5, 0));
+            const std::string after = told();
+            Events();
+            ASSERT_EQ(S_OK, project->EndUndo(commit ? VARIANT_TRUE : VARIANT_FALSE));
+            if (commit) {
+                ASSERT_EQ(S_OK, project->UndoOperation());
+            }
+            EXPECT_EQ(before, told());
+            EXPECT_EQ(S_OK, project->RedoOperation());
+            EXPECT_EQ(after, told());
+            EXPECT_EQ(S_OK, project->UndoOperation());
+            EXPECT_EQ(before, told());
+            for (const auto& event : Events())
+                EXPECT_EQ(EVENT_MessageBroadcast, event.id);
+        }
+    }
+}
+
 TEST_F(MenuModeTest, ChecksWhatItIsToPlay)
 {
     const Bstr missing = folder.File("missing.y4m");
