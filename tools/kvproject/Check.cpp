@@ -4,6 +4,7 @@
 #include "Failure.h"
 #include "Losses.h"
 #include "Markup.h"
+#include "MenuCheck.h"
 #include "Session.h"
 #include "Storyboard.h"
 #include "platform/system/Paths.h"
@@ -79,7 +80,8 @@ public:
         : m_session(session), m_faults(faults)
     {
         ForEachChild(project, {}, [this](const Element& list, const std::string& path) {
-            if (list.Name() == "Titles") CollectTitles(list, path);
+            if (list.Name() == "Titles") CollectOwners(list, path, "Title");
+            if (list.Name() == "Menus") CollectOwners(list, path, "Menu");
         });
     }
 
@@ -91,10 +93,13 @@ public:
     }
 
 private:
-    void CollectTitles(const Element& list, const std::string& path)
+    void CollectOwners(const Element& list, const std::string& path, std::string_view kind)
     {
-        ForEachChild(list, path, [this](const Element& title, const std::string&) {
-            if (title.Name() == "Title") m_titles.insert(IdOf(title, "ID"));
+        ForEachChild(list, path, [&](const Element& owner, const std::string&) {
+            if (owner.Name() != kind) return;
+            // A native menu has a production for its background alone.
+            const bool isNative = kind == "Menu" && IdOf(owner, "native") != 0;
+            m_owners.emplace(IdOf(owner, "ID"), isNative ? "Background" : "Storyboard");
         });
     }
 
@@ -110,26 +115,28 @@ private:
         const ULONG owner = IdOf(production, "ownerID");
         const auto attributes = production.Attributes();
         const auto which = attributes.find("name");
-        // Of titles that share an ID one without a production leaves an entry that holds nothing.
-        const bool isPlace = !storyboard && production.Children().empty() && m_titles.count(owner) > 1;
+        // Of owners that share an ID one without a production leaves an entry that holds nothing.
+        const std::string name = which == attributes.end() ? std::string() : which->second;
+        const bool isPlace = !storyboard && production.Children().empty() && m_owners.count({owner, name}) > 1;
         if (owner == 0 || which == attributes.end() || !(storyboard || isPlace)) {
             m_faults.push_back(path + ": no production that can be loaded");
             return;
         }
-        const auto title = m_titles.find(owner);
-        if (which->second != "Storyboard") {
-            m_faults.push_back(path + ": titles have no production of the name " + which->second);
-        } else if (title == m_titles.end()) {
-            m_faults.push_back(path + ": there is no title of the ID " + std::to_string(owner) + " for it");
+        const auto found = m_owners.find({owner, name});
+        if (name != "Storyboard" && name != "Background") {
+            m_faults.push_back(path + ": neither titles nor menus have a production of the name " + name);
+        } else if (found == m_owners.end()) {
+            const char* kind = name == "Storyboard" ? "title or menu" : "native menu";
+            m_faults.push_back(path + ": there is no " + kind + " of the ID " + std::to_string(owner) + " for it");
         } else {
-            m_titles.erase(title);
+            m_owners.erase(found);
         }
         if (!storyboard) return;
         const HRESULT read = TryStoryboard(storyboard->Node().Get());
         if (FAILED(read)) m_faults.push_back(storyboardPath + ": " + Describe(read, "the engine does not read it"));
         ForEachChild(*storyboard, storyboardPath, [this](const Element& part, const std::string& partPath) {
-            for (const auto& [name, value] : part.Attributes()) {
-                if (name == "source" || name == "mask") CheckMedia(value, partPath);
+            for (const auto& [attribute, value] : part.Attributes()) {
+                if (attribute == "source" || attribute == "mask") CheckMedia(value, partPath);
             }
         });
     }
@@ -142,8 +149,8 @@ private:
     }
 
     const Session& m_session;
-    /// Those whose production was not met yet.
-    std::multiset<ULONG> m_titles;
+    /// The titles and menus whose production was not met yet, by ID, with its name.
+    std::multiset<std::pair<ULONG, std::string>> m_owners;
     std::vector<std::string>& m_faults;
 };
 
@@ -170,6 +177,7 @@ std::vector<std::string> CheckFile(const std::string& file)
     });
     FindMissingFiles(session.Project(), faults);
     FindDestinations(session.Project(), faults);
+    FindMenuFaults(session.Project(), faults);
     return faults;
 }
 

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdlib>
 #include <list>
+#include <utility>
 
 namespace kvproject {
 namespace {
@@ -17,8 +18,30 @@ namespace {
 using kv::Variant;
 
 /// Attributes that are read as true or false, from a number or from a word.
-constexpr std::array<std::string_view, 7> kBooleans{"VBREncoding",   "doCompression", "fitToDisc",      "menuless",
-                                                    "onDiscProject", "syncToProject", "twoPassEncoding"};
+constexpr std::array<std::string_view, 13> kBooleans{"IsMenuBackgroundLoopPlay",
+                                                     "VBREncoding",
+                                                     "doCompression",
+                                                     "fitToDisc",
+                                                     "menuless",
+                                                     "native",
+                                                     "onDiscProject",
+                                                     "stillImage",
+                                                     "syncToProject",
+                                                     "twoPassEncoding",
+                                                     "valid",
+                                                     "zoomMask",
+                                                     "zoomSource"};
+
+/// Attributes that are read as single floats.
+constexpr std::array<std::string_view, 11> kFloats{"Center_X", "Center_Y", "Size_X", "Size_Y", "bottom", "left",
+                                                   "right",    "rotation", "top",    "x",      "y"};
+
+/// What a menu that is not native hands on to its production, which stands beside the project.
+constexpr std::array<std::string_view, 3> kPlayed{"audio", "background", "duration"};
+
+/// Names that attributes once had.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 2> kOldNames{
+    {{"HDVideoFormat", "videoFormat"}, {"zoomToFill", "zoomSource"}}};
 
 /// Whose children are parts: each stands for the only one of its name, however often it is there. All others hold
 /// lists.
@@ -58,6 +81,21 @@ std::optional<long> ReadEnumerator(const std::string& text)
     return end != text.c_str() && (rest.empty() || hasName) ? std::optional(number) : std::nullopt;
 }
 
+/// "0x1F"
+std::optional<unsigned long> ReadHex(const std::string& text)
+{
+    constexpr int kBase = 16;
+    char* end = nullptr;
+    const unsigned long number = std::strtoul(text.c_str(), &end, kBase);
+    return !text.empty() && *end == '\0' ? std::optional(number) : std::nullopt;
+}
+
+std::optional<float> ReadFloat(const std::string& text)
+{
+    const auto number = ReadNumber(text);
+    return number ? std::optional(static_cast<float>(*number)) : std::nullopt;
+}
+
 template <class Value>
 bool Same(const std::optional<Value>& left, const std::optional<Value>& right)
 {
@@ -71,8 +109,19 @@ bool MeansTheSame(std::string_view attribute, const std::string& text, const std
     // An object whose ID is 0 has none yet, and gets one.
     if (attribute == "ID") return ReadId(text) == 0u || Same(ReadId(text), ReadId(written));
     if (std::ranges::count(kBooleans, attribute)) return Same(ReadTruth(text), ReadTruth(written));
+    if (std::ranges::count(kFloats, attribute)) return Same(ReadFloat(text), ReadFloat(written));
+    if (written.starts_with("0x")) return Same(ReadHex(text), ReadHex(written));
     if (written.find(" (") != written.npos) return Same(ReadEnumerator(text), ReadEnumerator(written));
     return Same(ReadNumber(text), ReadNumber(written));
+}
+
+/// What an attribute is called today, unless that one is there as well.
+std::string CurrentName(const std::string& name, const std::map<std::string, std::string>& attributes)
+{
+    for (const auto& [old, current] : kOldNames) {
+        if (name == old && !attributes.contains(std::string(current))) return std::string(current);
+    }
+    return name;
 }
 
 /// What a child element is loaded as: a command is what its code says, whatever its name.
@@ -154,11 +203,12 @@ private:
         for (const auto& [name, value] : attributes) {
             // The version is the writer's, a count follows from the children, a project's ID is its process's.
             if (name == "Version" || name == "NumItems" || (name == "ID" && file.Name() == kProjectElement)) continue;
-            const bool oldName = name == "HDVideoFormat" && !attributes.contains("videoFormat");
-            const auto found = kept.find(oldName ? "videoFormat" : name);
+            const std::string known = CurrentName(name, attributes);
+            const auto found = kept.find(known);
             if (found == kept.end()) {
-                ReportIgnored(name, path);
-            } else if (!MeansTheSame(name, value, found->second)) {
+                const bool isPlayed = file.Name() == "Menu" && std::ranges::count(kPlayed, name);
+                if (!isPlayed) ReportIgnored(name, path);
+            } else if (!MeansTheSame(known, value, found->second)) {
                 m_faults.push_back(path + ": the attribute \"" + name + "\" is read as \"" + found->second +
                                    "\", not \"" + value + "\"");
             }
