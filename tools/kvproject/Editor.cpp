@@ -10,6 +10,7 @@
 #include "Tree.h"
 
 #include "KVProjectData/ICPSUndoParentEnum.h"
+#include "KVProjectData/IKVMenu.h"
 
 #include <algorithm>
 #include <vector>
@@ -65,15 +66,24 @@ bool RemoveEmptyStep(IOleUndoManager& manager)
     return removal && SUCCEEDED(removal->RemoveUnit(newest.Get()));
 }
 
-/// The project and what its titles show.
+/// The project and what its titles and menus show. A title without a production is given one.
 kv::Bstr DocumentText(const Session& session)
 {
     const auto document = session.Document();
     kv::ComPtr<IXMLDOMElement> root;
     Require(document->get_documentElement(root.Put()), "cannot write the project");
     kv::ComPtr<IKVTitle> title;
-    for (LONG i = 1; SUCCEEDED(session.Project().GetTitle(i, title.Put())); ++i)
-        AddStoryboard(*title, *root);
+    for (LONG i = 1; SUCCEEDED(session.Project().GetTitle(i, title.Put())); ++i) {
+        kv::ComPtr<IUnknown> production;
+        if (SUCCEEDED(title->GetProduction(production.Put()))) AddStoryboard(production.Get(), *root);
+    }
+    kv::ComPtr<IKVMenu> menu;
+    for (LONG i = 1; SUCCEEDED(session.Project().GetMenu(i, menu.Put())); ++i) {
+        kv::ComPtr<IUnknown> production;
+        menu->GetProduction(production.Put());
+        if (!production) menu->GetBackgroundProduction(production.Put());
+        AddStoryboard(production.Get(), *root);
+    }
     kv::Bstr text;
     Require(document->get_xml(text.Put()), "cannot write the project");
     return text;

@@ -94,19 +94,17 @@ void PutIntoStoryboard(IKVTitle& title, const std::string& clip)
             "cannot put " + clip + " into the title");
 }
 
-void AddStoryboard(IKVTitle& title, IXMLDOMElement& parent)
+void AddStoryboard(IUnknown* production, IXMLDOMElement& parent)
 {
-    ComPtr<IUnknown> production;
     ComPtr<IXMLDOMDocument> document;
     ComPtr<IXMLDOMElement> place;
     // An engine that makes or writes none has nothing to compare.
-    if (FAILED(title.GetProduction(production.Put()))) return;
     const auto persist = Query<IZXEProductionPersist>(production);
     if (!persist) return;
     Require(parent.get_ownerDocument(document.Put()), "cannot write the project");
     Require(document->createElement(kv::Bstr(u"Storyboard").Get(), place.Put()), "cannot write the project");
     Require(parent.appendChild(place.Get(), nullptr), "cannot write the project");
-    Require(persist->Save(place.Get(), nullptr), "cannot write what a title shows");
+    Require(persist->Save(place.Get(), nullptr), "cannot write what a title or a menu shows");
 }
 
 void JoinStep(IKVProjectData& project, IKVTitle& title)

@@ -27,8 +27,8 @@ std::vector<std::pair<std::string_view, kv::Variant>> StoryboardOf(IKVTitle& tit
 /// Appends a clip, by its full path, to the production of a title. Throws Failure.
 void PutIntoStoryboard(IKVTitle& title, const std::string& clip);
 
-/// Adds what the production of a title holds to an element, for comparison. A title without a production is given one.
-void AddStoryboard(IKVTitle& title, IXMLDOMElement& parent);
+/// Adds what a production holds, if there is one, to an element, for comparison.
+void AddStoryboard(IUnknown* production, IXMLDOMElement& parent);
 
 /// Has the production of a title take part in the step that is open, once. A title without one is given one. Throws
 /// Failure.
