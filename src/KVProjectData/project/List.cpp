@@ -12,7 +12,8 @@ HRESULT CKVList::Count(LONG* out) const
 HRESULT CKVList::InsertItem(LONG position, CProjectNode& item, DISPID event)
 {
     // What stands nowhere is put into one list only, whoever else is about to insert it.
-    const SectionLock lock(item.Section());
+    const SectionLock lock(Section());
+    const SectionLock itemLock(item.Section());
     if (item.Parent()) return E_INVALIDARG;
     const LONG index = Adopt(item, position < 1 ? -1 : position - 1, true);
     if (index < 0) return KV_E_BAD_POSITION;

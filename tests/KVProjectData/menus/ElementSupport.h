@@ -61,6 +61,7 @@ class TestElement final : public MenuElementNode<kType, TestImpl, Object<Dual<IK
 public:
     HRESULT Copy(IKVMenuElement** pp) override
     {
+        const LineageLock lock(*this);
         const auto copy = Make<TestElement>();
         this->CopyFieldsTo(*copy);
         copy->isHighlighted = this->isHighlighted;
