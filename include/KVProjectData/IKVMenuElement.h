@@ -48,11 +48,10 @@ struct IKVMenuElement : IDispatch {
     /// IKVMenuButton::Move.
     virtual HRESULT SetPosition(float x, float y) = 0;
 
-    /// Four corners. KV_E_BUTTON_HAS_NO_BOX for a button, KV_E_NO_POINTS_TO_ROTATE.
+    /// Four corners. KV_E_BUTTON_HAS_NO_BOX for a button.
     virtual HRESULT GetBoundingBox(FloatPoint* ptsList) = 0;
 
     /// The rectangle around the bounding box, or around the elements of a button; it is emptied first.
-    /// KV_E_NO_POINTS_TO_BOUND.
     virtual HRESULT GetExtent(FloatRect* pRect) = 0;
     virtual HRESULT GetWidthHeight(float* width, float* height) = 0;
 
