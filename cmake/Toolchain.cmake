@@ -37,3 +37,17 @@ if(CCACHE)
 endif()
 
 find_package(Threads REQUIRED)
+
+option(KV_PRECOMPILED_HEADERS "Compile the headers that a room shares once. Only some builds do, so that others find a missing include." OFF)
+
+# kv_precompile(TARGET headers...), or, to use those of a target that is compiled alike, kv_precompile(TARGET FROM OTHER).
+function(kv_precompile target)
+  if(NOT KV_PRECOMPILED_HEADERS)
+    return()
+  endif()
+  if(ARGV1 STREQUAL "FROM")
+    target_precompile_headers(${target} REUSE_FROM ${ARGV2})
+  else()
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()
