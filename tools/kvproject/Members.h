@@ -40,9 +40,6 @@ private:
     std::size_t PartIndex(const std::string& part) const;
 };
 
-/// With the digits that tell it from other floats, no more.
-Json FloatValue(float value);
-
 /// Those of a menu, an element or a group of elements; none for any other object. A view of its menu may be given to
 /// look things up in; else they make one of their own.
 std::vector<Member> MembersOf(IUnknown& object, std::shared_ptr<const MenuView> view = nullptr);

@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "KVProjectData/KVProjectData.h"
+#include "MemberValues.h"
 #include "Properties.h"
 #include "Storyboard.h"
 #include "Text.h"
