@@ -287,7 +287,7 @@ HRESULT CKVMenuButton::TakeLook(CKVMenuButton& look)
         const RecordingOff off;
         FloatPoint position;
         HRESULT result = getPosition(position);
-        if (SUCCEEDED(result)) result = Elements().Clear();
+        if (SUCCEEDED(result)) result = Elements().RemoveAll();
         if (FAILED(result)) return result;
         look.CopyFieldsTo(*this);
         result = m_region.SetRegion(look.m_region.Value());

@@ -254,14 +254,22 @@ HRESULT CKVMenuElementList::MoveElement(LONG fromPos, LONG toPos)
     });
 }
 
+HRESULT CKVMenuElementList::RemoveAll()
+{
+    HRESULT first = S_OK;
+    const LineageLock lock(*this);
+    for (LONG left = ChildCount(); left > 0 && ChildCount() > 0; --left) {
+        const HRESULT removed = RemoveElement(GetChild(0)->ID(), nullptr);
+        if (FAILED(removed) && SUCCEEDED(first)) first = removed;
+    }
+    return first;
+}
+
 HRESULT CKVMenuElementList::Clear()
 {
     return Guarded([&] {
-        const LineageLock lock(*this);
-        for (LONG left = ChildCount(); left > 0 && ChildCount() > 0; --left) {
-            const HRESULT removed = RemoveElement(GetChild(0)->ID(), nullptr);
-            if (FAILED(removed)) return removed;
-        }
+        EngineCalls::Begin();
+        RemoveAll();
         return S_OK;
     });
 }

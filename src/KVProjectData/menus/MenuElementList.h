@@ -24,6 +24,8 @@ public:
     HRESULT MoveElement(LONG fromPos, LONG toPos) override;
     HRESULT FindElement(LONG ID, IKVMenuElement** ppElem) override;
     HRESULT Clear() override;
+    /// What Clear does, with the first failure of an element as its result.
+    HRESULT RemoveAll();
 
     // The effects of all elements, called with the owner's lineage held. The first failure ends the walk, except of
     // AttachEffects, is reported and returned.
