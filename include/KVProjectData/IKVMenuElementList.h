@@ -38,8 +38,8 @@ struct IKVMenuElementList : IDispatch {
     /// E_INVALIDARG for an ID that is not in the list.
     virtual HRESULT FindElement(LONG ID, IKVMenuElement** ppElem) = 0;
 
-    /// Removes one after the other, from the first, as RemoveElement does. S_OK also when the engine keeps the effect of
-    /// the first one, which stays then.
+    /// Removes one after the other, from the first, as RemoveElement does. S_OK also when the engine keeps the effect
+    /// of the first one, which stays then.
     virtual HRESULT Clear() = 0;
 };
 

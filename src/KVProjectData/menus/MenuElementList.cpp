@@ -69,8 +69,11 @@ template <class Call>
 HRESULT CKVMenuElementList::ForEach(Call&& call)
 {
     for (LONG i = 0; i < ChildCount(); ++i) {
-        const SectionLock lock(GetChild(i)->Section());
-        const HRESULT result = call(*ElementOf(*GetChild(i)));
+        CProjectNode& element = *GetChild(i);
+        // Sinks of the engine may take it out of the list.
+        const ComPtr<IUnknown> kept(element.Identity());
+        const SectionLock lock(element.Section());
+        const HRESULT result = call(*ElementOf(element));
         if (FAILED(result)) return result;
     }
     return S_OK;
@@ -215,7 +218,8 @@ HRESULT CKVMenuElementList::InsertElement(LONG index, IKVMenuElement* pElem)
 
 HRESULT CKVMenuElementList::RemoveElement(LONG ID, IKVMenuElement** ppElem)
 {
-    // Dropped outside of the sections.
+    // Dropped outside of the sections; sinks of the engine may take the element out of the list, too.
+    ComPtr<IUnknown> kept;
     ComPtr<IUnknown> removed;
     return Guarded([&] {
         EngineCalls::Begin();
@@ -224,6 +228,7 @@ HRESULT CKVMenuElementList::RemoveElement(LONG ID, IKVMenuElement** ppElem)
         LONG index = -1;
         CProjectNode* node = FindChildByID(ID, &index);
         if (!node) return E_INVALIDARG;
+        kept = node->Identity();
         const auto production = Production();
         RecordChange(ListChange::Remove, *node, index, static_cast<bool>(production));
         {
@@ -231,7 +236,6 @@ HRESULT CKVMenuElementList::RemoveElement(LONG ID, IKVMenuElement** ppElem)
             const HRESULT unbound = Bind(*ElementOf(*node), production.Get(), false);
             if (FAILED(unbound)) return unbound;
         }
-        // Sinks of the engine may have edited the list.
         index = IndexOf(*node, index);
         removed = TakeOut(index);
         if (!removed) return KV_E_ELEMENT_NOT_REMOVED;
