@@ -24,6 +24,9 @@ enum class State { NotStarted, Running, Stopping };
 
 constexpr ULONG kDefaultPeriod = 1000;
 
+/// Edits come in bursts: who edits on while the worker rests need not wake it for each event.
+constexpr ULONG kRestMilliseconds = 1;
+
 } // namespace
 
 struct CAsyncEventDispatcher::Worker {
@@ -32,6 +35,8 @@ struct CAsyncEventDispatcher::Worker {
     CriticalSection queueSection;
     std::vector<EventRecord> queue;
     AutoResetEvent wake;
+    /// Ends a rest.
+    AutoResetEvent stop;
     Thread thread;
     std::atomic<State> state{State::NotStarted};
     ULONG periodMilliseconds = kDefaultPeriod;
@@ -47,10 +52,16 @@ void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
         Guarded([&] { return dispatcher.Dispatch(event, a, b, c); });
     };
     std::vector<EventRecord> batch;
+    bool rested = true;
     while (state == State::Running) {
         {
             const SectionLock lock(queueSection);
             std::swap(batch, queue);
+        }
+        if (batch.empty() && !rested) {
+            stop.Wait(kRestMilliseconds);
+            rested = true;
+            continue;
         }
         if (batch.empty()) {
             if (wake.Wait(periodMilliseconds) == WaitResult::TimedOut && state == State::Running) {
@@ -65,6 +76,7 @@ void CAsyncEventDispatcher::Worker::Run(CAsyncEventDispatcher& dispatcher)
             deliver(record.event, record.a, record.b, c);
         }
         batch.clear();
+        rested = false;
     }
     ended.reset();
 }
@@ -77,7 +89,8 @@ HRESULT CAsyncEventDispatcher::Start(ULONG periodMilliseconds)
 {
     std::function<void()> run = [worker = m_worker, this] { worker->Run(*this); };
     m_worker->periodMilliseconds = periodMilliseconds;
-    const HRESULT created = m_worker->wake.Create();
+    HRESULT created = m_worker->wake.Create();
+    if (SUCCEEDED(created)) created = m_worker->stop.Create();
     if (FAILED(created)) return created;
     m_worker->state = State::Running;
     const HRESULT started = m_worker->thread.Start(std::move(run), g_moduleLocks);
@@ -92,6 +105,7 @@ HRESULT CAsyncEventDispatcher::Start(ULONG periodMilliseconds)
 void CAsyncEventDispatcher::Stop()
 {
     if (m_worker->state.exchange(State::Stopping) != State::Running) return;
+    m_worker->stop.Set();
     m_worker->wake.Set();
     if (m_worker->thread.IsCurrent()) {
         m_worker->stoppedWithinDelivery = true;

@@ -20,8 +20,11 @@ bool AutoResetEvent::Set()
 {
     if (!m_created.load(std::memory_order_relaxed)) return false;
     if (m_signalled.exchange(true) || m_waiting == 0) return true;
-    // Whoever waits holds the mutex until it sleeps, so that the wake-up cannot come too early.
-    const std::lock_guard lock(m_mutex);
+    // Whoever waits holds the mutex until it sleeps, so that the wake-up cannot come too early. It is free again before
+    // that, or else who wakes would run into it.
+    {
+        const std::lock_guard lock(m_mutex);
+    }
     m_wake.notify_one();
     return true;
 }
