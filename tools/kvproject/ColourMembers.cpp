@@ -36,6 +36,8 @@ Member Palette(const ComPtr<IKVMenu>& menu)
 constexpr std::array<std::string_view, 4> kColourParts{"Pattern", "Background", "Emphasis1", "Emphasis2"};
 constexpr std::array<std::string_view, 4> kColourAttributes{"patt", "bkgd", "emp1", "emp2"};
 
+constexpr BYTE kHighestContrast = 15;
+
 /// Where colours stand in the document of a menu, which tells them as they are: to ask the menu for those of a scheme
 /// changes them.
 struct ColourPlace {
@@ -97,6 +99,14 @@ Member Colours(const ComPtr<IKVMenu>& menu, const View& view, const ColourPlace&
         const SPUColourInfo kept = ColoursOf(TextsOf(ReadColours(*view, other)));
         const bool isSelected = place.state == "Sel";
         return menu->SetSubpictureColours(place.type, isSelected ? &set : &kept, isSelected ? &kept : &set);
+    };
+    colours.names = [] {
+        Member::Texts texts;
+        for (BYTE colour = 0; colour < kPaletteParts.size(); ++colour) {
+            for (BYTE contrast = 0; contrast <= kHighestContrast; ++contrast)
+                texts.push_back(ContrastText(colour, contrast));
+        }
+        return texts;
     };
     return colours;
 }

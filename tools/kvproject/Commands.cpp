@@ -20,6 +20,14 @@ bool IsCommandName(std::string_view name)
     return std::ranges::find(names, name, &kv::EnumeratorDescription::name) != names.end();
 }
 
+std::vector<std::string> CommandNames()
+{
+    std::vector<std::string> names;
+    for (const auto& command : kv::kEnumDescription<DiscCommand>.values)
+        names.emplace_back(command.name);
+    return names;
+}
+
 std::vector<Command> CommandsOf(IUnknown* owner)
 {
     std::vector<Command> commands;

@@ -24,6 +24,7 @@ struct Command {
 /// The number for one without a name.
 std::string CommandName(LONG command);
 bool IsCommandName(std::string_view name);
+std::vector<std::string> CommandNames();
 
 /// Empty for an object that has none.
 std::vector<Command> CommandsOf(IUnknown* owner);

@@ -59,6 +59,7 @@ Member Links(const ComPtr<IKVMenuButton>& button, const View& view)
         const ButtonLinks set{id(0), id(1), id(2), id(3)};
         return button->put_ButtonLinks(&set);
     };
+    links.names = [view] { return view ? view->ButtonNames() : Member::Texts(); };
     return links;
 }
 

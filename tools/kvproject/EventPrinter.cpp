@@ -31,6 +31,14 @@ const kv::InterfaceDescription* PropertyOwner(DISPID event)
         return &kv::kInterfaceDescription<IKVTitle>;
     case EVENT_DataFilePropChanged:
         return &kv::kInterfaceDescription<IKVDataFile>;
+    case EVENT_MenuPropChanged:
+        return &kv::kInterfaceDescription<IKVMenu>;
+    case EVENT_ButtonChanged:
+        return &kv::kInterfaceDescription<IKVMenuButton>;
+    case EVENT_OverlayChanged:
+        return &kv::kInterfaceDescription<IKVMenuOverlay>;
+    case EVENT_TextChanged:
+        return &kv::kInterfaceDescription<IKVMenuText>;
     case EVENT_TitleEncodingParamChanged:
     case EVENT_MenuEncodingParamChanged:
         return &kv::kInterfaceDescription<IKVEncodingParams>;
@@ -48,9 +56,11 @@ std::string_view NameOf(DISPID event, std::string_view parameter, LONG value)
         return found == names.end() ? std::string_view() : found->name;
     }
     const kv::InterfaceDescription* owner = parameter == "propID" ? PropertyOwner(event) : nullptr;
-    if (!owner) return {};
-    const auto found = std::ranges::find(owner->members, value, &kv::MemberDescription::id);
-    return found == owner->members.end() ? std::string_view() : found->name;
+    for (; owner; owner = owner->inherited) {
+        const auto found = std::ranges::find(owner->members, value, &kv::MemberDescription::id);
+        if (found != owner->members.end()) return found->name;
+    }
+    return {};
 }
 
 std::string Line(const kv::MemberDescription& event, const DISPPARAMS& params)

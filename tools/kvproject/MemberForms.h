@@ -30,6 +30,9 @@ Member Single(std::string name, const kv::ComPtr<Interface>& object, HRESULT (In
         values = {ToJson(held)};
         return result;
     };
+    if constexpr (std::is_same_v<T, VARIANT_BOOL>) {
+        member.names = [] { return Member::Texts{"true", "false"}; };
+    }
     if (!put) return member;
     member.write = [object, put](const Member::Texts& texts) {
         Held held{};

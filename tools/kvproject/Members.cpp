@@ -77,6 +77,12 @@ void Member::Set(const std::string* part, std::string_view text, const std::stri
     }
 }
 
+Member::Texts Member::Names(const std::string* part) const
+{
+    if (part) PartIndex(*part);
+    return names && (part || parts.empty()) ? names() : Texts();
+}
+
 std::vector<Member> MembersOf(IUnknown& object, std::shared_ptr<const MenuView> view)
 {
     std::vector<Member> members;

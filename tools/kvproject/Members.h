@@ -27,6 +27,8 @@ struct Member {
     std::function<HRESULT(std::vector<Json>&)> read;
     /// Null where it can be read alone. May throw Failure.
     std::function<HRESULT(const Texts&)> write;
+    /// The texts that it, or each of its parts, can be. Null where they cannot be counted up, as with numbers.
+    std::function<Texts()> names = nullptr;
 
     /// What stands in JSON: null, or an object of the parts.
     Json Value() const;
@@ -35,6 +37,8 @@ struct Member {
     std::string Text(const std::string* part, const std::string& what) const;
     /// The other way.
     void Set(const std::string* part, std::string_view text, const std::string& what) const;
+    /// Those of `names`; none for a value of several parts as a whole. Throws Failure for a part that it has not got.
+    Texts Names(const std::string* part) const;
 
 private:
     std::size_t PartIndex(const std::string& part) const;

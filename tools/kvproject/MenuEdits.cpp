@@ -61,21 +61,12 @@ LONG PlaceOf(IDispatch& owner, IKVMenuElement& element)
     throw Failure("the element is gone");
 }
 
-/// What a source is set to: a file by its full path, since the project may be moved; a moniker as it is.
-kv::Bstr SourceOf(const std::string& name)
-{
-    if (kv::StartsWithText(name, "moniker:")) return Wide(name);
-    const std::string file = HostPath(name);
-    RequireFile(file);
-    return Wide(std::filesystem::absolute(file).string());
-}
-
 void Fill(IKVMenuElement& element, const std::string& text)
 {
     if (const auto button = Query<IKVMenuButton>(&element)) {
         Require(button->put_Label(Wide(text).Get()), "cannot name the button");
     } else if (const auto overlay = Query<IKVMenuOverlay>(&element)) {
-        Require(overlay->put_Source(SourceOf(text).Get()), text);
+        Require(overlay->put_Source(Wide(FullSource(text)).Get()), text);
     } else if (const auto words = Query<IKVMenuText>(&element)) {
         Require(words->put_String(Wide(text).Get()), "cannot set the words");
     }
@@ -272,6 +263,14 @@ void CopyMenu(IKVProjectData& project, const ComPtr<IKVMenu>& menu, LONG place)
 }
 
 } // namespace
+
+std::string FullSource(const std::string& name)
+{
+    if (name.empty() || name.starts_with('%') || kv::StartsWithText(name, "moniker:")) return name;
+    const std::string file = HostPath(name);
+    RequireFile(file);
+    return std::filesystem::absolute(file).string();
+}
 
 void AddMenu(IKVProjectData& project, const std::string& label, LONG position)
 {

@@ -11,6 +11,10 @@
 
 namespace kvproject {
 
+/// What a background, an audio, a source or a mask is set to: a file by its full path, since the project may be moved;
+/// a moniker and what begins with a content macro as it is.
+std::string FullSource(const std::string& name);
+
 /// Position 0 is behind the last.
 void AddMenu(IKVProjectData& project, const std::string& label, LONG position);
 

@@ -106,6 +106,16 @@ LONG MenuView::IdOf(std::string_view name) const
     return static_cast<LONG>(*id);
 }
 
+std::vector<std::string> MenuView::ButtonNames() const
+{
+    Names();
+    std::vector<std::string> names;
+    for (const auto& [name, id] : m_ids) {
+        if (name.starts_with(kElementKinds[0].list) && name.find('.') == name.npos) names.push_back(name);
+    }
+    return names;
+}
+
 std::vector<ComPtr<IGroupInfoNode>> MenuView::Groups() const
 {
     std::vector<ComPtr<IGroupInfoNode>> groups;

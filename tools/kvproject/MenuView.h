@@ -53,6 +53,9 @@ public:
     /// any other text.
     LONG IdOf(std::string_view name) const;
 
+    /// "buttons[1]" to the last.
+    std::vector<std::string> ButtonNames() const;
+
     std::vector<kv::ComPtr<IGroupInfoNode>> Groups() const;
 
     /// The element that the menu is saved as; reading it changes nothing.

@@ -4,6 +4,7 @@
 #include "Commands.h"
 #include "Destination.h"
 #include "Failure.h"
+#include "Fonts.h"
 #include "KVProjectData/KVProjectData.h"
 #include "KVProjectData/ResultCodes.h"
 #include "Members.h"
@@ -193,6 +194,14 @@ std::optional<std::string> CommandMember(const Target& target)
     throw Failure("'" + std::string(target.member) + "': " + Describe(DISP_E_UNKNOWNNAME));
 }
 
+/// Those of the command itself, which begin its text, too.
+std::vector<std::string> CommandValueNames(const Target& target)
+{
+    if (target.member.empty() || kv::SameText(target.member, "Command")) return CommandNames();
+    CommandMember(target);
+    return {};
+}
+
 /// A member of a production. Empty where it has no value.
 std::optional<std::string> ProductionMember(const Target& target)
 {
@@ -242,6 +251,14 @@ bool HoldsInteger(IDispatch& object, DISPID member)
     return value.vt == VT_I4 || value.vt == VT_UI4 || value.vt == VT_I8;
 }
 
+/// Whether the member of a menu or an overlay names a file that is shown or played.
+bool NamesSource(const Target& target)
+{
+    const auto is = [&](std::string_view name) { return kv::SameText(target.member, name); };
+    return (kv::Query<IKVMenu>(target.object) && (is("Background") || is("Audio"))) ||
+           (kv::Query<IKVMenuOverlay>(target.object) && (is("Source") || is("AlphaMask")));
+}
+
 /// Tells on standard error what is wrong with the destination of a data file that `what` set.
 void TellDestination(const std::string& destination, const std::string& what)
 {
@@ -282,7 +299,10 @@ std::string GetMember(IKVProjectData& project, std::string_view path)
 std::vector<std::string> ValueNamesOf(IKVProjectData& project, std::string_view path)
 {
     const Target target = Find(project, path);
+    if (target.special) return target.special->Names(target.part ? &*target.part : nullptr);
+    if (target.command) return CommandValueNames(target);
     const auto property = PropertyAt(target);
+    if (property && property->name == "Font" && kv::Query<IKVMenuText>(target.object)) return InstalledFaces();
     std::vector<std::string> names;
     if (property && property->enumeration) {
         for (const auto& [name, value] : property->enumeration->enumerators)
@@ -303,8 +323,9 @@ void SetMember(IKVProjectData& project, std::string_view path, std::string_view 
     const DISPID member = target.Id();
     const auto property = PropertyAt(target);
     RequireStorable(value, what);
-    const std::string text =
+    std::string text =
         property && property->enumeration ? EnumeratorFor(*property->enumeration, value, what) : std::string(value);
+    if (NamesSource(target)) text = FullSource(text);
     if (IsFraction(text) && HoldsInteger(*target.object, member)) throw Failure(what + ": a whole number is wanted");
     Require(WriteProperty(*target.object, member, Variant(kv::ToUtf16(text))), what);
     if (kv::SameText(target.member, "DestPath")) TellDestination(text, std::string(path));

@@ -21,8 +21,8 @@ namespace kvproject {
 /// be read, or what it names has no value at the moment.
 std::string GetMember(IKVProjectData& project, std::string_view path);
 
-/// The names that a value of the member can have, or be joined of; empty for one whose values have none. Throws Failure
-/// when the path names nothing that can be set.
+/// The names that a value of the member can have, or be joined of, or begin with; empty for one whose values have none.
+/// Throws Failure when the path names nothing that can be set.
 std::vector<std::string> ValueNamesOf(IKVProjectData& project, std::string_view path);
 
 /// The value is a number, a text, true or false, or the name of an enumerator of the member's own; flags join names and
