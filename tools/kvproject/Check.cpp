@@ -4,10 +4,10 @@
 #include "Failure.h"
 #include "Losses.h"
 #include "Markup.h"
+#include "MediaFiles.h"
 #include "MenuCheck.h"
 #include "Session.h"
 #include "Storyboard.h"
-#include "platform/system/Paths.h"
 
 #include <optional>
 #include <set>
@@ -43,17 +43,18 @@ void FindDestinations(IKVProjectData& project, std::vector<std::string>& faults)
     }
 }
 
-void FindMissingFiles(IKVProjectData& project, std::vector<std::string>& faults)
+void FindMissingFiles(IKVProjectData& project, MediaFiles& files, std::vector<std::string>& faults)
 {
     ComPtr<IKVDataFile> file;
     for (LONG i = 1; SUCCEEDED(project.GetDataFile(i, file.Put())); ++i) {
         kv::Bstr source;
         file->get_SourcePath(source.Put());
+        const std::string path = "dataFiles[" + std::to_string(i) + "]";
         if (source.Empty()) {
-            faults.push_back("dataFiles[" + std::to_string(i) + "] has no source");
-        } else if (!kv::PathFileExists(source.View())) {
-            faults.push_back("dataFiles[" + std::to_string(i) + "]: the file " + kv::ToUtf8(source.View()) +
-                             " is missing");
+            faults.push_back(path + " has no source");
+        } else if (const std::string fault = files.Fault(source.View(), true); !fault.empty()) {
+            faults.push_back(path + ": the file " + kv::ToUtf8(source.View()) + ' ' + fault);
+            files.Told(source.View());
         }
     }
 }
@@ -76,8 +77,8 @@ ULONG IdOf(const Element& element, const std::string& attribute)
 /// What stands among the productions of a file.
 class ProductionCheck {
 public:
-    ProductionCheck(const Session& session, const Element& project, std::vector<std::string>& faults)
-        : m_session(session), m_faults(faults)
+    ProductionCheck(const Session& session, const Element& project, MediaFiles& files, std::vector<std::string>& faults)
+        : m_session(session), m_files(files), m_faults(faults)
     {
         ForEachChild(project, {}, [this](const Element& list, const std::string& path) {
             if (list.Name() == "Titles") CollectOwners(list, path, "Title");
@@ -143,12 +144,16 @@ private:
 
     void CheckMedia(const std::string& source, const std::string& path)
     {
+        if (IsMoniker(source)) return;
         const kv::Bstr file = m_session.Resolved(source);
-        if (!IsMoniker(source) && !kv::PathFileExists(file.View()))
-            m_faults.push_back(path + ": the file " + kv::ToUtf8(file.View()) + " is missing");
+        const std::string fault = m_files.Fault(file.View());
+        if (fault.empty()) return;
+        m_faults.push_back(path + ": the file " + kv::ToUtf8(file.View()) + ' ' + fault);
+        m_files.Told(file.View());
     }
 
     const Session& m_session;
+    MediaFiles& m_files;
     /// The titles and menus whose production was not met yet, by ID, with its name.
     std::multiset<std::pair<ULONG, std::string>> m_owners;
     std::vector<std::string>& m_faults;
@@ -158,12 +163,13 @@ private:
 
 std::vector<std::string> CheckFile(const std::string& file)
 {
-    std::vector<std::string> faults = FindLosses(file);
     Session session;
     session.Load(file);
-    std::set<ULONG> seen;
     const auto document = ParseFile(file);
-    ProductionCheck productions(session, Element(FindProject(*document)), faults);
+    std::vector<std::string> faults = FindLosses(*document, file);
+    std::set<ULONG> seen;
+    MediaFiles files;
+    ProductionCheck productions(session, Element(FindProject(*document)), files, faults);
     bool firstProductions = true;
     ForEachChild(RootOf(*document), {}, [&](const Element& child, const std::string& path) {
         // Productions have no IDs of their own.
@@ -175,9 +181,9 @@ std::vector<std::string> CheckFile(const std::string& file)
             faults.push_back(path + ": further productions, which are not loaded");
         }
     });
-    FindMissingFiles(session.Project(), faults);
+    FindMissingFiles(session.Project(), files, faults);
     FindDestinations(session.Project(), faults);
-    FindMenuFaults(session.Project(), faults);
+    FindMenuFaults(session.Project(), files, faults);
     return faults;
 }
 

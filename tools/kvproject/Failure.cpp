@@ -1,9 +1,11 @@
 #include "Failure.h"
 
 #include "KVProjectData/ResultCodes.h"
+#include "Text.h"
 
 #include <array>
 #include <cstdio>
+#include <iostream>
 #include <utility>
 
 namespace kvproject {
@@ -65,6 +67,11 @@ constexpr std::array kMeanings = std::to_array<std::pair<HRESULT, std::string_vi
 });
 
 } // namespace
+
+void TellFailure(std::string_view message)
+{
+    std::cerr << "kvproject: " << Shown(message) << '\n';
+}
 
 std::string Describe(HRESULT result)
 {

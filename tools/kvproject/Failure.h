@@ -15,6 +15,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The exit code where something is wrong.
+inline constexpr int kFault = 1;
+
+/// Tells what a command failed with on standard error.
+void TellFailure(std::string_view message);
+
 /// What a result code says, with its number: "the object is locked (0xC201004E)".
 std::string Describe(HRESULT result);
 /// The same where the place tells more than the code does.

@@ -251,14 +251,12 @@ private:
 
 } // namespace
 
-std::vector<std::string> FindLosses(const std::string& file)
+std::vector<std::string> FindLosses(IXMLDOMDocument& document, const std::string& file)
 {
-    Session session;
-    session.Load(file);
-    const auto document = ParseFile(file);
-    const auto original = FindProject(*document);
+    const auto original = FindProject(document);
     if (!original) throw Failure("cannot load " + file + ": there is no project in it");
-    // Once more from its element alone, without what loading a file adds.
+    // From its element alone, without what loading a file adds.
+    Session session;
     Require(session.Project().loadXML(original.Get()), "cannot load " + file);
     const auto written = session.Document();
 
@@ -266,7 +264,7 @@ std::vector<std::string> FindLosses(const std::string& file)
     Comparison comparison(losses);
     Written loaded(Element(FindProject(*written)));
     comparison.Run(Element(original), loaded, "Project[1]");
-    comparison.RunOutside(*document);
+    comparison.RunOutside(document);
     return losses;
 }
 

@@ -6,7 +6,6 @@
 #include "MenuView.h"
 #include "platform/com/TaskMemory.h"
 #include "platform/system/Case.h"
-#include "platform/system/Paths.h"
 
 #include <algorithm>
 #include <array>
@@ -90,8 +89,9 @@ std::set<LONG> IdsOf(IKVProjectData& project, HRESULT (IKVProjectData::*get)(LON
 
 class MenuCheck {
 public:
-    MenuCheck(IKVProjectData& project, std::vector<std::string>& faults)
+    MenuCheck(IKVProjectData& project, MediaFiles& files, std::vector<std::string>& faults)
         : m_project(project),
+          m_files(files),
           m_titles(IdsOf(project, &IKVProjectData::GetTitle)),
           m_menus(IdsOf(project, &IKVProjectData::GetMenu)),
           m_faults(faults)
@@ -181,12 +181,11 @@ private:
 
     void CheckFile(const kv::Bstr& file, const std::string& path, const std::string& what)
     {
-        if (file.Empty() || kv::StartsWithText(kv::ToUtf8(file.View()), "moniker:")) return;
-        if (kv::PathFileExists(file.View())) return;
+        const std::string name = kv::ToUtf8(file.View());
+        if (name.empty() || kv::StartsWithText(name, "moniker:")) return;
         // The productions in a file tell their files themselves.
-        const std::string missing = "the file " + kv::ToUtf8(file.View());
-        const auto isTold = [&](const std::string& fault) { return fault.ends_with(": " + missing + " is missing"); };
-        if (std::ranges::none_of(m_faults, isTold)) Tell(path, missing + " of its " + what + " is missing");
+        const std::string fault = m_files.IsTold(file.View()) ? "" : m_files.Fault(file.View());
+        if (!fault.empty()) Tell(path, "the file " + name + " of its " + what + ' ' + fault);
     }
 
     void CheckLinks()
@@ -302,6 +301,7 @@ private:
     void Tell(const std::string& path, const std::string& fault) { m_faults.push_back(path + ": " + fault); }
 
     IKVProjectData& m_project;
+    MediaFiles& m_files;
     const std::set<LONG> m_titles;
     const std::set<LONG> m_menus;
     /// Of the menu that is being checked, in its order.
@@ -313,9 +313,9 @@ private:
 
 } // namespace
 
-void FindMenuFaults(IKVProjectData& project, std::vector<std::string>& faults)
+void FindMenuFaults(IKVProjectData& project, MediaFiles& files, std::vector<std::string>& faults)
 {
-    MenuCheck(project, faults).Run();
+    MenuCheck(project, files, faults).Run();
 }
 
 } // namespace kvproject

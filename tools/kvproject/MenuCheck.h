@@ -2,13 +2,15 @@
 // What is wrong with the menus of a project, and with the commands that lead to them and to titles.
 
 #include "KVProjectData/IKVProjectData.h"
+#include "MediaFiles.h"
 
 #include <string>
 #include <vector>
 
 namespace kvproject {
 
-/// One sentence for each fault, which begins with the path of the object.
-void FindMenuFaults(IKVProjectData& project, std::vector<std::string>& faults);
+/// One sentence for each fault, which begins with the path of the object. Of files that were told to be missing
+/// none is told again.
+void FindMenuFaults(IKVProjectData& project, MediaFiles& files, std::vector<std::string>& faults);
 
 } // namespace kvproject

@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Losses.h"
+#include "Markup.h"
 #include "ObjectPath.h"
 #include "Text.h"
 #include "platform/system/Paths.h"
@@ -87,7 +88,7 @@ ProjectFile::ProjectFile(Session& session, std::string name)
     : m_session(session), m_name(std::move(name)), m_state(FileState::Of(m_name))
 {
     m_session.Load(m_name);
-    m_losses = FindLosses(m_name);
+    m_losses = FindLosses(*ParseFile(m_name), m_name);
 }
 
 void ProjectFile::Save(const std::string& target, bool force)

@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "Failure.h"
+#include "KVProjectData/Engine.h"
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/ResultCodes.h"
 #include "platform/com/Activation.h"
@@ -36,6 +37,20 @@ void ForEachLibrary(HRESULT (*change)(std::u16string_view), std::string_view wha
     for (const std::string& library : {ProjectLibrary(), EngineLibrary()})
         Require(change(kv::ToUtf16(library)), std::string(what) + " " + library);
     Require(batch.Commit(), "cannot write the registry");
+}
+
+/// Enters the place of the engine for the classes that the project library creates. Registering the engine would load
+/// it, and with it more libraries than anything that a project without productions needs.
+void RegisterEngineClasses()
+{
+    const std::string library = EngineLibrary();
+    if (access(library.c_str(), R_OK) != 0) throw Failure("cannot register " + library + ": it is not there");
+    for (const CLSID& clsid :
+         {CLSID_ZXEProduction, CLSID_ZXMediaInformation, CLSID_ZXStringTable, CLSID_ZXTextPlugIn}) {
+        Require(kv::Registry::Set(kv::Hive::ClassesRoot, u"CLSID\\" + kv::GuidText(clsid) + u"\\InprocServer32", {},
+                                  kv::ToUtf16(library)),
+                "cannot register " + library);
+    }
 }
 
 template <class T>
@@ -79,10 +94,14 @@ void Unregister()
 
 void RegisterForThisProcess()
 {
+    static bool registered = false;
+    if (registered) return;
     kv::Registry::UseMemory();
-    Register();
+    Require(kv::RegisterServer(kv::ToUtf16(ProjectLibrary())), "cannot register " + ProjectLibrary());
+    RegisterEngineClasses();
     // The failures that a message box would tell are told by the commands themselves.
     kv::SetMessageBoxHook([](std::u16string_view, std::u16string_view) {});
+    registered = true;
 }
 
 Session::Session()

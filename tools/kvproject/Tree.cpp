@@ -282,10 +282,11 @@ Json ReadTree(IKVProjectData& project)
     return ReadTree(project, Extent::All);
 }
 
-Json ReadDocument(IKVProjectData& project)
+Json ReadDocument(IKVProjectData& project, const std::string& file)
 {
     constexpr int kSchemaVersion = 1;
     Json document{{"SchemaVersion", kSchemaVersion}};
+    if (!file.empty()) document["File"] = file;
     document.update(ReadTree(project));
     return document;
 }

@@ -15,7 +15,8 @@ namespace kvproject {
 Json ReadTree(IKVProjectData& project);
 
 /// The same with the version of the schema, which changes when a key goes or its meaning changes. See docs/JSON.md.
-Json ReadDocument(IKVProjectData& project);
+/// The file is told with it where one is given.
+Json ReadDocument(IKVProjectData& project, const std::string& file = {});
 
 /// The paths of all its values, as GetMember takes them, or of those that can be set: "Titles[1].Encoding.AudioFormat".
 /// Looks into no production.

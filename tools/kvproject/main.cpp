@@ -13,6 +13,7 @@
 #include "Session.h"
 #include "Text.h"
 #include "Tree.h"
+#include "Workers.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,7 +28,6 @@
 namespace kvproject {
 namespace {
 
-constexpr int kFault = 1;
 constexpr int kUsage = 2;
 constexpr const char* kHelpHint = "\nRun with --help for more information.\n";
 
@@ -42,10 +42,17 @@ struct FileOptions {
     std::ostream* EventStream() const { return events ? &std::cout : nullptr; }
 };
 
+constexpr const char* kEventsHelp = "Print the events of the project as they arrive";
+
+void AddFiles(CLI::App& command, std::vector<std::string>& files)
+{
+    command.add_option("FILE", files, "The project files")->required()->transform(HostPath);
+}
+
 CLI::Option* AddFileOptions(CLI::App& command, FileOptions& options, bool events)
 {
     CLI::Option* file = command.add_option("FILE", options.file, "The project file");
-    if (events) command.add_flag("--events", options.events, "Print the events of the project as they arrive");
+    if (events) command.add_flag("--events", options.events, kEventsHelp);
     return file->required()->transform(HostPath);
 }
 
@@ -79,19 +86,38 @@ int RunNew(const NewOptions& options)
     return 0;
 }
 
-int RunShow(const FileOptions& options, bool json)
+struct ShowOptions {
+    std::vector<std::string> files;
+    bool events = false;
+    bool json = false;
+};
+
+void Show(const ShowOptions& options, const std::string& file, std::ostream& out)
 {
     Session session;
     // The output is to be JSON and nothing else.
-    EventPrinter events(session.Project(), json && options.events ? &std::cerr : options.EventStream());
-    session.Load(options.file);
-    events.WaitForAll();
-    if (json) {
-        std::cout << ReadDocument(session.Project()).dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
-    } else {
-        PrintTree(ReadTree(session.Project()), std::cout);
+    std::ostream* const events = options.json ? &std::cerr : &out;
+    EventPrinter printer(session.Project(), options.events ? events : nullptr);
+    session.Load(file);
+    printer.WaitForAll();
+    const bool several = options.files.size() > 1;
+    if (!options.json) {
+        if (several) out << "File: " << Shown(file) << '\n';
+        PrintTree(ReadTree(session.Project()), out);
+        return;
     }
-    return 0;
+    // Of several documents each is a line.
+    constexpr int kIndent = 2;
+    const Json document = ReadDocument(session.Project(), several ? file : "");
+    out << document.dump(several ? -1 : kIndent, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+int RunShow(const ShowOptions& options)
+{
+    return ForEachFile(options.files, [&options](const std::string& file, std::ostream& out) {
+        Show(options, file, out);
+        return 0;
+    });
 }
 
 int RunGet(const FileOptions& options, const std::vector<std::string>& paths)
@@ -190,13 +216,16 @@ int RunEdit(const EditOptions& options)
     return file.TellWhatIsNotHeld() ? 0 : kFault;
 }
 
-int RunCheck(const FileOptions& options)
+int RunCheck(const std::vector<std::string>& files)
 {
-    const std::vector<std::string> faults = CheckFile(options.file);
-    for (const std::string& fault : faults)
-        std::cout << Shown(fault) << '\n';
-    if (faults.empty()) std::cout << Shown(options.file) << ": nothing wrong\n";
-    return faults.empty() ? 0 : kFault;
+    return ForEachFile(files, [&files](const std::string& file, std::ostream& out) {
+        const std::string name = Shown(file) + ": ";
+        const std::vector<std::string> faults = CheckFile(file);
+        for (const std::string& fault : faults)
+            out << (files.size() > 1 ? name : "") << Shown(fault) << '\n';
+        if (faults.empty()) out << name << "nothing wrong\n";
+        return faults.empty() ? 0 : kFault;
+    });
 }
 
 struct RenderOptions : FileOptions {
@@ -253,12 +282,12 @@ int Run(int argc, char** argv)
         ->allow_extra_args(false);
     make->callback([&run, made] { run = [made] { return RunNew(*made); }; });
 
-    auto shown = std::make_shared<FileOptions>();
-    auto json = std::make_shared<bool>(false);
-    CLI::App* show = app.add_subcommand("show", "Show a project as a tree");
-    AddFileOptions(*show, *shown, true);
-    show->add_flag("--json", *json, "As JSON");
-    show->callback([&run, shown, json] { run = [shown, json] { return RunShow(*shown, *json); }; });
+    auto shown = std::make_shared<ShowOptions>();
+    CLI::App* show = app.add_subcommand("show", "Show projects as trees");
+    AddFiles(*show, shown->files);
+    show->add_flag("--json", shown->json, "As JSON; of several projects each in a line");
+    show->add_flag("--events", shown->events, kEventsHelp);
+    show->callback([&run, shown] { run = [shown] { return RunShow(*shown); }; });
 
     auto read = std::make_shared<FileOptions>();
     auto paths = std::make_shared<std::vector<std::string>>();
@@ -290,10 +319,10 @@ int Run(int argc, char** argv)
         ->transform(HostPath);
     edit->callback([&run, edited] { run = [edited] { return RunEdit(*edited); }; });
 
-    auto checked = std::make_shared<FileOptions>();
+    auto checked = std::make_shared<std::vector<std::string>>();
     CLI::App* check =
-        app.add_subcommand("check", "Tell what is wrong with a project file; exit code 1 when anything is");
-    AddFileOptions(*check, *checked, false);
+        app.add_subcommand("check", "Tell what is wrong with project files; exit code 1 when anything is");
+    AddFiles(*check, *checked);
     check->callback([&run, checked] { run = [checked] { return RunCheck(*checked); }; });
 
     auto drawn = std::make_shared<RenderOptions>();
@@ -353,7 +382,7 @@ int main(int argc, char** argv)
         if (!std::cout) throw kvproject::Failure("cannot write the output");
         return result;
     } catch (const std::exception& error) {
-        std::cerr << "kvproject: " << kvproject::Shown(error.what()) << '\n';
+        kvproject::TellFailure(error.what());
         return kvproject::kFault;
     }
 }
