@@ -5,6 +5,7 @@
 #include "Failure.h"
 #include "MenuEdits.h"
 #include "ObjectPath.h"
+#include "Relink.h"
 #include "Storyboard.h"
 #include "Text.h"
 #include "Tree.h"
@@ -111,6 +112,7 @@ constexpr Editor::Command Editor::kCommands[] = {
     {"remove", &Editor::Remove, "OBJECT", "take out titles[1], dataFiles[1], menus[1].buttons[1], ..."},
     {"move", &Editor::Move, "OBJECT TO", "move an object to another position"},
     {"copy", &Editor::Copy, "OBJECT [to OWNER] [at N]", "copy a menu, an element or a command"},
+    {"relink", &Editor::Relink, "OLD=NEW", "point sources to another place: a path or its first folders"},
     {"begin", &Editor::Begin, "[DESCRIPTION]", "gather the edits that follow in one step"},
     {"snapshot", &Editor::Snapshot, "[DESCRIPTION]", "the same, by keeping the whole project"},
     {"end", &Editor::End, "", "end the step"},
@@ -262,6 +264,15 @@ void Editor::Move(std::string_view arguments)
     const Item item = ParseItem(TakeWord(arguments));
     const LONG to = ParsePosition(arguments);
     Change([&] { MoveItem(m_session.Project(), item, to); });
+}
+
+void Editor::Relink(std::string_view arguments)
+{
+    const std::vector<Relocation> relocations{ParseRelocation(arguments)};
+    Change([&] {
+        if (kvproject::Relink(m_session.Project(), relocations, InStep::Yes, m_out).count == 0)
+            throw Failure("all sources stay where they are");
+    });
 }
 
 void Editor::Begin(std::string_view description)

@@ -37,6 +37,7 @@ private:
     void Remove(std::string_view arguments);
     void Move(std::string_view arguments);
     void Copy(std::string_view arguments);
+    void Relink(std::string_view arguments);
     void Begin(std::string_view description);
     void End(std::string_view);
     void Cancel(std::string_view);

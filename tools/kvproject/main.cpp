@@ -9,6 +9,7 @@
 #include "Lines.h"
 #include "ObjectPath.h"
 #include "ProjectFile.h"
+#include "Relink.h"
 #include "Render.h"
 #include "Session.h"
 #include "Text.h"
@@ -42,6 +43,7 @@ struct FileOptions {
     std::ostream* EventStream() const { return events ? &std::cout : nullptr; }
 };
 
+constexpr const char* kForceHelp = "Save even where that loses what the file holds";
 constexpr const char* kEventsHelp = "Print the events of the project as they arrive";
 
 void AddFiles(CLI::App& command, std::vector<std::string>& files)
@@ -178,6 +180,21 @@ int RunSet(const FileOptions& options, const std::vector<std::string>& assignmen
     return file.TellWhatIsNotHeld() ? 0 : kFault;
 }
 
+int RunRelink(const FileOptions& options, const std::vector<std::string>& texts)
+{
+    std::vector<Relocation> relocations;
+    for (const std::string& text : texts)
+        relocations.push_back(ParseRelocation(text));
+    Session session;
+    ProjectFile file(session, options.file);
+    TellLosses(file);
+    EventPrinter events(session.Project(), options.EventStream());
+    const Relinked relinked = Relink(session.Project(), relocations, InStep::No, std::cout);
+    if (relinked.count > 0) file.Save(options.file, options.force);
+    events.WaitForAll();
+    return relinked.complete ? 0 : kFault;
+}
+
 struct EditOptions : FileOptions {
     std::string script;
 };
@@ -307,10 +324,20 @@ int Run(int argc, char** argv)
     auto assignments = std::make_shared<std::vector<std::string>>();
     CLI::App* set = app.add_subcommand("set", "Change values and save; nothing is saved when one of them is refused");
     AddFileOptions(*set, *changed, true);
-    set->add_flag("--force", changed->force, "Save even where that loses what the file holds");
+    set->add_flag("--force", changed->force, kForceHelp);
     set->add_option("PATH=VALUE", *assignments, "The changes, made in order")->required()->check(CheckAssignment);
     set->callback(
         [&run, changed, assignments] { run = [changed, assignments] { return RunSet(*changed, *assignments); }; });
+
+    auto moved = std::make_shared<FileOptions>();
+    auto places = std::make_shared<std::vector<std::string>>();
+    CLI::App* relink = app.add_subcommand("relink", "Point sources that were moved to their new place, and save");
+    AddFileOptions(*relink, *moved, true);
+    relink->add_flag("--force", moved->force, kForceHelp);
+    relink->add_option("OLD=NEW", *places, "A path, or the folders that paths begin with, and what takes their place")
+        ->required()
+        ->check(CheckAssignment);
+    relink->callback([&run, moved, places] { run = [moved, places] { return RunRelink(*moved, *places); }; });
 
     auto edited = std::make_shared<EditOptions>();
     CLI::App* edit = app.add_subcommand("edit", "Edit by commands, one a line, with undo; the command help lists them");
