@@ -93,6 +93,14 @@ public:
         });
     }
 
+    /// Files of menus, which tell what they show by themselves: only what they have not told.
+    void TellFaultyInMenus()
+    {
+        for (const auto& [file, fault] : m_faultyInMenus) {
+            if (!m_files.IsTold(file)) m_faults.push_back(fault);
+        }
+    }
+
 private:
     void CollectOwners(const Element& list, const std::string& path, std::string_view kind)
     {
@@ -101,6 +109,7 @@ private:
             // A native menu has a production for its background alone.
             const bool isNative = kind == "Menu" && IdOf(owner, "native") != 0;
             m_owners.emplace(IdOf(owner, "ID"), isNative ? "Background" : "Storyboard");
+            if (kind == "Menu") m_menus.insert(IdOf(owner, "ID"));
         });
     }
 
@@ -135,27 +144,34 @@ private:
         if (!storyboard) return;
         const HRESULT read = TryStoryboard(storyboard->Node().Get());
         if (FAILED(read)) m_faults.push_back(storyboardPath + ": " + Describe(read, "the engine does not read it"));
-        ForEachChild(*storyboard, storyboardPath, [this](const Element& part, const std::string& partPath) {
+        ForEachChild(*storyboard, storyboardPath, [this, owner](const Element& part, const std::string& partPath) {
             for (const auto& [attribute, value] : part.Attributes()) {
-                if (attribute == "source" || attribute == "mask") CheckMedia(value, partPath);
+                if (attribute == "source" || attribute == "mask") CheckMedia(value, partPath, m_menus.contains(owner));
             }
         });
     }
 
-    void CheckMedia(const std::string& source, const std::string& path)
+    void CheckMedia(const std::string& source, const std::string& path, bool isOfMenu)
     {
         if (IsMoniker(source)) return;
         const kv::Bstr file = m_session.Resolved(source);
         const std::string fault = m_files.Fault(file.View());
         if (fault.empty()) return;
-        m_faults.push_back(path + ": the file " + kv::ToUtf8(file.View()) + ' ' + fault);
-        m_files.Told(file.View());
+        std::string sentence = path + ": the file " + kv::ToUtf8(file.View()) + ' ' + fault;
+        if (isOfMenu) {
+            m_faultyInMenus.emplace_back(file.View(), std::move(sentence));
+        } else {
+            m_faults.push_back(std::move(sentence));
+        }
     }
 
     const Session& m_session;
     MediaFiles& m_files;
     /// The titles and menus whose production was not met yet, by ID, with its name.
     std::multiset<std::pair<ULONG, std::string>> m_owners;
+    std::set<ULONG> m_menus;
+    /// The file, and what is told of it.
+    std::vector<std::pair<std::u16string, std::string>> m_faultyInMenus;
     std::vector<std::string>& m_faults;
 };
 
@@ -184,6 +200,7 @@ std::vector<std::string> CheckFile(const std::string& file)
     FindMissingFiles(session.Project(), files, faults);
     FindDestinations(session.Project(), faults);
     FindMenuFaults(session.Project(), files, faults);
+    productions.TellFaultyInMenus();
     return faults;
 }
 

@@ -183,9 +183,10 @@ private:
     {
         const std::string name = kv::ToUtf8(file.View());
         if (name.empty() || kv::StartsWithText(name, "moniker:")) return;
-        // The productions in a file tell their files themselves.
-        const std::string fault = m_files.IsTold(file.View()) ? "" : m_files.Fault(file.View());
-        if (!fault.empty()) Tell(path, "the file " + name + " of its " + what + ' ' + fault);
+        const std::string fault = m_files.Fault(file.View());
+        if (fault.empty()) return;
+        m_files.Told(file.View());
+        Tell(path, "the file " + name + " of its " + what + ' ' + fault);
     }
 
     void CheckLinks()

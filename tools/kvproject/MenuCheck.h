@@ -9,8 +9,7 @@
 
 namespace kvproject {
 
-/// One sentence for each fault, which begins with the path of the object. Of files that were told to be missing
-/// none is told again.
+/// One sentence for each fault, which begins with the path of the object. The files that it tells are told to `files`.
 void FindMenuFaults(IKVProjectData& project, MediaFiles& files, std::vector<std::string>& faults);
 
 } // namespace kvproject
