@@ -13,3 +13,4 @@
 #include "KVProjectData/Engine/Strings.h"
 #include "KVProjectData/Engine/Text.h"
 #include "KVProjectData/Engine/TextMarkup.h"
+#include "KVProjectData/Engine/UndoGroup.h"

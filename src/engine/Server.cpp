@@ -2,6 +2,7 @@
 
 #include "engine/media/MediaInformation.h"
 #include "engine/storyboard/Production.h"
+#include "engine/storyboard/UndoGroup.h"
 #include "engine/strings/StringTable.h"
 #include "engine/text/TextPlugIn.h"
 #include "platform/com/EntryPoints.h"
@@ -12,6 +13,7 @@ namespace {
 constexpr ServerClass kClasses[]{
     {&CLSID_ZXEProduction, &CreateObject<CProduction>, u"ZXEngine.Production.1", u"ZXEngine.Production",
      u"Storyboard Production"},
+    {&CLSID_ZXEUndoGroup, &CreateObject<CUndoGroup>, u"ZXEngine.UndoGroup.1", u"ZXEngine.UndoGroup", u"Undo Group"},
     {&CLSID_ZXMediaInformation, &CreateObject<CMediaInformation>, u"ZXEngine.MediaInformation.1",
      u"ZXEngine.MediaInformation", u"Media Information"},
     {&CLSID_ZXStringTable, &CreateObject<CStringTable>, u"ZXEngine.StringTable.1", u"ZXEngine.StringTable",

@@ -1,5 +1,6 @@
 #include "KVProjectData/menus/MenuProductions.h"
 
+#include "KVProjectData/tree/UndoContext.h"
 #include "SbdUtils/ProductionObject.h"
 #include "platform/com/Activation.h"
 
@@ -68,8 +69,11 @@ ProductionUse MenuProductions::Held(const ProductionUse& production) const
 
 void MenuProductions::Hold(ProductionUse& place, ProductionUse& production)
 {
-    const std::lock_guard lock(m_guard);
-    std::swap(place, production);
+    {
+        const std::lock_guard lock(m_guard);
+        std::swap(place, production);
+    }
+    StoryboardsMoved();
 }
 
 HRESULT MenuProductions::MakeMenu()

@@ -32,6 +32,13 @@ void TreeChanged()
     g_treeState.fetch_add(1, std::memory_order_release);
 }
 
+/// The same for a node that came to another parent, or to none.
+void ParentChanged(NodeType type)
+{
+    TreeChanged();
+    if (type == typeMenu) StoryboardsMoved();
+}
+
 } // namespace
 
 ULONGLONG CProjectNode::TreeState()
@@ -49,7 +56,7 @@ CProjectNode::~CProjectNode()
 {
     if (CProjectNode* parent = Parent()) {
         std::erase(parent->m_children, this);
-        TreeChanged();
+        ParentChanged(m_type);
     }
     for (CProjectNode* child : m_children)
         child->SetParent(nullptr);
@@ -205,7 +212,7 @@ void CProjectNode::SetParent(CProjectNode* parent)
     const SectionLock lock(m_section);
     const SectionLock links(ParentLinks());
     m_parent.store(parent, std::memory_order_release);
-    TreeChanged();
+    ParentChanged(m_type);
 }
 
 HRESULT CProjectNode::MoveChild(LONG from, LONG to, CProjectNode** moved)

@@ -90,9 +90,17 @@ struct UndoContext {
     std::atomic<bool> majorChange{false};
     /// Nodes that bind their effects anew after a storyboard's undo.
     CAttachList attachNodes;
+    /// Another number after every change of which menus stand in projects, and of the productions that they have.
+    std::atomic<ULONGLONG> storyboardState{1};
 };
 
 UndoContext& SharedUndoContext();
+
+/// To be told when the change has been made.
+inline void StoryboardsMoved()
+{
+    SharedUndoContext().storyboardState.fetch_add(1, std::memory_order_release);
+}
 
 /// Binds a node that has come back to its effect: now, or when the storyboard has brought the effect back.
 void AttachNowOrLater(CProjectNode& node);

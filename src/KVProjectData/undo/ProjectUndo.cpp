@@ -3,7 +3,21 @@
 #include "KVProjectData/ResultCodes.h"
 #include "platform/com/Activation.h"
 
+#include <algorithm>
+
 namespace kv {
+namespace {
+
+/// A group of all storyboards; empty where one of them has to be asked for its block itself, and for none.
+ComPtr<IZXEUndoGroup> NewGroup(const std::vector<ComPtr<IUnknown>>& storyboards)
+{
+    ComPtr<IZXEUndoGroup> group;
+    if (storyboards.empty() || FAILED(CreateInstance(CLSID_ZXEUndoGroup, group))) return nullptr;
+    const auto joins = [&](const auto& storyboard) { return group->AddProduction(storyboard.Get()) == S_OK; };
+    return std::ranges::all_of(storyboards, joins) ? group : nullptr;
+}
+
+} // namespace
 
 void ProjectUndo::Initialise()
 {
@@ -24,6 +38,7 @@ void ProjectUndo::Terminate()
     if (m_step) m_step->Abandon();
     Release();
     CloseStoryboards(false);
+    m_group.Reset();
     if (!m_manager) return;
     m_snapshotStep.Reset();
     m_snapshot.Reset();
@@ -60,6 +75,7 @@ HRESULT ProjectUndo::OpenMenus()
     const DrivingUndo driving;
     const SectionLock projectLock(m_project.Section());
     if (!m_step) return S_FALSE;
+    if (OpenGroup()) return S_OK;
     for (const auto& storyboard : m_menus.MenuStoryboards()) {
         const HRESULT opened = OpenBlock(storyboard.Get());
         if (FAILED(opened)) return opened;
@@ -77,7 +93,7 @@ HRESULT ProjectUndo::TakeSnapshot(BSTR description)
         const auto snapshot = Make<CKVProjectSnapshot>(m_project);
         HRESULT added = m_step->Add(snapshot);
         // What the storyboards' blocks are going to hold belongs to the snapshot.
-        if (SUCCEEDED(added) && !m_storyboards.empty()) added = m_step->AddStoryboards();
+        if (SUCCEEDED(added) && (m_groupOpen || !m_storyboards.empty())) added = AddStoryboards();
         if (FAILED(added)) return added;
         StopRecording();
         m_snapshotStep = m_step->Unit();
@@ -117,7 +133,7 @@ HRESULT ProjectUndo::End(bool commit)
             const SectionLock projectLock(m_project.Section());
             if (m_step) {
                 if (commit && SharedUndoContext().majorChange) {
-                    const HRESULT added = m_step->AddStoryboards();
+                    const HRESULT added = AddStoryboards();
                     if (FAILED(added)) return added;
                 }
                 StopRecording();
@@ -164,25 +180,64 @@ HRESULT ProjectUndo::BeginStoryboard(IUnknown* storyboard)
     });
 }
 
+bool ProjectUndo::OpenGroup()
+{
+    const ULONGLONG state = SharedUndoContext().storyboardState.load(std::memory_order_acquire);
+    if (m_groupedAt != state) {
+        // A storyboard is in one group only.
+        m_group.Reset();
+        m_group = NewGroup(m_menus.MenuStoryboards());
+        m_groupedAt = state;
+    }
+    m_groupOpen = m_group && SUCCEEDED(m_group->OpenUndoBlocks());
+    m_proxied = 0;
+    return m_groupOpen;
+}
+
 HRESULT ProjectUndo::OpenBlock(IUnknown* storyboard)
 {
     auto data = Query<IZXEProductionData>(storyboard);
     if (!data) return E_POINTER;
     m_storyboards.push_back(data);
     const HRESULT opened = data->OpenUndoBlock();
-    if (FAILED(opened)) {
-        m_storyboards.pop_back();
-        return opened;
-    }
-    m_step->AppendStoryboard(std::move(data));
+    if (FAILED(opened)) m_storyboards.pop_back();
+    return opened;
+}
+
+template <class Visit>
+void ProjectUndo::ForEachTouched(LONG& next, Visit&& visit)
+{
+    ComPtr<IUnknown> touched;
+    for (; m_group->GetTouched(next, touched.Put()) == S_OK; ++next)
+        if (auto storyboard = Query<IZXEProductionData>(touched)) visit(std::move(storyboard));
+}
+
+HRESULT ProjectUndo::AddStoryboards()
+{
+    const auto proxy = Make<CKVSbdProxy>();
+    const auto append = [&](ComPtr<IZXEProductionData> storyboard) { proxy->Append(std::move(storyboard)); };
+    LONG proxied = 0;
+    if (m_groupOpen) ForEachTouched(proxied, append);
+    std::ranges::for_each(m_storyboards, append);
+    HRESULT added = proxy->Finish();
+    if (SUCCEEDED(added)) added = m_step->Add(proxy);
+    if (FAILED(added)) return added;
+    m_proxy = proxy;
+    m_proxied = proxied;
     return S_OK;
 }
 
 void ProjectUndo::CloseStoryboards(bool commit)
 {
-    if (m_storyboards.empty()) return;
+    const VARIANT_BOOL bCommit = commit ? VARIANT_TRUE : VARIANT_FALSE;
+    const auto proxy = std::exchange(m_proxy, nullptr);
+    if (std::exchange(m_groupOpen, false)) {
+        m_group->CloseUndoBlocks(bCommit);
+        // Those that were edited since the others' part was added have something to undo, too.
+        if (proxy && commit) ForEachTouched(m_proxied, [&](auto storyboard) { proxy->Append(std::move(storyboard)); });
+    }
     for (const auto& storyboard : std::exchange(m_storyboards, {}))
-        storyboard->CloseUndoBlock(commit ? VARIANT_TRUE : VARIANT_FALSE);
+        storyboard->CloseUndoBlock(bCommit);
 }
 
 HRESULT ProjectUndo::Undo()
@@ -236,7 +291,6 @@ void ProjectUndo::LeaveStoryboards()
     const SectionLock projectLock(m_project.Section());
     if (!m_step) return;
     CloseStoryboards(true);
-    m_step->ForgetStoryboards();
 }
 
 } // namespace kv

@@ -2,6 +2,7 @@
 // A project's part in undo: its steps on the manager that all projects of the process share.
 
 #include "KVProjectData/undo/ProjectSnapshot.h"
+#include "KVProjectData/undo/StoryboardProxy.h"
 #include "KVProjectData/undo/UndoStep.h"
 
 #include <optional>
@@ -56,7 +57,14 @@ public:
     void DiscardAll();
 
 private:
+    /// False when the blocks of the menus' storyboards have to be opened one by one.
+    bool OpenGroup();
     HRESULT OpenBlock(IUnknown* storyboard);
+    /// Gives `visit` the storyboards of the group that were touched and that it was not given before.
+    template <class Visit>
+    void ForEachTouched(LONG& next, Visit&& visit);
+    /// Puts the storyboards' part over everything that was recorded, so that undo begins with it.
+    HRESULT AddStoryboards();
     HRESULT Can(VARIANT_BOOL* can, HRESULT (IOleUndoManager::*describe)(BSTR*));
     /// From here on nothing is recorded in the step; the next one records all nodes anew.
     void StopRecording();
@@ -73,8 +81,17 @@ private:
     /// The step that a snapshot has closed early, and that is still to be ended; empty without one.
     ComPtr<ProjectStep> m_snapshotStep;
     ComPtr<CKVProjectSnapshot> m_snapshot;
-    /// Those with a block open in this step.
+    /// Of the menus' storyboards as they were at a state of the process's storyboards; empty where the engine has no
+    /// groups, or not for all of them.
+    ComPtr<IZXEUndoGroup> m_group;
+    ULONGLONG m_groupedAt = 0;
+    /// Its blocks are open in this step.
+    bool m_groupOpen = false;
+    /// Others with a block open in this step.
     std::vector<ComPtr<IZXEProductionData>> m_storyboards;
+    /// The part of the storyboards in this step, once it was added, and how many of the group's it has.
+    ComPtr<CKVSbdProxy> m_proxy;
+    LONG m_proxied = 0;
 };
 
 } // namespace kv

@@ -9,18 +9,6 @@
 
 namespace kv {
 
-CKVSbdProxy& UndoStep::Storyboards()
-{
-    if (!m_storyboards) m_storyboards = Make<CKVSbdProxy>();
-    return *m_storyboards;
-}
-
-HRESULT UndoStep::AddStoryboards()
-{
-    const HRESULT finished = Storyboards().Finish();
-    return FAILED(finished) ? finished : Add(m_storyboards);
-}
-
 HRESULT UndoStep::Close(bool commit)
 {
     // What a host opened within the step and did not close is part of the step.

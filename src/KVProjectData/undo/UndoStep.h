@@ -3,7 +3,6 @@
 
 #include "KVProjectData/tree/UndoContext.h"
 #include "KVProjectData/undo/ParentUndoUnit.h"
-#include "KVProjectData/undo/StoryboardProxy.h"
 
 namespace kv {
 
@@ -43,21 +42,12 @@ public:
         return m_manager.Add(unit.Get());
     }
 
-    /// A storyboard whose undo block is open takes part in the step.
-    void AppendStoryboard(ComPtr<IZXEProductionData> storyboard) { Storyboards().Append(std::move(storyboard)); }
-    /// Puts the storyboards' part over everything that was recorded, so that undo begins with it.
-    HRESULT AddStoryboards();
-    /// The storyboards so far take no part any more.
-    void ForgetStoryboards() { m_storyboards.Reset(); }
-
     /// Closes the unit on the manager. Without `commit` all that it recorded is taken back.
     HRESULT Close(bool commit);
     /// Forgets what was recorded and takes nothing back.
     void Abandon();
 
 private:
-    CKVSbdProxy& Storyboards();
-
     /// An edit goes on where the step takes no records; for lack of memory it must not: throws Error.
     template <class Record, class... Arguments>
     bool Keep(Arguments&&... arguments);
@@ -71,8 +61,6 @@ private:
 
     IOleUndoManager& m_manager;
     const ComPtr<ProjectStep> m_unit;
-    /// Empty until a storyboard takes part.
-    ComPtr<CKVSbdProxy> m_storyboards;
 };
 
 } // namespace kv

@@ -299,7 +299,7 @@ HRESULT CProduction::OpenUndoBlock()
 
 HRESULT CProduction::CloseUndoBlock(VARIANT_BOOL bCommit)
 {
-    return m_board->CloseUndoBlock(bCommit != VARIANT_FALSE);
+    return Guarded([&] { return m_board->CloseUndoBlock(bCommit != VARIANT_FALSE); });
 }
 
 HRESULT CProduction::AddUndoUnit(IUnknown* pUnit)

@@ -4,6 +4,7 @@
 #include "KVProjectData/Engine.h"
 #include "engine/storyboard/ProductionSinks.h"
 #include "engine/storyboard/Storyboard.h"
+#include "engine/storyboard/UndoGroup.h"
 #include "platform/com/Object.h"
 
 #include <memory>
@@ -12,7 +13,7 @@ namespace kv {
 
 class CProduction final
     : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects, IZXEProductionPersist,
-                    IZXEProductionFrames, IZXEProductionNotify, ConnectionPointContainer> {
+                    IZXEProductionFrames, IZXEProductionNotify, ConnectionPointContainer, IStoryboardOwner> {
 public:
     using Object::Object;
 
@@ -59,6 +60,8 @@ public:
                      ULONG* pulStride, SAFEARRAY** ppPixels) override;
 
     HRESULT Notify(ULONG ulEvent, LONG lFirst, LONG lSecond) override;
+
+    Storyboard& Board() override { return *m_board; }
 
 private:
     /// For its owner to call through the interface; a class object must not take it for a step of creation.

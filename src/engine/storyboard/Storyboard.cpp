@@ -16,7 +16,9 @@ using Events = IZXEProductionDataEvents;
 HRESULT Storyboard::Open()
 {
     const SectionLock lock(m_section);
-    return std::exchange(m_open, true) ? S_FALSE : S_OK;
+    if (std::exchange(m_open, true)) return S_FALSE;
+    m_history.Use();
+    return S_OK;
 }
 
 HRESULT Storyboard::Close()
@@ -26,7 +28,7 @@ HRESULT Storyboard::Close()
         const SectionLock lock(m_section);
         if (!std::exchange(m_open, false)) return S_FALSE;
     }
-    m_history.Clear();
+    m_history.Drop();
     if (production) m_sinks.Tell(&Events::OnClosed);
     return S_OK;
 }
@@ -40,7 +42,8 @@ void Storyboard::End()
         m_open = false;
         std::swap(contents, m_contents);
     }
-    m_history.Clear();
+    m_history.Leave();
+    m_history.Drop();
 }
 
 bool Storyboard::IsOpen()

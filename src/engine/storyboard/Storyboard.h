@@ -75,7 +75,7 @@ LONG IndexIn(const std::vector<ComPtr<T>>& row, const T* item)
 
 /// Shared by a production and the items that it handed out. Sinks are told, undo units run and sources are looked into
 /// while its section is free.
-class Storyboard {
+class Storyboard : public std::enable_shared_from_this<Storyboard> {
 public:
     Storyboard(CProduction& production, ProductionSinks& sinks) : m_production(&production), m_sinks(sinks) {}
 
@@ -135,6 +135,8 @@ public:
     HRESULT Undo();
     HRESULT Redo();
     UndoHistory& History() { return m_history; }
+    /// E_INVALIDARG when it is in a group already.
+    HRESULT Join(const std::shared_ptr<UndoBlocks>& group) { return m_history.Join(group, weak_from_this()); }
 
 private:
     /// An item that is to come to a place, or is to leave it.

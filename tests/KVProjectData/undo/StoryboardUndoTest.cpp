@@ -99,6 +99,78 @@ TEST_F(StoryboardUndoTest, ThoseOfMenusTakePartInEveryStep)
     EXPECT_EQ(S_OK, boards[0]->CloseUndoBlock(VARIANT_FALSE));
 }
 
+TEST_F(StoryboardUndoTest, ThoseOfMenusThatNobodyTouchesKeepNothing)
+{
+    std::vector<ComPtr<IKVMenu>> menus(3);
+    std::vector<ComPtr<IZXEProductionData>> boards;
+    for (auto& menu : menus) {
+        ASSERT_EQ(S_OK, project->AddMenu(0, menu.Put()));
+        boards.push_back(ProductionOf(*menu.Get()));
+    }
+    const auto expect = [&](std::vector<LONG> panels) {
+        std::vector<LONG> found;
+        for (const auto& board : boards)
+            found.push_back(ValueOf(*board.Get(), &IZXEProductionData::GetPanelCount));
+        EXPECT_EQ(panels, found);
+    };
+    const auto step = [&](const std::vector<std::size_t>& edited) {
+        Begin();
+        for (const std::size_t at : edited)
+            AddSource(boards[at].Get(), u"moniker:a");
+        EXPECT_EQ(S_OK, project->EndUndoEx(VARIANT_TRUE, VARIANT_TRUE));
+    };
+    const auto can = [&](std::size_t at) {
+        VARIANT_BOOL undo = VARIANT_FALSE;
+        VARIANT_BOOL redo = VARIANT_FALSE;
+        EXPECT_EQ(S_OK, boards[at]->CanUndo(&undo, nullptr));
+        EXPECT_EQ(S_OK, boards[at]->CanRedo(&redo, nullptr));
+        return std::pair(undo == VARIANT_TRUE, redo == VARIANT_TRUE);
+    };
+    step({0});
+    step({});
+    step({2, 0});
+    EXPECT_EQ(std::pair(false, false), can(1));
+    expect({2, 0, 1});
+    for (const auto& panels : {std::vector<LONG>{1, 0, 0}, {1, 0, 0}, {0, 0, 0}}) {
+        EXPECT_EQ(S_OK, project->UndoOperation());
+        expect(panels);
+    }
+    for (const auto& panels : {std::vector<LONG>{1, 0, 0}, {1, 0, 0}, {2, 0, 1}}) {
+        EXPECT_EQ(S_OK, project->RedoOperation());
+        expect(panels);
+    }
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    step({1});
+    EXPECT_EQ(std::pair(true, false), can(0));
+    EXPECT_EQ(std::pair(false, false), can(2)) << "the step that it could redo is gone";
+
+    // A menu that comes within a step takes part from the next one on; one that goes, to the end of this one.
+    Begin();
+    ComPtr<IKVMenu> late;
+    ASSERT_EQ(S_OK, project->AddMenu(0, late.Put()));
+    EXPECT_EQ(S_OK, menus[1]->SetNative(VARIANT_TRUE));
+    EXPECT_EQ(S_OK, project->RemoveMenu(ValueOf(*menus[2].Get(), &IKVMenu::get_ID), nullptr));
+    const auto background = ProductionOf(*menus[1].Get(), true);
+    for (const auto& outside : {ProductionOf(*late.Get()), background}) {
+        EXPECT_EQ(S_OK, outside->OpenUndoBlock());
+        EXPECT_EQ(S_OK, outside->CloseUndoBlock(VARIANT_TRUE));
+    }
+    for (const auto& board : boards)
+        EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, board->OpenUndoBlock());
+    AddSource(boards[2].Get(), u"moniker:a");
+    EXPECT_EQ(S_OK, End());
+    expect({1, 1, 1});
+    Begin();
+    for (const auto& inside : {ProductionOf(*late.Get()), background})
+        EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, inside->OpenUndoBlock());
+    EXPECT_EQ(S_OK, boards[2]->OpenUndoBlock()) << "its menu is gone";
+    EXPECT_EQ(S_OK, boards[2]->CloseUndoBlock(VARIANT_TRUE));
+    EXPECT_EQ(S_OK, End());
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    EXPECT_EQ(S_OK, project->UndoOperation());
+    expect({1, 1, 0});
+}
+
 TEST_F(StoryboardUndoTest, ThoseOfMenusBelongToASnapshot)
 {
     ComPtr<IKVMenu> menu;

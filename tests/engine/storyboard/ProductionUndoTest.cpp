@@ -245,5 +245,72 @@ TEST_F(ProductionUndoTest, TellsWhatCanBeUndone)
     EXPECT_EQ((std::vector<Heard>{{0, {0}}, {18, {1}}}), sink->heard);
 }
 
+TEST_F(ProductionUndoTest, BlocksOfAGroupOpenAndCloseTogether)
+{
+    const auto other = CreateEngine<IZXEProductionData>(CLSID_ZXEProduction);
+    const auto closed = CreateEngine<IZXEProductionData>(CLSID_ZXEProduction);
+    ASSERT_EQ(S_OK, other->Initialise());
+    auto group = CreateEngine<IZXEUndoGroup>(CLSID_ZXEUndoGroup);
+    EXPECT_EQ(E_POINTER, group->AddProduction(nullptr));
+    EXPECT_EQ(E_NOINTERFACE, group->AddProduction(group.Get()));
+    for (const auto& each : {production, other, closed}) {
+        EXPECT_EQ(S_OK, group->AddProduction(each.Get()));
+        EXPECT_EQ(E_INVALIDARG, group->AddProduction(each.Get()));
+    }
+    EXPECT_EQ(ZXE_E_NO_UNDO_BLOCK, group->CloseUndoBlocks(VARIANT_TRUE));
+    EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, group->OpenUndoBlocks()) << "one is not in use";
+    closed->Initialise();
+    InBlock([&] { EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, group->OpenUndoBlocks()) << "one has a block open"; });
+
+    const auto touched = [&] {
+        std::vector<IUnknown*> all;
+        ComPtr<IUnknown> each;
+        for (LONG i = 0; group->GetTouched(i, each.Put()) == S_OK; ++i)
+            all.push_back(each.Get());
+        return all;
+    };
+    const auto is = [](const ComPtr<IZXEProductionData>& each) { return Query<IUnknown>(each).Get(); };
+    const auto inGroup = [&](bool commit, auto&& edits) {
+        ASSERT_EQ(S_OK, group->OpenUndoBlocks());
+        EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, group->OpenUndoBlocks());
+        edits();
+        EXPECT_EQ(S_OK, group->CloseUndoBlocks(commit ? VARIANT_TRUE : VARIANT_FALSE));
+    };
+    inGroup(true, [&] {
+        EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, production->OpenUndoBlock());
+        EXPECT_EQ(ZXE_E_UNDO_BLOCK_OPEN, production->Undo());
+        EXPECT_FALSE(CanUndo());
+        EXPECT_TRUE(touched().empty()) << "nothing was edited";
+        Add(u"a");
+        EXPECT_EQ(S_OK, AddSource(other.Get(), Bstr(u"b")));
+        Add(u"c");
+        EXPECT_EQ((std::vector<IUnknown*>{is(production), is(other)}), touched());
+    });
+    EXPECT_EQ(2U, touched().size());
+    inGroup(false, [&] { AddUnit(u"1"), Add(u"d"); });
+    EXPECT_EQ(u"ac", Sources());
+    EXPECT_EQ(u"1", log);
+    ASSERT_EQ(S_OK, production->Undo());
+    EXPECT_EQ(u"", Sources());
+    inGroup(true, [] {});
+    EXPECT_TRUE(CanRedo());
+    inGroup(true, [&] { EXPECT_EQ(S_OK, AddSource(closed.Get(), Bstr(u"b"))); });
+    EXPECT_FALSE(CanRedo()) << "a block of the group counts for all of it";
+    EXPECT_EQ(ZXE_E_NOTHING_TO_UNDO, production->Redo());
+
+    // One that closes its block itself, and one that goes.
+    ASSERT_EQ(S_OK, group->OpenUndoBlocks());
+    EXPECT_EQ(S_OK, production->CloseUndoBlock(VARIANT_TRUE));
+    EXPECT_EQ(S_OK, production->OpenUndoBlock());
+    EXPECT_EQ(S_OK, closed->Close());
+    EXPECT_EQ((std::vector<IUnknown*>{is(production), is(closed)}), touched());
+    EXPECT_EQ(S_OK, AddSource(other.Get(), Bstr(u"d")));
+    group.Reset();
+    EXPECT_EQ(2U, SourcesOf(other.Get()).size());
+    EXPECT_EQ(S_OK, other->Undo());
+    EXPECT_EQ(1U, SourcesOf(other.Get()).size());
+    EXPECT_EQ(S_OK, CreateEngine<IZXEUndoGroup>(CLSID_ZXEUndoGroup)->AddProduction(other.Get()));
+}
+
 } // namespace
 } // namespace kv::test

@@ -130,14 +130,18 @@ private:
 TEST_P(UndoPropertyTest, RandomEditsGoBackToTheFirstStateAndForthToTheLast)
 {
     std::vector<std::string> states{Saved(production)};
+    const auto group = CreateEngine<IZXEUndoGroup>(CLSID_ZXEUndoGroup);
+    ASSERT_EQ(S_OK, group->AddProduction(production.Get()));
     for (int block = 0; block < 120; ++block) {
         const bool kept = Pick(4) != 0;
-        ASSERT_EQ(S_OK, production->OpenUndoBlock());
+        const bool grouped = Pick(2) != 0;
+        ASSERT_EQ(S_OK, grouped ? group->OpenUndoBlocks() : production->OpenUndoBlock());
         // One edit that is new in every block; blocks without edits leave no trace.
         Call(production, &IProductionInfo::put_AspectRatio, 2.0 + block);
         for (LONG left = Pick(8); left > 0; --left)
             EditSomething();
-        ASSERT_EQ(S_OK, production->CloseUndoBlock(kept ? VARIANT_TRUE : VARIANT_FALSE));
+        const VARIANT_BOOL commit = kept ? VARIANT_TRUE : VARIANT_FALSE;
+        ASSERT_EQ(S_OK, grouped ? group->CloseUndoBlocks(commit) : production->CloseUndoBlock(commit));
         if (kept) states.push_back(Saved(production));
         ASSERT_EQ(states.back(), Saved(production));
     }
