@@ -107,7 +107,17 @@ HRESULT CKVFileService::SaveProject(BSTR bstrFileName, IUnknown* pUnkProject)
     });
 }
 
-HRESULT CKVFileService::Archive(BSTR, IUnknown* pUnkProject)
+HRESULT CKVFileService::Archive(BSTR bstrFileName, IUnknown* pUnkProject)
+{
+    return ArchiveProject(bstrFileName, pUnkProject, nullptr);
+}
+
+HRESULT CKVFileService::PlanArchive(BSTR bstrFileName, IUnknown* pUnkProject, IKVArchiveEvents* pEvents)
+{
+    return ArchiveProject(bstrFileName, pUnkProject, pEvents);
+}
+
+HRESULT CKVFileService::ArchiveProject(BSTR, IUnknown* pUnkProject, IKVArchiveEvents*)
 {
     return Guarded([&] {
         ProjectOf(pUnkProject);

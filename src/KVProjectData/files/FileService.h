@@ -2,6 +2,7 @@
 // Project files on disk.
 
 #include "KVProjectData/IKVFileService.h"
+#include "KVProjectData/IKVProjectArchive.h"
 #include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/content/ContentPaths.h"
 #include "platform/automation/Dispatch.h"
@@ -9,7 +10,7 @@
 
 namespace kv {
 
-class CKVFileService final : public Object<Dual<IKVFileService>> {
+class CKVFileService final : public Object<Dual<IKVFileService>, IKVProjectArchive> {
 public:
     explicit CKVFileService(IUnknown* outer) : Object(outer) {}
 
@@ -20,6 +21,9 @@ public:
     HRESULT PersistFromXML(IXMLDOMNode* pRoot, IUnknown* pUnkProject) override;
     HRESULT ResolveFilePath(BSTR* bstrFileName) override;
     HRESULT UnresolveFilePath(BSTR* bstrFileName) override;
+
+    HRESULT ArchiveProject(BSTR bstrFileName, IUnknown* pUnkProject, IKVArchiveEvents* pEvents) override;
+    HRESULT PlanArchive(BSTR bstrFileName, IUnknown* pUnkProject, IKVArchiveEvents* pEvents) override;
 
 private:
     /// As they were when the service was made.

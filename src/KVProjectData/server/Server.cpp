@@ -3,6 +3,7 @@
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/content/InstalledContent.h"
 #include "KVProjectData/files/FileService.h"
+#include "KVProjectData/files/TestImporter.h"
 #include "KVProjectData/menus/Menu.h"
 #include "KVProjectData/menus/MenuButton.h"
 #include "KVProjectData/project/ProjectData.h"
@@ -25,6 +26,8 @@ constexpr ServerClass kClasses[]{
      u"KVProjectData.KVProjectData13", u"CKVProjectData Object"},
     {&CLSID_KVFileService, &CreateObject<CKVFileService>, u"KVProjectData.KVFileService13.1",
      u"KVProjectData.KVFileService13", u"CKVFileService Object"},
+    {&CLSID_KVTestImporter, &CreateObject<CKVTestImporter>, u"KVProjectData.KVTestImporter13.1",
+     u"KVProjectData.KVTestImporter13", u"CKVTestImporter Object"},
     {&CLSID_KVMenuButton, &CreateObject<CKVMenuButton>, u"KVProjectData.KVMenuButton13.1",
      u"KVProjectData.KVMenuButton13", u"CKVMenuButton Object"},
     {&CLSID_GroupInfoNode, &CreateObject<CGroupInfoNode>, u"KVProjectData.CGroupInfoNode.1",

@@ -17,7 +17,7 @@ constexpr const EnumDescription* kEnums[]{
     &kEnumDescription<OverlayTypes>,    &kEnumDescription<OverlayHighlight>, &kEnumDescription<SourceTypes>,
     &kEnumDescription<TextTypes>,       &kEnumDescription<TextType>,         &kEnumDescription<TextHighlight>,
     &kEnumDescription<TextHandles>,     &kEnumDescription<TextColor>,        &kEnumDescription<TextJustifyFlags>,
-    &kEnumDescription<TextStyles>,
+    &kEnumDescription<TextStyles>,      &kEnumDescription<ArchivedFile>,
 };
 
 constexpr const RecordDescription* kRecords[]{
@@ -27,14 +27,26 @@ constexpr const RecordDescription* kRecords[]{
 };
 
 constexpr const InterfaceDescription* kInterfaces[]{
-    &kInterfaceDescription<IKVLocking>,         &kInterfaceDescription<IKVEncodingParams>,
-    &kInterfaceDescription<IKVCommandList>,     &kInterfaceDescription<IKVTitle>,
-    &kInterfaceDescription<IKVDataFile>,        &kInterfaceDescription<IGroupInfoNode>,
-    &kInterfaceDescription<IKVMenuElement>,     &kInterfaceDescription<IKVMenuButton>,
-    &kInterfaceDescription<IKVMenuOverlay>,     &kInterfaceDescription<IKVMenuText>,
-    &kInterfaceDescription<IKVMenuElementList>, &kInterfaceDescription<IKVMenu>,
-    &kInterfaceDescription<IKVProjectData>,     &kInterfaceDescription<_IKVProjectDataEvents>,
+    &kInterfaceDescription<IKVLocking>,
+    &kInterfaceDescription<IKVEncodingParams>,
+    &kInterfaceDescription<IKVCommandList>,
+    &kInterfaceDescription<IKVTitle>,
+    &kInterfaceDescription<IKVDataFile>,
+    &kInterfaceDescription<IGroupInfoNode>,
+    &kInterfaceDescription<IKVMenuElement>,
+    &kInterfaceDescription<IKVMenuButton>,
+    &kInterfaceDescription<IKVMenuOverlay>,
+    &kInterfaceDescription<IKVMenuText>,
+    &kInterfaceDescription<IKVMenuElementList>,
+    &kInterfaceDescription<IKVMenu>,
+    &kInterfaceDescription<IKVProjectData>,
+    &kInterfaceDescription<_IKVProjectDataEvents>,
     &kInterfaceDescription<IKVFileService>,
+    &kInterfaceDescription<IKVArchiveEvents>,
+    &kInterfaceDescription<IKVProjectArchive>,
+    &kInterfaceDescription<IKVProjectImport>,
+    &kInterfaceDescription<IKVProjectImportEvents>,
+    &kInterfaceDescription<IQ71ProjectImport>,
 };
 
 constexpr ClassDescription kClasses[]{
@@ -42,6 +54,7 @@ constexpr ClassDescription kClasses[]{
     {"CKVEncodingParams", &CLSID_KVEncodingParams, "IKVEncodingParams", {}},
     {"CKVProjectData", &CLSID_KVProjectData, "IKVProjectData", "_IKVProjectDataEvents"},
     {"CKVFileService", &CLSID_KVFileService, "IKVFileService", {}},
+    {"CKVTestImporter", &CLSID_KVTestImporter, "IKVProjectImport", {}},
     {"CKVMenuButton", &CLSID_KVMenuButton, "IKVMenuButton", {}},
     {"CGroupInfoNode", &CLSID_GroupInfoNode, "IGroupInfoNode", {}},
     {"CKVMenu", &CLSID_KVMenu, "IKVMenu", {}},

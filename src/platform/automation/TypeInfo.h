@@ -137,6 +137,14 @@ struct ITypeLib : IUnknown {
     virtual void ReleaseTLibAttr(TLIBATTR* attributes) = 0;
 };
 
+/// Objects that tell which class they are of.
+struct IProvideClassInfo : IUnknown {
+    static constexpr GUID IID = "b196b283-bab4-101a-b69c-00aa00341d07"_guid;
+    using Base = IUnknown;
+
+    virtual HRESULT GetClassInfo(ITypeInfo** info) = 0;
+};
+
 /// Reads the type library of a server library, which stays loaded while the type library or a type of it is in use.
 /// TYPE_E_CANTLOADLIBRARY when there is none.
 KV_EXPORT HRESULT LoadTypeLib(const OLECHAR* path, ITypeLib** library);

@@ -248,6 +248,20 @@ std::u16string GuidText(REFGUID guid)
     return text += u'}';
 }
 
+std::vector<CLSID> ClassesOfCategory(REFGUID category)
+{
+    std::vector<std::u16string> names;
+    Registry::SubKeys(Hive::ClassesRoot, u"CLSID", names);
+    const std::u16string below = u"\\Implemented Categories\\" + GuidText(category);
+    std::vector<CLSID> classes;
+    for (const std::u16string& name : names) {
+        CLSID clsid{};
+        const bool isClass = SUCCEEDED(CLSIDFromString(name.c_str(), &clsid));
+        if (isClass && Registry::KeyExists(Hive::ClassesRoot, u"CLSID\\" + name + below)) classes.push_back(clsid);
+    }
+    return classes;
+}
+
 HRESULT RegisterServer(std::u16string_view libraryPath)
 {
     return CallServer(libraryPath, "DllRegisterServer");

@@ -5,6 +5,8 @@
 #include "platform/com/ComPtr.h"
 #include "platform/com/Export.h"
 
+#include <vector>
+
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
 inline constexpr DWORD CLSCTX_ALL = 23;
 inline constexpr DWORD REGCLS_MULTIPLEUSE = 1;
@@ -45,6 +47,9 @@ namespace kv {
 
 /// The braced upper-case form of an identity.
 KV_EXPORT std::u16string GuidText(REFGUID guid);
+
+/// The registered classes of a category, in the order of their identities.
+KV_EXPORT std::vector<CLSID> ClassesOfCategory(REFGUID category);
 
 /// Loads a server library and has it write itself into the registry in use, or remove itself.
 /// CO_E_DLLNOTFOUND, CO_E_ERRORINDLL, or what the library returns.

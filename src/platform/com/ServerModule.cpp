@@ -59,6 +59,11 @@ void WriteProgIds(const ServerClass& served)
     Write(ClassKey(served) + u"\\VersionIndependentProgID", u"", versionIndependent);
 }
 
+std::u16string CategoryKey(const ServerClass& served)
+{
+    return ClassKey(served) + u"\\Implemented Categories\\" + GuidText(*served.category);
+}
+
 void WriteClass(const ServerClass& served, const ServerDescription& server, const std::u16string& modulePath)
 {
     const std::u16string key = ClassKey(served);
@@ -67,6 +72,7 @@ void WriteClass(const ServerClass& served, const ServerDescription& server, cons
     ThrowIfFailed(Registry::CreateKey(Hive::ClassesRoot, key + u"\\Programmable"));
     Write(key + u"\\InprocServer32", u"", modulePath);
     Write(key + u"\\InprocServer32", u"ThreadingModel", u"both");
+    if (served.category) ThrowIfFailed(Registry::CreateKey(Hive::ClassesRoot, CategoryKey(served)));
     if (server.appId) Write(key, u"AppID", GuidText(*server.appId));
     if (server.libId) Write(key + u"\\TypeLib", u"", GuidText(*server.libId));
 }

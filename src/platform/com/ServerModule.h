@@ -21,6 +21,8 @@ struct ServerClass {
     const char16_t* progId;
     const char16_t* versionIndependentProgId;
     const char16_t* friendlyName;
+    /// What the class can be found by; null for a class without a category.
+    const GUID* category = nullptr;
 };
 
 /// A server library as it describes itself. What it points to outlives the module.

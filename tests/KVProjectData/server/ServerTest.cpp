@@ -23,6 +23,7 @@ TEST_F(ServerTest, RegistersItsClassesByTheirNames)
           {CLSID_KVCommandList, PROGID_KVCommandList, u"CKVCommandList Object"},
           {CLSID_KVEncodingParams, PROGID_KVEncodingParams, u"CKVEncodingParams Object"},
           {CLSID_KVFileService, PROGID_KVFileService, u"CKVFileService Object"},
+          {CLSID_KVTestImporter, PROGID_KVTestImporter, u"CKVTestImporter Object"},
           {CLSID_KVMenu, PROGID_KVMenu, u"CKVMenu Object"},
           {CLSID_KVMenuButton, PROGID_KVMenuButton, u"CKVMenuButton Object"},
           {CLSID_GroupInfoNode, PROGID_GroupInfoNode, u"CGroupInfoNode Object"}}) {
