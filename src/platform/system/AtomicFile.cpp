@@ -84,6 +84,17 @@ HRESULT TakeAfter(int file, const struct stat& existing)
     return fchmod(file, mode) == 0 ? S_OK : ResultFromErrno(errno);
 }
 
+/// As rename, but not over anything. -1 on failure, with errno set.
+int RenameToNew(const std::string& from, const std::string& to)
+{
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL && errno != ENOSYS) return -1;
+    // Some file systems cannot tell; a second name takes no other's place either.
+    if (link(from.c_str(), to.c_str()) != 0) return -1;
+    unlink(from.c_str());
+    return 0;
+}
+
 } // namespace
 
 HRESULT ResultFromErrno(int error)
@@ -136,6 +147,7 @@ void AtomicFile::Discard()
 HRESULT AtomicFile::Create(const std::string& target)
 {
     Discard();
+    m_isNew = false;
     m_target = BehindLinks(target);
     struct stat existing {};
     const bool exists = stat(m_target.c_str(), &existing) == 0;
@@ -143,11 +155,27 @@ HRESULT AtomicFile::Create(const std::string& target)
     if (exists && !S_ISREG(existing.st_mode)) return E_ACCESSDENIED;
     // The folder alone decides whether a file can be renamed over another; its own protection is to hold as well.
     if (faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0 && errno != ENOENT) return ResultFromErrno(errno);
+    const HRESULT opened = Open();
+    return SUCCEEDED(opened) && exists ? TakeAfter(m_file, existing) : opened;
+}
+
+HRESULT AtomicFile::CreateNew(const std::string& target)
+{
+    Discard();
+    m_isNew = true;
+    m_target = target;
+    struct stat existing {};
+    if (lstat(target.c_str(), &existing) == 0) return ResultFromErrno(EEXIST);
+    return Open();
+}
+
+HRESULT AtomicFile::Open()
+{
     std::string temporary;
     m_file = CreateBeside(m_target, temporary);
     if (m_file < 0) return ResultFromErrno(errno);
     m_temporary = std::move(temporary);
-    return exists ? TakeAfter(m_file, existing) : S_OK;
+    return S_OK;
 }
 
 HRESULT AtomicFile::Write(const void* data, std::size_t size)
@@ -170,7 +198,8 @@ HRESULT AtomicFile::Commit()
 {
     if (m_file < 0) return E_UNEXPECTED;
     if (fsync(m_file) != 0) return ResultFromErrno(errno);
-    if (rename(m_temporary.c_str(), m_target.c_str()) != 0) return ResultFromErrno(errno);
+    const int renamed = m_isNew ? RenameToNew(m_temporary, m_target) : rename(m_temporary.c_str(), m_target.c_str());
+    if (renamed != 0) return ResultFromErrno(errno);
     m_temporary.clear();
     // The lock goes with the temporary name, not before it.
     close(std::exchange(m_file, -1));

@@ -24,16 +24,24 @@ public:
     /// removes those that earlier saves of it could not. E_ACCESSDENIED for a target that the process may not write or
     /// that is no regular file; 0x80070020 when too many others are saving it.
     HRESULT Create(const std::string& target);
+    /// The same for a name that nothing bears yet, which it does not follow as a link. 0x800700B7 when there is
+    /// something.
+    HRESULT CreateNew(const std::string& target);
     HRESULT Write(const void* data, std::size_t size);
+    /// The open file, for the system's own calls; -1 without one.
+    int Handle() const { return m_file; }
     /// Syncs the file, gives it the target's name, and syncs the folder. Permissions are those of the file that it
-    /// replaces; so are owner and group, as far as the process may give them.
+    /// replaces; so are owner and group, as far as the process may give them. A new file replaces none: 0x800700B7 when
+    /// something bears its name by now.
     HRESULT Commit();
 
 private:
     void Discard();
+    HRESULT Open();
 
     std::string m_target;
     std::string m_temporary;
+    bool m_isNew = false;
     int m_file = -1;
 };
 

@@ -94,13 +94,6 @@ HRESULT CreateDirectoryTree(std::u16string_view path)
     return ResultFromErrno(EEXIST);
 }
 
-HRESULT CopyNewFile(std::u16string_view source, std::u16string_view target)
-{
-    std::error_code error;
-    std::filesystem::copy_file(ToHostPath(source), ToHostPath(target), error);
-    return ResultFrom(error);
-}
-
 std::string BehindLinks(const std::string& target)
 {
     constexpr int kMostLinks = 40;

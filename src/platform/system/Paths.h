@@ -27,8 +27,6 @@ KV_EXPORT std::u16string PathFindFileName(std::u16string_view path);
 
 /// Creates a folder with those above it. 0x800700B7 when it exists already.
 KV_EXPORT HRESULT CreateDirectoryTree(std::u16string_view path);
-/// 0x800700B7 when the target exists already; it is left as it is.
-KV_EXPORT HRESULT CopyNewFile(std::u16string_view source, std::u16string_view target);
 
 /// Follows a link to the file behind it, which need not exist: the one that a save replaces.
 KV_EXPORT std::string BehindLinks(const std::string& target);

@@ -2,6 +2,7 @@
 
 #include "platform/automation/Bstr.h"
 #include "platform/system/ErrorReporter.h"
+#include "platform/system/FileCopy.h"
 #include "platform/system/Locale.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Paths.h"
@@ -11,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/stat.h>
 
 namespace {
 
@@ -143,15 +145,41 @@ TEST(PathsTest, AreUnderstoodWithEitherSeparator)
 TEST(PathsTest, CopyingOverwritesNothing)
 {
     const TemporaryFolder folder;
-    const std::u16string root = folder.Path().u16string();
     folder.Write("source", "new");
     folder.Write("target", "old");
-    EXPECT_EQ(kv::CopyNewFile(root + u"/source", root + u"/target"), MakeResult(0x800700B7));
+    std::filesystem::create_symlink("behind", folder.Path() / "dangling");
+    mkfifo(folder.PathOf("pipe").c_str(), 0600);
+    const auto copy = [&](std::string_view from, std::string_view to, const kv::FileCopy::Progress& progress = {}) {
+        kv::FileCopy file;
+        const HRESULT opened = file.Open(folder.PathOf(from));
+        return FAILED(opened) ? opened : file.CopyTo(folder.PathOf(to), progress);
+    };
+    for (const char* taken : {"target", "dangling", "pipe"})
+        EXPECT_EQ(copy("source", taken), MakeResult(0x800700B7)) << taken;
     EXPECT_EQ(folder.Read("target"), "old");
-    EXPECT_EQ(kv::CopyNewFile(root + u"/source", root + u"/copy"), S_OK);
-    EXPECT_EQ(folder.Read("copy"), "new");
-    EXPECT_EQ(kv::CopyNewFile(root + u"/missing", root + u"/other"), MakeResult(0x80070002));
-    EXPECT_EQ(folder.Entries(), 3);
+    EXPECT_EQ(copy("source", std::string(255, 'n')), S_OK);
+    EXPECT_EQ(folder.Read(std::string(255, 'n')), "new");
+    EXPECT_EQ(copy("source", std::string(256, 'n')), MakeResult(0x800700CE));
+    EXPECT_EQ(copy("missing", "other"), MakeResult(0x80070002));
+    for (const char* none : {".", "pipe", "/dev/zero"})
+        EXPECT_EQ(copy(none, "other"), E_ACCESSDENIED) << none;
+    // Its end comes when it is read, whatever its size says.
+    EXPECT_EQ(copy("/proc/self/status", "other"), MakeResult(0x80070020));
+    const auto isInTheWay = [&](LONGLONG) {
+        folder.Write("source", "changed");
+        folder.Write("other", "first");
+        return S_OK;
+    };
+    EXPECT_EQ(copy("source", "other", isInTheWay), MakeResult(0x80070020));
+    EXPECT_EQ(copy("source", "late",
+                   [&](LONGLONG) {
+                       folder.Write("late", "first");
+                       return S_OK;
+                   }),
+              MakeResult(0x800700B7));
+    EXPECT_EQ(folder.Read("late"), "first");
+    EXPECT_EQ(copy("source", "cancelled", [](LONGLONG) { return E_ABORT; }), E_ABORT);
+    EXPECT_EQ(folder.Entries(), 7) << "nothing half is left";
 }
 
 TEST(PathsTest, KnowTheFoldersOfTheSystem)
