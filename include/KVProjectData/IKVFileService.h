@@ -1,7 +1,11 @@
 #pragma once
 // Project files on disk.
 //
-// E_POINTER for an object that is not a project. A leading "file::" of a file name is dropped.
+// E_POINTER for an object that is not a project. SaveProject and LoadProject drop a leading "file::" of a file name.
+//
+// A file in the archive folder beside a project file ("Trip_Files" beside "Trip.xml") is written there as a relative
+// path ("Trip_Files\a.mpg"), and relative paths that are read are tried from the folder of the file: both can be moved
+// together. In memory such a path is a full one after loading.
 
 #include "platform/automation/Members.h"
 #include "platform/xml/Dom.h"
@@ -15,7 +19,13 @@ struct IKVFileService : IDispatch {
     /// loaded; one whose engine saves none (Engine/Persist.h) is left out.
     virtual HRESULT SaveProject(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
-    /// To gather a project and its source files in a folder. Not available yet: E_NOTIMPL for every project.
+    /// Copies the source files of a project into its archive folder, which becomes its ProjectDirectory, and writes the
+    /// project file: those of titles, menus, data files and overlays, and all that productions show, each once. What
+    /// names a copy, then names it by a relative path, but for what a production shows, where only the file does. A
+    /// file that cannot be read, and one of a name that is taken in the folder, is not copied, and goes by the path
+    /// that it had. A copy is whole or not there. E_INVALIDARG for an empty name, KV_E_NO_ARCHIVE_FOLDER; when a copy
+    /// or the project file cannot be written, the project and its old file are as they were, and what was made of the
+    /// archive is gone. IKVProjectArchive reports each file.
     virtual HRESULT Archive(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
     /// Replaces the project by a project file, sets ProjectDirectory, and names a project without Label or DisplayName

@@ -3,9 +3,11 @@
 #include "KVProjectData/IQ71ProjectImport.h"
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/files/ProjectArchive.h"
 #include "KVProjectData/files/ProjectProductions.h"
 #include "KVProjectData/files/TemplateMenus.h"
 #include "KVProjectData/persistence/ProjectDocument.h"
+#include "KVProjectData/project/ProjectStoryboards.h"
 #include "platform/com/Activation.h"
 #include "platform/system/MessageBox.h"
 #include "platform/system/Paths.h"
@@ -68,12 +70,23 @@ HRESULT ImportOldVersion(IXMLDOMElement& root, IUnknown* project)
     return FAILED(created) ? created : importer->ImportXML(&root, project);
 }
 
-HRESULT LoadCurrent(IXMLDOMElement& root, IKVProjectData& project)
+/// `load` brings the document's project into the object; its productions follow.
+template <class Load>
+HRESULT LoadWithProductions(IXMLDOMElement& root, IKVProjectData& project, Load&& load)
 {
     ReserveOwners(XmlElement(&root));
-    const HRESULT loaded = project.loadXML(&root);
+    const HRESULT loaded = load();
     if (SUCCEEDED(loaded)) LoadProductions(project, XmlElement(&root));
     return loaded;
+}
+
+/// Where the project's own paths lead.
+void ReadPaths(IKVProjectData& project, FilePlace& place)
+{
+    Bstr directory;
+    ThrowIfFailed(project.get_ProjectDirectory(directory.Put()));
+    place.SetProjectDirectory(directory.View());
+    if (const auto storyboards = Query<IProjectStoryboards>(&project)) place.SetCopies(storyboards->Copies());
 }
 
 using StringGetter = HRESULT (IKVProjectData::*)(BSTR*);
@@ -100,6 +113,8 @@ HRESULT CKVFileService::SaveProject(BSTR bstrFileName, IUnknown* pUnkProject)
         const auto project = ProjectOf(pUnkProject);
         const std::u16string_view fileName = WithoutPrefix(View(bstrFileName));
         if (fileName.empty()) return E_INVALIDARG;
+        FilePlace place(fileName);
+        ReadPaths(*project, place);
         const HRESULT placed = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());
         if (FAILED(placed)) return placed;
         PruneTemplateMenus(*project);
@@ -112,16 +127,24 @@ HRESULT CKVFileService::Archive(BSTR bstrFileName, IUnknown* pUnkProject)
     return ArchiveProject(bstrFileName, pUnkProject, nullptr);
 }
 
-HRESULT CKVFileService::PlanArchive(BSTR bstrFileName, IUnknown* pUnkProject, IKVArchiveEvents* pEvents)
-{
-    return ArchiveProject(bstrFileName, pUnkProject, pEvents);
-}
-
-HRESULT CKVFileService::ArchiveProject(BSTR, IUnknown* pUnkProject, IKVArchiveEvents*)
+HRESULT CKVFileService::ArchiveProject(BSTR bstrFileName, IUnknown* pUnkProject, IKVArchiveEvents* pEvents)
 {
     return Guarded([&] {
-        ProjectOf(pUnkProject);
-        return E_NOTIMPL;
+        const auto project = ProjectOf(pUnkProject);
+        const std::u16string_view fileName = View(bstrFileName);
+        if (fileName.empty()) return E_INVALIDARG;
+        ProjectArchive(*project, fileName, pEvents).Run([&] { return WriteProjectFile(*project, fileName); });
+        return S_OK;
+    });
+}
+
+HRESULT CKVFileService::PlanArchive(BSTR bstrFileName, IUnknown* pUnkProject, IKVArchiveEvents* pEvents)
+{
+    return Guarded([&] {
+        const auto project = ProjectOf(pUnkProject);
+        if (View(bstrFileName).empty()) return E_INVALIDARG;
+        ProjectArchive(*project, View(bstrFileName), pEvents).Plan();
+        return S_OK;
     });
 }
 
@@ -134,6 +157,7 @@ HRESULT CKVFileService::LoadProject(BSTR bstrFileName, IUnknown* pUnkProject)
             ShowMessageBox(fileName, u"No such file");
             return E_INVALIDARG;
         }
+        const FilePlace place(fileName);
         const ComPtr<IXMLDOMDocument> document = ReadDocument(fileName);
         ComPtr<IXMLDOMElement> root;
         document->get_documentElement(root.Put());
@@ -142,7 +166,9 @@ HRESULT CKVFileService::LoadProject(BSTR bstrFileName, IUnknown* pUnkProject)
         HRESULT result = ProjectVersion(document.Get(), version);
         if (FAILED(result)) return result;
         if (version < kOldestVersion) return KV_E_FILE_TOO_OLD;
-        result = version < kFirstOwnVersion ? ImportOldVersion(*root, pUnkProject) : LoadCurrent(*root, *project);
+        result = LoadWithProductions(*root, *project, [&] {
+            return version < kFirstOwnVersion ? ImportOldVersion(*root, pUnkProject) : project->loadXML(root.Get());
+        });
         if (FAILED(result)) return result;
 
         result = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());

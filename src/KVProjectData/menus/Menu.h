@@ -121,6 +121,8 @@ public:
 
     ComPtr<IUnknown> MenuProduction() override { return m_productions.Menu(); }
     ComPtr<IUnknown> BackgroundProduction() { return m_productions.Background(); }
+    /// Whether a production shows the background, where the menu would else keep its path alone.
+    bool BackgroundIsShown() const { return BackgroundSourceProduction() != nullptr; }
     bool IsNativeMenu() override { return m_native; }
     bool IsWide() override;
     HRESULT MarkButtonsMoved() override;

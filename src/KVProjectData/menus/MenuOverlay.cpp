@@ -1,13 +1,13 @@
 #include "KVProjectData/menus/MenuOverlay.h"
 
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/content/FilePlace.h"
 #include "KVProjectData/menus/MenuPaths.h"
 #include "KVProjectData/menus/SourceMedia.h"
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "KVProjectData/tree/AttributeTexts.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/TaskMemory.h"
-#include "platform/system/Paths.h"
 
 #include <algorithm>
 
@@ -18,7 +18,7 @@ namespace {
 Bstr ExistingFile(std::u16string_view path, HRESULT missing)
 {
     Bstr file(ExpandPath(path));
-    if (!PathFileExists(file.View())) throw Error(missing);
+    if (!LeadsAnywhere(file.View())) throw Error(missing);
     return file;
 }
 

@@ -3,6 +3,7 @@
 
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/content/DocumentPaths.h"
+#include "KVProjectData/content/FilePlace.h"
 #include "KVProjectData/menus/Menu.h"
 #include "KVProjectData/menus/MenuBackground.h"
 #include "KVProjectData/tree/AttributeArchive.h"
@@ -23,7 +24,9 @@ constexpr std::string_view kBackground = "Background";
 /// The path that a text with macros stands for; nothing where no file is.
 std::optional<Bstr> ExistingFile(std::u16string_view text)
 {
-    const std::u16string path = SharedContentPaths()->Resolve(text);
+    std::u16string path = SharedContentPaths()->Resolve(text);
+    const FilePlace* const place = PathFileExists(path) ? nullptr : FilePlace::Current();
+    if (auto full = place ? place->FromProject(path) : std::nullopt) path = std::move(*full);
     if (!PathFileExists(path) || PathIsDirectory(path)) return std::nullopt;
     return Bstr(path);
 }

@@ -19,6 +19,7 @@ HRESULT CKVProjectData::Clear()
         DropLists();
         m_settings = Settings{};
         m_keptProductions = {};
+        m_copies.clear();
         m_dirty = false;
         m_events.EnableHeartbeat(true);
         return S_OK;
@@ -103,6 +104,18 @@ XmlElement CKVProjectData::KeptProductions()
 {
     const SectionLock lock(Section());
     return m_keptProductions;
+}
+
+ArchivedCopies CKVProjectData::Copies()
+{
+    const SectionLock lock(Section());
+    return m_copies;
+}
+
+void CKVProjectData::KeepCopies(ArchivedCopies copies)
+{
+    const SectionLock lock(Section());
+    m_copies = std::move(copies);
 }
 
 void CKVProjectData::KeepProductions(XmlElement kept)

@@ -1,6 +1,7 @@
 #pragma once
 // What whoever reads and writes project files needs of a project beside its document.
 
+#include "KVProjectData/content/FilePlace.h"
 #include "KVProjectData/tree/ProjectNode.h"
 #include "platform/xml/Element.h"
 
@@ -17,6 +18,11 @@ struct IProjectStoryboards : IUnknown {
     /// those of the file, in a tree of its own, which is only read. Empty where all was loaded, and after Clear.
     virtual XmlElement KeptProductions() = 0;
     virtual void KeepProductions(XmlElement kept) = 0;
+
+    /// The copies of an archive that was made of the project, for the files that it names by their own paths still: what
+    /// productions show. Forgotten by Clear.
+    virtual ArchivedCopies Copies() = 0;
+    virtual void KeepCopies(ArchivedCopies copies) = 0;
 
     /// The productions of the menus leave the open step, as a production is loaded only while it has no block open, and
     /// take part in it again from then on. Without a step nothing happens.

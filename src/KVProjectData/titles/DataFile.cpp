@@ -2,8 +2,7 @@
 
 #include "KVProjectData/ProjectDataEvents.h"
 #include "KVProjectData/ResultCodes.h"
-#include "KVProjectData/tree/AttributeArchive.h"
-#include "platform/system/Paths.h"
+#include "KVProjectData/content/FilePlace.h"
 
 namespace kv {
 
@@ -11,14 +10,14 @@ void CKVDataFile::Attributes(AttributeArchive& archive)
 {
     archive.ID(*this);
     archive("destPath", m_destPath);
-    archive("sourcePath", m_sourcePath);
+    PathAttribute(archive, "sourcePath", m_sourcePath);
     archive("tag", m_tag);
 }
 
 HRESULT CKVDataFile::put_SourcePath(BSTR newVal)
 {
     return Edit([&](EditScope& edit) {
-        if (!newVal || !PathFileExists(View(newVal))) return KV_E_NO_SOURCE_FILE;
+        if (!newVal || !LeadsAnywhere(View(newVal))) return KV_E_NO_SOURCE_FILE;
         Bstr path = Bstr::CopyOf(newVal);
         edit.Record();
         m_sourcePath = std::move(path);

@@ -1,0 +1,253 @@
+#include "KVProjectData/files/ProjectArchive.h"
+
+#include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/files/ProjectProductions.h"
+#include "KVProjectData/persistence/ProjectDocument.h"
+#include "KVProjectData/project/ProjectStoryboards.h"
+#include "platform/system/AtomicFile.h"
+#include "platform/system/FileCopy.h"
+#include "platform/system/Paths.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kv {
+namespace {
+
+/// Hears of every path that a project file would name, in its order.
+class Listener final : public FilePlace {
+public:
+    Listener(std::u16string_view fileName, const std::function<void(std::u16string_view)>& hear)
+        : FilePlace(fileName), m_hear(hear)
+    {
+    }
+
+    std::optional<std::u16string> ToFile(std::u16string_view path) override
+    {
+        m_hear(path);
+        return std::nullopt;
+    }
+
+private:
+    const std::function<void(std::u16string_view)>& m_hear;
+};
+
+/// Whether a name is for the engine to follow, and no path: it has a scheme of two or more characters.
+bool IsMoniker(std::u16string_view name)
+{
+    const std::size_t colon = name.find(u':');
+    return colon != name.npos && colon >= 2 && name.find_first_of(u"\\/") > colon;
+}
+
+void Require(HRESULT result)
+{
+    if (FAILED(result)) throw Error(result);
+}
+
+} // namespace
+
+ProjectArchive::ProjectArchive(IKVProjectData& project, std::u16string_view fileName, IKVArchiveEvents* events)
+    : m_project(project),
+      m_fileName(fileName),
+      m_folderName(ArchiveFolder(fileName)),
+      m_folder(ArchiveFolder(FullPath(fileName))),
+      m_events(events),
+      m_place(fileName)
+{
+    ThrowIfFailed(project.get_ProjectDirectory(m_directory.Put()));
+    m_place.SetProjectDirectory(m_directory.View());
+}
+
+std::u16string ProjectArchive::Full(std::u16string_view path) const
+{
+    if (!PathFileExists(path)) {
+        if (auto found = m_place.FromProject(path)) return std::move(*found);
+        return std::u16string(path);
+    }
+    return ToUtf16(ToHostPath(FullPath(path)));
+}
+
+void ProjectArchive::AddSource(std::u16string_view path)
+{
+    if (path.empty() || (IsMoniker(path) && !PathFileExists(path))) return;
+    std::u16string full = Full(path);
+    if (!m_positions.emplace(full, m_sources.size()).second) return;
+    Source& source = m_sources.emplace_back();
+    source.name = path;
+    source.full = std::move(full);
+    source.copy = m_folder + u'/' + PathFindFileName(source.full);
+}
+
+void ProjectArchive::Gather()
+{
+    const auto storyboards = Query<IProjectStoryboards>(&m_project);
+    if (storyboards) {
+        CArchiveHelper helper;
+        helper.Visit(storyboards->Node(), 0);
+        m_properties = std::move(helper.properties);
+        for (MediaProperty& property : m_properties) {
+            property.full = Full(property.path.View());
+            AddSource(property.path.View());
+        }
+    }
+    // What productions show, and the audio of menus.
+    const std::function<void(std::u16string_view)> hear = [this](std::u16string_view path) { AddSource(path); };
+    const Listener listener(m_fileName, hear);
+    XmlMarkup markup(1);
+    SaveWithProductions(m_project, XmlElement::New("Root"), markup);
+    for (Source& source : m_sources)
+        Classify(source);
+}
+
+void ProjectArchive::Classify(Source& source) const
+{
+    struct stat status {};
+    struct stat there {};
+    source.size = 0;
+    if (!PathFileExists(source.full) || stat(ToHostPath(source.full).c_str(), &status) != 0) {
+        source.outcome = ArchivedFile_Missing;
+    } else if (!S_ISREG(status.st_mode)) {
+        source.outcome = ArchivedFile_NoFile;
+    } else {
+        source.size = status.st_size;
+        const bool isTaken = lstat(HostCopy(source).c_str(), &there) == 0;
+        const bool isSame = isTaken && there.st_dev == status.st_dev && there.st_ino == status.st_ino;
+        source.outcome = isSame ? ArchivedFile_InPlace : isTaken ? ArchivedFile_NameTaken : ArchivedFile_Copied;
+    }
+}
+
+void ProjectArchive::Tell(const Source& source) const
+{
+    if (!m_events) return;
+    Require(
+        m_events->OnFile(Bstr(source.full).Get(), Bstr(source.copy).Get(), source.outcome, source.result, source.size));
+}
+
+void ProjectArchive::Start()
+{
+    // Of those of one name only the first is copied.
+    LONGLONG bytes = 0;
+    std::set<std::u16string_view> names;
+    for (const Source& source : m_sources) {
+        if (source.outcome == ArchivedFile_Copied && names.insert(source.copy).second) bytes += source.size;
+    }
+    if (m_events) Require(m_events->OnStart(static_cast<LONG>(m_sources.size()), bytes));
+}
+
+void ProjectArchive::Plan()
+{
+    Gather();
+    Start();
+    for (Source& source : m_sources) {
+        const bool isCopied = source.outcome == ArchivedFile_Copied;
+        if (isCopied && !m_names.insert(source.copy).second) source.outcome = ArchivedFile_NameTaken;
+        Tell(source);
+    }
+}
+
+void ProjectArchive::MakeFolder()
+{
+    std::filesystem::path missing = ToHostPath(m_folder);
+    std::error_code error;
+    while (!missing.empty() && !std::filesystem::exists(missing, error)) {
+        m_folders.push_back(missing.string());
+        missing = missing.parent_path();
+    }
+    constexpr HRESULT kExists = MakeResult(0x800700B7);
+    const HRESULT made = CreateDirectoryTree(m_folderName);
+    if ((FAILED(made) && made != kExists) || !PathIsDirectory(m_folderName)) throw Error(KV_E_NO_ARCHIVE_FOLDER);
+}
+
+void ProjectArchive::Copy(Source& source)
+{
+    Classify(source);
+    if (source.outcome != ArchivedFile_Copied) return;
+    FileCopy file;
+    source.result = file.Open(ToHostPath(source.full));
+    if (FAILED(source.result)) {
+        source.outcome = ArchivedFile_NotRead;
+        return;
+    }
+    HRESULT cancelled = S_OK;
+    const Bstr name(source.full);
+    const HRESULT copied = file.CopyTo(HostCopy(source), [&](LONGLONG bytes) {
+        return cancelled = m_events ? m_events->OnProgress(name.Get(), m_done + bytes) : S_OK;
+    });
+    Require(cancelled);
+    if (SUCCEEDED(copied)) {
+        m_copies.push_back(HostCopy(source));
+        m_done += file.Size();
+    } else if (copied == ResultFromErrno(EEXIST)) {
+        source.outcome = ArchivedFile_NameTaken;
+    } else if (file.SourceFailed() || copied == ResultFromErrno(ENAMETOOLONG)) {
+        source.outcome = ArchivedFile_NotRead;
+        source.result = copied;
+    } else {
+        throw Error(copied);
+    }
+}
+
+bool ProjectArchive::IsArchived(std::u16string_view full) const
+{
+    const auto found = m_positions.find(full);
+    if (found == m_positions.end()) return false;
+    const ArchivedFile outcome = m_sources[found->second].outcome;
+    return outcome == ArchivedFile_Copied || outcome == ArchivedFile_InPlace;
+}
+
+void ProjectArchive::PointAtCopies()
+{
+    const std::u16string folder = PathFindFileName(m_folder);
+    for (const MediaProperty& property : m_properties) {
+        if (property.isShown) continue;
+        // A relative path of the project without a copy leads to nothing from here.
+        const bool isArchived = IsArchived(property.full);
+        if (!isArchived && (property.full == property.path.View() || PathFileExists(property.path.View()))) continue;
+        const Bstr path(isArchived ? PathAppend(folder, PathFindFileName(property.full)) : property.full);
+        m_replaced.emplace_back(&property, path);
+    }
+    m_place.SetProjectDirectory(m_folder);
+    for (const auto& [property, path] : m_replaced)
+        property->Replace(property->path, path);
+}
+
+void ProjectArchive::TakeBack() noexcept
+{
+    for (const auto& [property, path] : m_replaced)
+        property->Replace(path, property->path);
+    m_project.put_ProjectDirectory(m_directory.Get());
+    for (const std::string& copy : m_copies)
+        unlink(copy.c_str());
+    for (const std::string& folder : m_folders)
+        rmdir(folder.c_str());
+}
+
+void ProjectArchive::Run(const std::function<HRESULT()>& write)
+{
+    Gather();
+    const auto storyboards = Query<IProjectStoryboards>(&m_project);
+    ArchivedCopies copies = storyboards ? storyboards->Copies() : ArchivedCopies();
+    try {
+        Require(m_project.put_ProjectDirectory(Bstr(m_folderName).Get()));
+        MakeFolder();
+        Start();
+        for (Source& source : m_sources) {
+            Copy(source);
+            Tell(source);
+            if (IsArchived(source.full)) copies[source.full] = source.copy;
+        }
+        m_place.SetCopies(copies);
+        PointAtCopies();
+        Require(write());
+    } catch (...) {
+        m_place.SetProjectDirectory(m_directory.View());
+        TakeBack();
+        throw;
+    }
+    if (storyboards) storyboards->KeepCopies(std::move(copies));
+}
+
+} // namespace kv
