@@ -1,5 +1,7 @@
 // The entry points of the engine's server library and the classes that it creates.
 
+#include "engine/import/ClipImporter.h"
+#include "engine/import/Q71Importer.h"
 #include "engine/media/MediaInformation.h"
 #include "engine/storyboard/Production.h"
 #include "engine/storyboard/UndoGroup.h"
@@ -20,6 +22,10 @@ constexpr ServerClass kClasses[]{
      u"String Table"},
     {&CLSID_ZXTextPlugIn, &CreateObject<CTextPlugIn>, u"ZXEngine.TextPlugIn.1", u"ZXEngine.TextPlugIn",
      u"Text Plug-In"},
+    {&CLSID_Q71ProjectImport, &CreateObject<CQ71Importer>, u"ZXEngine.Q71ProjectImport.1", u"ZXEngine.Q71ProjectImport",
+     u"Importer of Older Projects"},
+    {&CLSID_ZXClipImporter, &CreateObject<CClipImporter>, u"ZXEngine.ClipImporter.1", u"ZXEngine.ClipImporter",
+     u"Importer of Clips", &CATID_KVProjectImport},
 };
 
 constexpr ServerDescription kServer{.classes = kClasses};

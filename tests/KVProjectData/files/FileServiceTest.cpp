@@ -179,8 +179,11 @@ TEST_F(FileServiceTest, DecidesByTheVersion)
     for (const Case& c : {Case{"<Root><Project Version='699' label='x'/></Root>", KV_E_FILE_TOO_OLD},
                           {"<Root/>", KV_E_FILE_TOO_OLD},
                           {"<root><Project Version='900'/></root>", KV_E_FILE_TOO_OLD},
-                          {"<Root><Project/></Root>", REGDB_E_CLASSNOTREG},
-                          {"<Root><Project Version='799'/></Root>", REGDB_E_CLASSNOTREG},
+                          {"<Root><Project Version='seven'/></Root>", DISP_E_TYPEMISMATCH},
+                          {"<Root><Project Version=''/></Root>", DISP_E_TYPEMISMATCH},
+                          {"<Root><Project Version='99999999999'/></Root>", DISP_E_OVERFLOW},
+                          {"<Root><Project/></Root>", S_OK},
+                          {"<Root><Project Version='799'/></Root>", S_OK},
                           {"<Root><Project Version='800'/></Root>", S_OK},
                           {"<Root><Project Version='1200'/></Root>", S_OK}}) {
         folder.Write("v.xml", c.document);
