@@ -8,7 +8,8 @@
 namespace kv {
 
 /// Content macros stand in the place of the folders of the installation, where they lead back to the very same path;
-/// every other path stands as it is, but for the files beside a project's own (FilePlace). The folders are those that the process translates paths by when this is made.
+/// every other path stands as it is, but for the files beside a project's own (FilePlace). The folders are those that
+/// the process translates paths by when this is made.
 class DocumentPaths final : public Object<IZXEContentPaths> {
 public:
     HRESULT ToDocument(BSTR bstrPath, BSTR* pbstrText) override;

@@ -19,8 +19,8 @@ struct IProjectStoryboards : IUnknown {
     virtual XmlElement KeptProductions() = 0;
     virtual void KeepProductions(XmlElement kept) = 0;
 
-    /// The copies of an archive that was made of the project, for the files that it names by their own paths still: what
-    /// productions show. Forgotten by Clear.
+    /// The copies of an archive that was made of the project, for the files that it names by their own paths still:
+    /// what productions show. Forgotten by Clear.
     virtual ArchivedCopies Copies() = 0;
     virtual void KeepCopies(ArchivedCopies copies) = 0;
 
