@@ -5,13 +5,13 @@
 #include "Markup.h"
 #include "ObjectPath.h"
 #include "Text.h"
+#include "platform/system/AtomicFile.h"
 #include "platform/system/Paths.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <iostream>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -77,15 +77,8 @@ std::optional<std::string> ValueOf(const Session& session, const std::string& pa
 
 } // namespace
 
-FileState FileState::Of(const std::string& file)
-{
-    struct stat status {};
-    if (stat(file.c_str(), &status) != 0) return {};
-    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
-}
-
 ProjectFile::ProjectFile(Session& session, std::string name)
-    : m_session(session), m_name(std::move(name)), m_state(FileState::Of(m_name))
+    : m_session(session), m_name(std::move(name)), m_state(kv::FileState::Of(m_name))
 {
     m_session.Load(m_name);
     m_losses = FindLosses(*ParseFile(m_name), m_name);
@@ -99,9 +92,10 @@ void ProjectFile::Save(const std::string& target, bool force)
     // Before saving, which sets the project's directory.
     for (const std::string& path : m_set)
         values[path] = ValueOf(m_session, path);
-    force || FileState::Of(target).Exists() ? m_session.Save(target) : SaveNew(m_session, target);
+    force || kv::FileState::Of(target).Exists() ? m_session.Save(target) : SaveNew(m_session, target);
     m_name = target;
-    m_state = FileState::Of(target);
+    // What another process may have put there meanwhile is not ours.
+    m_state = kv::AtomicFile::LastCommitted();
     m_losses.clear();
     m_saved[target] = std::move(values);
 }
@@ -124,7 +118,7 @@ bool ProjectFile::TellWhatIsNotHeld() const
 
 void ProjectFile::RequireNoLoss(const std::string& target) const
 {
-    const FileState state = FileState::Of(target);
+    const kv::FileState state = kv::FileState::Of(target);
     if (!state.Exists()) return;
     if (state == m_state) {
         if (!m_losses.empty()) throw Failure(target + " is not saved: that would lose what was not read; see --force");
@@ -137,7 +131,7 @@ void ProjectFile::RequireNoLoss(const std::string& target) const
 
 void RequireNew(const std::string& file)
 {
-    if (FileState::Of(file).Exists()) ThrowNotNew(file);
+    if (kv::FileState::Of(file).Exists()) ThrowNotNew(file);
 }
 
 void SaveNew(Session& session, const std::string& file)

@@ -2,31 +2,15 @@
 // A project file that is loaded, changed and saved again, and that is not to lose what this program did not read.
 
 #include "Session.h"
+#include "platform/system/FileState.h"
 
-#include <ctime>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace kvproject {
-
-/// Which file bears a name, and when it was written. A save puts another file in the place of the old one.
-struct FileState {
-    dev_t device = 0;
-    ino_t file = 0;
-    off_t size = 0;
-    std::time_t seconds = 0;
-    long nanoseconds = 0;
-
-    bool operator==(const FileState&) const = default;
-    bool Exists() const { return *this != FileState(); }
-
-    /// That of no file where there is none.
-    static FileState Of(const std::string& file);
-};
 
 class ProjectFile {
 public:
@@ -38,7 +22,7 @@ public:
     /// What a save would lose of the file, one sentence each.
     const std::vector<std::string>& Losses() const { return m_losses; }
     /// Another file bears the name than the one that was loaded or saved last.
-    bool ChangedByOthers() const { return FileState::Of(m_name) != m_state; }
+    bool ChangedByOthers() const { return kv::FileState::Of(m_name) != m_state; }
 
     /// What saves from here on make of this member is compared at the end.
     void WasSet(const std::string& path) { m_set.insert(path); }
@@ -57,7 +41,7 @@ private:
 
     Session& m_session;
     std::string m_name;
-    FileState m_state;
+    kv::FileState m_state;
     std::vector<std::string> m_losses;
     std::set<std::string> m_set;
     /// What was saved last, by file.

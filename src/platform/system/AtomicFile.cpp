@@ -17,6 +17,8 @@ namespace {
 /// How many saves of one target may go on at once.
 constexpr int kTemporaries = 8;
 
+thread_local FileState lastCommitted;
+
 /// A name beside the target, made of the target's own as far as there is room, so that the next save finds what one
 /// that never ended left behind.
 std::string TemporaryName(const std::filesystem::path& target, int number)
@@ -198,9 +200,11 @@ HRESULT AtomicFile::Commit()
 {
     if (m_file < 0) return E_UNEXPECTED;
     if (fsync(m_file) != 0) return ResultFromErrno(errno);
+    const FileState state = FileState::OfOpen(m_file);
     const int renamed = m_isNew ? RenameToNew(m_temporary, m_target) : rename(m_temporary.c_str(), m_target.c_str());
     if (renamed != 0) return ResultFromErrno(errno);
     m_temporary.clear();
+    lastCommitted = state;
     // The lock goes with the temporary name, not before it.
     close(std::exchange(m_file, -1));
     const std::string folder = std::filesystem::path(m_target).parent_path().string();
@@ -211,6 +215,11 @@ HRESULT AtomicFile::Commit()
         close(folderFile);
     }
     return S_OK;
+}
+
+FileState AtomicFile::LastCommitted()
+{
+    return lastCommitted;
 }
 
 } // namespace kv

@@ -3,6 +3,7 @@
 
 #include "platform/com/BaseTypes.h"
 #include "platform/com/Export.h"
+#include "platform/system/FileState.h"
 
 #include <cstddef>
 #include <string>
@@ -34,6 +35,9 @@ public:
     /// replaces; so are owner and group, as far as the process may give them. A new file replaces none: 0x800700B7 when
     /// something bears its name by now.
     HRESULT Commit();
+
+    /// The file that this thread committed last, as it was when it got its name: whatever bears the name by now.
+    static FileState LastCommitted();
 
 private:
     void Discard();

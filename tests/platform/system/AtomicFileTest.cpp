@@ -12,6 +12,7 @@
 namespace {
 
 using kv::AtomicFile;
+using kv::FileState;
 using kv::test::FileSizeLimit;
 using kv::test::TemporaryFolder;
 
@@ -80,6 +81,12 @@ TEST_F(AtomicFileTest, ReplacesTheFileAsAWholeWhenItIsCommitted)
     EXPECT_EQ(folder.Read("file"), "what was there, and longer") << "changed before the end";
     ASSERT_EQ(file.Commit(), S_OK);
     EXPECT_EQ(folder.Read("file"), "new");
+    EXPECT_EQ(AtomicFile::LastCommitted(), FileState::Of(folder.PathOf("file")));
+    EXPECT_EQ(Replace("other", "new"), S_OK);
+    ASSERT_EQ(rename(folder.PathOf("other").c_str(), folder.PathOf("file").c_str()), 0);
+    EXPECT_EQ(AtomicFile::LastCommitted(), FileState::Of(folder.PathOf("file"))) << "by any name";
+    folder.Write("file", "not");
+    EXPECT_NE(AtomicFile::LastCommitted(), FileState::Of(folder.PathOf("file"))) << "written by others";
     EXPECT_EQ(folder.Entries(), 1);
     for (const HRESULT result : {file.Write("x", 1), file.Commit()})
         EXPECT_EQ(result, E_UNEXPECTED) << "ended";
