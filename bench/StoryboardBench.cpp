@@ -54,39 +54,30 @@ ComPtr<IZXEProductionData> ProductionOf(int effects, std::vector<ComPtr<IEffectI
     return production;
 }
 
-using Productions = std::vector<ComPtr<IZXEProductionData>>;
-
-ComPtr<IXMLDOMDocument> NewDocument()
+ComPtr<IKVFileService> Files()
 {
-    ComPtr<IXMLDOMDocument> document;
-    Must(CreateInstance(CLSID_DOMDocument, document));
-    return document;
+    ComPtr<IKVFileService> files;
+    Must(CreateInstance(CLSID_KVFileService, files));
+    return files;
 }
 
-void Save(const Productions& productions, const std::string& path)
+/// A project whose titles have a production each.
+ComPtr<IKVProjectData> ProjectOf(int productions)
 {
-    const auto document = NewDocument();
-    XmlElement root = XmlElement::New("Productions");
-    Must(document->appendChild(root.Get(), nullptr));
-    for (const auto& production : productions)
-        Must(Query<IZXEProductionPersist>(production)->Save(root.Add("Production").Element().Get(), nullptr));
-    Must(document->save(Variant(ToUtf16(path))));
-}
-
-Productions Load(const std::string& path)
-{
-    const auto document = NewDocument();
-    VARIANT_BOOL loaded = VARIANT_FALSE;
-    Must(document->load(Variant(ToUtf16(path)), &loaded));
-    Must(loaded ? S_OK : E_FAIL);
-    ComPtr<IXMLDOMElement> root;
-    Must(document->get_documentElement(root.Put()));
-    Productions productions;
-    for (const XmlElement& element : XmlElement(root.Get()).Children()) {
-        productions.push_back(NewProduction());
-        Must(Query<IZXEProductionPersist>(productions.back())->Load(element.Element().Get(), nullptr));
+    const auto project = NewProject();
+    for (int i = 0; i < productions; ++i) {
+        ComPtr<IKVTitle> title;
+        Must(project->AddTitle(0, title.Put()));
+        Must(title->SetProduction(ProductionOf(kEffects).Get()));
     }
-    return productions;
+    return project;
+}
+
+ComPtr<IKVProjectData> Load(IKVFileService& files, const Bstr& file)
+{
+    auto project = NewProject();
+    Must(files.LoadProject(file.Get(), project.Get()));
+    return project;
 }
 
 /// Each starts when all earlier files are on the disk, and without memory that an earlier round has left behind.
@@ -108,31 +99,39 @@ void MeasureFiles(std::vector<Row>& rows)
 {
     const std::string path =
         (std::filesystem::temp_directory_path() / ("kv_bench." + std::to_string(getpid()) + ".xml")).string();
-    Productions productions;
-    for (int i = 0; i < kProductions; ++i)
-        productions.push_back(ProductionOf(kEffects));
-    Save(productions, path);
-    productions.clear();
+    const std::string barePath = path + ".bare";
+    const Bstr file(ToUtf16(path));
+    const auto files = Files();
+    auto project = ProjectOf(kProductions);
+    Must(files->SaveProject(file.Get(), project.Get()));
+    project.Reset();
     malloc_trim(0);
     const double before = HeapBytes();
-    productions = Load(path);
-    rows.push_back(
-        {"heap of a loaded production of ten effects", "bytes", (HeapBytes() - before) / kProductions, {}, 32 * 1024});
+    project = Load(*files, file);
+    rows.push_back({"heap of a loaded title with a production of ten effects",
+                    "bytes",
+                    (HeapBytes() - before) / kProductions,
+                    {},
+                    32 * 1024});
 
     const Medians saves = InTurn(
-        9, [&] { return FreshMilliseconds([&] { Save(productions, path); }); },
+        9, [&] { return FreshMilliseconds([&] { Must(files->SaveProject(file.Get(), project.Get())); }); },
         [&] {
             pugi::xml_document bare;
             Must(bare.load_file(path.c_str()) ? S_OK : E_FAIL);
-            return FreshMilliseconds([&] { Must(bare.save_file((path + ".bare").c_str()) ? S_OK : E_FAIL); });
+            return FreshMilliseconds([&] {
+                const bool saved =
+                    bare.save_file(barePath.c_str(), "  ", pugi::format_default, pugi::encoding_utf16_le);
+                Must(saved ? S_OK : E_FAIL);
+            });
         });
     rows.push_back({"save of 1,000 productions | bare save of the tree", "ms", saves.ours, saves.yardstick, 3});
-    productions.clear();
+    project.Reset();
     const Medians loads = InTurn(
         9,
         [&] {
-            Productions loaded;
-            return FreshMilliseconds([&] { loaded = Load(path); });
+            ComPtr<IKVProjectData> loaded;
+            return FreshMilliseconds([&] { loaded = Load(*files, file); });
         },
         [&] {
             pugi::xml_document bare;
@@ -140,8 +139,8 @@ void MeasureFiles(std::vector<Row>& rows)
         });
     rows.push_back({"load of 1,000 productions | bare parse of the file", "ms", loads.ours, loads.yardstick, 3});
     rows.push_back({"both", "ms", saves.ours + loads.ours, saves.yardstick + loads.yardstick, 3});
-    for (const std::string& file : {path, path + ".bare"})
-        std::filesystem::remove(file);
+    for (const std::string& each : {path, barePath})
+        std::filesystem::remove(each);
 }
 
 /// Edits an effect after the other, each in a block, and takes all of them back.

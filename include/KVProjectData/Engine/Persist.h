@@ -5,6 +5,8 @@
 #include "platform/com/Unknown.h"
 #include "platform/xml/Dom.h"
 
+#include <string_view>
+
 /// How the files of a production are written in a document. The caller of IZXEProductionPersist implements it.
 struct IZXEContentPaths : IUnknown {
     static constexpr GUID IID = "f5d50a51-fb61-42b5-85be-4e6d16bcb52f"_guid;
@@ -52,6 +54,27 @@ struct IZXEProductionPersist : IUnknown {
     /// ZXE_E_UNDO_BLOCK_OPEN while a block is open, ZXE_E_NOT_PRODUCTION for an element of which a part cannot be read;
     /// then the production is as it was.
     virtual HRESULT Load(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) = 0;
+};
+
+/// Takes markup.
+class ZXEMarkupTarget {
+public:
+    /// UTF-8, borrowed for the call.
+    virtual void Take(std::string_view markup) = 0;
+
+protected:
+    ~ZXEMarkupTarget() = default;
+};
+
+/// A production as markup, without a tree of it, which takes several times as much. Whoever saves many productions asks
+/// for it first; one that does not offer it is saved by IZXEProductionPersist.
+struct IZXEProductionMarkup : IUnknown {
+    static constexpr GUID IID = "3f0c6d1a-2c5e-4b57-9c49-87f2f1b0a6d4"_guid;
+    using Base = IUnknown;
+
+    /// What Save makes of an element, as markup: the element in one line, with nothing but what it holds between its
+    /// tags. The element itself gives its name, and stays as it is. The target is called once, unless the call fails.
+    virtual HRESULT SaveMarkup(IXMLDOMElement* pElement, IZXEContentPaths* pPaths, ZXEMarkupTarget* pTarget) = 0;
 };
 
 /// The element holds an attribute or an element of ours that is no such value.

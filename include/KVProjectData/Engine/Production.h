@@ -1,7 +1,7 @@
 #pragma once
 // A production: one storyboard with panels in a row, effects on layers, background audio, the settings of the picture,
-// and its undo blocks. Beside the interfaces here it answers for IZXEProductionPersist, IZXEProductionNotify and the
-// connection point of IZXEProductionDataEvents.
+// and its undo blocks. Beside the interfaces here it answers for IZXEProductionPersist, IZXEProductionMarkup,
+// IZXEProductionNotify and the connection point of IZXEProductionDataEvents.
 //
 // Times are seconds. Strings and arrays handed out are the caller's to free, objects handed out carry a reference of
 // the caller's. A null out-pointer is E_POINTER; the other out-pointers of the call are set to null or 0 even when it

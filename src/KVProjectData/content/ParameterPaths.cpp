@@ -9,6 +9,9 @@
 namespace kv {
 namespace {
 
+constexpr std::string_view kPicture = "alphaFile";
+constexpr std::string_view kParameterSet = "ParameterSet";
+
 XmlView ChildOf(const XmlView& element, std::string_view name)
 {
     XmlView child = element.FirstChild();
@@ -20,8 +23,8 @@ XmlView ChildOf(const XmlView& element, std::string_view name)
 /// The element that holds the path of an element, if that is one of those with a path.
 XmlView PathOf(const XmlView& element)
 {
-    if (element.Name() == "alphaFile") return element.Parent().Name() == "effect" ? element : XmlView();
-    if (element.Name() != "Parameter" || element.Parent().Name() != "ParameterSet") return {};
+    if (element.Name() == kPicture) return element.Parent().Name() == "effect" ? element : XmlView();
+    if (element.Name() != "Parameter" || element.Parent().Name() != kParameterSet) return {};
     static const std::string kMaskFile = std::to_string(ZXP_PARAM_MASK_FILE);
     const XmlView id = ChildOf(element, "ParamID").FirstChild();
     return id.Text() == kMaskFile ? ChildOf(element, "Value") : XmlView();
@@ -57,6 +60,15 @@ void TranslateIn(const XmlElement& element, IZXEContentPaths& paths, Translate t
 void ParameterPathsToDocument(const XmlElement& element, IZXEContentPaths& paths)
 {
     TranslateIn(element, paths, &IZXEContentPaths::ToDocument);
+}
+
+void ParameterPathsToDocument(std::string& markup, IZXEContentPaths& paths)
+{
+    // Most have none, and need no tree.
+    if (markup.find(kPicture) == markup.npos && markup.find(kParameterSet) == markup.npos) return;
+    const XmlElement element = XmlElement::Parse(markup);
+    ParameterPathsToDocument(element, paths);
+    markup = element.View().CompactMarkup();
 }
 
 XmlElement ParameterPathsFromDocument(const XmlElement& element, IZXEContentPaths& paths)

@@ -46,8 +46,9 @@ HRESULT WriteProjectFile(IKVProjectData& project, std::u16string_view fileName)
     ThrowIfFailed(document->get_documentElement(root.Put()));
     constexpr int kLevel = 1;
     XmlMarkup markup(kLevel);
-    SaveWithProductions(project, XmlElement(root.Get()), markup);
-    return SaveXml(document.Get(), fileName, markup);
+    XmlStandIns productions;
+    SaveWithProductions(project, XmlElement(root.Get()), markup, productions);
+    return SaveXml(document.Get(), fileName, markup, productions);
 }
 
 /// Loads a file. KV_E_FILE_DOES_NOT_PARSE when it is no document.

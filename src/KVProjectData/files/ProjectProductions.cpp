@@ -114,7 +114,7 @@ private:
 /// an owner without a production leaves its place to what was kept, or to an entry that holds nothing.
 class Saver {
 public:
-    explicit Saver(XmlElement productions) : m_productions(std::move(productions))
+    Saver(XmlElement productions, XmlStandIns& standIns) : m_productions(std::move(productions)), m_standIns(standIns)
     {
         for (XmlView entry = m_productions.View().FirstChild(); entry; entry = entry.Next()) {
             if (const auto key = KeyOf(entry)) m_turns[*key].kept.push_back(entry);
@@ -173,20 +173,49 @@ private:
     /// The last entry; empty where there is nothing to save.
     XmlElement Written(const Key& key, const OwnedProduction& owned)
     {
-        const auto persist = Query<IZXEProductionPersist>(owned.production);
-        if (!persist) {
+        const auto markup = Query<IZXEProductionMarkup>(owned.production);
+        const auto persist = markup ? nullptr : Query<IZXEProductionPersist>(owned.production);
+        if (!markup && !persist) {
             kEngine.Checked(E_NOINTERFACE, "Query<IZXEProductionPersist>");
             return {};
         }
         XmlElement entry = Add(key);
         const XmlElement storyboard = entry.Add(kStoryboard);
-        kEngine.Need(persist->Save(storyboard.Element().Get(), m_paths.Get()), "Save()");
-        if (owned.isMere && !storyboard.View().FirstChild()) {
-            entry.Remove();
+        if (markup) {
+            Write(*markup, storyboard);
+        } else {
+            kEngine.Need(persist->Save(storyboard.Element().Get(), m_paths.Get()), "Save()");
+            ParameterPathsToDocument(storyboard, *m_paths);
+        }
+        if (owned.isMere && !HasContent(storyboard)) {
+            Remove(entry);
             return {};
         }
-        ParameterPathsToDocument(storyboard, *m_paths);
         return entry;
+    }
+
+    void Write(IZXEProductionMarkup& production, const XmlElement& storyboard)
+    {
+        struct : ZXEMarkupTarget {
+            void Take(std::string_view text) override { markup = text; }
+            std::string markup;
+        } target;
+        kEngine.Need(production.SaveMarkup(storyboard.Element().Get(), m_paths.Get(), &target), "SaveMarkup()");
+        kEngine.Reporting([&] {
+            ParameterPathsToDocument(target.markup, *m_paths);
+            m_standIns.Put(storyboard, std::move(target.markup));
+        });
+    }
+
+    bool HasContent(const XmlElement& storyboard) const
+    {
+        return storyboard.View().FirstChild() || m_standIns.HasContent(storyboard);
+    }
+
+    void Remove(XmlElement& entry)
+    {
+        m_standIns.Drop(entry.Child(kStoryboard));
+        entry.Remove();
     }
 
     /// Of what was kept for the same production either the storyboard had been loaded, and the rest is joined to it
@@ -196,17 +225,18 @@ private:
         XmlElement place(m_productions.At(kept));
         const XmlElement storyboard = entry.Child(kStoryboard);
         if (StoryboardOf(kept)) {
-            if (storyboard.View().FirstChild()) {
+            if (HasContent(storyboard)) {
                 m_gaveWay.push_back(kept);
                 return m_productions.Insert(entry, place);
             }
         } else {
             place.Insert(storyboard, place.At(kept.FirstChild()));
         }
-        entry.Remove();
+        Remove(entry);
     }
 
     XmlElement m_productions;
+    XmlStandIns& m_standIns;
     std::map<Key, Turns> m_turns;
     std::vector<XmlView> m_gaveWay;
     const ComPtr<DocumentPaths> m_paths = Make<DocumentPaths>();
@@ -327,7 +357,7 @@ private:
 
 } // namespace
 
-void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& markup)
+void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& markup, XmlStandIns& productions)
 {
     const auto storyboards = Query<IProjectStoryboards>(&project);
     if (!storyboards) {
@@ -342,7 +372,7 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& ma
     for (const XmlElement& each : kept.Children(kProductions))
         root.AddCopy(each);
     if (!kept) root.Add(kProductions);
-    Saver saver(root.Child(kProductions));
+    Saver saver(root.Child(kProductions), productions);
     ThrowIfFailed(Writer(markup, saver).Visit(node, 0));
     saver.Finish();
 }

@@ -16,9 +16,10 @@
 namespace kv {
 
 /// Writes a project and its productions, as they are at one time, below a root element: the project as markup, which
-/// is to stand in front of what the element holds, or there where the project is no object of this library. Throws
-/// Error: what the project or the engine fails with. A production of an engine that saves none is left out.
-void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& markup);
+/// is to stand in front of what the element holds, or there where the project is no object of this library, and the
+/// productions as markup where the engine gives any. Throws Error: what the project or the engine fails with. A
+/// production of an engine that saves none is left out.
+void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& markup, XmlStandIns& productions);
 
 /// No new object gets an ID for which productions stand below a root element, lest it become their owner. Before the
 /// project is loaded.

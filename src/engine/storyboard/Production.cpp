@@ -29,6 +29,13 @@ HRESULT HandOut(const std::vector<ComPtr<T>>& row, LONG index, HRESULT missing, 
     return Query<IUnknown>(row[static_cast<std::size_t>(index)]).CopyTo(out);
 }
 
+/// Whether a production may be written into an element.
+bool IsFree(const XmlElement& element)
+{
+    const XmlView place = element.View();
+    return element && !place.FirstChild() && place.Attributes().empty();
+}
+
 HRESULT DescribeUndo(bool can, Bstr description, VARIANT_BOOL* canOut, BSTR* descriptionOut)
 {
     *canOut = ToVariantBool(can);
@@ -246,9 +253,19 @@ HRESULT CProduction::Save(IXMLDOMElement* pElement, IZXEContentPaths* pPaths)
     if (!pElement) return E_POINTER;
     return Guarded([&]() -> HRESULT {
         XmlElement element(pElement);
-        const XmlView place = element.View();
-        if (!element || place.FirstChild() || !place.Attributes().empty()) return E_INVALIDARG;
+        if (!IsFree(element)) return E_INVALIDARG;
         SaveBoard(m_board->Image(), element, pPaths);
+        return S_OK;
+    });
+}
+
+HRESULT CProduction::SaveMarkup(IXMLDOMElement* pElement, IZXEContentPaths* pPaths, ZXEMarkupTarget* pTarget)
+{
+    if (!pElement || !pTarget) return E_POINTER;
+    return Guarded([&]() -> HRESULT {
+        const XmlElement element(pElement);
+        if (!IsFree(element)) return E_INVALIDARG;
+        pTarget->Take(BoardMarkup(m_board->Image(), element.Name(), pPaths));
         return S_OK;
     });
 }

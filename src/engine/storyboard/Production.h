@@ -13,7 +13,8 @@ namespace kv {
 
 class CProduction final
     : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects, IZXEProductionPersist,
-                    IZXEProductionFrames, IZXEProductionNotify, ConnectionPointContainer, IStoryboardOwner> {
+                    IZXEProductionMarkup, IZXEProductionFrames, IZXEProductionNotify, ConnectionPointContainer,
+                    IStoryboardOwner> {
 public:
     using Object::Object;
 
@@ -55,6 +56,8 @@ public:
 
     HRESULT Save(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) override;
     HRESULT Load(IXMLDOMElement* pElement, IZXEContentPaths* pPaths) override;
+
+    HRESULT SaveMarkup(IXMLDOMElement* pElement, IZXEContentPaths* pPaths, ZXEMarkupTarget* pTarget) override;
 
     HRESULT GetFrame(double dSeconds, ULONG ulWidth, ULONG ulHeight, ULONG* pulWidth, ULONG* pulHeight,
                      ULONG* pulStride, SAFEARRAY** ppPixels) override;

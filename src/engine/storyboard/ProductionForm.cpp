@@ -122,34 +122,49 @@ void ListAudio(PartArchive& part, ItemState& state)
     ListPanZoom(part, state.clip);
 }
 
+/// Behind what stands in an element.
 template <class List>
-void Write(XmlElement element, const Leftovers& rest, IZXEContentPaths* paths, List&& list)
+void Write(PartWriter& above, const char* name, const Leftovers& rest, IZXEContentPaths* paths, List&& list)
 {
-    PartWriter writer(std::move(element), rest, paths);
+    PartWriter writer(above.Content(), name, rest, paths);
+    writer.Begin();
     list(writer);
-    writer.WriteRest();
+    writer.End();
 }
 
-void WriteBoard(BoardImage& board, XmlElement& element, IZXEContentPaths* paths)
+void WriteBoard(BoardImage& board, std::string_view name, XmlBuffer& target, IZXEContentPaths* paths)
 {
-    Write(element, board.rest, paths, [&](PartArchive& part) {
-        ListSettings(part, board.settings);
-        for (auto& [panel, state] : board.panels) {
-            ItemState& listed = state;
-            Write(element.Add(kPanel), panel->Rest(), paths, [&](PartArchive& item) { ListPanel(item, listed); });
-        }
-        for (auto& [effect, state] : board.effects) {
-            LONG layer = effect->Layer();
-            LONG type = effect->Type();
-            ItemState& listed = state;
-            Write(element.Add(kEffect), effect->Rest(), paths,
-                  [&](PartArchive& item) { ListEffect(item, layer, type, listed); });
-        }
-        for (auto& [audio, state] : board.audio) {
-            ItemState& listed = state;
-            Write(element.Add(kAudio), audio->Rest(), paths, [&](PartArchive& item) { ListAudio(item, listed); });
-        }
-    });
+    PartWriter writer(target, name, board.rest, paths);
+    writer.Begin();
+    ListSettings(writer, board.settings);
+    for (auto& [panel, state] : board.panels) {
+        ItemState& listed = state;
+        Write(writer, kPanel, panel->Rest(), paths, [&](PartArchive& item) { ListPanel(item, listed); });
+    }
+    for (auto& [effect, state] : board.effects) {
+        LONG layer = effect->Layer();
+        LONG type = effect->Type();
+        ItemState& listed = state;
+        Write(writer, kEffect, effect->Rest(), paths,
+              [&](PartArchive& item) { ListEffect(item, layer, type, listed); });
+    }
+    for (auto& [audio, state] : board.audio) {
+        ItemState& listed = state;
+        Write(writer, kAudio, audio->Rest(), paths, [&](PartArchive& item) { ListAudio(item, listed); });
+    }
+    writer.End();
+}
+
+/// Gives an element what another one has, whose markup this is.
+void Fill(XmlElement& element, std::string_view markup)
+{
+    // Within the attributes it stands as a reference.
+    const std::size_t end = markup.find('>');
+    const bool isEmpty = markup[end - 1] == '/';
+    const XmlElement tag = XmlElement::Parse(std::string(markup.substr(0, isEmpty ? end - 1 : end)) + "/>");
+    for (const auto& [name, text] : tag.View().Attributes())
+        element.SetAttribute(name, text);
+    if (!isEmpty) element.AddMarkup(markup.substr(end + 1, markup.rfind("</") - end - 1));
 }
 
 class BoardLoader {
@@ -228,10 +243,19 @@ private:
 
 } // namespace
 
+std::string BoardMarkup(BoardImage board, std::string_view name, IZXEContentPaths* paths)
+{
+    std::string markup;
+    XmlBuffer target([&markup](std::string_view piece) { markup += piece; });
+    WriteBoard(board, name, target, paths);
+    target.Flush();
+    return markup;
+}
+
 void SaveBoard(BoardImage board, XmlElement& element, IZXEContentPaths* paths)
 {
     try {
-        WriteBoard(board, element, paths);
+        Fill(element, BoardMarkup(std::move(board), element.Name(), paths));
     } catch (...) {
         element.Clear();
         throw;

@@ -6,8 +6,12 @@
 
 namespace kv {
 
-/// Writes into an empty element, which a failure leaves empty; then it throws Error, with the result of `paths`, or
-/// E_INVALIDARG for text that XML cannot hold and for too many levels. Looks into sources of which nothing is known.
+/// An element of that name in one line. Throws Error, with the result of `paths`, or E_INVALIDARG for text that XML
+/// cannot hold. Looks into sources of which nothing is known.
+std::string BoardMarkup(BoardImage board, std::string_view name, IZXEContentPaths* paths);
+
+/// Writes into an empty element, which a failure leaves empty; then it throws as BoardMarkup does, and
+/// Error(E_INVALIDARG) for too many levels.
 void SaveBoard(BoardImage board, XmlElement& element, IZXEContentPaths* paths);
 
 /// Makes the items of a board, which it is to hold. Opens no media. Throws Error with the result of `paths`, or

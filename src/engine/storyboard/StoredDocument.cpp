@@ -1,6 +1,7 @@
 #include "engine/storyboard/StoredDocument.h"
 
 #include "engine/render/Look.h"
+#include "platform/xml/XmlBuffer.h"
 
 #include <mutex>
 
@@ -94,14 +95,14 @@ XmlElement StoredDocument::Passing() const
     return Root();
 }
 
-void StoredDocument::CopyInto(XmlElement& parent) const
+void StoredDocument::WriteTo(XmlBuffer& target) const
 {
     if (!m_held) return;
     {
         const std::lock_guard lock(m_held->mutex);
-        if (!m_held->node) return parent.AddMarkup(m_held->markup);
+        if (!m_held->node) return target.Put(m_held->markup);
     }
-    parent.AddCopy(Root());
+    target.Put(Root().View().CompactMarkup());
 }
 
 } // namespace kv

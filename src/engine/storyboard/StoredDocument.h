@@ -9,6 +9,7 @@
 namespace kv {
 
 struct Look;
+class XmlBuffer;
 
 /// A document that was set stands for itself. One that was loaded is markup until somebody asks for it, since a tree
 /// for each takes many times as much. Read only, free-threaded, and shared by its copies.
@@ -35,8 +36,8 @@ public:
     /// What it tells of how its owner is shown, read once; null without a document.
     std::shared_ptr<const Look> ShownAs() const;
 
-    /// Puts a copy of its element last into another one.
-    void CopyInto(XmlElement& parent) const;
+    /// Writes its element in one line; nothing without one.
+    void WriteTo(XmlBuffer& target) const;
 
 private:
     struct Held;

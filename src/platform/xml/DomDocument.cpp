@@ -393,7 +393,7 @@ HRESULT DomDocument::loadXML(BSTR xml, VARIANT_BOOL* success)
         success);
 }
 
-bool DomDocument::Write(AtomicFile& file, bool declarePrefix, const XmlMarkup* markup) const
+bool DomDocument::Write(AtomicFile& file, bool declarePrefix, const XmlInsertions& insertions) const
 {
     const bool utf16 = SaysUtf16(m_place.node);
     std::size_t size = 0;
@@ -405,15 +405,15 @@ bool DomDocument::Write(AtomicFile& file, bool declarePrefix, const XmlMarkup* m
         if (utf16) piece = EncodeUtf16(piece, bytes);
         ThrowIfFailed(file.Write(piece.data(), piece.size()));
     };
-    return WriteXml(m_place.node, declarePrefix, output, markup);
+    return WriteXml(m_place.node, declarePrefix, output, insertions);
 }
 
 HRESULT DomDocument::save(VARIANT target)
 {
-    return Save(target, nullptr);
+    return Save(target, {});
 }
 
-HRESULT DomDocument::Save(const VARIANT& target, const XmlMarkup* markup) const
+HRESULT DomDocument::Save(const VARIANT& target, const XmlInsertions& insertions) const
 {
     return Guarded([&] {
         if (target.vt != VT_BSTR || SysStringLen(target.bstrVal) == 0 || IsCutPath(target)) return E_INVALIDARG;
@@ -421,7 +421,7 @@ HRESULT DomDocument::Save(const VARIANT& target, const XmlMarkup* markup) const
         for (bool declarePrefix = false;; declarePrefix = true) {
             AtomicFile file;
             ThrowIfFailed(file.Create(path));
-            if (Write(file, declarePrefix, markup)) return file.Commit();
+            if (Write(file, declarePrefix, insertions)) return file.Commit();
         }
     });
 }

@@ -8,7 +8,7 @@
 
 namespace kv {
 
-class XmlMarkup;
+struct XmlInsertions;
 
 class DomDocument final : public DomNodeOf<IXMLDOMDocument> {
 public:
@@ -30,8 +30,7 @@ public:
     HRESULT get_async(VARIANT_BOOL* async) override;
     HRESULT put_async(VARIANT_BOOL async) override;
 
-    /// Saves with markup, if any, in front of what the root element holds.
-    HRESULT Save(const VARIANT& target, const XmlMarkup* markup) const;
+    HRESULT Save(const VARIANT& target, const XmlInsertions& insertions) const;
 
     IXMLDOMDocument* Document() const override { return const_cast<DomDocument*>(this); }
 
@@ -41,7 +40,7 @@ private:
     /// A new node in a tree of its own. The texts are checked.
     ComPtr<IXMLDOMNode> NewNode(pugi::xml_node_type type, const std::string& name, const std::string& value);
     /// As WriteXml, in the encoding that the declaration asks for.
-    bool Write(AtomicFile& file, bool declarePrefix, const XmlMarkup* markup) const;
+    bool Write(AtomicFile& file, bool declarePrefix, const XmlInsertions& insertions) const;
     HRESULT CreateText(pugi::xml_node_type type, BSTR text, IXMLDOMNode** node);
     /// Puts a new tree in force, or on failure an empty one with the error noted. `read` throws what ReadXmlFile
     /// throws.

@@ -67,12 +67,13 @@ void XmlMarkup::PassTo(XmlBuffer& buffer) const
         buffer.Pass(piece);
 }
 
-HRESULT SaveXml(IXMLDOMDocument* document, std::u16string_view path, const XmlMarkup& markup)
+HRESULT SaveXml(IXMLDOMDocument* document, std::u16string_view path, const XmlMarkup& markup,
+                const XmlStandIns& standIns)
 {
     return Guarded([&] {
         const DomObject* object = ObjectOf(document);
         if (!object || object->Document() != document) return E_INVALIDARG;
-        return static_cast<const DomDocument*>(object)->Save(Variant(path), &markup);
+        return static_cast<const DomDocument*>(object)->Save(Variant(path), {&markup, &standIns});
     });
 }
 

@@ -3,6 +3,7 @@
 
 #include "platform/xml/Element.h"
 #include "platform/xml/XmlBuffer.h"
+#include "platform/xml/XmlStandIns.h"
 
 #include <string>
 #include <string_view>
@@ -52,7 +53,9 @@ private:
     std::string m_utf8;
 };
 
-/// Saves a document as IXMLDOMDocument::save does, with markup in front of what its root element holds.
-KV_EXPORT HRESULT SaveXml(IXMLDOMDocument* document, std::u16string_view path, const XmlMarkup& markup);
+/// Saves a document as IXMLDOMDocument::save does, with markup in front of what its root element holds, and other
+/// markup in the place of some of its elements.
+KV_EXPORT HRESULT SaveXml(IXMLDOMDocument* document, std::u16string_view path, const XmlMarkup& markup,
+                          const XmlStandIns& standIns);
 
 } // namespace kv

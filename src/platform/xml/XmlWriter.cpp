@@ -8,8 +8,8 @@ namespace {
 
 class Writer {
 public:
-    Writer(XmlBuffer& out, bool declarePrefix = false, const XmlMarkup* markup = nullptr)
-        : m_out(out), m_declares(declarePrefix), m_markup(markup)
+    Writer(XmlBuffer& out, bool declarePrefix = false, const XmlInsertions& insertions = {})
+        : m_out(out), m_declares(declarePrefix), m_front(insertions.front), m_standIns(insertions.standIns)
     {
     }
 
@@ -57,6 +57,7 @@ public:
 private:
     void Element(pugi::xml_node element, int level, bool layout)
     {
+        if (m_standIns && m_standIns->Write(element.internal_object(), level, layout, m_out)) return;
         const std::string_view name = element.name();
         m_out.Put('<');
         m_out.Put(name);
@@ -65,10 +66,10 @@ private:
         if (level == 0 && m_declares && !m_prefixDeclared) DeclarePrefix();
         m_lacksPrefix = m_lacksPrefix || (typed && !m_prefixDeclared);
         const pugi::xml_node first = element.first_child();
-        const bool takesMarkup = level == 0 && m_markup && !m_markup->Empty();
+        const bool takesMarkup = level == 0 && m_front && !m_front->Empty();
         if (first || takesMarkup) {
             m_out.Put('>');
-            if (takesMarkup) m_markup->PassTo(m_out);
+            if (takesMarkup) m_front->PassTo(m_out);
             Content(first, level, layout && !HoldsText(first));
             m_out.Put("</");
             m_out.Put(name);
@@ -144,17 +145,18 @@ private:
 
     XmlBuffer& m_out;
     const bool m_declares;
-    const XmlMarkup* const m_markup;
+    const XmlMarkup* const m_front;
+    const XmlStandIns* const m_standIns;
     bool m_prefixDeclared = false;
     bool m_lacksPrefix = false;
 };
 
 } // namespace
 
-bool WriteXml(pugi::xml_node node, bool declarePrefix, const XmlOutput& output, const XmlMarkup* markup)
+bool WriteXml(pugi::xml_node node, bool declarePrefix, const XmlOutput& output, const XmlInsertions& insertions)
 {
     XmlBuffer buffer(output);
-    Writer writer(buffer, declarePrefix, markup);
+    Writer writer(buffer, declarePrefix, insertions);
     if (node.type() == pugi::node_document) {
         writer.Document(node);
     } else {

@@ -24,11 +24,13 @@ enum class Fault { None, Create, Initialise, Offer, Load, Connect, Save };
 
 struct EngineState {
     Fault fault = Fault::None;
+    bool offersMarkup = false;
     int open = 0;
 };
 
 /// A production that holds sources.
-class SmallProduction final : public Object<BareProduction, IZXEProductionPersist, ConnectionPointContainer> {
+class SmallProduction final
+    : public Object<BareProduction, IZXEProductionPersist, IZXEProductionMarkup, ConnectionPointContainer> {
 public:
     explicit SmallProduction(EngineState& engine) : m_engine(engine) {}
 
@@ -57,6 +59,13 @@ public:
             XmlElement(place).Add("Panel").SetAttribute("source", source);
         return S_OK;
     }
+    HRESULT SaveMarkup(IXMLDOMElement* place, IZXEContentPaths* paths, ZXEMarkupTarget* target) override
+    {
+        const XmlElement copy = XmlElement(place).Copy();
+        const HRESULT saved = Save(copy.Element().Get(), paths);
+        if (SUCCEEDED(saved)) target->Take(copy.View().CompactMarkup());
+        return saved;
+    }
     HRESULT Load(IXMLDOMElement* place, IZXEContentPaths*) override
     {
         if (m_engine.fault == Fault::Load || XmlElement(place).HasAttribute("odd")) return ZXE_E_NOT_PRODUCTION;
@@ -75,7 +84,9 @@ public:
 protected:
     HRESULT FindInterface(REFIID iid, void** out) override
     {
-        const bool isHidden = iid == IZXEProductionPersist::IID && m_engine.fault == Fault::Offer;
+        const bool hidesAll = m_engine.fault == Fault::Offer;
+        const bool isHidden = (iid == IZXEProductionPersist::IID && hidesAll) ||
+                              (iid == IZXEProductionMarkup::IID && (hidesAll || !m_engine.offersMarkup));
         return isHidden ? E_NOINTERFACE : Object::FindInterface(iid, out);
     }
 
@@ -121,11 +132,12 @@ const std::string kSea = Storyboard("sea.mpg");
 const std::string kSky = Storyboard("sky.mpg");
 const std::string kTwoTitles = "<Title ID='5'/><Title ID='6'/>";
 
-/// Project files whose productions are of a small engine.
-class ProductionsTest : public testing::Test {
+/// Project files whose productions are of a small engine, which may save them as markup.
+class ProductionsTest : public testing::TestWithParam<bool> {
 protected:
     ProductionsTest()
     {
+        engine.offersMarkup = GetParam();
         RegisterServers();
         EXPECT_EQ(S_OK, CoRegisterClassObject(CLSID_ZXEProduction, Make<SmallEngine>(engine).Get(),
                                               CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie));
@@ -182,7 +194,9 @@ protected:
     ComPtr<IKVFileService> files = Create<IKVFileService>(CLSID_KVFileService);
 };
 
-TEST_F(ProductionsTest, TitlesHaveTheirProductionsAgainAndNobodyIsTold)
+INSTANTIATE_TEST_SUITE_P(Engines, ProductionsTest, testing::Bool());
+
+TEST_P(ProductionsTest, TitlesHaveTheirProductionsAgainAndNobodyIsTold)
 {
     const auto sink = Make<RecordingSink>();
     const Connection connection(*project, *sink);
@@ -197,7 +211,7 @@ TEST_F(ProductionsTest, TitlesHaveTheirProductionsAgainAndNobodyIsTold)
     EXPECT_EQ(0, engine.open);
 }
 
-TEST_F(ProductionsTest, WhatCannotBeLoadedIsToldKeptAndLoadedLater)
+TEST_P(ProductionsTest, WhatCannotBeLoadedIsToldKeptAndLoadedLater)
 {
     const std::string productions = Within(Entry(5, kSea) + Entry(6, kSky));
     for (const auto& [fault, told] : {std::pair{Fault::Create, "0x80040111 = CreateInstance(CLSID_ZXEProduction)"},
@@ -223,7 +237,7 @@ TEST_F(ProductionsTest, WhatCannotBeLoadedIsToldKeptAndLoadedLater)
     }
 }
 
-TEST_F(ProductionsTest, WhatTheLibraryDidNotWriteSurvives)
+TEST_P(ProductionsTest, WhatTheLibraryDidNotWriteSurvives)
 {
     for (const std::string& productions :
          {std::string("<Productions by=\"host\"/>"), Within("<!--a note--><Host><Storyboard a=\"1\"/></Host>text"),
@@ -261,7 +275,7 @@ TEST_F(ProductionsTest, WhatTheLibraryDidNotWriteSurvives)
     }
 }
 
-TEST_F(ProductionsTest, SeveralForOneOwnerFindTheirPlace)
+TEST_P(ProductionsTest, SeveralForOneOwnerFindTheirPlace)
 {
     const std::string odd = Entry(5, "<Storyboard odd=\"1\"/>");
     ASSERT_EQ(S_OK, Load(Within(odd)));
@@ -274,7 +288,7 @@ TEST_F(ProductionsTest, SeveralForOneOwnerFindTheirPlace)
     EXPECT_EQ("sea.mpg sky.mpg", Source(1) + " " + Source(2)) << "titles of one ID have their own";
 }
 
-TEST_F(ProductionsTest, TitlesOfOneIdKeepTheirOwn)
+TEST_P(ProductionsTest, TitlesOfOneIdKeepTheirOwn)
 {
     const std::string none = "<Production ownerID=\"5\" name=\"Storyboard\"/>";
     const std::string odd = Entry(5, "<Storyboard odd=\"1\"/>");
@@ -299,7 +313,7 @@ TEST_F(ProductionsTest, TitlesOfOneIdKeepTheirOwn)
     EXPECT_EQ("new.mpg", Source(3));
 }
 
-TEST_F(ProductionsTest, WhatLoadingTellsStandsTogether)
+TEST_P(ProductionsTest, WhatLoadingTellsStandsTogether)
 {
     engine.fault = Fault::Load;
     for (int i = 0; i < 2; ++i) {
@@ -308,7 +322,7 @@ TEST_F(ProductionsTest, WhatLoadingTellsStandsTogether)
     }
 }
 
-TEST_F(ProductionsTest, ASaveThatTheEngineFailsLeavesTheFile)
+TEST_P(ProductionsTest, ASaveThatTheEngineFailsLeavesTheFile)
 {
     ASSERT_EQ(S_OK, Load(Within(Entry(5, kSea))));
     const std::string saved = Saved();
@@ -316,7 +330,7 @@ TEST_F(ProductionsTest, ASaveThatTheEngineFailsLeavesTheFile)
     project->put_Label(Str(u"changed").Get());
     engine.fault = Fault::Save;
     EXPECT_EQ(E_ACCESSDENIED, Save());
-    EXPECT_THAT(ZXUErrorStack(), ElementsAre(HasSubstr("0x80070005 = Save()")));
+    EXPECT_THAT(ZXUErrorStack(), ElementsAre(HasSubstr("0x80070005 = Save")));
     EXPECT_EQ(before, folder.Read("p.xml"));
     engine.fault = Fault::Offer;
     EXPECT_EQ(S_OK, Save()) << "of another make, which is the host's to save";
@@ -326,7 +340,7 @@ TEST_F(ProductionsTest, ASaveThatTheEngineFailsLeavesTheFile)
     EXPECT_THAT(ZXUErrorStack(), IsEmpty());
 }
 
-TEST_F(ProductionsTest, ManyAndDeepOnesTakeTheirTimeAlone)
+TEST_P(ProductionsTest, ManyAndDeepOnesTakeTheirTimeAlone)
 {
     std::string many;
     std::string titles = kTwoTitles;

@@ -62,6 +62,9 @@ protected:
         const auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
         VARIANT_BOOL parsed = VARIANT_FALSE;
         EXPECT_EQ(S_OK, document->load(Variant(Project().View()), &parsed));
+        EXPECT_EQ(S_OK, document->save(Variant((root / "Again.xml").u16string())));
+        const std::string place = root.filename().string();
+        EXPECT_EQ(folder.Read(place + "/Again.xml"), folder.Read(place + "/Trip.xml")) << "as a tree is written";
         ComPtr<IXMLDOMElement> element;
         document->get_documentElement(element.Put());
         return XmlElement(element.Get()).Child("Productions").Markup();

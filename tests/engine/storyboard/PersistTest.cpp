@@ -257,6 +257,15 @@ TEST_F(PersistTest, APlaceThatCannotTakeItIsRefusedAndStaysAsItWas)
     ASSERT_EQ(S_OK, Load(production, kEverything));
     EXPECT_EQ(E_POINTER, Call(production, &IZXEProductionPersist::Save, nullptr, nullptr));
     EXPECT_EQ(E_POINTER, Call(production, &IZXEProductionPersist::Load, nullptr, nullptr));
+    struct : ZXEMarkupTarget {
+        void Take(std::string_view) override { ADD_FAILURE(); }
+    } unused;
+    const auto markup = [&](IXMLDOMElement* element, ZXEMarkupTarget* target) {
+        return Call(production, &IZXEProductionMarkup::SaveMarkup, element, nullptr, target);
+    };
+    EXPECT_EQ(E_POINTER, markup(nullptr, &unused));
+    EXPECT_EQ(E_POINTER, markup(XmlElement::New("P").Element().Get(), nullptr));
+    EXPECT_EQ(E_INVALIDARG, markup(XmlElement::Parse("<P a='1'/>").Element().Get(), &unused));
     const auto save = [&](const XmlElement& element) {
         const std::string before = element.Markup();
         EXPECT_EQ(E_INVALIDARG, Call(production, &IZXEProductionPersist::Save, element.Element().Get(), nullptr));
@@ -272,6 +281,7 @@ TEST_F(PersistTest, APlaceThatCannotTakeItIsRefusedAndStaysAsItWas)
 
     AddPanel(Bstr(u"title:\x01"));
     save(XmlElement::New("P"));
+    EXPECT_EQ(E_INVALIDARG, markup(XmlElement::New("P").Element().Get(), &unused));
 }
 
 TEST_F(PersistTest, LoadingNeedsAProductionInUseWithoutAnOpenBlock)

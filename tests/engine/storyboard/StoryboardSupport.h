@@ -38,11 +38,28 @@ HRESULT Call(const ComPtr<IUnknown>& object, HRESULT (Interface::*method)(Parame
     return asked ? (asked.Get()->*method)(arguments...) : E_NOINTERFACE;
 }
 
+/// A production in one line.
+inline std::string SavedMarkup(const ComPtr<IUnknown>& production)
+{
+    struct : ZXEMarkupTarget {
+        void Take(std::string_view text) override { markup += text; }
+        std::string markup;
+    } target;
+    const XmlElement element = XmlElement::New("Production");
+    EXPECT_EQ(S_OK, Call(production, &IZXEProductionMarkup::SaveMarkup, element.Element().Get(), nullptr, &target));
+    EXPECT_EQ("<Production/>", element.Markup());
+    return target.markup;
+}
+
 /// A production as a document holds it.
 inline std::string Saved(const ComPtr<IUnknown>& production, IZXEContentPaths* paths = nullptr)
 {
     const XmlElement element = XmlElement::New("Production");
     EXPECT_EQ(S_OK, Call(production, &IZXEProductionPersist::Save, element.Element().Get(), paths));
+    // Paths that are asked for are counted.
+    if (!paths) {
+        EXPECT_EQ(element.View().CompactMarkup(), SavedMarkup(production));
+    }
     return element.Markup();
 }
 

@@ -2,6 +2,8 @@
 
 #include "platform/xml/DataTypes.h"
 #include "platform/xml/Documents.h"
+#include "platform/xml/XmlMarkup.h"
+#include "support/Files.h"
 
 #include <functional>
 #include <limits>
@@ -248,6 +250,55 @@ TEST(Element, CopiesBelongToADocumentOfTheirOwn)
     const auto text = Find(*copy.Get(), "text()");
     EXPECT_FALSE(XmlElement(text.Get()));
     EXPECT_TRUE(XmlNode(text.Get()).IsText());
+}
+
+/// A document as it is saved.
+std::string Saved(const ComPtr<IXMLDOMDocument>& document, const XmlStandIns& standIns = {})
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(SaveXml(document.Get(), ToUtf16(folder.PathOf("d.xml")), XmlMarkup(1), standIns), S_OK);
+    return folder.Read("d.xml");
+}
+
+TEST(Element, MarkupThatStandsInIsSavedAsTheElementWouldBe)
+{
+    const auto holder = [](const std::string& content) {
+        return Parsed("<r xmlns:dt='urn:schemas-microsoft-com:datatypes'><p>" + content + "</p></r>");
+    };
+    for (const std::string content :
+         {"<s/>", "<s a=\"&gt;/&quot;'\" b=\"/\"/>", "<s>text</s>",
+          "<s><a dt:dt=\"i4\">1</a><b><c/><d k=\"v\">&lt;</d></b></s>", "<s><a><b/></a>text<a><b><c/></b></a></s>",
+          "<s><a><b/><!--<x>--><?p <y>?></a><a><b>&#32;</b></a></s>", "<s><![CDATA[<z>]]></s>",
+          "<s><a><b/><![CDATA[]]]]><![CDATA[>]]></a><b><c/></b></s>"}) {
+        for (const std::string beside : {"", "<t/>", "text"}) {
+            const auto document = holder("<s/>" + beside);
+            const XmlElement place(Find(*document, "//s").Get());
+            XmlStandIns standIns;
+            standIns.Put(place, content);
+            EXPECT_EQ(standIns.HasContent(place), content.find("><") != content.npos || content.ends_with("</s>"));
+            EXPECT_EQ(Saved(document, standIns), Saved(holder(content + beside)));
+            standIns.Drop(place);
+            EXPECT_EQ(Saved(document, standIns), Saved(holder("<s/>" + beside)));
+        }
+    }
+
+    const auto nested = [](int levels) {
+        std::string markup = "<s/>";
+        for (int level = 1; level < levels; ++level)
+            markup = "<s>" + markup + "</s>";
+        return markup;
+    };
+    const auto document = holder("<s/>");
+    const XmlElement place(Find(*document, "//s").Get());
+    XmlStandIns standIns;
+    for (const std::string& markup :
+         {std::string(), std::string("s"), std::string("<s"), std::string("<t/>"), std::string("<st/>"),
+          std::string("<s></t>"), std::string("<s>&x;</s>"), std::string("<s/><s/>"), std::string("<s/>\n"),
+          std::string("<!--c--><s/>"), nested(255), nested(300)})
+        EXPECT_EQ(ResultOf([&] { standIns.Put(place, markup); }), E_INVALIDARG) << markup;
+    EXPECT_TRUE(standIns.Empty());
+    EXPECT_EQ(ResultOf([&] { standIns.Put(place, nested(254)); }), S_OK);
+    EXPECT_EQ(Saved(document, standIns), Saved(holder(nested(254))));
 }
 
 TEST(Element, RefusedEditsChangeNothing)
