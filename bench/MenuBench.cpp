@@ -4,6 +4,7 @@
 #include "KVProjectData/Engine.h"
 #include "KVProjectData/effects/NXEffect.h"
 #include "KVProjectData/effects/ZXPTextPlugInHelper.h"
+#include "KVProjectData/menus/EffectTemplates.h"
 
 #include <array>
 #include <ctime>
@@ -71,6 +72,17 @@ ComPtr<IKVMenuText> AddText(const ComPtr<IUnknown>& owner, int number)
     return text;
 }
 
+void PutString(CNXEffect& effect, BSTR string)
+{
+    Must(effect.Edit([&](XmlElement& pluginData) {
+        CZXPTextPlugInHelper text;
+        Must(text.Attach(pluginData));
+        Must(text.put_String(string));
+        Must(text.Save(pluginData));
+        return true;
+    }));
+}
+
 /// An effect on a production of its own, with the document that an element of a menu has.
 class BareEffect {
 public:
@@ -90,16 +102,6 @@ public:
     void Move(int turn)
     {
         Must(effect.setChannel(ZXP_TRANSLATION, 0.0, ZXP_FROM_START, {static_cast<float>(turn), 0, 0}));
-    }
-    void PutString(BSTR string)
-    {
-        Must(effect.Edit([&](XmlElement& pluginData) {
-            CZXPTextPlugInHelper text;
-            Must(text.Attach(pluginData));
-            Must(text.put_String(string));
-            Must(text.Save(pluginData));
-            return true;
-        }));
     }
 
     CNXEffect effect;
@@ -140,9 +142,100 @@ void MeasureElements(std::vector<Row>& rows)
     const std::array strings{LabelOf(1), LabelOf(2)};
     const Medians texts = InTurn(
         kRounds, [&] { return Each([&](int i) { Must(text->put_String(strings[i % 2].Get())); }); },
-        [&] { return Each([&](int i) { bareText.PutString(strings[i % 2].Get()); }); });
+        [&] { return Each([&](int i) { PutString(bareText.effect, strings[i % 2].Get()); }); });
     rows.push_back(
         {"string of a text set | one rich-text edit of the bare effect", "us", texts.ours, texts.yardstick, 1.5});
+}
+
+// A menu of buttons with a picture and a label each
+
+constexpr int kButtons = 12;
+constexpr float kPictureSize = 0.25F;
+
+FloatPoint PlaceOf(int button)
+{
+    return {static_cast<float>(button % 4) / 4 - 0.375F, static_cast<float>(button / 4) / 3 - 0.25F};
+}
+
+Bstr Picture()
+{
+    return Bstr(ToUtf16(KV_BENCH_CONTENT "/DVD/Mandatory/PlaceHolder.jpg"));
+}
+
+ComPtr<IKVMenu> MakeMenu(IKVProjectData& project)
+{
+    const Bstr picture = Picture();
+    auto menu = AddMenu(project);
+    for (int i = 0; i < kButtons; ++i) {
+        const auto button = AddElement<IKVMenuButton>(menu);
+        const auto thumbnail = AddElement<IKVMenuOverlay>(button);
+        Must(thumbnail->put_Source(picture.Get()));
+        Must(thumbnail->SetSize(kPictureSize, kPictureSize));
+        AddText(button, i);
+        const FloatPoint place = PlaceOf(i);
+        Must(button->SetPosition(place.x, place.y));
+    }
+    return menu;
+}
+
+/// The effects of such a menu, each made, put into its group, filled and placed by the engine's own calls.
+void MakeEffects()
+{
+    const Bstr picture = Picture();
+    ComPtr<IZXEProductionData> production;
+    Must(CreateInstance(CLSID_ZXEProduction, production));
+    Must(production->Initialise());
+    for (int i = 0; i < kButtons; ++i) {
+        const ZXPVector place{PlaceOf(i).x, PlaceOf(i).y, 0};
+        const auto make = [&](CNXEffect& effect, LONG type, LONG layer, HRESULT (*newDocument)(ComPtr<IXMLDOMNode>&)) {
+            ComPtr<IXMLDOMNode> document;
+            Must(newDocument(document));
+            Must(effect.Create(production.Get(), type, layer, document.Get()));
+            Must(effect.setGroupID(i + 1));
+            Must(effect.setChannel(ZXP_TRANSLATION, 0.0, ZXP_FROM_START, place));
+        };
+        CNXEffect thumbnail;
+        make(thumbnail, ZXE_EFFECT_OVERLAY, 2 * i + 100, &NewOverlayDocument);
+        Must(thumbnail.setSourceFile(picture.Get()));
+        Must(thumbnail.setChannel(ZXP_SCALING, 0.0, ZXP_FROM_START, {kPictureSize / 2, kPictureSize / 2, 1}));
+        CNXEffect label;
+        make(label, ZXE_EFFECT_TEXT, 2 * i + 101, &NewTextDocument);
+        PutString(label, LabelOf(i).Get());
+    }
+}
+
+void MeasureWholeMenus(std::vector<Row>& rows)
+{
+    constexpr int kMenuRounds = 31;
+    const std::string path = "/dev/shm/kv_bench." + std::to_string(getpid()) + ".menu.xml";
+    const Bstr file(ToUtf16(path));
+    const auto took = [](auto&& body) {
+        const double start = ThreadMicroseconds();
+        body();
+        return ThreadMicroseconds() - start;
+    };
+    ComPtr<IKVProjectData> project;
+    const auto make = [&] {
+        project = NewProject();
+        return took([&] { MakeMenu(*project); });
+    };
+    const Medians made = InTurn(kMenuRounds, make, [&] { return took(&MakeEffects); });
+    rows.push_back({"a menu of 12 buttons with picture and label made | its effects made by hand", "us", made.ours,
+                    made.yardstick, 1.5});
+
+    ComPtr<IKVFileService> files;
+    Must(CreateInstance(CLSID_KVFileService, files));
+    Must(files->SaveProject(file.Get(), project.Get()));
+    ComPtr<IKVProjectData> loaded;
+    const Medians read = InTurn(
+        kMenuRounds,
+        [&] {
+            loaded = NewProject();
+            return took([&] { Must(files->LoadProject(file.Get(), loaded.Get())); });
+        },
+        make);
+    rows.push_back({"the same loaded | made", "us", read.ours, read.yardstick, 0.5});
+    std::filesystem::remove(path);
 }
 
 void MeasureExtents(std::vector<Row>& rows)
@@ -246,16 +339,15 @@ void MeasureManyMenus(std::vector<Row>& rows)
 
 void MeasureButtonHeap(std::vector<Row>& rows)
 {
-    constexpr int kButtons = 2'000;
+    constexpr int kMany = 2'000;
     const auto project = NewProject();
     const auto menu = AddMenu(*project);
     AddElement<IKVMenuButton>(menu);
     const auto before = mallinfo2();
-    for (int i = 0; i < kButtons; ++i)
+    for (int i = 0; i < kMany; ++i)
         AddElement<IKVMenuButton>(menu);
     const auto after = mallinfo2();
-    const double bytes =
-        static_cast<double>(after.uordblks + after.hblkhd - before.uordblks - before.hblkhd) / kButtons;
+    const double bytes = static_cast<double>(after.uordblks + after.hblkhd - before.uordblks - before.hblkhd) / kMany;
     rows.push_back({"heap of a button without elements", "bytes", bytes, {}, 4096});
 }
 
@@ -327,6 +419,7 @@ void MeasureMenus(std::vector<Row>& rows)
 {
     MeasureButtonHeap(rows);
     MeasureElements(rows);
+    MeasureWholeMenus(rows);
     MeasureExtents(rows);
     MeasureManyMenus(rows);
     MeasureMenuFiles(rows);

@@ -49,22 +49,26 @@ void Corners(const std::vector<ComPtr<IXMLDOMElement>>& documents)
 }
 
 /// The same paragraphs in layouts of Pango's own, with markup for the bold words.
+void LayOut(PangoContext* context, const std::string& markup)
+{
+    PangoLayout* layout = pango_layout_new(context);
+    PangoFontDescription* font = pango_font_description_new();
+    pango_font_description_set_family(font, "DejaVu Sans");
+    pango_font_description_set_absolute_size(font, 32 * PANGO_SCALE);
+    pango_layout_set_font_description(layout, font);
+    pango_layout_set_markup(layout, markup.data(), static_cast<int>(markup.size()));
+    PangoRectangle box;
+    pango_layout_get_extents(layout, nullptr, &box);
+    pango_font_description_free(font);
+    g_object_unref(layout);
+}
+
 void Layouts(PangoContext* context)
 {
     for (int i = 0; i < kTexts; ++i) {
         const std::string markup = ParagraphOf(i) + " <b>in bold</b>";
-        for (int paragraph = 0; paragraph < 3; ++paragraph) {
-            PangoLayout* layout = pango_layout_new(context);
-            PangoFontDescription* font = pango_font_description_new();
-            pango_font_description_set_family(font, "DejaVu Sans");
-            pango_font_description_set_absolute_size(font, 32 * PANGO_SCALE);
-            pango_layout_set_font_description(layout, font);
-            pango_layout_set_markup(layout, markup.data(), static_cast<int>(markup.size()));
-            PangoRectangle box;
-            pango_layout_get_extents(layout, nullptr, &box);
-            pango_font_description_free(font);
-            g_object_unref(layout);
-        }
+        for (int paragraph = 0; paragraph < 3; ++paragraph)
+            LayOut(context, markup);
     }
 }
 
@@ -125,6 +129,39 @@ void MeasureEdits(std::vector<Row>& rows)
                     edits.yardstick, 5});
 }
 
+/// The boxes of texts of a menu, which has a production.
+void MeasureBoxes(std::vector<Row>& rows, PangoContext* context)
+{
+    constexpr int kRounds = 25;
+    const auto project = NewProject();
+    ComPtr<IKVMenu> menu;
+    Must(project->AddMenu(-1, menu.Put()));
+    std::vector<ComPtr<IKVMenuText>> texts;
+    for (int i = 0; i < kTexts; ++i) {
+        ComPtr<IKVMenuElement> element;
+        Must(Query<IKVMenuElementList>(menu)->AddElement(&IKVMenuText::IID, element.Put()));
+        const auto& text = texts.emplace_back(Query<IKVMenuText>(element));
+        Must(text->put_String(Bstr(ToUtf16(ParagraphOf(i))).Get()));
+        Must(text->put_Font(Bstr(u"DejaVu Sans").Get()));
+        Must(text->put_height(32));
+    }
+    const auto boxes = [&] {
+        FloatPoint corners[4];
+        for (const auto& text : texts)
+            Must(text->GetBoundingBox(corners));
+    };
+    const auto layouts = [&] {
+        for (int i = 0; i < kTexts; ++i)
+            LayOut(context, ParagraphOf(i));
+    };
+    boxes();
+    layouts();
+    const Medians medians = InTurn(
+        kRounds, [&] { return 1e6 / kTexts * Time(boxes); }, [&] { return 1e6 / kTexts * Time(layouts); });
+    rows.push_back(
+        {"bounding box of a text of a menu | bare Pango layout", "us", medians.ours, medians.yardstick, 1.5});
+}
+
 } // namespace
 
 void MeasureTexts(std::vector<Row>& rows)
@@ -143,6 +180,7 @@ void MeasureTexts(std::vector<Row>& rows)
         kRounds, [&] { return 1e6 / kTexts * Time([&] { Corners(documents); }); },
         [&] { return 1e6 / kTexts * Time([&] { Layouts(context); }); });
     rows.push_back({"corners of a text | bare Pango layout", "us", medians.ours, medians.yardstick, 1.3});
+    MeasureBoxes(rows, context);
     g_object_unref(context);
     g_object_unref(map);
 }

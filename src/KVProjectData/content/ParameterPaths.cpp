@@ -2,10 +2,6 @@
 
 #include "KVProjectData/Engine/Parameters.h"
 
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace kv {
 namespace {
 
@@ -33,10 +29,9 @@ XmlView PathOf(const XmlView& element)
 using Translate = HRESULT (IZXEContentPaths::*)(BSTR, BSTR*);
 
 /// Where another text is to stand, and which.
-std::vector<std::pair<XmlView, std::string>> Translations(const XmlElement& element, IZXEContentPaths& paths,
-                                                          Translate translate)
+ParameterTexts Translations(const XmlElement& element, IZXEContentPaths& paths, Translate translate)
 {
-    std::vector<std::pair<XmlView, std::string>> translations;
+    ParameterTexts translations;
     const XmlView top = element.View();
     for (XmlView place = top; place; place = place.Following(top)) {
         const XmlView text = PathOf(place).FirstChild();
@@ -49,13 +44,23 @@ std::vector<std::pair<XmlView, std::string>> Translations(const XmlElement& elem
     return translations;
 }
 
-void TranslateIn(const XmlElement& element, IZXEContentPaths& paths, Translate translate)
+ParameterTexts TranslateIn(const XmlElement& element, IZXEContentPaths& paths, Translate translate)
 {
-    for (const auto& [place, text] : Translations(element, paths, translate))
-        element.At(place).SetText(text);
+    ParameterTexts texts = Translations(element, paths, translate);
+    ExchangeTexts(element, texts);
+    return texts;
 }
 
 } // namespace
+
+void ExchangeTexts(const XmlElement& element, ParameterTexts& texts)
+{
+    for (auto& [place, text] : texts) {
+        std::string before(place.Text());
+        element.At(place).SetText(text);
+        text = std::move(before);
+    }
+}
 
 void ParameterPathsToDocument(const XmlElement& element, IZXEContentPaths& paths)
 {
@@ -71,12 +76,9 @@ void ParameterPathsToDocument(std::string& markup, IZXEContentPaths& paths)
     markup = element.View().CompactMarkup();
 }
 
-XmlElement ParameterPathsFromDocument(const XmlElement& element, IZXEContentPaths& paths)
+ParameterTexts ParameterPathsFromDocument(const XmlElement& element, IZXEContentPaths& paths)
 {
-    if (Translations(element, paths, &IZXEContentPaths::FromDocument).empty()) return element;
-    XmlElement copy = element.Copy();
-    TranslateIn(copy, paths, &IZXEContentPaths::FromDocument);
-    return copy;
+    return TranslateIn(element, paths, &IZXEContentPaths::FromDocument);
 }
 
 } // namespace kv

@@ -6,6 +6,8 @@
 #include "platform/xml/Element.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace kv {
 
@@ -14,8 +16,12 @@ void ParameterPathsToDocument(const XmlElement& element, IZXEContentPaths& paths
 /// The same of an element that is markup in one line.
 void ParameterPathsToDocument(std::string& markup, IZXEContentPaths& paths);
 
-/// The element with its paths as they are used: a copy, unless there is nothing to translate. Throws Error, as `paths`
-/// fails.
-XmlElement ParameterPathsFromDocument(const XmlElement& element, IZXEContentPaths& paths);
+/// Texts below an element, and others for their places.
+using ParameterTexts = std::vector<std::pair<XmlView, std::string>>;
+void ExchangeTexts(const XmlElement& element, ParameterTexts& texts);
+
+/// The other way round. What stood there is given back, for an exchange with it. Throws Error, as `paths` fails; then
+/// nothing has changed.
+ParameterTexts ParameterPathsFromDocument(const XmlElement& element, IZXEContentPaths& paths);
 
 } // namespace kv

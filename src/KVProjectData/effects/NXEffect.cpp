@@ -272,7 +272,7 @@ HRESULT CNXEffect::getChannel(ULONG channel, double time, ULONG list, ZXPVector&
     return EngineCalls::Operation([&] {
         const XmlElement pluginData = PluginDataOf(LiveDocument(*InfoOf(m_pUnkEffect)).Get());
         CZXPTransformImpl transform;
-        kEngine.Reporting([&] { transform.LoadChannel(pluginData, channel); });
+        kEngine.Reporting([&] { transform.LoadChannels(pluginData, channel); });
         ULONG caps = 0;
         const HRESULT result = transform.GetKeyValue(channel, time, list, &value.x, &value.y, &value.z, &caps);
         const auto usual = WithoutKey(channel);
@@ -286,11 +286,35 @@ HRESULT CNXEffect::setChannel(ULONG channel, double time, ULONG list, const ZXPV
 {
     return Edit([&](XmlElement& pluginData) {
         CZXPTransformImpl transform;
-        kEngine.Reporting([&] { transform.LoadChannel(pluginData, channel); });
+        kEngine.Reporting([&] { transform.LoadChannels(pluginData, channel); });
         kEngine.Need(transform.SetKeyValue(channel, time, list, value.x, value.y, value.z, caps));
-        kEngine.Reporting([&] { transform.SaveChannel(pluginData, channel); });
+        kEngine.Reporting([&] { transform.SaveChannels(pluginData, channel); });
         return true;
     });
+}
+
+HRESULT CNXEffect::setChannels(const std::vector<ChannelValue>& values)
+{
+    const HRESULT result = Edit([&](XmlElement& pluginData) {
+        ULONG channels = 0;
+        for (const ChannelValue& each : values)
+            channels |= each.channel;
+        CZXPTransformImpl transform;
+        kEngine.Reporting([&] { transform.LoadChannels(pluginData, channels); });
+        bool changed = false;
+        for (const auto& [channel, value] : values) {
+            ZXPVector old{};
+            ULONG caps = 0;
+            const bool is =
+                SUCCEEDED(transform.GetKeyValue(channel, 0.0, ZXP_FROM_START, &old.x, &old.y, &old.z, &caps));
+            if (is && old == value) continue;
+            kEngine.Need(transform.SetKeyValue(channel, 0.0, ZXP_FROM_START, value.x, value.y, value.z, ZXP_ALL_CAPS));
+            changed = true;
+        }
+        if (changed) kEngine.Reporting([&] { transform.SaveChannels(pluginData, channels); });
+        return changed;
+    });
+    return result == S_FALSE ? S_OK : result;
 }
 
 HRESULT CNXEffect::getHandles(std::array<ZXPVector, 4>& handles) const

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <functional>
+#include <vector>
 
 namespace kv {
 
@@ -80,6 +81,13 @@ public:
     /// Without such a key 0, 0, 0 for translation and rotation, 1, 1, 1 for scaling; for other channels a failure.
     HRESULT getChannel(ULONG channel, double time, ULONG list, ZXPVector& value) const;
     HRESULT setChannel(ULONG channel, double time, ULONG list, const ZXPVector& value, ULONG caps = ZXP_ALL_CAPS);
+
+    /// Sets the keys at the start of several channels in one edit. Pushes nothing when they are that already.
+    struct ChannelValue {
+        ULONG channel;
+        ZXPVector value;
+    };
+    HRESULT setChannels(const std::vector<ChannelValue>& values);
 
     /// The corners of the effect's own square.
     HRESULT getHandles(std::array<ZXPVector, 4>& handles) const;

@@ -383,20 +383,20 @@ void CZXPTransformImpl::Save(XmlElement& pluginData)
     });
 }
 
-void CZXPTransformImpl::LoadChannel(const XmlElement& pluginData, ULONG channel)
+void CZXPTransformImpl::LoadChannels(const XmlElement& pluginData, ULONG channels)
 {
-    const std::lock_guard lock(m_locks[IndexOf(channel)]);
+    const auto lock = LockAll();
     EachChannel(m_document, [&](ULONG mask, const char* name, auto& keys) {
-        if (mask == channel) keys = std::decay_t<decltype(keys)>::Read(pluginData.View(name));
+        if (mask & channels) keys = std::decay_t<decltype(keys)>::Read(pluginData.View(name));
     });
 }
 
-void CZXPTransformImpl::SaveChannel(XmlElement& pluginData, ULONG channel)
+void CZXPTransformImpl::SaveChannels(XmlElement& pluginData, ULONG channels)
 {
     const auto cropMode = CropModeOf(pluginData);
-    const std::lock_guard lock(m_locks[IndexOf(channel)]);
+    const auto lock = LockAll();
     EachChannel(m_document, [&](ULONG mask, const char* name, const auto& keys) {
-        mask == channel ? WriteChannel(pluginData, name, keys, cropMode) : KeepChannel(pluginData, name, cropMode);
+        mask& channels ? WriteChannel(pluginData, name, keys, cropMode) : KeepChannel(pluginData, name, cropMode);
     });
     KeepScalars(pluginData, m_document);
 }

@@ -68,10 +68,10 @@ public:
     void Load(const XmlElement& pluginData);
     void Save(XmlElement& pluginData);
 
-    /// The keys of one channel, for who wants no more: the rest of the document is not read. A document that one
-    /// channel was saved to stands in the order of one that a whole transform was saved to. Throw Error.
-    void LoadChannel(const XmlElement& pluginData, ULONG channel);
-    void SaveChannel(XmlElement& pluginData, ULONG channel);
+    /// The keys of some channels, for who wants no more: the rest of the document is not read. A document that these
+    /// were saved to stands in the order of one that a whole transform was saved to. Throw Error.
+    void LoadChannels(const XmlElement& pluginData, ULONG channels);
+    void SaveChannels(XmlElement& pluginData, ULONG channels);
     /// The same without any channel: for who has changed nothing.
     void Keep(XmlElement& pluginData);
 

@@ -325,6 +325,15 @@ private:
 
     HRESULT LoadInto(ProductionOwner& owner, std::string_view name, const XmlElement& storyboard)
     {
+        ParameterTexts written = ParameterPathsFromDocument(storyboard, *m_paths);
+        const HRESULT result = LoadTranslated(owner, name, storyboard);
+        // What is not loaded stays as it was written.
+        if (FAILED(result)) ExchangeTexts(storyboard, written);
+        return result;
+    }
+
+    HRESULT LoadTranslated(ProductionOwner& owner, std::string_view name, const XmlElement& storyboard)
+    {
         for (const OwnedProduction& owned : owner.Productions()) {
             if (owned.name == name && owned.production) return LoadProduction(owned.production.Get(), storyboard);
         }
@@ -345,8 +354,7 @@ private:
     {
         const auto persist = Query<IZXEProductionPersist>(production);
         if (!persist) return kEngine.Checked(E_NOINTERFACE, "Query<IZXEProductionPersist>");
-        const XmlElement resolved = ParameterPathsFromDocument(storyboard, *m_paths);
-        return kEngine.Checked(persist->Load(resolved.Element().Get(), m_paths.Get()), "Load()");
+        return kEngine.Checked(persist->Load(storyboard.Element().Get(), m_paths.Get()), "Load()");
     }
 
     const Owners m_owners;

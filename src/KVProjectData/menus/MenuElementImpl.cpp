@@ -109,15 +109,37 @@ HRESULT CMenuElementImpl::DetachEffect()
 
 HRESULT CMenuElementImpl::syncEffect(bool capture)
 {
-    FloatPoint position{m_translation.stored.x, m_translation.stored.y};
-    float degrees = m_rotation.stored.z;
-    HRESULT result = capture ? getRotation(degrees) : setRotation(degrees);
-    if (SUCCEEDED(result) && !capture) result = setZOrder(m_zOrder);
-    if (SUCCEEDED(result)) result = capture ? getPosition(position) : setPosition(position);
-    if (SUCCEEDED(result) && capture) {
-        m_rotation.stored = {0, 0, degrees};
-        m_translation.stored = {position.x, position.y, 0};
-    }
+    if (!capture) return PushTransform();
+    FloatPoint position;
+    float degrees = 0;
+    HRESULT result = getRotation(degrees);
+    if (SUCCEEDED(result)) result = getPosition(position);
+    if (FAILED(result)) return result;
+    m_rotation.stored = {0, 0, degrees};
+    m_translation.stored = {position.x, position.y, 0};
+    return S_OK;
+}
+
+HRESULT CMenuElementImpl::PushTransform()
+{
+    FloatPoint origin;
+    float angle = 0;
+    HRESULT result = GetOrigin(angle);
+    if (SUCCEEDED(result)) result = GetOrigin(origin);
+    if (FAILED(result)) return result;
+    const ZXPVector& place = m_translation.stored;
+    // One edit of the document for all.
+    std::vector<CNXEffect::ChannelValue> values{
+        {ZXP_ROTATION, {0, 0, m_rotation.stored.z + angle}},
+        {ZXP_TRANSLATION, {place.x + origin.x, place.y + origin.y, 0}},
+    };
+    AddChannels(values);
+    m_node.RecordState(HasEffect());
+    if (m_effect) result = kEngine.Checked(m_effect.setChannels(values));
+    if (FAILED(result)) return result;
+    onPropertyChanged(500);
+    result = setZOrder(m_zOrder);
+    if (SUCCEEDED(result)) onPropertyChanged(504);
     return result;
 }
 

@@ -111,6 +111,9 @@ protected:
     /// Documents say what the effect holds: it has none, or they are to be complete.
     virtual bool WritesAll(const AttributeArchive& archive) const { return archive.ForcesNative() || !HasEffect(); }
 
+    /// Names further channels of the effect that are stored, for syncEffect to give them to it.
+    virtual void AddChannels(std::vector<CNXEffect::ChannelValue>&) const {}
+
     HRESULT getChannel(const StoredChannel& channel, ZXPVector& value) const;
     HRESULT setChannel(StoredChannel& channel, const ZXPVector& value);
     /// The button whose element this one is; null for every other.
@@ -128,6 +131,8 @@ protected:
     StoredChannel m_rotation{ZXP_ROTATION, {}};
 
 private:
+    /// Gives the effect what is stored of its transform.
+    HRESULT PushTransform();
     /// What places and angles are relative to: the button's, for an element in a button that has an effect.
     HRESULT GetOrigin(FloatPoint& origin) const;
     HRESULT GetOrigin(float& degrees) const;

@@ -147,8 +147,7 @@ HRESULT CKVMenuOverlay::put_SourceRotation(LONG newVal)
 
 HRESULT CKVMenuOverlay::GetCropedRect(double* pCX, double* pCY, double* pSX, double* pSY)
 {
-    return Read([&] {
-        EngineCalls::Begin();
+    return Ask([&]() -> HRESULT {
         if (!pCX || !pCY || !pSX || !pSY) return E_POINTER;
         const CropArea& crop = Crop();
         *pCX = crop.centreX;
@@ -216,6 +215,7 @@ HRESULT CKVMenuOverlay::SetMaskSize(double dblMaskX, double dblMaskY)
 HRESULT CKVMenuOverlay::GetMaskSize(double* pX, double* pY)
 {
     return AskPair(pX, "pdblMaskX", pY, "pdblMaskY", [this](double& x, double& y) {
+        ReadBack();
         x = m_maskWidth;
         y = m_maskHeight;
         return S_OK;
@@ -243,7 +243,8 @@ HRESULT CKVMenuOverlay::GetSourceScale(double* pX, double* pY)
 
 HRESULT CKVMenuOverlay::ClearForResolve()
 {
-    return Edit([this](EditScope&) {
+    return Change([this] {
+        ReadBack();
         m_maskWidth = m_maskHeight = 1;
         m_sourceScaleX = m_sourceScaleY = -1;
         return S_OK;

@@ -82,6 +82,11 @@ HRESULT CMenuOverlayImpl::getHandles(Corners& corners)
     return S_OK;
 }
 
+void CMenuOverlayImpl::AddChannels(std::vector<CNXEffect::ChannelValue>& values) const
+{
+    values.push_back({ZXP_SCALING, {m_scaling.stored.x, m_scaling.stored.y, 1}});
+}
+
 HRESULT CMenuOverlayImpl::SourceAspect(double& aspect)
 {
     if (m_effect) {
@@ -188,6 +193,12 @@ HRESULT CMenuOverlayImpl::setSourceRotation(LONG degrees)
 
 // Crop and size of the mask
 
+const CropArea& CMenuOverlayImpl::Crop()
+{
+    ReadBack();
+    return m_media.crop;
+}
+
 HRESULT CMenuOverlayImpl::setCrop(const CropArea& crop)
 {
     return Apply(822, [&] {
@@ -225,13 +236,15 @@ HRESULT CMenuOverlayImpl::AttachEffect(IUnknown* pUnkSbd, ULONG tagFilter)
 {
     const bool had = HasEffect();
     const HRESULT result = CMenuElementImpl::AttachEffect(pUnkSbd, tagFilter);
-    if (!had && HasEffect()) ReadBack();
+    if (!had && HasEffect()) m_isUnread = true;
     return result;
 }
 
 void CMenuOverlayImpl::ReadBack()
 {
-    // What documents say of an overlay with an effect does not tell of these.
+    if (!m_isUnread) return;
+    m_isUnread = false;
+    if (!m_effect) return;
     FloatRect area{};
     if (m_effect.getSourceCrop(area) == S_OK && area != AreaOf(m_media.crop)) {
         m_media.crop = {(double{area.fLeft} + area.fRight) / 2, (double{area.fTop} + area.fBottom) / 2,
@@ -250,10 +263,10 @@ HRESULT CMenuOverlayImpl::syncEffect(bool capture)
     HRESULT result = CMenuElementImpl::syncEffect(capture);
     if (FAILED(result)) return result;
     if (capture) return CaptureMedia();
-    result = setSize(m_scaling.stored.x * 2, m_scaling.stored.y * 2);
-    if (SUCCEEDED(result) && m_media.source.Empty()) {
+    onPropertyChanged(807);
+    if (m_media.source.Empty()) {
         onPropertyChanged(200);
-    } else if (SUCCEEDED(result)) {
+    } else {
         result = setSource(m_media.source);
     }
     if (SUCCEEDED(result) && !m_media.alphaMask.Empty())
@@ -277,6 +290,7 @@ HRESULT CMenuOverlayImpl::PushPoints()
 
 HRESULT CMenuOverlayImpl::CaptureMedia()
 {
+    ReadBack();
     OverlayMedia media;
     ZXPVector scaling{};
     LONG rotation = 0;
@@ -299,6 +313,7 @@ HRESULT CMenuOverlayImpl::CaptureMedia()
 
 void CMenuOverlayImpl::attributes(AttributeArchive& archive)
 {
+    if (!archive.Reads() && !archive.Writes()) ReadBack();
     CMenuElementImpl::attributes(archive);
     archive.OnlyRecord(m_maskWidth);
     archive.OnlyRecord(m_maskHeight);

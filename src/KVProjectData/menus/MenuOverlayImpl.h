@@ -54,7 +54,7 @@ public:
     HRESULT getSourceRotation(LONG& degrees) const;
     HRESULT setSourceRotation(LONG degrees);
 
-    const CropArea& Crop() const { return m_media.crop; }
+    const CropArea& Crop();
     HRESULT setCrop(const CropArea& crop);
     /// No event.
     HRESULT setMaskSize(double width, double height);
@@ -70,10 +70,15 @@ protected:
     using CMenuElementImpl::CMenuElementImpl;
 
     HRESULT getHandles(Corners& corners) override;
+    void AddChannels(std::vector<CNXEffect::ChannelValue>& values) const override;
     HRESULT getScale(FloatPoint& scale) override;
 
     /// What no document tells of, for a copy.
     void CopyRestTo(CMenuOverlayImpl& copy) const { copy.m_sourceRotation = m_sourceRotation; }
+
+    /// Reads the crop and the size of the mask of an effect that was found, which what documents say of an overlay with
+    /// an effect does not tell. Whoever needs them asks for that first: most overlays that are loaded are not asked.
+    void ReadBack();
 
     double m_maskWidth = -1;
     double m_maskHeight = -1;
@@ -88,14 +93,14 @@ private:
     HRESULT PushCrop();
     HRESULT PushPoints();
     HRESULT CaptureMedia();
-    /// What the effect knows beside what documents tell of an overlay that has one.
-    void ReadBack();
     /// Width to height of what the source shows; 4/3 where nobody knows.
     HRESULT SourceAspect(double& aspect);
 
     StoredChannel m_scaling{ZXP_SCALING, {1, 1, 1}};
     OverlayMedia m_media;
     LONG m_sourceRotation = 0;
+    /// Whether ReadBack is still to be done.
+    bool m_isUnread = false;
     /// Of the stored source, once it was looked into.
     std::optional<double> m_sourceAspect;
 };

@@ -213,11 +213,11 @@ HRESULT CMenuTextImpl::setHandle(TextHandles handle)
     });
 }
 
-HRESULT CMenuTextImpl::PushAnchor()
+void CMenuTextImpl::AddChannels(std::vector<CNXEffect::ChannelValue>& values) const
 {
-    if (m_handle == 0) return S_OK;
+    if (m_handle == 0) return;
     const FloatPoint anchor = AnchorOf(m_handle);
-    return kEngine.Checked(m_effect.setChannel(ZXP_HANDLES, 0.0, ZXP_FROM_START, {anchor.x, anchor.y, 0}));
+    values.push_back({ZXP_HANDLES, {anchor.x, anchor.y, 0}});
 }
 
 HRESULT CMenuTextImpl::getHandles(Corners& corners)
@@ -274,7 +274,6 @@ HRESULT CMenuTextImpl::syncEffect(bool capture)
     if (!m_loaded.Empty()) StoreDocument(m_loaded.Copy());
     if (m_document) result = ReplaceDocument(m_document);
     if (SUCCEEDED(result)) result = CMenuElementImpl::syncEffect(false);
-    if (SUCCEEDED(result)) result = PushAnchor();
     // The text keeps it until the effect holds everything.
     if (SUCCEEDED(result)) StoreDocument(XmlElement());
     return result;

@@ -47,6 +47,7 @@ protected:
     using CMenuElementImpl::CMenuElementImpl;
 
     HRESULT getHandles(Corners& corners) override;
+    void AddChannels(std::vector<CNXEffect::ChannelValue>& values) const override;
 
     /// Stores a document for a text without effect.
     void StoreDocument(const XmlElement& document);
@@ -63,7 +64,6 @@ private:
     void RecordDocument();
     /// The point of the box that stands at the text's place.
     HRESULT GetAnchor(FloatPoint& anchor);
-    HRESULT PushAnchor();
 
     /// 0 for that of the document.
     LONG m_handle = Handle_Center;

@@ -11,10 +11,9 @@
 
 namespace kv {
 
-class CProduction final
-    : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects, IZXEProductionPersist,
-                    IZXEProductionMarkup, IZXEProductionFrames, IZXEProductionNotify, ConnectionPointContainer,
-                    IStoryboardOwner> {
+class CProduction final : public Object<IZXEProductionData, IEditData, IProductionInfo, IProductionObjects,
+                                        IZXEProductionPersist, IZXEProductionMarkup, IZXEProductionFrames,
+                                        IZXEProductionNotify, ConnectionPointContainer, IStoryboardOwner> {
 public:
     using Object::Object;
 
