@@ -97,7 +97,8 @@ void ProjectArchive::Gather()
     const std::function<void(std::u16string_view)> hear = [this](std::u16string_view path) { AddSource(path); };
     const Listener listener(m_fileName, hear);
     XmlMarkup markup(1);
-    SaveWithProductions(m_project, XmlElement::New("Root"), markup);
+    XmlStandIns productions;
+    SaveWithProductions(m_project, XmlElement::New("Root"), markup, productions);
     for (Source& source : m_sources)
         Classify(source);
 }
