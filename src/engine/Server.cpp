@@ -1,5 +1,6 @@
 // The entry points of the engine's server library and the classes that it creates.
 
+#include "KVProjectData/Engine/Classes.h"
 #include "engine/import/ClipImporter.h"
 #include "engine/import/Q71Importer.h"
 #include "engine/media/MediaInformation.h"
@@ -27,6 +28,8 @@ constexpr ServerClass kClasses[]{
     {&CLSID_ZXClipImporter, &CreateObject<CClipImporter>, u"ZXEngine.ClipImporter.1", u"ZXEngine.ClipImporter",
      u"Importer of Clips", &CATID_KVProjectImport},
 };
+
+static_assert(std::size(kClasses) == kEngineClasses.size());
 
 constexpr ServerDescription kServer{.classes = kClasses};
 

@@ -66,6 +66,13 @@ bool IsMoniker(std::string_view source)
     return colon != source.npos && colon > 1 && source.find_first_of("/\\") > colon;
 }
 
+/// Neither from a root nor with a drive or a macro in front.
+bool IsRelative(std::string_view path)
+{
+    const std::string_view first = path.substr(0, path.find_first_of("/\\"));
+    return !first.empty() && first.front() != '%' && first.find(':') == first.npos;
+}
+
 /// 0 for none, and for what is none.
 ULONG IdOf(const Element& element, const std::string& attribute)
 {
@@ -77,8 +84,9 @@ ULONG IdOf(const Element& element, const std::string& attribute)
 /// What stands among the productions of a file.
 class ProductionCheck {
 public:
-    ProductionCheck(const Session& session, const Element& project, MediaFiles& files, std::vector<std::string>& faults)
-        : m_session(session), m_files(files), m_faults(faults)
+    ProductionCheck(const Session& session, const std::string& file, const Element& project, MediaFiles& files,
+                    std::vector<std::string>& faults)
+        : m_session(session), m_folder(file.substr(0, file.find_last_of('/') + 1)), m_files(files), m_faults(faults)
     {
         ForEachChild(project, {}, [this](const Element& list, const std::string& path) {
             if (list.Name() == "Titles") CollectOwners(list, path, "Title");
@@ -154,7 +162,10 @@ private:
     void CheckMedia(const std::string& source, const std::string& path, bool isOfMenu)
     {
         if (IsMoniker(source)) return;
-        const kv::Bstr file = m_session.Resolved(source);
+        kv::Bstr file = m_session.Resolved(source);
+        // Relative paths are tried from the folder of the project's file.
+        const kv::Bstr beside(kv::ToUtf16(m_folder + source));
+        if (IsRelative(source) && m_files.KindOf(beside.View()) != FileKind::Missing) file = beside;
         const std::string fault = m_files.Fault(file.View());
         if (fault.empty()) return;
         std::string sentence = path + ": the file " + kv::ToUtf8(file.View()) + ' ' + fault;
@@ -166,6 +177,8 @@ private:
     }
 
     const Session& m_session;
+    /// Of the file, with its separator; empty for the working folder.
+    const std::string m_folder;
     MediaFiles& m_files;
     /// The titles and menus whose production was not met yet, by ID, with its name.
     std::multiset<std::pair<ULONG, std::string>> m_owners;
@@ -185,7 +198,7 @@ std::vector<std::string> CheckFile(const std::string& file)
     std::vector<std::string> faults = FindLosses(*document, file);
     std::set<ULONG> seen;
     MediaFiles files;
-    ProductionCheck productions(session, Element(FindProject(*document)), files, faults);
+    ProductionCheck productions(session, file, Element(FindProject(*document)), files, faults);
     bool firstProductions = true;
     ForEachChild(RootOf(*document), {}, [&](const Element& child, const std::string& path) {
         // Productions have no IDs of their own.

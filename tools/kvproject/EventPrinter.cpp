@@ -125,8 +125,16 @@ public:
             return S_OK;
         }
         const kv::MemberDescription* event = FindEvent(member);
+        const std::lock_guard printing(m_printing);
         if (m_out && event) *m_out << Line(*event, *params) << std::endl;
         return S_OK;
+    }
+
+    /// Events that are still on their way are not printed.
+    void Close()
+    {
+        const std::lock_guard printing(m_printing);
+        m_out = nullptr;
     }
 
     std::mutex& Gate() { return m_gate; }
@@ -140,7 +148,8 @@ public:
     }
 
 private:
-    std::ostream* const m_out;
+    std::mutex m_printing;
+    std::ostream* m_out;
     std::mutex m_gate;
     std::mutex m_mutex;
     std::condition_variable m_fenceArrived;
@@ -159,6 +168,7 @@ EventPrinter::EventPrinter(IKVProjectData& project, std::ostream* out)
 EventPrinter::~EventPrinter()
 {
     m_point->Unadvise(m_cookie);
+    m_sink->Close();
 }
 
 kv::ComPtr<IKVTitle> EventPrinter::AddTitle(const kv::Bstr& source, LONG position)
@@ -168,6 +178,11 @@ kv::ComPtr<IKVTitle> EventPrinter::AddTitle(const kv::Bstr& source, LONG positio
     Require(m_project.AddTitle(position, title.Put()), "cannot add a title");
     Require(title->put_Source(source.Get()), "cannot set the title's source");
     return title;
+}
+
+std::unique_lock<std::mutex> EventPrinter::HoldTitles()
+{
+    return std::unique_lock(m_sink->Gate());
 }
 
 void EventPrinter::WaitForAll()

@@ -27,6 +27,9 @@ public:
     /// The position counts from 1; 0 is behind the last.
     kv::ComPtr<IKVTitle> AddTitle(const kv::Bstr& source, LONG position);
 
+    /// While this is held nobody hears of titles, which get their sources meanwhile.
+    std::unique_lock<std::mutex> HoldTitles();
+
     /// Waits until everything that happened so far, and what it caused, was told.
     void WaitForAll();
 

@@ -1,5 +1,6 @@
 #include "Failure.h"
 
+#include "KVProjectData/Engine/Media.h"
 #include "KVProjectData/ResultCodes.h"
 #include "Text.h"
 
@@ -75,6 +76,8 @@ constexpr std::array kMeanings = std::to_array<std::pair<HRESULT, std::string_vi
     {KV_E_FILE_DOES_NOT_PARSE, "the file is not a well-formed project document"},
     {KV_E_FILE_TOO_OLD, "the file is of a version that is too old, or is no project"},
     {KV_E_NO_ARCHIVE_FOLDER, "the archive folder cannot be created"},
+    {ZXE_E_NOT_MEDIA, "neither video nor picture that can be read"},
+    {ZXE_E_NO_STREAM, "there are no moving pictures in it"},
     {KV_E_QUEUE_NOT_SIGNALLED, "the event could not be told; it stays queued"},
 });
 

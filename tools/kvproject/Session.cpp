@@ -1,7 +1,7 @@
 #include "Session.h"
 
 #include "Failure.h"
-#include "KVProjectData/Engine.h"
+#include "KVProjectData/Engine/Classes.h"
 #include "KVProjectData/Identities.h"
 #include "KVProjectData/ResultCodes.h"
 #include "platform/com/Activation.h"
@@ -11,6 +11,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <unistd.h>
 
 namespace kvproject {
@@ -39,14 +40,13 @@ void ForEachLibrary(HRESULT (*change)(std::u16string_view), std::string_view wha
     Require(batch.Commit(), "cannot write the registry");
 }
 
-/// Enters the place of the engine for the classes that the project library creates. Registering the engine would load
-/// it, and with it more libraries than anything that a project without productions needs.
+/// Enters the place of the engine for its classes. Registering the engine would load it, and with it more libraries
+/// than anything that a project without productions needs.
 void RegisterEngineClasses()
 {
     const std::string library = EngineLibrary();
     if (access(library.c_str(), R_OK) != 0) throw Failure("cannot register " + library + ": it is not there");
-    for (const CLSID& clsid :
-         {CLSID_ZXEProduction, CLSID_ZXMediaInformation, CLSID_ZXStringTable, CLSID_ZXTextPlugIn}) {
+    for (const CLSID& clsid : kv::kEngineClasses) {
         Require(kv::Registry::Set(kv::Hive::ClassesRoot, u"CLSID\\" + kv::GuidText(clsid) + u"\\InprocServer32", {},
                                   kv::ToUtf16(library)),
                 "cannot register " + library);
@@ -104,6 +104,23 @@ void RegisterForThisProcess()
     registered = true;
 }
 
+void RegisterImporters()
+{
+    // Libraries of other makers, of which the registry in memory knows nothing.
+    std::set<std::u16string> libraries;
+    for (const CLSID& clsid : kv::ClassesOfCategory(CATID_KVProjectImport)) {
+        std::u16string library =
+            kv::Registry::QueryText(kv::Hive::ClassesRoot, u"CLSID\\" + kv::GuidText(clsid) + u"\\InprocServer32", {});
+        if (kv::PathFindFileName(library) != u"libKVEngine.so") libraries.insert(std::move(library));
+    }
+    RegisterForThisProcess();
+    Require(kv::RegisterServer(kv::ToUtf16(EngineLibrary())), "cannot register " + EngineLibrary());
+    for (const std::u16string& library : libraries) {
+        const HRESULT registered = kv::RegisterServer(library);
+        if (FAILED(registered)) TellFailure(kv::ToUtf8(library) + ": " + Describe(registered));
+    }
+}
+
 Session::Session()
 {
     RegisterForThisProcess();
@@ -141,6 +158,15 @@ void Session::Save(const std::string& file)
         throw Failure("cannot save " + file + ": " + Describe(result, "there is no folder " + folder.string()));
     }
     Require(result, "cannot save " + file);
+}
+
+HRESULT Session::Archive(const std::string& file, bool planned, IKVArchiveEvents& events) const
+{
+    const auto archive = kv::Query<IKVProjectArchive>(m_files);
+    if (!archive) return E_NOINTERFACE;
+    const kv::Bstr name = FileName(file);
+    return planned ? archive->PlanArchive(name.Get(), m_project.Get(), &events)
+                   : archive->ArchiveProject(name.Get(), m_project.Get(), &events);
 }
 
 kv::Bstr Session::Resolved(std::string_view path) const

@@ -2,6 +2,7 @@
 // A host's connection to the library: the server libraries, and a project made by its class name.
 
 #include "KVProjectData/IKVFileService.h"
+#include "KVProjectData/IKVProjectArchive.h"
 #include "KVProjectData/IKVProjectData.h"
 #include "platform/com/ComPtr.h"
 
@@ -20,6 +21,9 @@ void Unregister();
 /// Registers the libraries for this process alone, in memory.
 void RegisterForThisProcess();
 
+/// The same, with all importers: those of these libraries and those that the user's registry file names.
+void RegisterImporters();
+
 class Session {
 public:
     /// Creates an empty project and a file service. Throws Failure.
@@ -33,6 +37,9 @@ public:
     /// Throws Failure with the place and the reason for a file that does not parse.
     void Load(const std::string& file);
     void Save(const std::string& file);
+
+    /// Archives the project as a file, or tells what would be done. What the events give up returns their result.
+    HRESULT Archive(const std::string& file, bool planned, IKVArchiveEvents& events) const;
 
     /// What a path of the file stands for on this machine.
     kv::Bstr Resolved(std::string_view path) const;

@@ -1,11 +1,13 @@
 // kvproject: makes, shows, edits and checks project files, as a host of the library.
 
+#include "Archive.h"
 #include "Check.h"
 #include "Clips.h"
 #include "Editor.h"
 #include "EventPrinter.h"
 #include "Failure.h"
 #include "Idl.h"
+#include "Import.h"
 #include "Lines.h"
 #include "ObjectPath.h"
 #include "ProjectFile.h"
@@ -58,6 +60,18 @@ CLI::Option* AddFileOptions(CLI::App& command, FileOptions& options, bool events
     return file->required()->transform(HostPath);
 }
 
+/// The name of a file without folder and extension.
+std::string StemOf(const std::string& file)
+{
+    return std::filesystem::path(file).stem().string();
+}
+
+void NameProject(IKVProjectData& project, const std::string& name)
+{
+    SetMember(project, "Label", name);
+    SetMember(project, "DisplayName", name);
+}
+
 struct NewOptions : FileOptions {
     std::string format;
     std::string standard;
@@ -73,10 +87,7 @@ int RunNew(const NewOptions& options)
     IKVProjectData& project = session.Project();
     EventPrinter events(project, options.EventStream());
     if (!options.format.empty()) SetMember(project, "DiscFormat", options.format);
-    const std::string label =
-        options.label.empty() ? std::filesystem::path(options.file).stem().string() : options.label;
-    SetMember(project, "Label", label);
-    SetMember(project, "DisplayName", label);
+    NameProject(project, options.label.empty() ? StemOf(options.file) : options.label);
     for (const std::string& clip : options.titles)
         AddClip(events, clip, 0);
     for (const std::string& file : options.dataFiles)
@@ -99,9 +110,11 @@ void Show(const ShowOptions& options, const std::string& file, std::ostream& out
     Session session;
     // The output is to be JSON and nothing else.
     std::ostream* const events = options.json ? &std::cerr : &out;
-    EventPrinter printer(session.Project(), options.events ? events : nullptr);
-    session.Load(file);
-    printer.WaitForAll();
+    {
+        EventPrinter printer(session.Project(), options.events ? events : nullptr);
+        session.Load(file);
+        printer.WaitForAll();
+    }
     const bool several = options.files.size() > 1;
     if (!options.json) {
         if (several) out << "File: " << Shown(file) << '\n';
@@ -245,6 +258,47 @@ int RunCheck(const std::vector<std::string>& files)
     });
 }
 
+struct ArchiveOptions : FileOptions {
+    std::string target;
+    bool planned = false;
+};
+
+int RunArchive(const ArchiveOptions& options)
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const bool isFolder = fs::is_directory(options.target, error);
+    const std::string target =
+        isFolder ? (fs::path(options.target) / fs::path(options.file).filename()).string() : options.target;
+    if (!options.force) RequireNew(target);
+    Session session;
+    const ProjectFile file(session, options.file);
+    TellLosses(file);
+    return Archive(session, target, options.planned, std::cout);
+}
+
+struct ImportOptions : FileOptions {
+    std::string source;
+};
+
+int RunImport(const ImportOptions& options)
+{
+    if (!options.force) RequireNew(options.file);
+    RegisterImporters();
+    Session session;
+    EventPrinter events(session.Project(), options.EventStream());
+    int code = 0;
+    {
+        const auto held = events.HoldTitles();
+        code = Import(session.Project(), options.source, std::cout);
+    }
+    if (code > kFault) return code;
+    NameProject(session.Project(), StemOf(options.file));
+    options.force ? session.Save(options.file) : SaveNew(session, options.file);
+    events.WaitForAll();
+    return code;
+}
+
 struct RenderOptions : FileOptions {
     Picture picture;
     std::string size;
@@ -338,6 +392,23 @@ int Run(int argc, char** argv)
         ->required()
         ->check(CheckAssignment);
     relink->callback([&run, moved, places] { run = [moved, places] { return RunRelink(*moved, *places); }; });
+
+    auto archived = std::make_shared<ArchiveOptions>();
+    CLI::App* archive = app.add_subcommand("archive", "Save a project with copies of all its files beside it");
+    AddFileOptions(*archive, *archived, false);
+    archive->add_option("DEST", archived->target, "The project file to make, or the folder that it is to stand in")
+        ->required()
+        ->transform(HostPath);
+    archive->add_flag("--dry-run", archived->planned, "Tell what would be copied, and change nothing");
+    archive->add_flag("--force", archived->force, "Replace an existing project file");
+    archive->callback([&run, archived] { run = [archived] { return RunArchive(*archived); }; });
+
+    auto imported = std::make_shared<ImportOptions>();
+    CLI::App* bring = app.add_subcommand("import", "Make a project file of files of another format");
+    bring->add_option("SOURCE", imported->source, "The file or folder to import")->required()->transform(HostPath);
+    AddFileOptions(*bring, *imported, true);
+    bring->add_flag("--force", imported->force, "Replace an existing file");
+    bring->callback([&run, imported] { run = [imported] { return RunImport(*imported); }; });
 
     auto edited = std::make_shared<EditOptions>();
     CLI::App* edit = app.add_subcommand("edit", "Edit by commands, one a line, with undo; the command help lists them");
