@@ -80,6 +80,10 @@ void AddButtonMembers(const ComPtr<IKVMenuButton>& button, const View& view, std
             const FloatRect rect = RectOf(edges);
             return button->put_ActiveRegion(&rect, VARIANT_TRUE);
         }));
+    members.back().clear = [button] {
+        constexpr FloatRect kNone{};
+        return button->put_ActiveRegion(&kNone, VARIANT_FALSE);
+    };
     members.push_back(Several<float>("HighlightRegion", kEdges, [button](Edges& edges) {
         FloatRect rect{};
         const HRESULT result = button->GetHighlightRegion(&rect);

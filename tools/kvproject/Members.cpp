@@ -60,7 +60,7 @@ void Member::Set(const std::string* part, std::string_view text, const std::stri
         if (FAILED(result)) throw Failure(what + ": " + Describe(result));
         texts = TextsOf(values);
         texts.at(PartIndex(*part)) = text;
-    } else if (parts.empty()) {
+    } else if (parts.empty() || (clear && text.empty())) {
         texts = {std::string(text)};
     } else {
         texts = Split(text, ',');
@@ -70,7 +70,7 @@ void Member::Set(const std::string* part, std::string_view text, const std::stri
         }
     }
     try {
-        const HRESULT result = write(texts);
+        const HRESULT result = !part && clear && text.empty() ? clear() : write(texts);
         if (result != S_OK) throw Failure(Describe(result));
     } catch (const Failure& failure) {
         throw Failure(what + ": " + failure.what());

@@ -27,6 +27,8 @@ struct Member {
     std::function<HRESULT(std::vector<Json>&)> read;
     /// Null where it can be read alone. May throw Failure.
     std::function<HRESULT(const Texts&)> write;
+    /// Takes the value away, which an empty text stands for. Null where there is always one.
+    std::function<HRESULT()> clear = nullptr;
     /// The texts that it, or each of its parts, can be. Null where they cannot be counted up, as with numbers.
     std::function<Texts()> names = nullptr;
 
