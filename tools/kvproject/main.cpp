@@ -334,8 +334,9 @@ int Run(int argc, char** argv)
     // A word that is no command is told by its name, before it is told that there is no command.
     app.require_subcommand(0, 1);
     app.footer("PATH names a member: Label, titles[1].Label, dataFiles[1].DestPath, encoding.VideoBitrate,\n"
-               "titles[2].encoding.SyncToProject. Lists count from 1. A VALUE is a text, a number, true or\n"
-               "false, or the name of one of the member's enumerators such as PAL; flags are joined by |.\n"
+               "titles[2].encoding.SyncToProject, menus[1].buttons[2].ActiveRegion.Left. Lists count from 1.\n"
+               "A VALUE is a text, a number, true or false, or the name of one of the member's enumerators such\n"
+               "as PAL; flags are joined by |, the parts of a region and the like by commas.\n"
                "Exit codes: 0 done, 1 something is wrong (a message tells what), 2 wrong usage.");
     app.failure_message([](const CLI::App*, const CLI::Error& error) { return Shown(error.what()) + kHelpHint; });
     app.set_version_flag("--version", "kvproject " KVPROJECT_VERSION);
