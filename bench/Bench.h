@@ -63,5 +63,6 @@ void MeasureTexts(std::vector<Row>& rows);
 void MeasureStoryboards(std::vector<Row>& rows);
 void MeasureFrames(std::vector<Row>& rows);
 void MeasureMenus(std::vector<Row>& rows);
+void MeasureArchives(std::vector<Row>& rows);
 
 } // namespace kv::bench

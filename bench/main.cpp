@@ -23,7 +23,7 @@ constexpr Group kGroups[]{
     {"dom", kv::bench::MeasureDom},         {"media", kv::bench::MeasureMedia},
     {"texts", kv::bench::MeasureTexts},     {"storyboards", kv::bench::MeasureStoryboards},
     {"effects", kv::bench::MeasureEffects}, {"frames", kv::bench::MeasureFrames},
-    {"menus", kv::bench::MeasureMenus},
+    {"menus", kv::bench::MeasureMenus},     {"archives", kv::bench::MeasureArchives},
 };
 
 } // namespace

@@ -34,8 +34,8 @@ HRESULT DocumentPaths::FromDocument(BSTR bstrText, BSTR* pbstrPath)
 {
     return Hand(pbstrPath, [&] {
         std::u16string path = m_paths->Resolve(View(bstrText));
-        const FilePlace* const place = FilePlace::Current();
-        auto full = place ? place->FromFile(path) : std::nullopt;
+        FilePlace* const place = FilePlace::Current();
+        auto full = place ? place->Read(path) : std::nullopt;
         return full ? std::move(*full) : std::move(path);
     });
 }

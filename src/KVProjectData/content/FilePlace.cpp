@@ -65,6 +65,13 @@ void FilePlace::SetProjectDirectory(std::u16string_view directory)
     m_directory = directory.empty() ? std::u16string() : FullPath(directory);
 }
 
+std::optional<std::u16string> FilePlace::Read(std::u16string_view text)
+{
+    auto full = FromFile(text);
+    if (full) m_names[*full] = text;
+    return full;
+}
+
 std::optional<std::u16string> FilePlace::FromFile(std::u16string_view path) const
 {
     return Below(m_folder, path);
@@ -87,9 +94,10 @@ std::optional<std::u16string> FilePlace::ToFile(std::u16string_view path)
         const auto archived = InArchive(*before);
         return archived ? archived : before;
     }
+    const auto known = m_names.find(path);
+    if (known != m_names.end() && FromFile(known->second) == path) return known->second;
     if (auto archived = InArchive(path)) return archived;
-    const auto copy = m_copies.find(path);
-    return copy != m_copies.end() && PathFileExists(copy->second) ? InArchive(copy->second) : std::nullopt;
+    return known != m_names.end() && PathFileExists(known->second) ? InArchive(known->second) : std::nullopt;
 }
 
 std::optional<std::u16string> FilePlace::InArchive(std::u16string_view path) const
@@ -119,7 +127,7 @@ bool PathAttribute(AttributeArchive& archive, std::string_view name, Bstr& path)
             return text ? Bstr(*text) : path;
         },
         [&](const Bstr& text) {
-            const auto full = place->FromFile(text.View());
+            const auto full = place->Read(text.View());
             path = full ? Bstr(*full) : text;
         });
 }

@@ -18,13 +18,15 @@ std::u16string FullPath(std::u16string_view path);
 /// The folder that belongs to a project file: its name without extension, and "_Files".
 std::u16string ArchiveFolder(std::u16string_view fileName);
 
-/// Copies that stand in an archive folder, by the files that they were made of; full paths both.
-using ArchivedCopies = std::map<std::u16string, std::u16string, std::less<>>;
+/// By the full paths of files: the relative path that a project file had for one, or the full path of the copy that was
+/// made of it in an archive folder.
+using KnownNames = std::map<std::u16string, std::u16string, std::less<>>;
 
 /// A project file that this thread reads or writes. While the object lives, the paths of documents that the thread
 /// loads or saves lead from this place:
 ///
-/// - A relative path that is read is tried from the folder of the file, and is a full path from then on.
+/// - A relative path that is read is tried from the folder of the file, and is a full path from then on. It is written
+///   as it was read where that leads to the same file.
 /// - A file in the archive folder beside the file is written as a relative path, so that both can be moved together.
 ///   So is one of which a copy stands there.
 /// - A relative path of the project that leads somewhere else from this place than before is written in full.
@@ -41,7 +43,11 @@ public:
     /// Where relative paths of a project in memory lead from: the folder above its directory where they begin with the
     /// directory's own name, as those that an archive leaves do, or the directory.
     void SetProjectDirectory(std::u16string_view directory);
-    void SetCopies(ArchivedCopies copies) { m_copies = std::move(copies); }
+    const KnownNames& Names() const { return m_names; }
+    void SetNames(KnownNames names) { m_names = std::move(names); }
+
+    /// The path that a text of the file stands for, if that is another one.
+    std::optional<std::u16string> Read(std::u16string_view text);
 
     /// The full path of what a relative path leads to from the file; nothing for other paths, and where nothing is.
     std::optional<std::u16string> FromFile(std::u16string_view path) const;
@@ -56,7 +62,7 @@ private:
     const std::u16string m_folder;
     const std::u16string m_archive;
     std::u16string m_directory;
-    ArchivedCopies m_copies;
+    KnownNames m_names;
     FilePlace* const m_outer;
 };
 

@@ -87,7 +87,7 @@ void ReadPaths(IKVProjectData& project, FilePlace& place)
     Bstr directory;
     ThrowIfFailed(project.get_ProjectDirectory(directory.Put()));
     place.SetProjectDirectory(directory.View());
-    if (const auto storyboards = Query<IProjectStoryboards>(&project)) place.SetCopies(storyboards->Copies());
+    if (const auto storyboards = Query<IProjectStoryboards>(&project)) place.SetNames(storyboards->Names());
 }
 
 using StringGetter = HRESULT (IKVProjectData::*)(BSTR*);
@@ -158,7 +158,7 @@ HRESULT CKVFileService::LoadProject(BSTR bstrFileName, IUnknown* pUnkProject)
             ShowMessageBox(fileName, u"No such file");
             return E_INVALIDARG;
         }
-        const FilePlace place(fileName);
+        FilePlace place(fileName);
         const ComPtr<IXMLDOMDocument> document = ReadDocument(fileName);
         ComPtr<IXMLDOMElement> root;
         document->get_documentElement(root.Put());
@@ -171,6 +171,7 @@ HRESULT CKVFileService::LoadProject(BSTR bstrFileName, IUnknown* pUnkProject)
             return version < kFirstOwnVersion ? ImportOldVersion(*root, pUnkProject) : project->loadXML(root.Get());
         });
         if (FAILED(result)) return result;
+        if (const auto storyboards = Query<IProjectStoryboards>(project)) storyboards->KeepNames(place.Names());
 
         result = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());
         if (FAILED(result)) return result;

@@ -1,6 +1,7 @@
 #include "KVProjectData/files/ProjectArchive.h"
 
 #include "KVProjectData/ResultCodes.h"
+#include "KVProjectData/content/ContentPaths.h"
 #include "KVProjectData/files/ProjectProductions.h"
 #include "KVProjectData/persistence/ProjectDocument.h"
 #include "KVProjectData/project/ProjectStoryboards.h"
@@ -42,11 +43,6 @@ bool IsMoniker(std::u16string_view name)
     return colon != name.npos && colon >= 2 && name.find_first_of(u"\\/") > colon;
 }
 
-void Require(HRESULT result)
-{
-    if (FAILED(result)) throw Error(result);
-}
-
 } // namespace
 
 ProjectArchive::ProjectArchive(IKVProjectData& project, std::u16string_view fileName, IKVArchiveEvents* events)
@@ -70,13 +66,14 @@ std::u16string ProjectArchive::Full(std::u16string_view path) const
     return ToUtf16(ToHostPath(FullPath(path)));
 }
 
-void ProjectArchive::AddSource(std::u16string_view path)
+void ProjectArchive::AddSource(std::u16string_view text)
 {
+    // Productions that are not loaded name files as documents do.
+    const std::u16string path = SharedContentPaths()->Resolve(text);
     if (path.empty() || (IsMoniker(path) && !PathFileExists(path))) return;
     std::u16string full = Full(path);
     if (!m_positions.emplace(full, m_sources.size()).second) return;
     Source& source = m_sources.emplace_back();
-    source.name = path;
     source.full = std::move(full);
     source.copy = m_folder + u'/' + PathFindFileName(source.full);
 }
@@ -123,7 +120,7 @@ void ProjectArchive::Classify(Source& source) const
 void ProjectArchive::Tell(const Source& source) const
 {
     if (!m_events) return;
-    Require(
+    ThrowIfFailed(
         m_events->OnFile(Bstr(source.full).Get(), Bstr(source.copy).Get(), source.outcome, source.result, source.size));
 }
 
@@ -135,7 +132,7 @@ void ProjectArchive::Start()
     for (const Source& source : m_sources) {
         if (source.outcome == ArchivedFile_Copied && names.insert(source.copy).second) bytes += source.size;
     }
-    if (m_events) Require(m_events->OnStart(static_cast<LONG>(m_sources.size()), bytes));
+    if (m_events) ThrowIfFailed(m_events->OnStart(static_cast<LONG>(m_sources.size()), bytes));
 }
 
 void ProjectArchive::Plan()
@@ -177,7 +174,7 @@ void ProjectArchive::Copy(Source& source)
     const HRESULT copied = file.CopyTo(HostCopy(source), [&](LONGLONG bytes) {
         return cancelled = m_events ? m_events->OnProgress(name.Get(), m_done + bytes) : S_OK;
     });
-    Require(cancelled);
+    ThrowIfFailed(cancelled);
     if (SUCCEEDED(copied)) {
         m_copies.push_back(HostCopy(source));
         m_done += file.Size();
@@ -230,25 +227,25 @@ void ProjectArchive::Run(const std::function<HRESULT()>& write)
 {
     Gather();
     const auto storyboards = Query<IProjectStoryboards>(&m_project);
-    ArchivedCopies copies = storyboards ? storyboards->Copies() : ArchivedCopies();
+    KnownNames names = storyboards ? storyboards->Names() : KnownNames();
     try {
-        Require(m_project.put_ProjectDirectory(Bstr(m_folderName).Get()));
+        ThrowIfFailed(m_project.put_ProjectDirectory(Bstr(m_folderName).Get()));
         MakeFolder();
         Start();
         for (Source& source : m_sources) {
             Copy(source);
             Tell(source);
-            if (IsArchived(source.full)) copies[source.full] = source.copy;
+            if (IsArchived(source.full)) names[source.full] = source.copy;
         }
-        m_place.SetCopies(copies);
+        m_place.SetNames(names);
         PointAtCopies();
-        Require(write());
+        ThrowIfFailed(write());
     } catch (...) {
         m_place.SetProjectDirectory(m_directory.View());
         TakeBack();
         throw;
     }
-    if (storyboards) storyboards->KeepCopies(std::move(copies));
+    if (storyboards) storyboards->KeepNames(std::move(names));
 }
 
 } // namespace kv

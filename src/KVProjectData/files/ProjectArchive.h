@@ -5,6 +5,7 @@
 #include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/content/FilePlace.h"
 #include "KVProjectData/files/ArchiveHelper.h"
+#include "platform/system/Paths.h"
 
 #include <functional>
 #include <set>
@@ -26,7 +27,7 @@ public:
 
 private:
     struct Source {
-        std::u16string name;
+        /// Full paths, of the file where it exists.
         std::u16string full;
         std::u16string copy;
         LONGLONG size = 0;
@@ -35,7 +36,7 @@ private:
     };
 
     void Gather();
-    void AddSource(std::u16string_view path);
+    void AddSource(std::u16string_view text);
     /// What is to be done with a source now.
     void Classify(Source& source) const;
     void Tell(const Source& source) const;
@@ -46,7 +47,7 @@ private:
     void PointAtCopies();
     void TakeBack() noexcept;
     std::u16string Full(std::u16string_view path) const;
-    std::string HostCopy(const Source& source) const { return ToUtf8(source.copy); }
+    std::string HostCopy(const Source& source) const { return ToHostPath(source.copy); }
     bool IsArchived(std::u16string_view full) const;
 
     IKVProjectData& m_project;

@@ -3,6 +3,7 @@
 #include "KVProjectData/Engine/Persist.h"
 #include "KVProjectData/Engine/Production.h"
 #include "KVProjectData/content/DocumentPaths.h"
+#include "KVProjectData/content/FilePlace.h"
 #include "KVProjectData/content/ParameterPaths.h"
 #include "KVProjectData/persistence/XMLPersistor.h"
 #include "KVProjectData/project/ProjectStoryboards.h"
@@ -363,6 +364,27 @@ private:
     const ComPtr<DocumentPaths> m_paths = Make<DocumentPaths>();
 };
 
+/// What is not loaded names its files as documents do, but for those that relative paths lead to: they are named by
+/// full paths between reading and writing.
+void TranslateKept(const XmlElement& productions,
+                   std::optional<std::u16string> (FilePlace::*translate)(std::u16string_view))
+{
+    FilePlace* const file = FilePlace::Current();
+    if (!file) return;
+    for (XmlView entry = productions.View().Child(kProduction); entry; entry = entry.Next(kProduction)) {
+        const XmlView storyboard = StoryboardOf(entry);
+        if (!storyboard) continue;
+        for (XmlView place = storyboard; place; place = place.Following(storyboard)) {
+            if (!place.IsElement()) continue;
+            for (const char* name : {"source", "mask"}) {
+                const auto text = place.Attribute(name);
+                const auto other = text ? (file->*translate)(ToUtf16(*text)) : std::nullopt;
+                if (other) XmlElement(productions.At(place)).SetAttribute(name, ToUtf8(*other));
+            }
+        }
+    }
+}
+
 } // namespace
 
 void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& markup, XmlStandIns& productions)
@@ -380,6 +402,7 @@ void SaveWithProductions(IKVProjectData& project, XmlElement root, XmlMarkup& ma
     for (const XmlElement& each : kept.Children(kProductions))
         root.AddCopy(each);
     if (!kept) root.Add(kProductions);
+    TranslateKept(root.Child(kProductions), &FilePlace::ToFile);
     Saver saver(root.Child(kProductions), productions);
     ThrowIfFailed(Writer(markup, saver).Visit(node, 0));
     saver.Finish();
@@ -405,6 +428,7 @@ void LoadProductions(IKVProjectData& project, const XmlElement& root)
             Loader(storyboards->Node(), productions).Run();
             kEngine.Checked(Guarded([&] { return storyboards->JoinStep(); }), "JoinStep()");
         }
+        TranslateKept(productions, &FilePlace::Read);
         const std::vector<XmlElement> all = root.Children(kProductions);
         const bool isEmpty = all.size() == 1 && !productions.View().FirstChild() && AttributeCount(productions) == 0;
         XmlElement kept = isEmpty ? XmlElement() : XmlElement::New(root.Name());

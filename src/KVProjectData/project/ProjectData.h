@@ -106,8 +106,8 @@ public:
     void KeepXml(const XmlElement& xml) override { m_keptProductions = xml; }
     XmlElement KeptProductions() override;
     void KeepProductions(XmlElement kept) override;
-    ArchivedCopies Copies() override;
-    void KeepCopies(ArchivedCopies copies) override;
+    KnownNames Names() override;
+    void KeepNames(KnownNames names) override;
     void LeaveStep() override { m_undo.LeaveStoryboards(); }
     HRESULT JoinStep() override { return m_undo.OpenMenus(); }
 
@@ -175,7 +175,7 @@ private:
     ObjectIndex m_objects{{&m_titles, &m_menus, &m_dataFiles}, m_menus};
 
     XmlElement m_keptProductions;
-    ArchivedCopies m_copies;
+    KnownNames m_names;
 
     ProjectEvents m_events{*this};
     ProjectUndo m_undo{*this, *this};

@@ -19,7 +19,7 @@ HRESULT CKVProjectData::Clear()
         DropLists();
         m_settings = Settings{};
         m_keptProductions = {};
-        m_copies.clear();
+        m_names.clear();
         m_dirty = false;
         m_events.EnableHeartbeat(true);
         return S_OK;
@@ -106,16 +106,16 @@ XmlElement CKVProjectData::KeptProductions()
     return m_keptProductions;
 }
 
-ArchivedCopies CKVProjectData::Copies()
+KnownNames CKVProjectData::Names()
 {
     const SectionLock lock(Section());
-    return m_copies;
+    return m_names;
 }
 
-void CKVProjectData::KeepCopies(ArchivedCopies copies)
+void CKVProjectData::KeepNames(KnownNames names)
 {
     const SectionLock lock(Section());
-    m_copies = std::move(copies);
+    m_names = std::move(names);
 }
 
 void CKVProjectData::KeepProductions(XmlElement kept)

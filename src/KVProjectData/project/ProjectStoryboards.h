@@ -19,10 +19,9 @@ struct IProjectStoryboards : IUnknown {
     virtual XmlElement KeptProductions() = 0;
     virtual void KeepProductions(XmlElement kept) = 0;
 
-    /// The copies of an archive that was made of the project, for the files that it names by their own paths still:
-    /// what productions show. Forgotten by Clear.
-    virtual ArchivedCopies Copies() = 0;
-    virtual void KeepCopies(ArchivedCopies copies) = 0;
+    /// How its files are named where it was loaded from, and where it was archived. Forgotten by Clear.
+    virtual KnownNames Names() = 0;
+    virtual void KeepNames(KnownNames names) = 0;
 
     /// The productions of the menus leave the open step, as a production is loaded only while it has no block open, and
     /// take part in it again from then on. Without a step nothing happens.

@@ -42,11 +42,6 @@ bool IsClip(const ListedClip& clip)
     }));
 }
 
-void Require(HRESULT result)
-{
-    if (FAILED(result)) throw Error(result);
-}
-
 /// Whatever happens before the import is done, the titles that it added go again.
 class AddedTitles {
 public:
@@ -65,14 +60,14 @@ public:
         ComPtr<IUnknown> production;
         LONG id = 0;
         const Bstr source(path);
-        Require(m_project.AddTitle(0, title.Put()));
-        Require(title->get_ID(&id));
+        ThrowIfFailed(m_project.AddTitle(0, title.Put()));
+        ThrowIfFailed(title->get_ID(&id));
         m_ids.push_back(id);
-        Require(title->put_Source(source.Get()));
-        Require(title->put_Label(Bstr(label).Get()));
-        Require(title->GetProduction(production.Put()));
+        ThrowIfFailed(title->put_Source(source.Get()));
+        ThrowIfFailed(title->put_Label(Bstr(label).Get()));
+        ThrowIfFailed(title->GetProduction(production.Put()));
         const auto content = Query<IEditData>(production);
-        Require(content ? content->AddSourceFile(0, source.Get(), 0.0, 0.0, -1, nullptr) : E_NOINTERFACE);
+        ThrowIfFailed(content ? content->AddSourceFile(0, source.Get(), 0.0, 0.0, -1, nullptr) : E_NOINTERFACE);
     }
     bool Empty() const { return m_ids.empty(); }
     void Keep() { m_ids.clear(); }
@@ -105,7 +100,7 @@ HRESULT CClipImporter::Import(BSTR bstrFileName, IUnknown* pUnkProjectData, BSTR
         const auto clips = ClipsOf(View(bstrFileName));
         if (!clips) return ZXE_E_NOT_MEDIA;
         const auto tell = [this](auto method, auto... arguments) {
-            Require(m_point.ForEachSink(
+            ThrowIfFailed(m_point.ForEachSink(
                 [&](IUnknown& sink) { return (static_cast<IKVProjectImportEvents&>(sink).*method)(arguments...); }));
         };
         const LONG total = static_cast<LONG>(clips->size());

@@ -160,6 +160,33 @@ TEST_F(ArchiveTest, CanBeCarriedAway)
     EXPECT_EQ(In("Trip_Files/b.txt"), Sources(*project).front());
 }
 
+TEST_F(ArchiveTest, TakesWhatRelativePathsAndProductionsThatAreNotLoadedName)
+{
+    folder.Write("Kept.xml", "<Root><Project Version='900'><DataFiles><File sourcePath='others/b.txt'/></DataFiles>"
+                             "</Project><Productions><Production ownerID='9' name='Storyboard'><Storyboard>"
+                             "<Panel source='clips\\a.y4m'/><Effect mask='clips/b.txt'/><Audio source='title:3'/>"
+                             "</Storyboard></Production></Productions></Root>");
+    ASSERT_EQ(S_OK, files->LoadProject(folder.File("Kept.xml").Get(), project.Get()));
+    EXPECT_THAT(Sources(*project), ElementsAre(In("others/b.txt")));
+    ASSERT_EQ(S_OK, files->SaveProject(folder.File("Kept.xml").Get(), project.Get()));
+    ASSERT_EQ(S_OK, files->SaveProject(folder.File("clips/Kept.xml").Get(), project.Get()));
+    ASSERT_EQ(S_OK, Archive("others/Trip.xml"));
+    const std::string clips = folder.PathOf("clips/");
+    const std::string data = folder.PathOf("others/b.txt");
+    for (const auto& [file, panel, mask, source] :
+         {std::tuple("Kept.xml", std::string("clips\\a.y4m"), std::string("clips/b.txt"), std::string("others/b.txt")),
+          {"clips/Kept.xml", clips + "a.y4m", clips + "b.txt", data},
+          {"others/Trip.xml", "Trip_Files\\a.y4m", clips + "b.txt", "Trip_Files\\b.txt"}}) {
+        const auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
+        VARIANT_BOOL parsed = VARIANT_FALSE;
+        ASSERT_EQ(S_OK, document->load(Variant(folder.File(file).View()), &parsed));
+        const std::string text = ToUtf8(XmlOf(*document));
+        for (const std::string& part : {"<Panel source=\"" + panel, "<Effect mask=\"" + mask, "sourcePath=\"" + source,
+                                        std::string("<Audio source=\"title:3")})
+            EXPECT_NE(text.npos, text.find(part + '"')) << part << " in " << text;
+    }
+}
+
 TEST_F(ArchiveTest, TellsWhatBecomesOfEachFile)
 {
     std::filesystem::create_directory(folder.Path() / "Trip_Files");
