@@ -1,5 +1,6 @@
 // Random edits, undone and redone: every document on the way back and forth is one that was seen before.
 
+#include "KVProjectData/Engine.h"
 #include "support/Contents.h"
 
 #include <algorithm>
@@ -57,13 +58,19 @@ public:
             const auto document = ParseXml(u"<Native/>");
             ComPtr<IXMLDOMElement> root;
             document->get_documentElement(root.Put());
-            EXPECT_EQ(S_OK, Menu(i)->SaveXML(root.Get(), VARIANT_TRUE));
+            const auto menu = Menu(i);
+            EXPECT_EQ(S_OK, menu->SaveXML(root.Get(), VARIANT_TRUE));
             text += XmlOf(*root.Get());
+            for (const auto get : {&IKVMenu::GetProduction, &IKVMenu::GetBackgroundProduction}) {
+                ComPtr<IUnknown> production;
+                (menu.Get()->*get)(production.Put());
+                if (production) text += Saved(production);
+            }
         }
         return text;
     }
 
-    static constexpr unsigned kKinds = 18;
+    static constexpr unsigned kKinds = 20;
 
     /// A snapshot knows nothing of titles and menus that are out of the project.
     static bool EditsRemoved(const Edit& edit)
@@ -91,7 +98,9 @@ public:
             [&] { menu ? EditMenu(*menu.Get(), what) : void(); }, [&] { menu ? EditLooks(*menu.Get(), what) : void(); },
             [&] { menu ? EditElements(*menu.Get(), what) : void(); },
             [&] { menu ? EditButton(*menu.Get(), what) : void(); },
-            [&] { menu ? EditGroups(*menu.Get(), what) : void(); });
+            [&] { menu ? EditGroups(*menu.Get(), what) : void(); },
+            [&] { menu ? EditShown(*menu.Get(), where, what) : void(); },
+            [&] { menu ? EditShown(*menu.Get(), where, what) : void(); });
     }
 
     /// An edit that changes the document and is never recorded.
@@ -111,6 +120,16 @@ public:
     const ComPtr<IKVProjectData> project = NewProject();
 
 private:
+    /// What the file of a project holds of a production.
+    static std::u16string Saved(const ComPtr<IUnknown>& production)
+    {
+        const auto document = ParseXml(u"<Production/>");
+        ComPtr<IXMLDOMElement> root;
+        document->get_documentElement(root.Put());
+        EXPECT_EQ(S_OK, Query<IZXEProductionPersist>(production)->Save(root.Get(), nullptr));
+        return XmlOf(*root.Get());
+    }
+
     /// Makes one of the edits.
     template <class... Edits>
     static void Choose(unsigned number, Edits&&... edits)
@@ -304,7 +323,8 @@ private:
         const auto at = [&](unsigned number) { return static_cast<LONG>(number % (count + 1)) + 1; };
         ComPtr<IKVMenuElement> element;
         list->GetElement(at(what / 7), element.Put());
-        const auto add = [&] { list->AddElement(&IKVMenuButton::IID, element.Put()); };
+        const GUID* const kinds[]{&IKVMenuButton::IID, &IKVMenuOverlay::IID, &IKVMenuText::IID};
+        const auto add = [&] { list->AddElement(kinds[what / 7 % 3], element.Put()); };
         Choose(
             what, add, add, add, [&] { list->MoveElement(at(what / 7), at(what / 11)); },
             [&] { menu.MoveElementOrder(at(what / 7) - 1, at(what / 13) - 1); },
@@ -326,6 +346,32 @@ private:
             [&] { button->put_ButtonScheme(static_cast<LONG>(what % 3)); },
             [&] { button->put_ActiveRegion(&region, Flag(what)); }, [&] { button->put_ButtonLinks(&links); },
             [&] { button->ApplyTo(Button(menu, what / 5).Get()); });
+    }
+
+    /// Edits an overlay or a text that stands in the menu itself.
+    static void EditShown(IKVMenu& menu, unsigned where, unsigned what)
+    {
+        const auto list = Query<IKVMenuElementList>(&menu);
+        const auto count = static_cast<unsigned>(ValueOf(*list.Get(), &IKVMenuElementList::get_ElementCount));
+        ComPtr<IKVMenuElement> element;
+        if (count == 0 || FAILED(list->GetElement(static_cast<LONG>(where % count) + 1, element.Put()))) return;
+        Choose(
+            what / 13, [&] { element->SetPosition(Eighths(what), 0.25F); },
+            [&] { element->put_Rotation(static_cast<float>(what % 90)); }, [&] { element->put_Flags(what); });
+        if (const auto text = Query<IKVMenuText>(element)) {
+            Choose(
+                what, [&] { text->put_String(RandomText(what).Get()); }, [&] { text->put_Justify(what % 3); },
+                [&] { text->put_height(static_cast<LONG>(8 + what % 40)); }, [&] { text->put_Style(what % 8); },
+                [&] { text->put_Handle(static_cast<TextHandles>(1 + what % 9)); },
+                [&] { text->SetColor(TextColor{}, what); }, [&] { text->put_Font(Str(u"DejaVu Serif").Get()); });
+        }
+        if (const auto overlay = Query<IKVMenuOverlay>(element)) {
+            Choose(
+                what, [&] { overlay->SetSize(Eighths(what), 0.5F); },
+                [&] { overlay->put_Label(RandomText(what).Get()); },
+                [&] { overlay->SetCropedRect(Eighths(what), 0, 1, 1); }, [&] { overlay->SetMaskSize(what, 0.5); },
+                [&] { overlay->put_ZoomMask(Flag(what)); }, [&] { element->SetWidthHeight(Eighths(what), 1); });
+        }
     }
 
     static void EditGroups(IKVMenu& menu, unsigned what)
