@@ -31,7 +31,6 @@ HRESULT CKVMenu::AddtoGroup(LONG nEleId, LONG nGroupID)
         m_groups.ReserveRoom(1);
         m_groups.RecordChange(ListChange::Add, *group, m_groups.ChildCount());
         m_groups.Adopt(*group, -1, true);
-        SetModified(false);
         return S_OK;
     });
 }
@@ -65,7 +64,6 @@ HRESULT CKVMenu::RemoveGroup(LONG nGroupID)
         if (!group) return S_OK;
         m_groups.RecordChange(ListChange::Remove, *group, index);
         m_groups.TakeOut(index);
-        SetModified(false);
         return S_OK;
     });
 }
