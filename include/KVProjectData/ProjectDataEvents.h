@@ -45,7 +45,8 @@ enum ProjectEvent : DISPID {
 
 /// `pos`, `fromPos` and `toPos` arrive as the caller of the changing member passed them; `propID` is the DISPID of
 /// the changed property, 11 for the project's dirty flag. ProjectChangeList gives the IDs that events named since the
-/// last one, ascending and each once, in calls of at most 50; the array is lent for the call.
+/// last one, and those of the objects that undo and redo changed, ascending and each once, in calls of at most 50; the
+/// array is lent for the call.
 struct _IKVProjectDataEvents : IDispatch {
     static constexpr GUID IID = "cbf27734-ac10-4525-8b66-402800e03d2c"_guid;
     using Base = IDispatch;

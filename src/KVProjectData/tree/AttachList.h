@@ -21,11 +21,13 @@ public:
     /// Empties the list for a new step.
     void Restart() { Take(); }
 
-    /// Binds every listed node's effect and empties the list.
+    /// Binds every listed node's effect and empties the list: a node that puts itself there anew goes, too, since what
+    /// the storyboard has not brought back by now does not come.
     void Run()
     {
         for (const auto& node : Take())
             if (const auto object = node.Hold()) (*node).AttachEffect();
+        Take();
     }
 
 private:

@@ -35,6 +35,15 @@ std::vector<CKVButtonStlState::Element> CKVButtonStlState::ElementsOf(const CNod
     return elements;
 }
 
+void CKVButtonStlState::ReportTo(CProjectNode& button, DrivingUndo&)
+{
+    const LineageLock lock(button);
+    ReportChange(button);
+    for (const auto& elements : {ElementsOf(*button.GetChild(kButtonElements)->List()), m_elements})
+        for (const Element& element : elements)
+            ReportChange(button, element.node->ID());
+}
+
 HRESULT CKVButtonStlState::Exchange(CProjectNode& button, DrivingUndo&)
 {
     const LineageLock lock(button);

@@ -19,6 +19,7 @@ private:
     };
 
     HRESULT Exchange(CProjectNode& button, DrivingUndo& driving) override;
+    void ReportTo(CProjectNode& button, DrivingUndo& driving) override;
     static std::vector<Element> ElementsOf(const CNodeList& list);
 
     RecordedValues m_button;

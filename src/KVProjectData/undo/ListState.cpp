@@ -17,7 +17,7 @@ CProjectNode& LowestHeld(CNodeList& list)
 } // namespace
 
 CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
-    : StateRecord(list), m_child(child), m_index(index)
+    : StateRecord(list), m_child(child), m_removes(change == ListChange::Remove), m_index(index)
 {
     switch (change) {
     case ListChange::Add:
@@ -51,8 +51,14 @@ HRESULT CKVListState::Exchange(CNodeList& list, DrivingUndo& driving)
     return S_FALSE;
 }
 
+void CKVListState::ReportTo(CNodeList& list, DrivingUndo& driving)
+{
+    if (const CProjectNode* child = m_child.Find(driving)) ReportChange(list, child->ID());
+}
+
 HRESULT CKVListState::Reinsert(CNodeList& list, CProjectNode& child)
 {
+    if (m_removes && list.Type() == typeElementList) m_outside.emplace(child);
     // The list may have become shorter.
     list.Adopt(child, std::min(m_index, list.ChildCount()), false);
     AttachNowOrLater(child);
@@ -67,6 +73,13 @@ HRESULT CKVListState::Remove(CNodeList& list, CProjectNode& child)
     child.DetachEffect();
     m_held = list.TakeOut(m_index);
     m_turn = Turn::Reinsert;
+    if (!m_outside) return S_OK;
+    // The child is out all the same.
+    Guarded([this] {
+        m_outside->Restore();
+        return S_OK;
+    });
+    m_outside.reset();
     return S_OK;
 }
 

@@ -2,7 +2,10 @@
 // Undo of an edit of a list.
 
 #include "KVProjectData/tree/NodeList.h"
+#include "KVProjectData/undo/NodeImage.h"
 #include "KVProjectData/undo/StateRecord.h"
+
+#include <optional>
 
 namespace kv {
 
@@ -18,15 +21,21 @@ private:
     enum class Turn : ULONG { Reinsert = 0, Remove = 1, Move = 2 };
 
     HRESULT Exchange(CNodeList& list, DrivingUndo& driving) override;
+    void ReportTo(CNodeList& list, DrivingUndo& driving) override;
     HRESULT Reinsert(CNodeList& list, CProjectNode& child);
     HRESULT Remove(CNodeList& list, CProjectNode& child);
     HRESULT Move(CNodeList& list, CProjectNode& child);
 
     const RecordedNode<> m_child;
+    /// The edit took the child out.
+    const bool m_removes;
     Turn m_turn;
     LONG m_index;
     /// The child to insert again; empty while it is in the list.
     ComPtr<IUnknown> m_held;
+    /// Of an element that is in the list again: what it was outside of it. When it is taken out anew, its effect is
+    /// still to become what it was then.
+    std::optional<NodeImage> m_outside;
 };
 
 } // namespace kv

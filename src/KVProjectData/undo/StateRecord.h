@@ -1,6 +1,7 @@
 #pragma once
 // What the records of a node's state have in common.
 
+#include "KVProjectData/undo/ChangedObject.h"
 #include "KVProjectData/undo/RecordedNode.h"
 #include "KVProjectData/undo/UndoUnit.h"
 
@@ -17,9 +18,11 @@ public:
             m_passOver = false;
         } else {
             DrivingUndo driving;
-            const HRESULT exchanged = Guarded([&] {
+            const HRESULT exchanged = Guarded([&]() -> HRESULT {
                 Node* const node = m_node.Find(driving);
-                return node ? Exchange(*node, driving) : S_FALSE;
+                const HRESULT result = node ? Exchange(*node, driving) : S_FALSE;
+                if (result == S_OK) Report(*node, driving);
+                return result;
             });
             m_passOver = exchanged != S_OK;
             if (FAILED(exchanged)) return exchanged;
@@ -44,10 +47,22 @@ protected:
     /// S_FALSE when there is nothing to exchange with. A failure has changed nothing.
     virtual HRESULT Exchange(Node& node, DrivingUndo& driving) = 0;
 
+    /// Reports what an exchange has changed.
+    virtual void ReportTo(Node& node, DrivingUndo&) { ReportChange(node); }
+
     /// Kind and ID of the node.
     Bstr NodeDescription() const { return m_node.Description(); }
 
 private:
+    /// Without memory for the report the exchange has been made all the same.
+    void Report(Node& node, DrivingUndo& driving)
+    {
+        Guarded([&] {
+            ReportTo(node, driving);
+            return S_OK;
+        });
+    }
+
     const RecordedNode<Node> m_node;
     bool m_passOver = false;
 };

@@ -454,6 +454,127 @@ TEST_F(ElementTest, AStepTakesInWhatHappensToEffects)
     }
 }
 
+TEST_F(ElementTest, ARemovedElementIsWhatItWasAlsoByRedo)
+{
+    ComPtr<IKVMenu> shown;
+    ASSERT_EQ(S_OK, project->AddMenu(0, shown.Put()));
+    const auto inMenu = Query<IKVMenuElementList>(shown);
+    for (const bool inButton : {false, true}) {
+        ComPtr<IKVMenuElement> removed;
+        ComPtr<IKVMenuElement> element;
+        ASSERT_EQ(S_OK, inMenu->AddElement(inButton ? &IKVMenuButton::IID : &IKVMenuText::IID, removed.Put()));
+        element = removed;
+        if (inButton) {
+            const auto list = Query<IKVMenuElementList>(removed);
+            ASSERT_EQ(S_OK, list->AddElement(&IKVMenuText::IID, element.Put()));
+        }
+        const auto text = Query<IKVMenuText>(element);
+        EXPECT_EQ(S_OK, project->BeginUndo(nullptr));
+        EXPECT_EQ(S_OK, removed->SetPosition(0.5, 0));
+        EXPECT_EQ(S_OK, element->put_Rotation(30));
+        EXPECT_EQ(S_OK, text->put_String(Bstr(u"new").Get()));
+        EXPECT_EQ(S_OK, inMenu->RemoveElement(ValueOf(*removed.Get(), &IKVMenuElement::get_ID), nullptr));
+        End();
+        for (int round = 0; round < 3; ++round) {
+            EXPECT_EQ((FloatPoint{0.5, 0}), Position(*removed.Get()));
+            EXPECT_EQ(30, Rotation(*element.Get()));
+            EXPECT_EQ(u"new", Text(*text.Get(), &IKVMenuText::get_String));
+            UndoStep();
+            EXPECT_EQ(FloatPoint{}, Position(*removed.Get()));
+            EXPECT_EQ(0, Rotation(*element.Get()));
+            EXPECT_NE(u"new", Text(*text.Get(), &IKVMenuText::get_String));
+            RedoStep();
+        }
+    }
+}
+
+TEST_F(ElementTest, UndoAndRedoReportWhatTheyChange)
+{
+    ComPtr<IKVMenu> shown;
+    ComPtr<IKVTitle> title;
+    ComPtr<IKVMenuElement> button;
+    ComPtr<IKVMenuElement> text;
+    ComPtr<IUnknown> group;
+    ASSERT_EQ(S_OK, project->AddMenu(0, shown.Put()));
+    ASSERT_EQ(S_OK, project->AddTitle(0, title.Put()));
+    ASSERT_EQ(S_OK, Query<IKVMenuElementList>(shown)->AddElement(&IKVMenuButton::IID, button.Put()));
+    ASSERT_EQ(S_OK, Query<IKVMenuElementList>(button)->AddElement(&IKVMenuText::IID, text.Put()));
+    ASSERT_EQ(S_OK, shown->AddtoGroup(1, 0));
+    ASSERT_EQ(S_OK, shown->GetGroupIDByElementID(1, group.Put()));
+    const LONG menuID = ValueOf(*shown.Get(), &IKVMenu::get_ID);
+    const LONG titleID = ValueOf(*title.Get(), &IKVTitle::get_ID);
+    const LONG buttonID = ValueOf(*button.Get(), &IKVMenuElement::get_ID);
+    const LONG textID = ValueOf(*text.Get(), &IKVMenuElement::get_ID);
+    const LONG groupID = ValueOf(*Query<IGroupInfoNode>(group).Get(), &IGroupInfoNode::get_ID);
+
+    const auto reported = [&] {
+        Events();
+        project->Dispatch(CAsyncEventDispatcher::kHeartbeat, 0, 0, 0);
+        std::vector<LONG> ids;
+        for (const ReceivedEvent& event : sink->Take())
+            if (event.id == EVENT_ProjectChangeList) ids = event.arguments;
+        return ids;
+    };
+    const std::array<RGBEntry, 16> palette{};
+    const ButtonLinks links{1, 2, 3, 4};
+    DiscCommandParams command{PlayMenu, 1, 0, nullptr};
+    const struct {
+        const char* name;
+        std::function<HRESULT()> edit;
+        std::vector<LONG> ids;
+    } kRows[] = {
+        {"project", [&] { return project->put_Label(Bstr(u"x").Get()); }, {}},
+        {"title", [&] { return title->put_Label(Bstr(u"x").Get()); }, {titleID}},
+        {"encoding", [&] { return Query<IKVEncodingParams>(title)->put_SyncToProject(VARIANT_FALSE); }, {titleID}},
+        {"commands", [&] { return Query<IKVCommandList>(title)->SetCommandList(1, &command); }, {titleID}},
+        {"menu", [&] { return shown->put_Label(Bstr(u"x").Get()); }, {menuID}},
+        {"palette", [&] { return shown->SetPalette(palette.data()); }, {menuID}},
+        {"links", [&] { return Query<IKVMenuButton>(button)->put_ButtonLinks(&links); }, {buttonID}},
+        {"group", [&] { return Query<IGroupInfoNode>(group)->SetGroupRotation(1); }, {groupID}},
+        {"group's end", [&] { return shown->RemoveGroup(groupID); }, {groupID}},
+        {"flags", [&] { return text->put_Flags(7); }, {textID}},
+        {"effect", [&] { return text->SetPosition(0.5, 0); }, {textID}},
+        {"string", [&] { return Query<IKVMenuText>(text)->put_String(Bstr(u"x").Get()); }, {textID}},
+        {"end", [&] { return Query<IKVMenuElementList>(button)->RemoveElement(textID, nullptr); }, {textID}},
+        {"title's end", [&] { return project->RemoveTitle(titleID, nullptr); }, {titleID}},
+    };
+    for (const auto& row : kRows) {
+        EXPECT_EQ(S_OK, project->BeginUndo(nullptr));
+        EXPECT_EQ(S_OK, row.edit()) << row.name;
+        End();
+        reported();
+        UndoStep();
+        EXPECT_EQ(row.ids, reported()) << row.name;
+        RedoStep();
+        EXPECT_EQ(row.ids, reported()) << row.name;
+    }
+}
+
+/// Counts how often it is to bind its effect, and wants to be bound again.
+class UnboundNode final : public CProjectNode, public Object<IUnknown> {
+public:
+    UnboundNode() : CProjectNode(typeOverlay) {}
+    HRESULT AttachEffect() override
+    {
+        SharedUndoContext().attachNodes.Add(*this);
+        return ++attempts, E_FAIL;
+    }
+    IUnknown* Identity() override { return Controlling(); }
+    void Attributes(AttributeArchive&) override {}
+
+    int attempts = 0;
+};
+
+TEST(AttachListTest, IsEmptyWhenItHasRun)
+{
+    const auto node = Make<UnboundNode>();
+    SharedUndoContext().attachNodes.Add(*node);
+    for (int run = 0; run < 2; ++run) {
+        SharedUndoContext().attachNodes.Run();
+        EXPECT_EQ(1, node->attempts);
+    }
+}
+
 // An element in a button
 
 TEST_F(ElementTest, PlacesInAButtonAreRelativeToItsAnchor)
