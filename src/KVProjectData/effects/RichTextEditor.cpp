@@ -18,7 +18,7 @@ bool IsStyle(std::string_view name)
 
 bool Is(const XmlView& place, std::string_view name)
 {
-    return place.IsElement() && place.Name() == name;
+    return place.Name() == name && place.IsElement();
 }
 
 bool IsParagraph(const XmlView& place)

@@ -7,9 +7,11 @@
 #include "platform/xml/XmlText.h"
 #include "platform/xml/XmlWriter.h"
 
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <iterator>
+#include <type_traits>
 
 namespace kv {
 namespace {
@@ -21,15 +23,37 @@ void CheckText(std::string_view text)
     if (!IsXmlUtf8(text)) throw Error(E_INVALIDARG);
 }
 
+// A handle of a node is nothing but its pointer. The library makes one of the other by a call, which costs more than
+// most of what is then asked.
+static_assert(sizeof(pugi::xml_node) == sizeof(void*) && std::is_trivially_copyable_v<pugi::xml_node>);
+
+pugi::xml_node NodeOf(pugi::xml_node_struct* pointer)
+{
+    return std::bit_cast<pugi::xml_node>(pointer);
+}
+
+pugi::xml_node_struct* PointerOf(pugi::xml_node node)
+{
+    return std::bit_cast<pugi::xml_node_struct*>(node);
+}
+
+/// Most have another name, which tells at once.
+bool IsNamed(pugi::xml_node node, std::string_view name)
+{
+    return IsText(node.name(), name) && node.type() == pugi::node_element;
+}
+
 bool Matches(pugi::xml_node child, const XmlKey& key)
 {
-    return child.type() == pugi::node_element && key.name == child.name() &&
-           (key.label.empty() || key.label == child.attribute(kLabel).value());
+    return IsNamed(child, key.name) && (key.label.empty() || key.label == child.attribute(kLabel).value());
 }
 
 pugi::xml_node FindChild(pugi::xml_node parent, const XmlKey& key)
 {
-    return parent.find_child([&key](pugi::xml_node child) { return Matches(child, key); });
+    pugi::xml_node child = parent.first_child();
+    while (PointerOf(child) && !Matches(child, key))
+        child = child.next_sibling();
+    return child;
 }
 
 /// Adds a last child, with what is not empty of a data type and a text.
@@ -127,34 +151,34 @@ XmlValue::XmlValue(const VARIANT& value) : m_type(DataTypeName(value.vt))
 
 bool XmlView::IsElement() const
 {
-    return pugi::xml_node(m_node).type() == pugi::node_element;
+    return NodeOf(m_node).type() == pugi::node_element;
 }
 
 bool XmlView::IsText() const
 {
-    return kv::IsText(pugi::xml_node(m_node));
+    return kv::IsText(NodeOf(m_node));
 }
 
 std::string_view XmlView::Name() const
 {
-    return pugi::xml_node(m_node).name();
+    return NodeOf(m_node).name();
 }
 
 std::string_view XmlView::Text() const
 {
-    return pugi::xml_node(m_node).value();
+    return NodeOf(m_node).value();
 }
 
 std::optional<std::string_view> XmlView::Attribute(std::string_view name) const
 {
-    const pugi::xml_attribute found = FindAttribute(pugi::xml_node(m_node), name);
+    const pugi::xml_attribute found = FindAttribute(NodeOf(m_node), name);
     return found ? std::optional<std::string_view>(found.value()) : std::nullopt;
 }
 
 XmlView::Two XmlView::Attributes(const std::array<std::string_view, 2>& names) const
 {
     Two texts;
-    pugi::xml_attribute attribute = pugi::xml_node(m_node).first_attribute();
+    pugi::xml_attribute attribute = NodeOf(m_node).first_attribute();
     for (const char* name = attribute.name(); *name; name = attribute.name()) {
         for (std::size_t i = 0; i < names.size(); ++i) {
             if (kv::IsText(name, names[i])) texts[i] = attribute.value();
@@ -167,7 +191,7 @@ XmlView::Two XmlView::Attributes(const std::array<std::string_view, 2>& names) c
 std::vector<std::pair<std::string_view, std::string_view>> XmlView::Attributes() const
 {
     std::vector<std::pair<std::string_view, std::string_view>> attributes;
-    for (pugi::xml_attribute attribute : pugi::xml_node(m_node).attributes())
+    for (pugi::xml_attribute attribute : NodeOf(m_node).attributes())
         attributes.emplace_back(attribute.name(), attribute.value());
     return attributes;
 }
@@ -175,13 +199,13 @@ std::vector<std::pair<std::string_view, std::string_view>> XmlView::Attributes()
 std::string XmlView::Markup() const
 {
     std::string markup;
-    WriteXml(pugi::xml_node(m_node), false, [&markup](std::string_view piece) { markup += piece; });
+    WriteXml(NodeOf(m_node), false, [&markup](std::string_view piece) { markup += piece; });
     return markup;
 }
 
 void XmlView::ReadAttributes(XMLAttributeVisitor& visitor) const
 {
-    pugi::xml_attribute attribute = pugi::xml_node(m_node).first_attribute();
+    pugi::xml_attribute attribute = NodeOf(m_node).first_attribute();
     for (std::string_view name = attribute.name(); !name.empty(); name = attribute.name()) {
         visitor.Attribute(name, attribute.value());
         attribute = attribute.next_attribute();
@@ -191,43 +215,47 @@ void XmlView::ReadAttributes(XMLAttributeVisitor& visitor) const
 std::string XmlView::CompactMarkup() const
 {
     std::string markup;
-    WriteCompactXml(pugi::xml_node(m_node), [&markup](std::string_view piece) { markup += piece; });
+    WriteCompactXml(NodeOf(m_node), [&markup](std::string_view piece) { markup += piece; });
     return markup;
 }
 
 XmlView XmlView::Parent() const
 {
-    return XmlView(pugi::xml_node(m_node).parent().internal_object());
+    return XmlView(PointerOf(NodeOf(m_node).parent()));
 }
 
 XmlView XmlView::FirstChild() const
 {
-    return XmlView(pugi::xml_node(m_node).first_child().internal_object());
+    return XmlView(PointerOf(NodeOf(m_node).first_child()));
 }
 
 XmlView XmlView::Next() const
 {
-    return XmlView(pugi::xml_node(m_node).next_sibling().internal_object());
+    return XmlView(PointerOf(NodeOf(m_node).next_sibling()));
 }
 
 XmlView XmlView::Child(std::string_view name) const
 {
-    return XmlView(FindChild(pugi::xml_node(m_node), name).internal_object());
+    pugi::xml_node node = NodeOf(m_node).first_child();
+    while (PointerOf(node) && !IsNamed(node, name))
+        node = node.next_sibling();
+    return XmlView(PointerOf(node));
 }
 
 XmlView XmlView::Next(std::string_view name) const
 {
-    pugi::xml_node node = pugi::xml_node(m_node).next_sibling();
-    while (node && !Matches(node, name))
+    pugi::xml_node node = NodeOf(m_node).next_sibling();
+    while (PointerOf(node) && !IsNamed(node, name))
         node = node.next_sibling();
-    return XmlView(node.internal_object());
+    return XmlView(PointerOf(node));
 }
 
 XmlView XmlView::Following(const XmlView& top) const
 {
-    if (const XmlView child = FirstChild()) return child;
-    for (XmlView place = *this; place && place != top; place = place.Parent()) {
-        if (const XmlView next = place.Next()) return next;
+    pugi::xml_node place(m_node);
+    if (const pugi::xml_node child = place.first_child()) return XmlView(PointerOf(child));
+    for (; PointerOf(place) && PointerOf(place) != top.m_node; place = place.parent()) {
+        if (const pugi::xml_node next = place.next_sibling()) return XmlView(PointerOf(next));
     }
     return {};
 }
@@ -235,35 +263,35 @@ XmlView XmlView::Following(const XmlView& top) const
 bool XmlView::ReadInto(bool& value) const
 {
     SHORT truth = VARIANT_FALSE;
-    if (!ReadNumber(pugi::xml_node(m_node), VT_BOOL, &VARIANT::boolVal, truth)) return false;
+    if (!ReadNumber(NodeOf(m_node), VT_BOOL, &VARIANT::boolVal, truth)) return false;
     value = truth != 0;
     return true;
 }
 
 bool XmlView::ReadInto(LONG& value) const
 {
-    return ReadNumber(pugi::xml_node(m_node), VT_I4, &VARIANT::lVal, value);
+    return ReadNumber(NodeOf(m_node), VT_I4, &VARIANT::lVal, value);
 }
 
 bool XmlView::ReadInto(ULONG& value) const
 {
-    return ReadNumber(pugi::xml_node(m_node), VT_UI4, &VARIANT::ulVal, value);
+    return ReadNumber(NodeOf(m_node), VT_UI4, &VARIANT::ulVal, value);
 }
 
 bool XmlView::ReadInto(float& value) const
 {
-    return ReadNumber(pugi::xml_node(m_node), VT_R4, &VARIANT::fltVal, value);
+    return ReadNumber(NodeOf(m_node), VT_R4, &VARIANT::fltVal, value);
 }
 
 bool XmlView::ReadInto(double& value) const
 {
-    return ReadNumber(pugi::xml_node(m_node), VT_R8, &VARIANT::dblVal, value);
+    return ReadNumber(NodeOf(m_node), VT_R8, &VARIANT::dblVal, value);
 }
 
 bool XmlView::ReadInto(std::string& value) const
 {
     std::string buffer;
-    value = TextOf(pugi::xml_node(m_node), buffer);
+    value = TextOf(NodeOf(m_node), buffer);
     return true;
 }
 
@@ -450,17 +478,17 @@ std::vector<XmlNode> XmlElement::Nodes() const
 
 XmlView XmlElement::View() const
 {
-    return m_node ? XmlView(m_object->Place().node.internal_object()) : XmlView();
+    return m_node ? XmlView(PointerOf(m_object->Place().node)) : XmlView();
 }
 
 XmlView XmlElement::View(const XmlKey& key) const
 {
-    return m_node ? XmlView(FindChild(m_object->Place().node, key).internal_object()) : XmlView();
+    return m_node ? XmlView(PointerOf(FindChild(m_object->Place().node, key))) : XmlView();
 }
 
 XmlNode XmlElement::At(const XmlView& place) const
 {
-    return m_node ? XmlNode(m_object->ObjectFor({pugi::xml_node(place.m_node), {}}).Get()) : XmlNode();
+    return m_node ? XmlNode(m_object->ObjectFor({NodeOf(place.m_node), {}}).Get()) : XmlNode();
 }
 
 XmlElement XmlElement::Add(const XmlKey& key)
@@ -554,8 +582,8 @@ bool XmlElement::MoveLast(const XmlKey& key)
     const pugi::xml_node first = FindChild(node, key);
     const pugi::xml_node last = node.last_child();
     if (first == last) return static_cast<bool>(first);
-    for (pugi::xml_node child = first, next; child; child = next) {
-        next = child != last ? child.next_sibling() : pugi::xml_node();
+    for (pugi::xml_node child = first, next; PointerOf(child); child = next) {
+        next = PointerOf(child) != PointerOf(last) ? child.next_sibling() : pugi::xml_node();
         if (Matches(child, key)) node.append_move(child);
     }
     return static_cast<bool>(first);
@@ -568,7 +596,7 @@ bool XmlElement::Remove(const XmlKey& key)
 
 void XmlElement::Remove(const XmlView& place)
 {
-    Object().Detach({pugi::xml_node(place.m_node), {}});
+    Object().Detach({NodeOf(place.m_node), {}});
 }
 
 void XmlElement::Clear()
