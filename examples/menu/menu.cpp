@@ -1,4 +1,5 @@
-// menu FILE BACKGROUND CLIP...: makes a project with a title for each clip and a menu with a button for each title.
+// menu FILE NAME BACKGROUND CLIP...: makes a project of that name with a title for each clip, and a main menu: the name
+// over the background, and for each title a button that shows a picture of it and its label, and plays it.
 
 #include <KVProjectData/Engine.h>
 #include <KVProjectData/KVProjectData.h>
@@ -67,16 +68,37 @@ void SetColours(IKVMenu& menu)
     palette[1] = {255, 200, 0};
     palette[2] = {255, 64, 32};
     Need(menu.SetPalette(palette.data()), "cannot set the palette");
-    const SPUColourInfo selected{.pattCol = 1, .pattCnt = 8};
+    const SPUColourInfo selected{.pattCol = 1, .pattCnt = 6};
     const SPUColourInfo activated{.pattCol = 2, .pattCnt = 12};
     Need(menu.SetSubpictureColours(SPU_BtnColours1, &selected, &activated), "cannot set the colours");
+}
+
+/// Words in a font, with a shadow. What the interface has no member for is set in the text's parameter document.
+void Write(IKVMenuText& text, BSTR words, const char16_t* font, LONG height, ULONG style)
+{
+    Need(text.put_String(words), "cannot write");
+    Need(text.put_Font(Bstr(font).Get()), "cannot set the font");
+    Need(text.put_height(height), "cannot set the height");
+    Need(text.put_Style(style), "cannot set the style");
+    Need(text.put_Justify(TextJustify_Center), "cannot centre the text");
+    Need(text.SetColor(TextColor_Face, 0x00D8F4FF), "cannot set the colour");
+    ComPtr<IXMLDOMNode> document;
+    ComPtr<IXMLDOMNode> runs;
+    Need(text.GetEffectXML(document.Put()), "the text has no document");
+    Need(document->selectSingleNode(Bstr(u".//font").Get(), runs.Put()), "the text has no font");
+    const auto run = Query<IXMLDOMElement>(runs);
+    Need(run ? S_OK : E_FAIL, "the text has no font");
+    Need(run->setAttribute(Bstr(u"shadowColor").Get(), Variant(u"#00081860")), "cannot set the shadow");
+    Need(run->setAttribute(Bstr(u"shadowOffset").Get(), Variant(u"2")), "cannot set the shadow");
+    Need(text.SetEffectXML(document.Get()), "cannot set the document");
 }
 
 /// A button that shows a picture and the label of the title and plays it. Places are normalised: the middle of the
 /// frame is 0, its edges are -1 and 1, y upwards.
 ComPtr<IKVMenuButton> AddButton(IKVMenu& menu, IKVTitle& title, float x)
 {
-    constexpr float kSize = 0.6F;
+    constexpr float kSize = 0.72F;
+    constexpr float kRow = -0.12F;
     const auto button = AddElement<IKVMenuButton>(&menu);
     Bstr label;
     Need(title.get_Label(label.Put()), "no label");
@@ -86,12 +108,14 @@ ComPtr<IKVMenuButton> AddButton(IKVMenu& menu, IKVTitle& title, float x)
     const auto picture = AddElement<IKVMenuOverlay>(button.Get());
     Need(title.GetSourceFromProd(clip.Put()), "the title shows nothing");
     Need(picture->put_Source(clip.Get()), "no picture of the clip");
+    Need(picture->put_Tag(OverlayType_Thumbnail), "cannot say what the picture is");
+    Need(picture->put_StillImage(VARIANT_TRUE), "cannot make it a still");
     Need(picture->SetSize(kSize, kSize), "cannot size the picture");
-    Need(button->SetPosition(x, 0.0F), "cannot place the button");
+    Need(button->SetPosition(x, kRow), "cannot place the button");
     Need(picture->put_Highlight(OverlayHLI_Extent), "cannot say what is highlighted");
     const auto text = AddElement<IKVMenuText>(button.Get());
-    Need(text->put_String(label.Get()), "cannot write the label");
-    Need(text->SetPosition(0.0F, -kSize), "cannot place the label");
+    Write(*text, label.Get(), u"DejaVu Sans", 30, TextStyle_Bold);
+    Need(text->SetPosition(0.0F, -kSize * 0.68F), "cannot place the label");
     FloatRect region{};
     Need(button->GetExtent(&region), "the button is nowhere");
     Need(button->put_ActiveRegion(&region, VARIANT_TRUE), "cannot say where a pointer finds the button");
@@ -103,7 +127,8 @@ ComPtr<IKVMenuButton> AddButton(IKVMenu& menu, IKVTitle& title, float x)
     return button;
 }
 
-void MakeMenu(IKVProjectData& project, const char* background, const std::vector<ComPtr<IKVTitle>>& titles)
+void MakeMenu(IKVProjectData& project, const Bstr& name, const char* background,
+              const std::vector<ComPtr<IKVTitle>>& titles)
 {
     ComPtr<IKVMenu> menu;
     Need(project.AddMenu(0, menu.Put()), "cannot add a menu");
@@ -111,6 +136,9 @@ void MakeMenu(IKVProjectData& project, const char* background, const std::vector
     Need(menu->put_Label(Bstr(u"Main").Get()), "cannot name the menu");
     Need(menu->put_Background(FullPath(background).Get()), "no such background");
     SetColours(*menu);
+    const auto heading = AddElement<IKVMenuText>(menu.Get());
+    Write(*heading, name.Get(), u"DejaVu Serif", 42, TextStyle_Bold | TextStyle_Italic);
+    Need(heading->SetPosition(0.0F, 0.66F), "cannot place the heading");
 
     std::vector<LONG> ids;
     for (std::size_t i = 0; i < titles.size(); ++i) {
@@ -128,7 +156,7 @@ void MakeMenu(IKVProjectData& project, const char* background, const std::vector
     Need(menu->put_DefaultButton(ids.front()), "cannot set the default button");
 }
 
-void Run(const char* file, const char* background, const std::vector<const char*>& clips)
+void Run(const char* file, const Bstr& name, const char* background, const std::vector<const char*>& clips)
 {
     // Registered for this process alone; a registered installation needs only CoCreateInstance.
     Registry::UseMemory();
@@ -136,7 +164,7 @@ void Run(const char* file, const char* background, const std::vector<const char*
         Need(RegisterServer(ToUtf16(server)), "cannot register the library");
 
     const auto project = CreateByName<IKVProjectData>(PROGID_KVProjectData);
-    Need(project->put_Label(Bstr(u"Trip").Get()), "cannot name the project");
+    Need(project->put_Label(name.Get()), "cannot name the project");
     Need(project->put_TVStandard(PAL), "cannot set the standard");
     std::vector<ComPtr<IKVTitle>> titles;
     for (const char* clip : clips)
@@ -144,7 +172,7 @@ void Run(const char* file, const char* background, const std::vector<const char*
 
     // One step that undo takes back as a whole.
     Need(project->BeginUndo(Bstr(u"Main menu").Get()), "cannot open a step");
-    MakeMenu(*project, background, titles);
+    MakeMenu(*project, name, background, titles);
     Need(project->EndUndo(VARIANT_TRUE), "cannot end the step");
 
     const auto files = CreateByName<IKVFileService>(PROGID_KVFileService);
@@ -155,12 +183,12 @@ void Run(const char* file, const char* background, const std::vector<const char*
 
 int main(int argc, char** argv)
 {
-    if (argc < 4) {
-        std::cerr << "usage: menu FILE BACKGROUND CLIP...\n";
+    if (argc < 5) {
+        std::cerr << "usage: menu FILE NAME BACKGROUND CLIP...\n";
         return 2;
     }
     try {
-        Run(argv[1], argv[2], {argv + 3, argv + argc});
+        Run(argv[1], Bstr(ToUtf16(argv[2])), argv[3], {argv + 4, argv + argc});
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "menu: " << error.what() << '\n';
