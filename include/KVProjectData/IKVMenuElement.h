@@ -39,7 +39,7 @@ struct IKVMenuElement : IDispatch {
     virtual HRESULT get_Rotation(float* pVal) = 0;
     virtual HRESULT put_Rotation(float newVal) = 0;
 
-    /// E_INVALIDARG below 0.
+    /// E_INVALIDARG below 0. Documents tell of it for an element without an effect only.
     virtual HRESULT get_ZOrder(LONG* pVal) = 0;
     virtual HRESULT put_ZOrder(LONG newVal) = 0;
     virtual HRESULT GetPosition(float* pX, float* pY) = 0;

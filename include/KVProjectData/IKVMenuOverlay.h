@@ -52,7 +52,8 @@ struct IKVMenuOverlay : IKVMenuElement {
     virtual HRESULT get_DynamicScalingFactor(double* pVal) = 0;
     virtual HRESULT put_DynamicScalingFactor(double newVal) = 0;
 
-    /// -1 for both at first. No event.
+    /// -1 for both at first. No event. Only the effect's document tells of it: an overlay of a native menu loses it
+    /// when the project is saved and loaded.
     virtual HRESULT SetMaskSize(double dblMaskX, double dblMaskY) = 0;
     virtual HRESULT GetMaskSize(double* pX, double* pY) = 0;
 
@@ -62,14 +63,15 @@ struct IKVMenuOverlay : IKVMenuElement {
     virtual HRESULT get_ZoomMask(VARIANT_BOOL* pVal) = 0;
     virtual HRESULT put_ZoomMask(VARIANT_BOOL newVal) = 0;
 
-    /// -1 for both at first. Neither recorded nor told.
+    /// -1 for both at first. Neither recorded nor told, and in no document.
     virtual HRESULT SetSourceScale(double x, double y) = 0;
     virtual HRESULT GetSourceScale(double* pX, double* pY) = 0;
 
     /// A mask size of 1 and a source scale of -1 in both directions. Neither recorded nor told.
     virtual HRESULT ClearForResolve() = 0;
 
-    /// Degrees. Neither looks at the lock, nor is it recorded or told; S_OK also where there is no source to turn.
+    /// Degrees. Neither looks at the lock, nor is it recorded or told; S_OK also where there is no source to turn, as
+    /// without an effect, when nothing is set. Only the production tells documents of it.
     virtual HRESULT get_SourceRotation(LONG* pVal) = 0;
     virtual HRESULT put_SourceRotation(LONG newVal) = 0;
 

@@ -60,7 +60,7 @@ struct IKVMenuText : IKVMenuElement {
     virtual HRESULT get_TextType(TextType* pVal) = 0;
     virtual HRESULT put_TextType(TextType newVal) = 0;
 
-    /// Neither recorded nor told.
+    /// Neither recorded nor told. Documents tell of it for a text without an effect only.
     virtual HRESULT SetTextBoxWidth(float width) = 0;
     virtual HRESULT GetTextBoxWidth(float* pwidth) = 0;
     virtual HRESULT get_IsEditable(VARIANT_BOOL* pVal) = 0;

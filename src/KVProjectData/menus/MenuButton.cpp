@@ -113,6 +113,11 @@ HRESULT CKVMenuButton::loadXML(IXMLDOMNode* pRootNode)
 {
     return Change([&] {
         if (!pRootNode) return KV_E_NO_XML_NODE;
+        {
+            // What the engine does not delete is let go of.
+            const RecordingOff off;
+            RemoveEffect();
+        }
         Elements().DropAll();
         const HRESULT loaded = CKVXMLDataLoader(*this).Load(pRootNode);
         // What the engine refuses is in the button all the same.

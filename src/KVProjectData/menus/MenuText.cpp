@@ -59,6 +59,7 @@ HRESULT CKVMenuText::LoadElement(const LoadedElement& element)
     const XmlView effect = element.View().Child("effect");
     if (FAILED(result) || !effect) return result;
     return kCalls.Checked(Guarded([&] {
+        StorePlace(effect, element.View());
         StoreDocument(XmlFragment(element.At(effect).Get()));
         return S_OK;
     }));

@@ -1,6 +1,7 @@
 #include "KVProjectData/menus/MenuTextImpl.h"
 
 #include "KVProjectData/Engine/Text.h"
+#include "KVProjectData/effects/KeyFrames.h"
 #include "KVProjectData/menus/EffectTemplates.h"
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "SbdUtils/EngineCalls.h"
@@ -108,6 +109,22 @@ void CMenuTextImpl::StoreDocument(XmlFragment document)
 {
     m_document = {};
     m_loaded = std::move(document);
+}
+
+void CMenuTextImpl::StorePlace(const XmlView& document, const XmlView& attributes)
+{
+    const XmlView pluginData = document.Child("plugin_data");
+    const auto store = [&](const char* channel, std::string_view attribute, auto&& take) {
+        if (attributes.Attribute(attribute)) return;
+        // A document that cannot be read, or has no key, tells nothing.
+        Guarded([&] {
+            take(KeyFrames<ZXPVector>::Read(pluginData.Child(channel)).At(ZXP_FROM_START, 0.0).value);
+            return S_OK;
+        });
+    };
+    store("Translation", "x", [this](const ZXPVector& value) { m_translation.stored = {value.x, value.y, 0}; });
+    store("Rotation", "rotation", [this](const ZXPVector& value) { m_rotation.stored = {0, 0, value.z}; });
+    store("Handles", "handle", [this](const ZXPVector& value) { m_handle = HandleAt({value.x, value.y}); });
 }
 
 HRESULT CMenuTextImpl::ReplaceDocument(const XmlElement& document)

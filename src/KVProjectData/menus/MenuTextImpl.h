@@ -52,6 +52,8 @@ protected:
     /// Stores a document for a text without effect.
     void StoreDocument(const XmlElement& document);
     void StoreDocument(XmlFragment document);
+    /// Stores what a document says of the text's place, angle and handle, unless attributes told of them.
+    void StorePlace(const XmlView& document, const XmlView& attributes);
 
     float m_boxWidth = 0;
     float m_boxHeight = 0;

@@ -316,6 +316,9 @@ TEST_F(ElementTest, UndoOfALookBringsBackWhereTheButtonStands)
 TEST_F(ElementTest, AButtonIsWrittenAndReadWithAllThatStandsInIt)
 {
     const auto button = NewButton();
+    FloatRect nowhere{1, 1, 1, 1};
+    EXPECT_EQ(S_OK, button->GetExtent(&nowhere));
+    EXPECT_EQ(FloatRect{}, nowhere);
     EXPECT_EQ(S_OK, button->put_Tag(ButtonType_Next | ButtonType_Command));
     EXPECT_EQ(S_OK, button->SetPosition(0.5, 0.25));
     const FloatRect rect{0.1F, 0.9F, 0.4F, 0.6F};
@@ -337,7 +340,8 @@ TEST_F(ElementTest, AButtonIsWrittenAndReadWithAllThatStandsInIt)
     EXPECT_NE(std::u16string::npos, XmlOfButton(*button, 1).find(u" x=\"0.5\""));
 
     const auto other = NewButton();
-    Insert<TestText>(ElementsOf(*other));
+    const auto gone = Insert<TestText>(ElementsOf(*other));
+    EXPECT_TRUE(IsShown(*gone));
     Events();
     const auto document = ParseXml(native);
     ComPtr<IXMLDOMElement> root;
@@ -347,6 +351,7 @@ TEST_F(ElementTest, AButtonIsWrittenAndReadWithAllThatStandsInIt)
     EXPECT_EQ(S_OK, other->loadXML(element.Get()));
     EXPECT_THAT(Events(), IsEmpty());
     EXPECT_EQ(native, XmlOfButton(*other, VARIANT_TRUE));
+    EXPECT_FALSE(IsShown(*gone));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "KVProjectData/menus/MenuOverlay.h"
 #include "KVProjectData/menus/MenuText.h"
 #include "support/FakeEngine.h"
+#include "support/Script.h"
 
 #include <gmock/gmock.h>
 
@@ -186,6 +187,68 @@ TEST_F(ElementTest, AnEffectThatDoesNotTakeAllGoesAgain)
         EXPECT_EQ(S_OK, text->GetEffectXML(document.Put()));
         EXPECT_NE(std::u16string::npos, XmlOf(*document.Get()).find(u"kept")) << refuses;
         EXPECT_EQ(S_OK, Elements().Clear());
+    }
+}
+
+TEST_F(ElementTest, AnEngineThatFailsAtOneCallLosesNothing)
+{
+    const auto newOverlay = [&](CKVMenuElementList& list) {
+        const auto overlay = Insert<CKVMenuOverlay>(list);
+        EXPECT_EQ(S_OK, overlay->put_Source(nullptr));
+        EXPECT_EQ(S_OK, overlay->put_AlphaMask(Bstr(Text(*overlay, &IKVMenuOverlay::get_Source)).Get()));
+        EXPECT_EQ(S_OK, overlay->SetSize(0.5F, 0.25F));
+        EXPECT_EQ(S_OK, overlay->put_InPoint(1));
+        EXPECT_EQ(S_OK, overlay->put_OutPoint(2));
+        return ComPtr<IKVMenuElement>(overlay.Get());
+    };
+    const auto newText = [&](CKVMenuElementList& list) {
+        const auto text = Insert<CKVMenuText>(list);
+        EXPECT_EQ(S_OK, text->put_String(Bstr(u"Words").Get()));
+        return ComPtr<IKVMenuElement>(text.Get());
+    };
+    const auto stateOf = [](IKVMenuElement& element) {
+        ScriptHost script(&element);
+        FloatPoint size{};
+        element.GetWidthHeight(&size.x, &size.y);
+        const bool isText = static_cast<bool>(Query<IKVMenuText>(&element));
+        return script.Properties<IKVMenuElement>({"EffectID"}) +
+               (isText ? script.Properties<IKVMenuText>() : script.Properties<IKVMenuOverlay>()) +
+               std::to_string(Position(element).x) + std::to_string(size.x);
+    };
+    // The calls that give an effect what is stored, and those that read it back.
+    const std::vector<std::string> ofAll{"GetProductionObj", "AddProductionEffect", "put_StartOffset",
+                                         "GetParameterDocument", "SetParameterDocument"};
+    const std::vector<std::string> ofOverlays{"get_FileName", "put_FileName", "put_Repeat",   "put_UseNativeAudio",
+                                              "SetMaskFile",  "put_InPoint",  "put_OutPoint", "SetPanZoom"};
+    const std::vector<std::string> readBack{"GetParameterDocument", "get_InPoint",     "get_OutPoint",
+                                            "get_FileName",         "GetSourceObject", "get_Rotation"};
+    for (const bool isText : {false, true}) {
+        const auto run = [&](const std::string& call, bool whileInserted) {
+            SCOPED_TRACE((isText ? "text, " : "overlay, ") + call);
+            menu->production = nullptr;
+            const auto element = isText ? newText(Elements()) : newOverlay(Elements());
+            EXPECT_EQ(S_OK, element->SetPosition(0.5F, 0.25F));
+            const std::string before = stateOf(*element);
+            const auto engine = Make<FakeEngine>();
+            engine->document = ParseXml(u"<effect><plugin_data/></effect>");
+            if (whileInserted) engine->results[call] = E_ACCESSDENIED;
+            menu->production = Query<IUnknown>(engine->Controlling());
+            EXPECT_EQ(whileInserted ? E_ACCESSDENIED : S_OK, Elements().InsertEffects(menu->production.Get()));
+            engine->results[call] = E_ACCESSDENIED;
+            EXPECT_EQ(S_OK, Elements().DetachEffects());
+            menu->production = nullptr;
+            LONG id = 0;
+            EXPECT_EQ(E_UNEXPECTED, element->get_EffectID(&id));
+            EXPECT_EQ(before, stateOf(*element));
+            EXPECT_EQ(S_OK, Elements().Clear());
+        };
+        for (const std::string& call : ofAll)
+            run(call, true);
+        if (isText) continue;
+        for (const std::string& call : ofOverlays)
+            run(call, true);
+        for (const std::string& call : readBack)
+            run(call, false);
     }
 }
 
