@@ -214,9 +214,17 @@ TEST_F(ProjectTest, BecomesDirtyByRecordedChangesAlone)
     project->put_IsOnDisc(VARIANT_TRUE);
     EXPECT_FALSE(IsDirty(*project.Get()));
     const auto title = AddTitle(*project.Get());
+    ComPtr<IKVMenu> menu;
+    project->AddMenu(0, menu.Put());
     project->ClearDirtyFlag();
     title->put_Source(Str(u"a.mpg").Get());
     title->put_DiscIndex(2);
+    EXPECT_FALSE(IsDirty(*project.Get()));
+    // Edits of lists are recorded, but keep no state.
+    project->AddDataFile(0, nullptr);
+    project->MoveDataFile(1, 1);
+    project->RemoveDataFile(1, nullptr);
+    menu->AddtoGroup(1, 0);
     EXPECT_FALSE(IsDirty(*project.Get()));
     title->put_VOBSize(1.5);
     EXPECT_TRUE(IsDirty(*project.Get()));
