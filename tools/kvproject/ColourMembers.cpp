@@ -102,7 +102,7 @@ Member Colours(const ComPtr<IKVMenu>& menu, const View& view, const ColourPlace&
     };
     colours.names = [] {
         Member::Texts texts;
-        for (BYTE colour = 0; colour < kPaletteParts.size(); ++colour) {
+        for (BYTE colour = 0; colour < BYTE{kPaletteParts.size()}; ++colour) {
             for (BYTE contrast = 0; contrast <= kHighestContrast; ++contrast)
                 texts.push_back(ContrastText(colour, contrast));
         }

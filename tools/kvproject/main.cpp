@@ -196,6 +196,7 @@ int RunSet(const FileOptions& options, const std::vector<std::string>& assignmen
 int RunRelink(const FileOptions& options, const std::vector<std::string>& texts)
 {
     std::vector<Relocation> relocations;
+    relocations.reserve(texts.size());
     for (const std::string& text : texts)
         relocations.push_back(ParseRelocation(text));
     Session session;

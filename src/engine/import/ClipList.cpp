@@ -52,7 +52,7 @@ bool ComesBefore(std::string_view left, std::string_view right)
 
 std::u16string Decoded(const std::string& text)
 {
-    const std::u16string decoded = ToUtf16(text);
+    std::u16string decoded = ToUtf16(text);
     if (decoded.find(u'\uFFFD') == decoded.npos) return decoded;
     std::u16string latin;
     for (const char c : text)
@@ -90,7 +90,7 @@ std::u16string PathOf(std::string_view entry, const std::filesystem::path& folde
 {
     constexpr std::string_view kFileUrl = "file://";
     if (StartsWithText(entry, kFileUrl)) return Decoded(WithoutEscapes(entry.substr(kFileUrl.size())));
-    const std::u16string path = Decoded(std::string(entry));
+    std::u16string path = Decoded(std::string(entry));
     const bool isFromRoot = path.front() == u'/' || path.front() == u'\\';
     // With a drive or a scheme.
     if (isFromRoot || path.substr(0, path.find_first_of(u"\\/")).find(u':') != path.npos) return path;
@@ -110,6 +110,7 @@ std::optional<std::vector<ListedClip>> ClipsInFolder(const std::string& folder)
     }
     std::ranges::sort(names, ComesBefore);
     std::vector<ListedClip> clips;
+    clips.reserve(names.size());
     for (const std::string& name : names)
         clips.push_back({ToUtf16((std::filesystem::path(folder) / name).string()), {}});
     return clips;
