@@ -131,18 +131,21 @@ HRESULT ProjectUndo::End(bool commit)
         const DrivingUndo driving;
         {
             const SectionLock projectLock(m_project.Section());
-            if (m_step) {
-                if (commit && SharedUndoContext().majorChange) {
-                    const HRESULT added = AddStoryboards();
-                    if (FAILED(added)) return added;
-                }
-                StopRecording();
-                m_step->Close(commit);
+            if (m_step && commit && SharedUndoContext().majorChange) {
+                const HRESULT added = AddStoryboards();
+                if (FAILED(added)) return added;
             }
+            if (m_step) StopRecording();
+        }
+        // As in an undo, effects are what they were before the records take elements from them, or give them back.
+        if (m_step && !commit) CloseStoryboards(false);
+        {
+            const SectionLock projectLock(m_project.Section());
+            if (m_step) m_step->Close(commit);
             Release();
         }
         // A snapshot takes them back with the rest.
-        CloseStoryboards(commit || m_snapshotStep);
+        CloseStoryboards(true);
         if (!commit && m_snapshotStep) {
             const HRESULT cancelled = CancelSnapshot();
             if (FAILED(cancelled)) return cancelled;
