@@ -107,6 +107,24 @@ std::optional<ZXPVector> WithoutKey(ULONG channel)
     }
 }
 
+HRESULT ReadKey(CZXPTransformImpl& transform, ULONG channel, double time, ULONG list, ZXPVector& value)
+{
+    ULONG caps = 0;
+    const HRESULT result = transform.GetKeyValue(channel, time, list, &value.x, &value.y, &value.z, &caps);
+    const auto usual = WithoutKey(channel);
+    if (SUCCEEDED(result) || !usual) return result;
+    value = *usual;
+    return S_OK;
+}
+
+ULONG ChannelsOf(const std::vector<CNXEffect::ChannelValue>& values)
+{
+    ULONG channels = 0;
+    for (const auto& each : values)
+        channels |= each.channel;
+    return channels;
+}
+
 } // namespace
 
 HRESULT CNXEffect::Create(IUnknown* pUnkSbd, LONG eType, LONG layer, IXMLDOMNode* spXMLParams)
@@ -273,13 +291,25 @@ HRESULT CNXEffect::getChannel(ULONG channel, double time, ULONG list, ZXPVector&
         const XmlElement pluginData = PluginDataOf(LiveDocument(*InfoOf(m_pUnkEffect)).Get());
         CZXPTransformImpl transform;
         kEngine.Reporting([&] { transform.LoadChannels(pluginData, channel); });
-        ULONG caps = 0;
-        const HRESULT result = transform.GetKeyValue(channel, time, list, &value.x, &value.y, &value.z, &caps);
-        const auto usual = WithoutKey(channel);
-        if (SUCCEEDED(result) || !usual) return kEngine.Checked(result);
-        value = *usual;
+        return kEngine.Checked(ReadKey(transform, channel, time, list, value));
+    });
+}
+
+HRESULT CNXEffect::getChannels(std::vector<ChannelValue>& values) const
+{
+    const HRESULT result = EngineCalls::Operation([&] {
+        const XmlElement pluginData = PluginDataOf(LiveDocument(*InfoOf(m_pUnkEffect)).Get());
+        CZXPTransformImpl transform;
+        kEngine.Reporting([&] { transform.LoadChannels(pluginData, ChannelsOf(values)); });
+        for (auto& [channel, value] : values)
+            kEngine.Need(ReadKey(transform, channel, 0.0, ZXP_FROM_START, value));
         return S_OK;
     });
+    if (FAILED(result)) {
+        for (ChannelValue& each : values)
+            each.value = {};
+    }
+    return result;
 }
 
 HRESULT CNXEffect::setChannel(ULONG channel, double time, ULONG list, const ZXPVector& value, ULONG caps)
@@ -296,9 +326,7 @@ HRESULT CNXEffect::setChannel(ULONG channel, double time, ULONG list, const ZXPV
 HRESULT CNXEffect::setChannels(const std::vector<ChannelValue>& values)
 {
     const HRESULT result = Edit([&](XmlElement& pluginData) {
-        ULONG channels = 0;
-        for (const ChannelValue& each : values)
-            channels |= each.channel;
+        const ULONG channels = ChannelsOf(values);
         CZXPTransformImpl transform;
         kEngine.Reporting([&] { transform.LoadChannels(pluginData, channels); });
         bool changed = false;

@@ -82,11 +82,13 @@ public:
     HRESULT getChannel(ULONG channel, double time, ULONG list, ZXPVector& value) const;
     HRESULT setChannel(ULONG channel, double time, ULONG list, const ZXPVector& value, ULONG caps = ZXP_ALL_CAPS);
 
-    /// Sets the keys at the start of several channels in one edit. Pushes nothing when they are that already.
     struct ChannelValue {
         ULONG channel;
         ZXPVector value;
     };
+    /// The keys at the start of several channels, each as getChannel tells it, by one look at the document.
+    HRESULT getChannels(std::vector<ChannelValue>& values) const;
+    /// Sets the keys at the start of several channels in one edit. Pushes nothing when they are that already.
     HRESULT setChannels(const std::vector<ChannelValue>& values);
 
     /// The corners of the effect's own square.

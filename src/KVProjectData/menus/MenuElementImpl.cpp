@@ -239,17 +239,6 @@ HRESULT CMenuElementImpl::setRotation(float degrees)
     return result;
 }
 
-HRESULT CMenuElementImpl::getAbsoluteRotation(float& degrees)
-{
-    HRESULT result = getRotation(degrees);
-    CMenuElementImpl* button = Holder();
-    if (FAILED(result) || !button) return result;
-    float origin = 0;
-    result = button->getRotation(origin);
-    degrees += origin;
-    return result;
-}
-
 HRESULT CMenuElementImpl::setZOrder(LONG zOrder)
 {
     if (zOrder < 0) return E_INVALIDARG;
@@ -281,17 +270,33 @@ HRESULT CMenuElementImpl::getScale(FloatPoint& scale)
     return result;
 }
 
+HRESULT CMenuElementImpl::GetPlacement(Placement& placement)
+{
+    std::vector<CNXEffect::ChannelValue> values{
+        {ZXP_ROTATION, m_rotation.stored}, {ZXP_TRANSLATION, m_translation.stored}, {ZXP_SCALING, {}}};
+    HRESULT result = m_effect ? kEngine.Checked(m_effect.getChannels(values)) : getScale(placement.scale);
+    if (m_effect) placement.scale = {values[2].value.x, values[2].value.y};
+    placement.degrees = values[0].value.z;
+    placement.position = {values[1].value.x, values[1].value.y};
+    CMenuElementImpl* button = Holder();
+    if (FAILED(result) || !button) return result;
+    float angle = 0;
+    FloatPoint origin;
+    result = button->getRotation(angle);
+    if (SUCCEEDED(result)) result = button->getPosition(origin);
+    if (FAILED(result)) return result;
+    // What effects hold is absolute.
+    placement.offset = m_effect ? placement.position - origin : placement.position;
+    placement.position = origin;
+    if (!m_effect) placement.degrees += angle;
+    return S_OK;
+}
+
 HRESULT CMenuElementImpl::getBoundingBox(Corners& corners)
 {
     Placement placement{DisplayAspect()};
     HRESULT result = getHandles(corners);
-    if (SUCCEEDED(result)) result = getScale(placement.scale);
-    if (SUCCEEDED(result)) result = getAbsoluteRotation(placement.degrees);
-    if (SUCCEEDED(result)) result = getPosition(placement.position);
-    if (CMenuElementImpl* button = Holder(); button && SUCCEEDED(result)) {
-        placement.offset = placement.position;
-        result = button->getPosition(placement.position);
-    }
+    if (SUCCEEDED(result)) result = GetPlacement(placement);
     if (SUCCEEDED(result)) corners = Place(corners, placement);
     return result;
 }

@@ -107,7 +107,6 @@ protected:
 
     virtual HRESULT getHandles(Corners& corners);
     virtual HRESULT getScale(FloatPoint& scale);
-    virtual HRESULT getAbsoluteRotation(float& degrees);
     /// Documents say what the effect holds: it has none, or they are to be complete.
     virtual bool WritesAll(const AttributeArchive& archive) const { return archive.ForcesNative() || !HasEffect(); }
 
@@ -136,6 +135,8 @@ private:
     /// What places and angles are relative to: the button's, for an element in a button that has an effect.
     HRESULT GetOrigin(FloatPoint& origin) const;
     HRESULT GetOrigin(float& degrees) const;
+    /// Of the element's own square in the menu, by one look at the effect's document.
+    HRESULT GetPlacement(Placement& placement);
 
     CProjectNode& m_node;
 };

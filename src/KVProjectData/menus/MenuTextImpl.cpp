@@ -47,6 +47,20 @@ XmlElement PluginDataOf(const XmlElement& document)
     return document.Name() == kPluginData ? document : document.Child(kPluginData);
 }
 
+/// The point that stands at the place of an effect's text.
+HRESULT ReadAnchor(const XmlElement& pluginData, FloatPoint& anchor)
+{
+    anchor = {};
+    const XmlView handles = pluginData.View("Handles");
+    // Without keys the middle does.
+    if (!handles) return S_OK;
+    return kEngine.Checked(Guarded([&] {
+        const ZXPVector value = KeyFrames<ZXPVector>::Read(handles).At(ZXP_FROM_START, 0.0).value;
+        anchor = {value.x, value.y};
+        return S_OK;
+    }));
+}
+
 bool NamesLegacyPlugIn(const XmlElement& document)
 {
     if (document.Name() != "effect") return false;
@@ -196,13 +210,8 @@ HRESULT CMenuTextImpl::GetAnchor(FloatPoint& anchor)
     if (!m_effect) return S_OK;
     anchor = {};
     XmlElement pluginData;
-    HRESULT result = kEngine.Checked(m_effect.getPluginData(pluginData));
-    // Without keys the middle stands at the text's place.
-    if (FAILED(result) || !pluginData.View("Handles")) return result;
-    ZXPVector value;
-    result = kEngine.Checked(m_effect.getChannel(ZXP_HANDLES, 0.0, ZXP_FROM_START, value));
-    anchor = {value.x, value.y};
-    return result;
+    const HRESULT result = kEngine.Checked(m_effect.getPluginData(pluginData));
+    return FAILED(result) ? result : ReadAnchor(pluginData, anchor);
 }
 
 HRESULT CMenuTextImpl::getHandle(TextHandles& handle)
@@ -244,14 +253,15 @@ HRESULT CMenuTextImpl::getHandles(Corners& corners)
         constexpr double kSame[16]{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
         const XmlElement document = ShownDocument();
         kEngine.NeedPointer(document.Get(), "spTextXML.p");
+        const XmlElement pluginData = PluginDataOf(document);
         FloatPoint anchor;
-        kEngine.Need(GetAnchor(anchor));
+        kEngine.Need(m_effect && pluginData ? ReadAnchor(pluginData, anchor) : GetAnchor(anchor));
         double aspect = DisplayAspect();
         if (m_effect) kEngine.Need(m_effect.getAspectRatio(aspect));
         ComPtr<IZXTextPlugIn> plugIn;
         kEngine.Need(CreateInstance(CLSID_ZXTextPlugIn, plugIn));
         kEngine.Need(plugIn->SetUp(static_cast<ULONG>(std::lround(aspect * kHeight)), kHeight, kSame, kSame));
-        kEngine.Need(plugIn->SetText(PluginDataOf(document).Get()));
+        kEngine.Need(plugIn->SetText(pluginData.Get()));
         std::array<ZXTextPoint, 4> points;
         kEngine.Need(plugIn->GetCorners(points.data()));
         const double x = (points[3].x - points[0].x) * anchor.x / 2 - (points[3].x + points[0].x) / 2;
