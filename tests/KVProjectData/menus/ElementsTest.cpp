@@ -195,7 +195,8 @@ TEST_F(ElementTest, AnEngineThatFailsAtOneCallLosesNothing)
     const auto newOverlay = [&](CKVMenuElementList& list) {
         const auto overlay = Insert<CKVMenuOverlay>(list);
         EXPECT_EQ(S_OK, overlay->put_Source(nullptr));
-        EXPECT_EQ(S_OK, overlay->put_AlphaMask(Bstr(Text(*overlay, &IKVMenuOverlay::get_Source)).Get()));
+        EXPECT_EQ(S_OK,
+                  overlay->put_AlphaMask(Bstr(Text<IKVMenuOverlay>(*overlay, &IKVMenuOverlay::get_Source)).Get()));
         EXPECT_EQ(S_OK, overlay->SetSize(0.5F, 0.25F));
         EXPECT_EQ(S_OK, overlay->put_InPoint(1));
         EXPECT_EQ(S_OK, overlay->put_OutPoint(2));
