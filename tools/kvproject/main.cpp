@@ -21,6 +21,7 @@
 #include <CLI/CLI.hpp>
 
 #include <clocale>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -284,6 +285,10 @@ struct ImportOptions : FileOptions {
 
 int RunImport(const ImportOptions& options)
 {
+    std::error_code error;
+    if (!std::filesystem::exists(options.source, error)) throw Failure(options.source + " does not exist");
+    if (std::filesystem::equivalent(options.source, options.file, error))
+        throw Failure(options.file + " is what is to be imported");
     if (!options.force) RequireNew(options.file);
     RegisterImporters();
     Session session;
@@ -474,6 +479,8 @@ int main(int argc, char** argv)
     // Numbers stay as they are everywhere. Where the locale has no UTF-8, what is typed is UTF-8 all the same.
     setlocale(LC_CTYPE, "");
     if (std::string_view(nl_langinfo(CODESET)) != "UTF-8") setlocale(LC_CTYPE, "C.UTF-8");
+    // A file that gets too long for its limit is a failure like others, and is cleaned up after.
+    signal(SIGXFSZ, SIG_IGN);
     try {
         for (int i = 1; i < argc; ++i)
             kvproject::RequireUtf8(argv[i]);

@@ -109,10 +109,12 @@ std::optional<std::vector<ListedClip>> ClipsInFolder(const std::string& folder)
         if (name.front() != '.' && entry.is_regular_file(error)) names.push_back(name);
     }
     std::ranges::sort(names, ComesBefore);
+    // Who opens the project stands in another folder.
+    const std::filesystem::path path = std::filesystem::absolute(folder, error);
     std::vector<ListedClip> clips;
     clips.reserve(names.size());
     for (const std::string& name : names)
-        clips.push_back({ToUtf16((std::filesystem::path(folder) / name).string()), {}});
+        clips.push_back({ToUtf16((path / name).string()), {}});
     return clips;
 }
 
