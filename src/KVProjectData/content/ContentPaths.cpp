@@ -5,8 +5,9 @@
 #include "platform/system/Registry.h"
 
 #include <algorithm>
-#include <atomic>
 #include <initializer_list>
+#include <mutex>
+#include <utility>
 
 namespace kv {
 namespace {
@@ -43,9 +44,14 @@ std::u16string ReplaceAll(std::u16string_view text, std::u16string_view what, st
     }
 }
 
-std::atomic<std::shared_ptr<const ContentPaths>>& Shared()
+struct SharedPlace {
+    std::mutex guard;
+    std::shared_ptr<const ContentPaths> paths;
+};
+
+SharedPlace& Shared()
 {
-    static std::atomic<std::shared_ptr<const ContentPaths>> shared;
+    static SharedPlace shared;
     return shared;
 }
 
@@ -106,14 +112,20 @@ std::u16string ContentPaths::Unresolve(std::u16string_view path) const
 
 std::shared_ptr<const ContentPaths> SharedContentPaths()
 {
-    auto paths = Shared().load();
-    return paths ? paths : RenewContentPaths();
+    {
+        const std::lock_guard lock(Shared().guard);
+        if (Shared().paths) return Shared().paths;
+    }
+    return RenewContentPaths();
 }
 
 std::shared_ptr<const ContentPaths> RenewContentPaths()
 {
     auto paths = std::make_shared<const ContentPaths>();
-    Shared().store(paths);
+    // Those before go outside of the guard.
+    auto before = paths;
+    const std::lock_guard lock(Shared().guard);
+    std::swap(Shared().paths, before);
     return paths;
 }
 
