@@ -221,9 +221,11 @@ void CKVMenuButton::CopyFieldsTo(CKVMenuButton& copy)
 {
     Bstr source = std::move(copy.m_buttonSource);
     Bstr sourceHighlight = std::move(copy.m_buttonSourceHighlight);
+    const LONG anchor = copy.AnchorID();
     MenuElementNode::CopyFieldsTo(copy);
     copy.m_buttonSource = std::move(source);
     copy.m_buttonSourceHighlight = std::move(sourceHighlight);
+    copy.SetAnchorID(anchor);
 }
 
 ComPtr<CKVMenuButton> CKVMenuButton::CopyLook()

@@ -37,6 +37,8 @@ HRESULT CMenuButtonImpl::ForEach(std::string_view text, Call&& call) const
 
 HRESULT CMenuButtonImpl::InsertEffect(IUnknown* pUnkSbd, LONG, ULONG tagFilter)
 {
+    // Until all effects are there, the elements are put in relation to where the button stands itself.
+    m_anchored = Anchor() != nullptr;
     const HRESULT result =
         ForEach("pChildElem->InsertEffect(spUnkSbd, m_pElemNode->GetID(), dwTagFilter)",
                 [&](CMenuElementImpl& child) { return child.InsertEffect(pUnkSbd, Node().ID(), tagFilter); });
@@ -46,7 +48,8 @@ HRESULT CMenuButtonImpl::InsertEffect(IUnknown* pUnkSbd, LONG, ULONG tagFilter)
 
 HRESULT CMenuButtonImpl::RemoveEffect()
 {
-    SelectAnchor(false);
+    // Without effects there is nothing to let go of.
+    if (HasEffect()) SelectAnchor(false);
     const HRESULT result =
         ForEach("pChildElem->RemoveEffect()", [](CMenuElementImpl& child) { return child.RemoveEffect(); });
     if (FAILED(result)) SelectAnchor(true);
@@ -62,13 +65,14 @@ HRESULT CMenuButtonImpl::AttachEffect(IUnknown* pUnkSbd, ULONG tagFilter)
         if (FAILED(result) && SUCCEEDED(first)) first = result;
         return S_OK;
     });
-    SelectAnchor(true);
+    // As long as there are no effects, the anchor is the one that a document told.
+    if (Any([](const CMenuElementImpl& child) { return child.HasEffect(); })) SelectAnchor(true);
     return first;
 }
 
 HRESULT CMenuButtonImpl::DetachEffect()
 {
-    SelectAnchor(false);
+    if (HasEffect()) SelectAnchor(false);
     return ForEach("pChildElem->DetachEffect()", [](CMenuElementImpl& child) { return child.DetachEffect(); });
 }
 
@@ -103,7 +107,28 @@ void CMenuButtonImpl::SelectAnchor(bool reselect)
         });
         if (anchor) m_anchorID = anchor->Node().ID();
     }
-    m_anchored = reselect && anchor;
+    m_anchored = reselect;
+}
+
+void CMenuButtonImpl::ReturnAnchor(LONG id)
+{
+    m_anchorID = id;
+    m_anchored = true;
+    const CProjectNode* const node = id != 0 ? List().FindChildByID(id) : nullptr;
+    bool isAny = false;
+    bool isAwaited = false;
+    Any([&](const CMenuElementImpl& child) {
+        isAny = isAny || child.HasEffect();
+        isAwaited = isAwaited || (&child.Node() == node && !child.IsBound());
+        return false;
+    });
+    if (isAny && !isAwaited) SelectAnchor(true);
+}
+
+void CMenuButtonImpl::ReturnStand(const Stand& stand)
+{
+    m_translation.stored = stand.place;
+    ReturnAnchor(stand.anchorID);
 }
 
 // Geometry
@@ -291,8 +316,7 @@ bool CMenuButtonImpl::WritesAll(const AttributeArchive& archive) const
 void CMenuButtonImpl::attributes(AttributeArchive& archive)
 {
     CMenuElementImpl::attributes(archive);
-    // It follows from the elements when they have their effects again.
-    if (!archive.Records()) archive("anchor", m_anchorID);
+    archive("anchor", m_anchorID);
 }
 
 } // namespace kv

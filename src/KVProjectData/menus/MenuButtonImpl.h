@@ -34,13 +34,22 @@ public:
     void attributes(AttributeArchive& archive) override;
 
     void SelectAnchor(bool reselect) override;
+    LONG AnchorID() const override { return m_anchorID; }
+    void ReturnAnchor(LONG id) override;
     void MovedByHand() override;
 
     /// Null while no element has an effect.
     CMenuElementImpl* Anchor() const;
     /// The anchor when the elements get their effects.
     void SetAnchorID(LONG id) { m_anchorID = id; }
-    LONG AnchorID() const { return m_anchorID; }
+
+    /// What an edit of its elements changes of the button itself.
+    struct Stand {
+        LONG anchorID;
+        ZXPVector place;
+    };
+    Stand PresentStand() const { return {m_anchorID, m_translation.stored}; }
+    void ReturnStand(const Stand& stand);
 
     /// Moves the button, with neither record nor event.
     HRESULT PlaceAt(const FloatPoint& position);
@@ -71,7 +80,8 @@ private:
     HRESULT MoveAlone(const FloatPoint& distance);
 
     LONG m_anchorID = 0;
-    bool m_anchored = false;
+    /// The elements are not about to lose their effects.
+    bool m_anchored = true;
 };
 
 } // namespace kv

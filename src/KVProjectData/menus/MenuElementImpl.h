@@ -95,6 +95,10 @@ public:
     /// The elements of the list that belongs to this one changed: finds out whose place is the place of all. Without
     /// `reselect` they are about to lose their effects.
     virtual void SelectAnchor(bool) {}
+    /// 0 for none.
+    virtual LONG AnchorID() const { return 0; }
+    /// Undo says whose place it is, or was: one that gets its effect later is waited for.
+    virtual void ReturnAnchor(LONG) {}
 
     /// A person is about to move or resize the element.
     virtual void MovedByHand() {}

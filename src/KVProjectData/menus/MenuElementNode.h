@@ -146,8 +146,10 @@ public:
             if (!production) return kCalls.NullArgument("spUnkMenuSbd.p");
             if (this->IsBound()) return S_OK;
             // What the production has not brought back yet is found when it has.
+            CMenuElementImpl* const button = kType == typeButton ? this : this->Holder();
+            const LONG anchor = button ? button->AnchorID() : 0;
             this->AttachEffect(production.Get(), kHighlightTag);
-            if (CMenuElementImpl* button = this->Holder()) button->SelectAnchor(true);
+            if (button) button->ReturnAnchor(anchor);
             SharedUndoContext().attachNodes.Add(*this);
             return S_OK;
         });

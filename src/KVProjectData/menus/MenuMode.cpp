@@ -123,6 +123,10 @@ HRESULT CKVMenu::TurnToProduction(OtherMode& left)
     ThrowIfFailed(m_productions.MakeMenu());
     const auto menu = m_productions.Menu();
     const HRESULT turned = Guarded([&] {
+        // Buttons get their anchors.
+        ForEachElement(Elements(), [](CProjectNode& element) {
+            if (element.Type() == typeButton) element.RecordState(false);
+        });
         {
             const RecordingOff off;
             ThrowIfFailed(Elements().InsertEffects(menu.Get()));

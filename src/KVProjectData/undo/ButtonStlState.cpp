@@ -5,23 +5,14 @@
 #include "KVProjectData/tree/LineageLock.h"
 #include "KVProjectData/tree/NodeList.h"
 
+#include <algorithm>
+
 namespace kv {
-namespace {
-
-LONG AnchorOf(CProjectNode& button)
-{
-    const auto* const shown = dynamic_cast<CMenuButtonImpl*>(&button);
-    return shown ? shown->AnchorID() : 0;
-}
-
-} // namespace
-
 CKVButtonStlState::CKVButtonStlState(CProjectNode& button)
     : StateRecord(button),
       m_button(button.GetRecord()),
       m_links(button.GetChild(kButtonLinks)->GetRecord()),
       m_region(button.GetChild(kButtonRegion)->GetRecord()),
-      m_anchorID(AnchorOf(button)),
       m_elements(ElementsOf(*button.GetChild(kButtonElements)->List()))
 {
 }
@@ -39,38 +30,51 @@ void CKVButtonStlState::ReportTo(CProjectNode& button, DrivingUndo&)
 {
     const LineageLock lock(button);
     ReportChange(button);
-    for (const auto& elements : {ElementsOf(*button.GetChild(kButtonElements)->List()), m_elements})
-        for (const Element& element : elements)
-            ReportChange(button, element.node->ID());
+    for (const Element& element : ElementsOf(*button.GetChild(kButtonElements)->List()))
+        ReportChange(button, element.node->ID());
+    for (const Element& element : m_elements)
+        ReportChange(button, element.node->ID());
 }
 
-HRESULT CKVButtonStlState::Exchange(CProjectNode& button, DrivingUndo&)
+HRESULT CKVButtonStlState::Exchange(CProjectNode& button, DrivingUndo& driving)
 {
     const LineageLock lock(button);
     CNodeList& list = *button.GetChild(kButtonElements)->List();
     const SectionLock listLock(list.Section());
     std::vector<Element> before = ElementsOf(list);
-    list.ReserveRoom(m_elements.size());
+    std::vector<Outside> outside;
+    outside.reserve(m_elements.size());
+    for (const Element& element : m_elements) {
+        // A host may have put it elsewhere.
+        if (!element.node->Parent()) outside.push_back({element, NodeImage(*element.node)});
+    }
+    for (const Outside& left : m_outside)
+        driving.Keep(left.element.object);
+    list.ReserveRoom(outside.size());
 
-    auto* const shown = dynamic_cast<CMenuButtonImpl*>(&button);
-    LONG anchorID = AnchorOf(button);
+    RecordedValues present = button.GetRecord();
     // Its own place is stored before another one is.
     button.DetachEffect();
     button.ExchangeRecord(m_button);
+    m_button = std::move(present);
     button.GetChild(kButtonLinks)->ExchangeRecord(m_links);
     button.GetChild(kButtonRegion)->ExchangeRecord(m_region);
     list.DropAll();
-    for (const Element& element : m_elements) {
-        // A host may have put it elsewhere.
-        if (!element.node->Parent()) list.Adopt(*element.node, -1, false);
+    for (Outside& left : m_outside) {
+        const auto isLeft = [&](const Element& element) { return element.node == left.element.node; };
+        if (std::ranges::none_of(before, isLeft)) continue;
+        // The element is out all the same.
+        Guarded([&] {
+            left.image.Restore();
+            return S_OK;
+        });
     }
     m_elements = std::move(before);
-    std::swap(m_anchorID, anchorID);
-    if (shown) shown->SetAnchorID(anchorID);
+    m_outside = std::move(outside);
+    for (const Outside& come : m_outside)
+        list.Adopt(*come.element.node, -1, false);
     CMenuNode* menu = MenuOf(button);
     if (menu && !menu->IsNativeMenu()) AttachNowOrLater(button);
-    // Elements whose effects come later are still to find the anchor.
-    if (shown && !shown->HasEffect()) shown->SetAnchorID(anchorID);
     return S_OK;
 }
 

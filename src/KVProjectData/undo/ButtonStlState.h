@@ -1,6 +1,7 @@
 #pragma once
 // Undo of a button that took over the look of another one.
 
+#include "KVProjectData/undo/NodeImage.h"
 #include "KVProjectData/undo/StateRecord.h"
 
 #include <vector>
@@ -17,6 +18,12 @@ private:
         ComPtr<IUnknown> object;
         CProjectNode* node;
     };
+    /// An element that is in the button again, and what it was outside of it: when it is taken out anew, its effect is
+    /// still to become what it was then.
+    struct Outside {
+        Element element;
+        NodeImage image;
+    };
 
     HRESULT Exchange(CProjectNode& button, DrivingUndo& driving) override;
     void ReportTo(CProjectNode& button, DrivingUndo& driving) override;
@@ -25,8 +32,8 @@ private:
     RecordedValues m_button;
     RecordedValues m_links;
     RecordedValues m_region;
-    LONG m_anchorID;
     std::vector<Element> m_elements;
+    std::vector<Outside> m_outside;
 };
 
 } // namespace kv

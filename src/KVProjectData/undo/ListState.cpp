@@ -14,11 +14,18 @@ CProjectNode& LowestHeld(CNodeList& list)
     return owner && owner->Type() == typeProject ? *owner : list;
 }
 
+/// Null for a list that is not a button's.
+CMenuButtonImpl* HolderOf(const CNodeList& list)
+{
+    return dynamic_cast<CMenuButtonImpl*>(list.Parent());
+}
+
 } // namespace
 
 CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& child, LONG index)
     : StateRecord(list), m_child(child), m_removes(change == ListChange::Remove), m_index(index)
 {
+    if (const CMenuButtonImpl* button = HolderOf(list)) m_stand = button->PresentStand();
     switch (change) {
     case ListChange::Add:
         m_turn = Turn::Remove;
@@ -40,13 +47,23 @@ HRESULT CKVListState::Exchange(CNodeList& list, DrivingUndo& driving)
     const LineageLock lock(LowestHeld(list));
     // Edits that were not recorded may have taken the child out, or brought it back already.
     if (child->Parent() != (m_turn == Turn::Reinsert ? nullptr : &list)) return S_FALSE;
+    CMenuButtonImpl* const button = m_stand ? HolderOf(list) : nullptr;
+    if (!button) return TakeTurn(list, *child);
+    const CMenuButtonImpl::Stand before = button->PresentStand();
+    const HRESULT result = TakeTurn(list, *child);
+    if (SUCCEEDED(result)) button->ReturnStand(std::exchange(*m_stand, before));
+    return result;
+}
+
+HRESULT CKVListState::TakeTurn(CNodeList& list, CProjectNode& child)
+{
     switch (m_turn) {
     case Turn::Reinsert:
-        return Reinsert(list, *child);
+        return Reinsert(list, child);
     case Turn::Remove:
-        return Remove(list, *child);
+        return Remove(list, child);
     case Turn::Move:
-        return Move(list, *child);
+        return Move(list, child);
     }
     return S_FALSE;
 }

@@ -1,6 +1,7 @@
 #pragma once
 // Undo of an edit of a list.
 
+#include "KVProjectData/menus/MenuButtonImpl.h"
 #include "KVProjectData/tree/NodeList.h"
 #include "KVProjectData/undo/NodeImage.h"
 #include "KVProjectData/undo/StateRecord.h"
@@ -21,6 +22,7 @@ private:
     enum class Turn : ULONG { Reinsert = 0, Remove = 1, Move = 2 };
 
     HRESULT Exchange(CNodeList& list, DrivingUndo& driving) override;
+    HRESULT TakeTurn(CNodeList& list, CProjectNode& child);
     void ReportTo(CNodeList& list, DrivingUndo& driving) override;
     HRESULT Reinsert(CNodeList& list, CProjectNode& child);
     HRESULT Remove(CNodeList& list, CProjectNode& child);
@@ -36,6 +38,8 @@ private:
     /// Of an element that is in the list again: what it was outside of it. When it is taken out anew, its effect is
     /// still to become what it was then.
     std::optional<NodeImage> m_outside;
+    /// Of the button whose elements the list holds.
+    std::optional<CMenuButtonImpl::Stand> m_stand;
 };
 
 } // namespace kv

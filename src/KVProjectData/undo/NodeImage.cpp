@@ -65,14 +65,15 @@ void NodeImage::Restore()
     if (IsFixed(*m_node)) return;
     const SectionLock lock(m_node->Section());
     const bool entered = m_mode && m_mode->Enter();
-    m_node->ExchangeRecord(m_values);
-    m_node->KeepXml(m_xml);
     if (CNodeList* list = m_node->List()) {
         RestoreItems(*list);
     } else {
         for (NodeImage& child : m_children)
             child.Restore();
     }
+    // Last: a button is where elements that have left it let it stand.
+    m_node->ExchangeRecord(m_values);
+    m_node->KeepXml(m_xml);
     if (entered) m_mode->Bind();
     for (NodeImage& node : m_absent)
         if (!node.m_node->Parent()) node.Restore();

@@ -233,16 +233,19 @@ TEST_F(ElementTest, AButtonTakesOverAnotherOnesLook)
         EXPECT_EQ(S_OK, target->SetPosition(0.25, 0.25));
         const LONG id = target->ID();
         const std::u16string before = XmlOfButton(*target, VARIANT_TRUE);
-        Events();
 
         Begin();
+        EXPECT_EQ(S_OK, old->SetPosition(0.375, 0.5));
+        const FloatPoint place = Position(*target);
+        Events();
         EXPECT_EQ(S_OK, source->ApplyTo(target.Get()));
         End();
+        const FloatPoint left = Position(*old);
         std::vector<ReceivedEvent> told = Events();
         EXPECT_EQ(Event(EVENT_MenuElementRemoved, {old->ID()}), told.front());
         EXPECT_EQ(Event(EVENT_ButtonChanged, {id, -1}), told.back());
         EXPECT_EQ(id, target->ID());
-        EXPECT_EQ((FloatPoint{0.25, 0.25}), Position(*target));
+        EXPECT_EQ(place, Position(*target));
         EXPECT_EQ(1, ValueOf<IKVMenuButton>(*target, &IKVMenuButton::get_ButtonScheme));
         EXPECT_EQ(links, LinksOf(*target));
         ASSERT_EQ(2, ElementsOf(*target).ChildCount());
@@ -264,6 +267,7 @@ TEST_F(ElementTest, AButtonTakesOverAnotherOnesLook)
             }
             RedoStep();
             EXPECT_EQ(after, XmlOfButton(*target, VARIANT_TRUE));
+            EXPECT_EQ(left, Position(*old));
             if (shown) {
                 EXPECT_TRUE(IsShown(taken) && !IsShown(*old) && target->Anchor());
             }

@@ -316,9 +316,16 @@ private:
             });
     }
 
+    /// The elements of a menu, or of one of its buttons.
+    static ComPtr<IKVMenuElementList> ListIn(IKVMenu& menu, unsigned number)
+    {
+        const auto button = number % 2 ? Button(menu, number / 2) : nullptr;
+        return button ? Query<IKVMenuElementList>(button) : Query<IKVMenuElementList>(&menu);
+    }
+
     static void EditElements(IKVMenu& menu, unsigned what)
     {
-        const auto list = Query<IKVMenuElementList>(&menu);
+        const auto list = ListIn(menu, what / 17);
         const auto count = static_cast<unsigned>(ValueOf(*list.Get(), &IKVMenuElementList::get_ElementCount));
         const auto at = [&](unsigned number) { return static_cast<LONG>(number % (count + 1)) + 1; };
         ComPtr<IKVMenuElement> element;
@@ -348,13 +355,13 @@ private:
             [&] { button->ApplyTo(Button(menu, what / 5).Get()); });
     }
 
-    /// Edits an overlay or a text that stands in the menu itself.
+    /// Edits an overlay or a text.
     static void EditShown(IKVMenu& menu, unsigned where, unsigned what)
     {
-        const auto list = Query<IKVMenuElementList>(&menu);
+        const auto list = ListIn(menu, where);
         const auto count = static_cast<unsigned>(ValueOf(*list.Get(), &IKVMenuElementList::get_ElementCount));
         ComPtr<IKVMenuElement> element;
-        if (count == 0 || FAILED(list->GetElement(static_cast<LONG>(where % count) + 1, element.Put()))) return;
+        if (count == 0 || FAILED(list->GetElement(static_cast<LONG>(where / 2 % count) + 1, element.Put()))) return;
         Choose(
             what / 13, [&] { element->SetPosition(Eighths(what), 0.25F); },
             [&] { element->put_Rotation(static_cast<float>(what % 90)); }, [&] { element->put_Flags(what); });
@@ -498,6 +505,13 @@ private:
         m_redo.pop_back();
     }
 
+    /// What a document says there, and what leads to it.
+    static std::string From(std::ptrdiff_t at, std::u16string_view document)
+    {
+        const auto begin = static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, at - 200));
+        return ToUtf8(document.substr(std::min(begin, document.size()), 400));
+    }
+
     void Succeed(HRESULT result, const char* what)
     {
         if (result != S_OK && !m_fault) m_fault = std::string(what) + " failed";
@@ -508,7 +522,8 @@ private:
         if (m_fault || !document) return;
         const std::u16string is = bench.Document();
         if (is != *document) {
-            m_fault = std::string(what) + " gives\n" + ToUtf8(is) + "\ninstead of\n" + ToUtf8(*document);
+            const auto at = std::ranges::mismatch(is, *document).in1 - is.begin();
+            m_fault = std::string(what) + " gives\n" + From(at, is) + "\ninstead of\n" + From(at, *document);
         }
     }
 
