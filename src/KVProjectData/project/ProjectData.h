@@ -153,6 +153,8 @@ private:
 
     /// Has the encoding parameters of a new title or menu follow the project's, whose aspect ratio they take.
     HRESULT FollowProject(CKVEncodingParams& encoding);
+    /// What is done to a menu that has come in with its production is part of the open step. S_FALSE for nothing to do.
+    HRESULT JoinMenu(IKVMenu& menu);
 
     void DropLists();
     /// Calls `visit` with the production data of every normal or first-play title that has a production.

@@ -94,11 +94,14 @@ HRESULT CKVProjectData::MoveMenu(LONG fromPos, LONG toPos)
 
 HRESULT CKVProjectData::InsertMenuW(LONG index, IKVMenu* pMenu)
 {
-    return Edit([&](EditScope&) {
+    const HRESULT inserted = Edit([&](EditScope&) {
         if (!pMenu) return E_POINTER;
         auto* menu = dynamic_cast<CKVMenu*>(pMenu);
         return menu ? m_menus.InsertItem(index, *menu, EVENT_MenuInserted) : E_INVALIDARG;
     });
+    // An engine that opens no block for it leaves what follows in it unrecorded; the menu is in.
+    if (SUCCEEDED(inserted)) JoinMenu(*pMenu);
+    return inserted;
 }
 
 HRESULT CKVProjectData::GetDataFile(LONG index, IKVDataFile** ppDataFile)

@@ -8,6 +8,17 @@ namespace {
 
 constexpr EngineCalls kEngine("KVProjectData");
 
+/// The one whose block is part of steps; null without one.
+ComPtr<IUnknown> StoryboardOf(IKVMenu& menu)
+{
+    ComPtr<IUnknown> storyboard;
+    VARIANT_BOOL native = VARIANT_FALSE;
+    menu.GetProduction(storyboard.Put());
+    if (!storyboard && SUCCEEDED(menu.get_IsNative(&native)) && native != VARIANT_FALSE)
+        menu.GetBackgroundProduction(storyboard.Put());
+    return storyboard;
+}
+
 } // namespace
 
 HRESULT CKVProjectData::BeginUndo(BSTR bsDesc)
@@ -20,16 +31,17 @@ std::vector<ComPtr<IUnknown>> CKVProjectData::MenuStoryboards()
     std::vector<ComPtr<IUnknown>> storyboards;
     for (LONG i = 0; i < m_menus.ChildCount(); ++i) {
         const auto menu = Query<IKVMenu>(m_menus.GetChild(i)->Identity());
-        if (!menu) continue;
-        ComPtr<IUnknown> storyboard;
-        VARIANT_BOOL native = VARIANT_FALSE;
-        menu->GetProduction(storyboard.Put());
-        if (!storyboard && SUCCEEDED(menu->get_IsNative(&native)) && native != VARIANT_FALSE) {
-            menu->GetBackgroundProduction(storyboard.Put());
-        }
-        if (storyboard) storyboards.push_back(std::move(storyboard));
+        if (auto storyboard = menu ? StoryboardOf(*menu.Get()) : nullptr) storyboards.push_back(std::move(storyboard));
     }
     return storyboards;
+}
+
+HRESULT CKVProjectData::JoinMenu(IKVMenu& menu)
+{
+    return Guarded([&] {
+        const auto storyboard = StoryboardOf(menu);
+        return storyboard ? kEngine.Checked(m_undo.JoinStoryboard(storyboard.Get()), "OpenUndoBlock()") : S_FALSE;
+    });
 }
 
 HRESULT CKVProjectData::TakeUndoSnapshot(BSTR bsDesc)

@@ -1,5 +1,6 @@
 #include "KVProjectData/undo/ProjectUndo.h"
 
+#include "KVProjectData/Engine/Production.h"
 #include "KVProjectData/ResultCodes.h"
 #include "platform/com/Activation.h"
 
@@ -81,6 +82,16 @@ HRESULT ProjectUndo::OpenMenus()
         if (FAILED(opened)) return opened;
     }
     return S_OK;
+}
+
+HRESULT ProjectUndo::JoinStoryboard(IUnknown* storyboard)
+{
+    if (!SharedUndoContext().step.load(std::memory_order_acquire)) return S_FALSE;
+    const DrivingUndo driving;
+    const SectionLock projectLock(m_project.Section());
+    if (!m_step) return S_FALSE;
+    const HRESULT opened = OpenBlock(storyboard);
+    return opened == ZXE_E_UNDO_BLOCK_OPEN ? S_OK : opened;
 }
 
 HRESULT ProjectUndo::TakeSnapshot(BSTR description)

@@ -42,6 +42,9 @@ public:
     }
     /// The menus that the project has now take part in the open step with their storyboards. S_FALSE without a step.
     HRESULT OpenMenus();
+    /// The storyboard of a menu that has come into the project takes part in the open step, as far as it does not yet.
+    /// S_FALSE without a step.
+    HRESULT JoinStoryboard(IUnknown* storyboard);
     /// The storyboards close their blocks and keep their edits; the step knows of them no more.
     void LeaveStoryboards();
     /// `storyboard` is not null.

@@ -346,6 +346,31 @@ TEST_F(MenuTest, AFileThatIsLoadedInAStepIsWhatTheStepGoesBackTo)
     EXPECT_EQ(edited, told());
 }
 
+TEST_F(MenuTest, WhatAStepInsertsBelongsToItWithWhatIsDoneToIt)
+{
+    const LONG id = ValueOf(*menu.Get(), &IKVMenu::get_ID);
+    ASSERT_EQ(S_OK, menu->put_Duration(12.5));
+    ASSERT_EQ(S_OK, project->RemoveMenu(id, nullptr));
+    ASSERT_EQ(S_OK, project->BeginUndo(nullptr));
+    ASSERT_EQ(S_OK, project->InsertMenuW(1, menu.Get()));
+    ASSERT_EQ(S_OK, menu->put_Duration(3.0));
+    ASSERT_EQ(S_OK, project->EndUndo(VARIANT_TRUE));
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(S_OK, project->UndoOperation());
+        EXPECT_EQ(0, ValueOf(*project.Get(), &IKVProjectData::get_MenuCount));
+        EXPECT_EQ(12.5, ValueOf(*menu.Get(), &IKVMenu::get_Duration));
+        EXPECT_EQ(S_OK, project->RedoOperation());
+        EXPECT_EQ(3.0, ValueOf(*menu.Get(), &IKVMenu::get_Duration));
+    }
+    // Taken out and put back, it takes part once.
+    ASSERT_EQ(S_OK, project->BeginUndo(nullptr));
+    ASSERT_EQ(S_OK, project->RemoveMenu(id, nullptr));
+    ASSERT_EQ(S_OK, project->InsertMenuW(1, menu.Get()));
+    ASSERT_EQ(S_OK, menu->put_Duration(4.0));
+    ASSERT_EQ(S_OK, project->EndUndo(VARIANT_FALSE));
+    EXPECT_EQ(3.0, ValueOf(*menu.Get(), &IKVMenu::get_Duration));
+}
+
 TEST_F(MenuTest, HoldsWhatIsLaidDownThere)
 {
     ComPtr<IKVMenuElement> button;
