@@ -28,6 +28,13 @@ std::optional<std::u16string> Below(std::u16string_view folder, std::u16string_v
     return ToUtf16(ToHostPath(full));
 }
 
+/// Whatever the ways are that paths take to it.
+bool IsSameFile(std::u16string_view left, std::u16string_view right)
+{
+    std::error_code error;
+    return left == right || std::filesystem::equivalent(ToHostPath(left), ToHostPath(right), error);
+}
+
 } // namespace
 
 std::u16string FullPath(std::u16string_view path)
@@ -79,6 +86,8 @@ std::optional<std::u16string> FilePlace::FromFile(std::u16string_view path) cons
 
 std::optional<std::u16string> FilePlace::FromProject(std::u16string_view path) const
 {
+    const auto known = IsRelative(path) ? m_names.find(path) : m_names.end();
+    if (known != m_names.end() && PathFileExists(known->second)) return known->second;
     const std::u16string_view first = path.substr(0, path.find_first_of(kSeparators));
     if (!m_directory.empty() && first == PathFindFileName(m_directory)) {
         if (auto found = Below(PathRemoveFileSpec(m_directory), path)) return found;
@@ -90,7 +99,9 @@ std::optional<std::u16string> FilePlace::ToFile(std::u16string_view path)
 {
     if (IsRelative(path)) {
         const auto before = FromProject(path);
-        if (!before || FromFile(path) == before) return std::nullopt;
+        if (!before) return std::nullopt;
+        if (const auto there = FromFile(path); there && IsSameFile(*there, *before)) return std::nullopt;
+        Know(path, *before);
         const auto archived = InArchive(*before);
         return archived ? archived : before;
     }

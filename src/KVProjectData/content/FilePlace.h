@@ -19,7 +19,8 @@ std::u16string FullPath(std::u16string_view path);
 std::u16string ArchiveFolder(std::u16string_view fileName);
 
 /// By the full paths of files: the relative path that a project file had for one, or the full path of the copy that was
-/// made of it in an archive folder.
+/// made of it in an archive folder. By the relative paths of a project in memory: the full paths of what they lead to,
+/// where its directory does not tell any more.
 using KnownNames = std::map<std::u16string, std::u16string, std::less<>>;
 
 /// A project file that this thread reads or writes. While the object lives, the paths of documents that the thread
@@ -40,10 +41,16 @@ public:
     /// Null where the thread is at no file.
     static FilePlace* Current();
 
-    /// Where relative paths of a project in memory lead from: the folder above its directory where they begin with the
-    /// directory's own name, as those that an archive leaves do, or the directory.
+    /// Where relative paths of a project in memory lead from that no known name tells of: the folder above its
+    /// directory where they begin with the directory's own name, as those that an archive leaves do, or the directory.
     void SetProjectDirectory(std::u16string_view directory);
+    /// A path that is written in full, as its project leaves the place that it leads from, is among them afterwards.
     const KnownNames& Names() const { return m_names; }
+    /// Where a relative path of the project leads from now on.
+    void Know(std::u16string_view path, std::u16string_view full)
+    {
+        m_names.insert_or_assign(std::u16string(path), full);
+    }
     void SetNames(KnownNames names) { m_names = std::move(names); }
 
     /// The path that a text of the file stands for, if that is another one.

@@ -119,7 +119,10 @@ HRESULT CKVFileService::SaveProject(BSTR bstrFileName, IUnknown* pUnkProject)
         const HRESULT placed = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());
         if (FAILED(placed)) return placed;
         PruneTemplateMenus(*project);
-        return WriteProjectFile(*project, fileName);
+        const HRESULT written = Guarded([&] { return WriteProjectFile(*project, fileName); });
+        // Also those of a file that could not be written, since the project has moved.
+        if (const auto storyboards = Query<IProjectStoryboards>(project)) storyboards->KeepNames(place.Names());
+        return written;
     });
 }
 

@@ -55,15 +55,13 @@ ProjectArchive::ProjectArchive(IKVProjectData& project, std::u16string_view file
 {
     ThrowIfFailed(project.get_ProjectDirectory(m_directory.Put()));
     m_place.SetProjectDirectory(m_directory.View());
+    if (const auto storyboards = Query<IProjectStoryboards>(&project)) m_place.SetNames(storyboards->Names());
 }
 
 std::u16string ProjectArchive::Full(std::u16string_view path) const
 {
-    if (!PathFileExists(path)) {
-        if (auto found = m_place.FromProject(path)) return std::move(*found);
-        return std::u16string(path);
-    }
-    return ToUtf16(ToHostPath(FullPath(path)));
+    if (auto found = m_place.FromProject(path)) return std::move(*found);
+    return PathFileExists(path) ? ToUtf16(ToHostPath(FullPath(path))) : std::u16string(path);
 }
 
 void ProjectArchive::AddSource(std::u16string_view text)
@@ -203,8 +201,9 @@ void ProjectArchive::PointAtCopies()
         if (property.isShown) continue;
         // A relative path of the project without a copy leads to nothing from here.
         const bool isArchived = IsArchived(property.full);
-        if (!isArchived && (property.full == property.path.View() || PathFileExists(property.path.View()))) continue;
+        if (!isArchived && !m_place.FromProject(property.path.View())) continue;
         const Bstr path(isArchived ? PathAppend(folder, PathFindFileName(property.full)) : property.full);
+        if (isArchived) m_place.Know(path.View(), m_folder + u'/' + PathFindFileName(property.full));
         m_replaced.emplace_back(&property, path);
     }
     m_place.SetProjectDirectory(m_folder);
@@ -245,7 +244,7 @@ void ProjectArchive::Run(const std::function<HRESULT()>& write)
         TakeBack();
         throw;
     }
-    if (storyboards) storyboards->KeepNames(std::move(names));
+    if (storyboards) storyboards->KeepNames(m_place.Names());
 }
 
 } // namespace kv

@@ -115,7 +115,8 @@ KnownNames CKVProjectData::Names()
 void CKVProjectData::KeepNames(KnownNames names)
 {
     const SectionLock lock(Section());
-    m_names = std::move(names);
+    names.merge(m_names);
+    m_names.swap(names);
 }
 
 void CKVProjectData::KeepProductions(XmlElement kept)

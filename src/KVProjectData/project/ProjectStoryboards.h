@@ -19,7 +19,8 @@ struct IProjectStoryboards : IUnknown {
     virtual XmlElement KeptProductions() = 0;
     virtual void KeepProductions(XmlElement kept) = 0;
 
-    /// How its files are named where it was loaded from, and where it was archived. Forgotten by Clear.
+    /// How its files are named where it was loaded from, and where it was archived, and where its relative paths lead.
+    /// Those that are kept stay beside new ones. Forgotten by Clear.
     virtual KnownNames Names() = 0;
     virtual void KeepNames(KnownNames names) = 0;
 

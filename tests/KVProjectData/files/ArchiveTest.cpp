@@ -302,5 +302,47 @@ TEST_F(ArchiveTest, ArchivesAgain)
     }
 }
 
+TEST_F(ArchiveTest, NamesFilesOfRelativePathsWhereverTheProjectWent)
+{
+    struct Case {
+        /// Archive and save, and a directory that the host sets.
+        std::vector<std::string> steps;
+        /// In the file that came last.
+        std::u16string source;
+    };
+    for (const auto& [steps, source] :
+         {Case{{"S others/E.xml", "S others/E.xml"}, In("clips/b.txt")},
+          {{"S none/E.xml", "S others/E.xml"}, In("clips/b.txt")},
+          {{"A T.xml", "S others/E.xml", "S others/E.xml"}, In("T_Files/b.txt")},
+          {{"A T.xml", "S none/E.xml", "S others/E.xml"}, In("T_Files/b.txt")},
+          {{"A T.xml", "D /nowhere", "S others/E.xml"}, In("T_Files/b.txt")},
+          {{"A T.xml", "S others/E.xml", "A clips/T.xml", "S others/E.xml"}, In("clips/T_Files/b.txt")},
+          {{"A others/../T.xml", "S others/E.xml", "S T.xml"}, u"T_Files\\b.txt"}}) {
+        SCOPED_TRACE(testing::PrintToString(steps));
+        for (const char* copies : {"T_Files", "clips/T_Files"})
+            std::filesystem::remove_all(folder.Path() / copies);
+        project = NewProject();
+        const auto element =
+            ParseElement(u"<Root><Project><DataFiles><File sourcePath='clips/b.txt'/></DataFiles></Project></Root>");
+        ASSERT_EQ(S_OK, project->loadXML(element.Get()));
+        project->put_ProjectDirectory(Bstr(folder.Path().u16string()).Get());
+        for (const std::string& step : steps) {
+            const std::string name = step.substr(2);
+            if (step.front() == 'D') {
+                project->put_ProjectDirectory(Bstr(ToUtf16(name)).Get());
+            } else {
+                const auto write = step.front() == 'A' ? &IKVFileService::Archive : &IKVFileService::SaveProject;
+                EXPECT_EQ(name.starts_with("none"),
+                          FAILED((files.Get()->*write)(folder.File(name).Get(), project.Get())));
+            }
+        }
+        const auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
+        VARIANT_BOOL parsed = VARIANT_FALSE;
+        ASSERT_EQ(S_OK, document->load(Variant(folder.File(steps.back().substr(2)).View()), &parsed));
+        const std::u16string text = XmlOf(*document);
+        EXPECT_NE(text.npos, text.find(u"sourcePath=\"" + source + u'"')) << ToUtf8(text);
+    }
+}
+
 } // namespace
 } // namespace kv::test
