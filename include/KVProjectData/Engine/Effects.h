@@ -67,6 +67,16 @@ struct IEffectInfo : IUnknown {
     virtual HRESULT SetParameterDocument(IXMLDOMNode* pDocument, VARIANT_BOOL bRefresh) = 0;
 };
 
+/// Of an effect whose layer can change: an element that gets another ID takes its effect with it. An engine may do
+/// without it.
+struct IEffectLayer : IUnknown {
+    static constexpr GUID IID = "50a9676b-f367-415f-8617-e79fe5cb694f"_guid;
+    using Base = IUnknown;
+
+    /// ZXE_E_NOT_OPEN when the effect is not in a production that is in use.
+    virtual HRESULT put_Layer(LONG lLayer) = 0;
+};
+
 /// The place of an effect or a background audio in time, and of the sound of a panel or an effect. Points are finite
 /// and not negative, else E_INVALIDARG; an end before the start is allowed on the way to another span, and shows
 /// nothing.

@@ -194,6 +194,14 @@ HRESULT CNXEffect::setGroupID(LONG id)
     return EngineCalls::Operation([&] { return kEngine.Checked(InfoOf(m_pUnkEffect)->SetGroupID(id)); });
 }
 
+HRESULT CNXEffect::setLayer(LONG layer)
+{
+    return EngineCalls::Operation([&] {
+        const auto place = Query<IEffectLayer>(m_pUnkEffect);
+        return place ? kEngine.Checked(place->put_Layer(layer)) : S_FALSE;
+    });
+}
+
 HRESULT CNXEffect::getStartOffset(double& startSecs) const
 {
     startSecs = 0.0;

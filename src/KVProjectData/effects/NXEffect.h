@@ -46,6 +46,8 @@ public:
     HRESULT getEffectID(LONG& id) const;
     /// The ID of the button that holds the element.
     HRESULT setGroupID(LONG id);
+    /// S_FALSE where the engine's effects stay on their layers.
+    HRESULT setLayer(LONG layer);
 
     // The span. E_POINTER without an effect.
 

@@ -81,6 +81,11 @@ bool CMenuButtonImpl::IsBound() const
     return !Any([](const CMenuElementImpl& child) { return !child.IsBound(); });
 }
 
+HRESULT CMenuButtonImpl::RenameEffect(LONG id)
+{
+    return ForEach("pChildElem->setGroupID(id)", [id](CMenuElementImpl& child) { return child.RegroupEffect(id); });
+}
+
 // The anchor
 
 CMenuElementImpl* CMenuButtonImpl::Anchor() const

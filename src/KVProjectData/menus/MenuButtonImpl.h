@@ -19,6 +19,7 @@ public:
     HRESULT DetachEffect() override;
     bool HasEffect() const override { return Anchor() != nullptr; }
     bool IsBound() const override;
+    HRESULT RenameEffect(LONG id) override;
 
     HRESULT getPosition(FloatPoint& position) override;
     HRESULT setPosition(const FloatPoint& position) override;

@@ -49,6 +49,10 @@ public:
     virtual bool IsBound() const { return HasEffect() || m_tag == kHighlightTag; }
     HRESULT getEffectID(LONG& id) const { return m_effect.getEffectID(id); }
 
+    /// What the effect bears of the element's ID becomes that of another one.
+    virtual HRESULT RenameEffect(LONG id) { return m_effect ? m_effect.setLayer(id) : S_FALSE; }
+    HRESULT RegroupEffect(LONG id) { return m_effect ? m_effect.setGroupID(id) : S_FALSE; }
+
     // Geometry. Setters record before they change, and tell afterwards.
 
     virtual HRESULT getPosition(FloatPoint& position);

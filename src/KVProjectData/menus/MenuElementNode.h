@@ -124,8 +124,16 @@ public:
 
     HRESULT set_ID(LONG lId) override
     {
-        return Guarded([&] {
+        return Ask([&]() -> HRESULT {
+            // The ID is undone with what the effect bears of it.
+            if (this->HasEffect()) RecordState(true);
+            CMenuElementImpl* const button = this->Holder();
+            const bool isAnchor = button && button->AnchorID() == ID();
+            if (isAnchor) button->Node().RecordState(button->HasEffect());
+            const HRESULT renamed = this->RenameEffect(lId);
+            if (FAILED(renamed)) return renamed;
             SetID(lId);
+            if (isAnchor) button->ReturnAnchor(lId);
             return S_OK;
         });
     }

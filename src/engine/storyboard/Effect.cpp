@@ -6,8 +6,7 @@
 
 namespace kv {
 
-CEffect::CEffect(std::shared_ptr<Storyboard> board, LONG id, LONG layer, LONG type, ItemState state, Leftovers rest)
-    : m_layer(layer), m_type(type)
+CEffect::CEffect(std::shared_ptr<Storyboard> board, LONG id, LONG type, ItemState state, Leftovers rest) : m_type(type)
 {
     Start(std::move(board), id, std::move(state), std::move(rest));
 }
@@ -16,6 +15,14 @@ HRESULT CEffect::FindInterface(REFIID iid, void** out)
 {
     if (!ShowsMedia() && (iid == ISourceFile::IID || iid == INativeInfo::IID)) return E_NOINTERFACE;
     return Object::FindInterface(iid, out);
+}
+
+HRESULT CEffect::put_Layer(LONG lLayer)
+{
+    return Edit([=](ItemState& state) {
+        state.layer = lLayer;
+        return S_OK;
+    });
 }
 
 HRESULT CEffect::get_GroupID(LONG* plGroupID)
@@ -77,7 +84,7 @@ HRESULT CEffect::get_ParentProduction(IUnknown** ppProduction)
 
 LONG CEffect::Enter(BoardContents& contents, LONG)
 {
-    contents.effects.Add(ComPtr(this), Inside().start);
+    contents.effects.Add(ComPtr(this), Inside().layer, Inside().start);
     return ID();
 }
 
@@ -88,24 +95,26 @@ LONG CEffect::Where(const BoardContents&) const
 
 void CEffect::Leave(BoardContents& contents)
 {
-    contents.effects.Remove(*this, Inside().start);
+    contents.effects.Remove(*this);
 }
 
 void CEffect::Put(BoardContents& contents, ItemState state)
 {
-    contents.effects.Move(*this, Inside().start, state.start);
+    contents.effects.Move(*this, state.layer, state.start);
     Item::Put(contents, std::move(state));
 }
 
 void CEffect::TellPlaced(ProductionSinks& sinks, LONG where, bool added) const
 {
-    sinks.Tell(added ? &IZXEProductionDataEvents::OnEffectAdded : &IZXEProductionDataEvents::OnEffectRemoved, m_layer,
-               where);
+    sinks.Tell(added ? &IZXEProductionDataEvents::OnEffectAdded : &IZXEProductionDataEvents::OnEffectRemoved,
+               State().layer, where);
 }
 
 void CEffect::TellChanged(ProductionSinks& sinks, LONG, Origin origin) const
 {
-    if (origin == Origin::History) sinks.Tell(&IZXEProductionDataEvents::OnEffectChanged, m_layer, State().group);
+    if (origin != Origin::History) return;
+    const ItemState state = State();
+    sinks.Tell(&IZXEProductionDataEvents::OnEffectChanged, state.layer, state.group);
 }
 
 } // namespace kv

@@ -5,12 +5,14 @@
 
 namespace kv {
 
-class CEffect final : public Object<Item, IEffectInfo, SubObjectFace, IParentProduction, SourceFace, NativeInfoFace> {
+class CEffect final
+    : public Object<Item, IEffectInfo, IEffectLayer, SubObjectFace, IParentProduction, SourceFace, NativeInfoFace> {
 public:
-    CEffect(std::shared_ptr<Storyboard> board, LONG id, LONG layer, LONG type, ItemState state, Leftovers rest = {});
+    CEffect(std::shared_ptr<Storyboard> board, LONG id, LONG type, ItemState state, Leftovers rest = {});
 
     HRESULT get_EffectID(LONG* plEffectID) override { return Give(ID(), plEffectID); }
-    HRESULT get_Layer(LONG* plLayer) override { return Give(m_layer, plLayer); }
+    HRESULT get_Layer(LONG* plLayer) override { return Give(State().layer, plLayer); }
+    HRESULT put_Layer(LONG lLayer) override;
     HRESULT get_Type(LONG* plType) override { return Give(m_type, plType); }
     HRESULT get_Kind(LONG* plKind) override { return Give(ShowsMedia() ? ZXE_KIND_MEDIA : 0, plKind); }
     HRESULT get_GroupID(LONG* plGroupID) override;
@@ -23,7 +25,6 @@ public:
 
     HRESULT get_ParentProduction(IUnknown** ppProduction) override;
 
-    LONG Layer() const { return m_layer; }
     LONG Type() const { return m_type; }
     bool ShowsMedia() const { return m_type == ZXE_EFFECT_OVERLAY; }
 
@@ -42,7 +43,6 @@ private:
     Item& Self() override { return *this; }
     NativeAudio& Part() override { return m_audio; }
 
-    const LONG m_layer;
     const LONG m_type;
     NativeAudio m_audio{*this};
     MaskSource m_mask{*this};

@@ -2,37 +2,39 @@
 
 namespace kv {
 
-void EffectLayers::Add(ComPtr<CEffect> effect, double start)
+void EffectLayers::Add(ComPtr<CEffect> effect, LONG layer, double start)
 {
     const LONG id = effect->ID();
-    m_byID.emplace(id, effect.Get());
+    const auto place = m_effects.emplace(Key{layer, start, id}, std::move(effect)).first;
     try {
-        const LONG layer = effect->Layer();
-        m_effects.emplace(Key{layer, start, id}, std::move(effect));
+        m_byID.emplace(id, place);
     } catch (...) {
-        m_byID.erase(id);
+        m_effects.erase(place);
         throw;
     }
 }
 
-void EffectLayers::Remove(const CEffect& effect, double start)
+void EffectLayers::Remove(const CEffect& effect)
 {
-    m_byID.erase(effect.ID());
-    m_effects.erase({effect.Layer(), start, effect.ID()});
+    const auto found = m_byID.find(effect.ID());
+    m_effects.erase(found->second);
+    m_byID.erase(found);
 }
 
-void EffectLayers::Move(const CEffect& effect, double from, double to)
+void EffectLayers::Move(const CEffect& effect, LONG layer, double start)
 {
-    if (from == to) return;
-    auto place = m_effects.extract({effect.Layer(), from, effect.ID()});
-    place.key().start = to;
-    m_effects.insert(std::move(place));
+    Effects::iterator& place = m_byID.find(effect.ID())->second;
+    if (place->first.layer == layer && place->first.start == start) return;
+    auto moved = m_effects.extract(place);
+    moved.key() = {layer, start, effect.ID()};
+    place = m_effects.insert(std::move(moved)).position;
 }
 
 CEffect* EffectLayers::Find(LONG layer, LONG id) const
 {
     const auto found = m_byID.find(id);
-    return found != m_byID.end() && found->second->Layer() == layer ? found->second : nullptr;
+    if (found == m_byID.end() || found->second->first.layer != layer) return nullptr;
+    return found->second->second.Get();
 }
 
 } // namespace kv

@@ -9,14 +9,14 @@
 
 namespace kv {
 
-/// Finding, adding and removing one costs the logarithm of their number. Starts are handed in, since an effect's state
-/// may be in exchange.
+/// Finding, adding and removing one costs the logarithm of their number. Layers and starts are handed in, since an
+/// effect's state may be in exchange.
 class EffectLayers {
 public:
-    void Add(ComPtr<CEffect> effect, double start);
-    void Remove(const CEffect& effect, double start);
+    void Add(ComPtr<CEffect> effect, LONG layer, double start);
+    void Remove(const CEffect& effect);
     /// Cannot fail.
-    void Move(const CEffect& effect, double from, double to);
+    void Move(const CEffect& effect, LONG layer, double start);
 
     /// Null when the layer has none of that ID.
     CEffect* Find(LONG layer, LONG id) const;
@@ -55,8 +55,10 @@ private:
         }
     };
 
-    std::map<Key, ComPtr<CEffect>> m_effects;
-    std::unordered_map<LONG, CEffect*> m_byID;
+    using Effects = std::map<Key, ComPtr<CEffect>>;
+
+    Effects m_effects;
+    std::unordered_map<LONG, Effects::iterator> m_byID;
 };
 
 } // namespace kv

@@ -58,6 +58,7 @@ struct ItemState {
     double start = 0.0;
     double end = 0.0;
     /// Of effects.
+    LONG layer = 0;
     LONG group = 0;
     Clip mask;
     StoredDocument parameters;

@@ -151,12 +151,13 @@ HRESULT CProduction::AddProductionEffect(LONG lLayer, LONG lType, IXMLDOMNode* p
     return Guarded([&]() -> HRESULT {
         ItemState state;
         state.clip.source = SourceOf(bstrSource);
+        state.layer = lLayer;
         state.start = dStart;
         if (!m_board->IsOpen()) return ZXE_E_NOT_OPEN;
         if (lType < 0 || lReserved != 0 || !IsAmount(dStart)) return E_INVALIDARG;
         if (state.clip.source && lType != ZXE_EFFECT_OVERLAY) return E_INVALIDARG;
         state.parameters = StoredDocument(pParameters);
-        const ComPtr<Item> effect = Make<CEffect>(m_board, m_board->NewID(), lLayer, lType, std::move(state));
+        const ComPtr<Item> effect = Make<CEffect>(m_board, m_board->NewID(), lType, std::move(state));
         return HandOut(m_board->Add(effect), effect, ppEffect);
     });
 }

@@ -91,9 +91,9 @@ void ListPanel(PartArchive& part, ItemState& state)
     ListPanZoom(part, state.clip);
 }
 
-void ListEffect(PartArchive& part, LONG& layer, LONG& type, ItemState& state)
+void ListEffect(PartArchive& part, LONG& type, ItemState& state)
 {
-    part.Always("layer", layer);
+    part.Always("layer", state.layer);
     part.Always("type", type);
     PartArchive::Require(type >= 0);
     ListSpan(part, state);
@@ -142,11 +142,9 @@ void WriteBoard(BoardImage& board, std::string_view name, XmlBuffer& target, IZX
         Write(writer, kPanel, panel->Rest(), paths, [&](PartArchive& item) { ListPanel(item, listed); });
     }
     for (auto& [effect, state] : board.effects) {
-        LONG layer = effect->Layer();
         LONG type = effect->Type();
         ItemState& listed = state;
-        Write(writer, kEffect, effect->Rest(), paths,
-              [&](PartArchive& item) { ListEffect(item, layer, type, listed); });
+        Write(writer, kEffect, effect->Rest(), paths, [&](PartArchive& item) { ListEffect(item, type, listed); });
     }
     for (auto& [audio, state] : board.audio) {
         ItemState& listed = state;
@@ -200,14 +198,12 @@ private:
     void Effect(const XmlView& place)
     {
         PartReader part(place, m_paths);
-        LONG layer = 0;
         LONG type = 0;
         ItemState state;
-        ListEffect(part, layer, type, state);
+        ListEffect(part, type, state);
         Share(state.clip.source);
         Share(state.mask.source);
-        Make<CEffect>(m_board, m_board->NewID(), layer, type, std::move(state), part.TakeRest())
-            ->Enter(m_new.contents, -1);
+        Make<CEffect>(m_board, m_board->NewID(), type, std::move(state), part.TakeRest())->Enter(m_new.contents, -1);
     }
 
     void Audio(const XmlView& place)

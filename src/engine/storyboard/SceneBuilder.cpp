@@ -77,8 +77,8 @@ private:
     {
         const auto& effects = m_image.effects;
         if (!IsShown(effects[place].state)) return false;
-        const LONG layer = effects[place].item->Layer();
-        for (std::size_t next = place + 1; next < effects.size() && effects[next].item->Layer() == layer; ++next) {
+        const LONG layer = effects[place].state.layer;
+        for (std::size_t next = place + 1; next < effects.size() && effects[next].state.layer == layer; ++next) {
             if (IsShown(effects[next].state)) return false;
         }
         return true;

@@ -552,6 +552,46 @@ TEST_F(ElementTest, ARemovedElementIsWhatItWasAlsoByRedo)
     }
 }
 
+TEST_F(ElementTest, AnElementWithAnotherIDKeepsItsEffectAndItsPlace)
+{
+    ComPtr<IKVMenu> shown;
+    ASSERT_EQ(S_OK, project->AddMenu(0, shown.Put()));
+    ComPtr<IKVMenuElement> button;
+    ComPtr<IKVMenuElement> text;
+    ASSERT_EQ(S_OK, Query<IKVMenuElementList>(shown)->AddElement(&IKVMenuButton::IID, button.Put()));
+    ASSERT_EQ(S_OK, Query<IKVMenuElementList>(button)->AddElement(&IKVMenuText::IID, text.Put()));
+    ASSERT_EQ(S_OK, button->SetPosition(0.5, 0.25));
+    ComPtr<IUnknown> production;
+    ASSERT_EQ(S_OK, shown->GetProduction(production.Put()));
+    const auto idOf = [](IKVMenuElement& element) { return ValueOf(element, &IKVMenuElement::get_ID); };
+    /// Where the storyboard has the text, and for which button.
+    const auto group = [&] {
+        ComPtr<IUnknown> objects;
+        ComPtr<IUnknown> effect;
+        Query<IZXEProductionData>(production)->GetProductionObj(objects.Put());
+        Query<IProductionObjects>(objects)->GetEffect(idOf(*text.Get()), 0, effect.Put());
+        return effect ? ValueOf(*Query<IEffectInfo>(effect).Get(), &IEffectInfo::get_GroupID) : -1;
+    };
+    const LONG oldButton = idOf(*button.Get());
+    const LONG oldText = idOf(*text.Get());
+    Begin();
+    EXPECT_EQ(S_OK, Query<IKVMenuButton>(button)->ResetID());
+    EXPECT_EQ(S_OK, text->set_ID(100'000'000));
+    End();
+    const LONG newButton = idOf(*button.Get());
+    EXPECT_NE(oldButton, newButton);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(newButton, group());
+        EXPECT_EQ((FloatPoint{0.5, 0.25}), Position(*button.Get()));
+        UndoStep();
+        EXPECT_EQ((std::pair{oldButton, oldText}), (std::pair{idOf(*button.Get()), idOf(*text.Get())}));
+        EXPECT_EQ(oldButton, group());
+        EXPECT_EQ((FloatPoint{0.5, 0.25}), Position(*button.Get()));
+        RedoStep();
+        EXPECT_EQ(100'000'000, idOf(*text.Get()));
+    }
+}
+
 TEST_F(ElementTest, UndoAndRedoReportWhatTheyChange)
 {
     ComPtr<IKVMenu> shown;

@@ -60,6 +60,7 @@ const Edit kEdits[] = {
     Put(&IAudioProps::put_FadeOut),
     Put(&INativeInfo::put_UseNativeAudio),
     Put(&IEffectInfo::SetGroupID),
+    Put(&IEffectLayer::put_Layer),
     OfSound(Put(&IAudioProps::put_FadeInGain)),
     OfSound(Put(&ISubObject::put_Mute)),
     Of<ISourceFile>([](auto& source, LONG n) { source.put_FileName(Moniker(n).Get()); }),
