@@ -100,8 +100,10 @@ HRESULT CClipImporter::Import(BSTR bstrFileName, IUnknown* pUnkProjectData, BSTR
         const auto clips = ClipsOf(View(bstrFileName));
         if (!clips) return ZXE_E_NOT_MEDIA;
         const auto tell = [this](auto method, auto... arguments) {
-            ThrowIfFailed(m_point.ForEachSink(
-                [&](IUnknown& sink) { return (static_cast<IKVProjectImportEvents&>(sink).*method)(arguments...); }));
+            ThrowIfFailed(m_point.ForEachSink([&](IUnknown& sink) {
+                const HRESULT answer = (static_cast<IKVProjectImportEvents&>(sink).*method)(arguments...);
+                return FAILED(answer) ? answer : S_OK;
+            }));
         };
         const LONG total = static_cast<LONG>(clips->size());
         AddedTitles added(*project);

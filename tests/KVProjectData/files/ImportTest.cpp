@@ -33,7 +33,7 @@ public:
     int failsAt = -1;
 
 private:
-    HRESULT Answer() { return failsAt-- == 0 ? E_ABORT : S_OK; }
+    HRESULT Answer() { return failsAt-- == 0 ? E_ABORT : S_FALSE; }
 };
 
 class ImportTest : public testing::Test {
@@ -50,11 +50,17 @@ protected:
     {
         ComPtr<IConnectionPoint> point;
         DWORD cookie = 0;
+        DWORD second = 0;
         EXPECT_EQ(S_OK, Query<IConnectionPointContainer>(importer)->FindConnectionPoint(IKVProjectImportEvents::IID,
                                                                                         point.Put()));
         EXPECT_EQ(S_OK, point->Advise(listener.Get(), &cookie));
+        const auto other = Make<Listener>();
+        EXPECT_EQ(S_OK, point->Advise(other.Get(), &second));
+        const auto told = listener->progress.size();
         const HRESULT result = importer->Import(file.Get(), project.Get(), nullptr, nullptr);
+        EXPECT_TRUE(FAILED(result) || listener->progress.size() == told + other->progress.size());
         EXPECT_EQ(S_OK, point->Unadvise(cookie));
+        EXPECT_EQ(S_OK, point->Unadvise(second));
         return result;
     }
     LONG Loadable(const Bstr& file)
