@@ -93,11 +93,13 @@ void ReadPaths(IKVProjectData& project, FilePlace& place)
 using StringGetter = HRESULT (IKVProjectData::*)(BSTR*);
 using StringSetter = HRESULT (IKVProjectData::*)(BSTR);
 
-HRESULT SetIfEmpty(IKVProjectData& project, StringGetter getter, StringSetter setter, const Bstr& value)
+/// `last` is the result of the last setter, or of a getter that failed.
+void SetIfEmpty(IKVProjectData& project, StringGetter getter, StringSetter setter, const Bstr& value, HRESULT& last)
 {
     Bstr current;
     const HRESULT read = (project.*getter)(current.Put());
-    return FAILED(read) || !current.Empty() ? read : (project.*setter)(value.Get());
+    if (FAILED(read)) last = read;
+    if (SUCCEEDED(read) && current.Empty()) last = (project.*setter)(value.Get());
 }
 
 /// Replaces a string that belongs to a caller.
@@ -179,9 +181,9 @@ HRESULT CKVFileService::LoadProject(BSTR bstrFileName, IUnknown* pUnkProject)
         result = project->put_ProjectDirectory(Bstr(PathRemoveFileSpec(fileName)).Get());
         if (FAILED(result)) return result;
         const Bstr baseName(PathRemoveExtension(PathFindFileName(fileName)));
-        result = SetIfEmpty(*project, &IKVProjectData::get_Label, &IKVProjectData::put_Label, baseName);
-        if (FAILED(result)) return result;
-        return SetIfEmpty(*project, &IKVProjectData::get_DisplayName, &IKVProjectData::put_DisplayName, baseName);
+        SetIfEmpty(*project, &IKVProjectData::get_Label, &IKVProjectData::put_Label, baseName, result);
+        SetIfEmpty(*project, &IKVProjectData::get_DisplayName, &IKVProjectData::put_DisplayName, baseName, result);
+        return result;
     });
 }
 

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <set>
+#include <vector>
 
 namespace kv {
 namespace {
@@ -18,8 +19,11 @@ constexpr int kLongestChain = 3;
 
 void PruneTemplateMenus(IKVProjectData& project)
 {
-    /// The templates with those that they are made from.
-    std::map<LONG, LONG> templates;
+    /// The templates with those that they are made from; documents may have several of one ID.
+    std::multimap<LONG, LONG> templates;
+    /// One for each that is found by its ID; where another menu of the ID stands before it, that one would go.
+    std::vector<LONG> removable;
+    std::set<LONG> others;
     std::set<LONG> used;
     ComPtr<IKVMenu> menu;
     for (LONG position = 1; SUCCEEDED(project.GetMenu(position, menu.Put())); ++position) {
@@ -29,26 +33,29 @@ void PruneTemplateMenus(IKVProjectData& project)
         menu->get_Tag(&types);
         menu->get_ID(&id);
         menu->get_TemplateID(&templateID);
-        if (types & kMade) {
-            if (templateID != 0) used.insert(templateID);
-        } else if (types & kTemplates && id != 0) {
-            templates.emplace(id, templateID);
-        }
+        const bool isTemplate = !(types & kMade) && types & kTemplates && id != 0;
+        if (types & kMade && templateID != 0) used.insert(templateID);
+        if (isTemplate) templates.emplace(id, templateID);
+        if (!isTemplate) others.insert(id);
+        if (isTemplate && !others.contains(id)) removable.push_back(id);
     }
     LONG titles = 0;
     project.get_TitleCount(&titles);
     if (used.empty() && titles == 0) return;
 
     for (const LONG first : std::set(used)) {
-        LONG id = first;
+        std::set<LONG> ids{first};
         for (int step = 0; step < kLongestChain; ++step) {
-            const auto found = templates.find(id);
-            if (found == templates.end() || found->second == 0 || found->second == first) break;
-            id = found->second;
-            used.insert(id);
+            std::set<LONG> next;
+            for (const LONG id : ids) {
+                for (auto [from, end] = templates.equal_range(id); from != end; ++from)
+                    if (from->second != 0 && from->second != first) next.insert(from->second);
+            }
+            used.insert(next.begin(), next.end());
+            ids = std::move(next);
         }
     }
-    for (const auto& [id, templateID] : templates)
+    for (const LONG id : removable)
         if (!used.contains(id)) project.RemoveMenu(id, nullptr);
 }
 

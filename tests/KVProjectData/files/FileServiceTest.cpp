@@ -70,15 +70,16 @@ TEST_F(FileServiceTest, SavesWhatTheProjectWritesIntoADocument)
 
 TEST_F(FileServiceTest, LeavesOutTemplateMenusThatNoMenuIsMadeFrom)
 {
-    /// Types and templates of menus with the IDs from 1 on, and those that are left.
+    /// Types and templates of menus, and those that are left. Where no IDs are told, they count from 1.
     struct Case {
         std::vector<std::pair<ULONG, int>> menus;
         std::vector<LONG> left;
         const char16_t* titles = u"";
+        std::vector<std::size_t> told = {};
     };
     constexpr ULONG kUser = MenuType_Main;
     constexpr ULONG kTemplate = MenuType_TemplateChap;
-    for (const auto& [menus, left, titles] :
+    for (const auto& [menus, left, titles, told] :
          {Case{{{kTemplate, 0}, {MenuType_TemplateMain, 0}}, {1, 2}},
           {{{kTemplate, 0}, {MenuType_TemplateMain, 0}}, {}, u"<Title/>"},
           {{{kUser, 2}, {kTemplate, 0}, {kTemplate, 2}, {MenuType_Transition, 3}}, {1, 2, 4}},
@@ -86,11 +87,19 @@ TEST_F(FileServiceTest, LeavesOutTemplateMenusThatNoMenuIsMadeFrom)
           // A chain of templates counts up to the third from the one in use, and may lead back to its start.
           {{{MenuType_Chapter, 2}, {kTemplate, 3}, {kTemplate, 4}, {kTemplate, 5}, {kTemplate, 6}, {kTemplate, 0}},
            {1, 2, 3, 4, 5}},
-          {{{kUser, 2}, {kTemplate, 3}, {kTemplate, 2}}, {1, 2, 3}}}) {
+          {{{kUser, 2}, {kTemplate, 3}, {kTemplate, 2}}, {1, 2, 3}},
+          // Of one ID all count and go, but for those behind a menu that stays.
+          {{{kTemplate, 0}, {kTemplate, 0}, {kUser, 3}, {kTemplate, 0}}, {3, 3}, u"", {1, 1, 3, 3}},
+          {{{kUser, 2}, {kTemplate, 3}, {kTemplate, 4}, {kTemplate, 0}, {kTemplate, 0}, {kTemplate, 0}},
+           {1, 2, 2, 3, 4},
+           u"",
+           {1, 2, 2, 3, 4, 5}},
+          {{{kTemplate, 0}, {kUser, 0}, {kTemplate, 0}}, {1, 1}, u"<Title/>", {1, 1, 1}}}) {
         std::string xml;
-        for (const auto& [types, madeFrom] : menus) {
-            xml += "<Menu ID='" + std::to_string(1 + std::count(xml.begin(), xml.end(), '<')) + "' tag='" +
-                   std::to_string(types) + "' templateID='" + std::to_string(madeFrom) + "'/>";
+        for (std::size_t i = 0; i < menus.size(); ++i) {
+            const auto& [types, madeFrom] = menus[i];
+            xml += "<Menu ID='" + std::to_string(told.empty() ? i + 1 : told[i]) + "' tag='" + std::to_string(types) +
+                   "' templateID='" + std::to_string(madeFrom) + "'/>";
         }
         const auto document = ParseXml(u"<Project><Titles>" + std::u16string(titles) + u"</Titles><Menus>" +
                                        ToUtf16(xml) + u"</Menus></Project>");
