@@ -91,6 +91,15 @@ private:
         m_at = static_cast<std::size_t>(at - text);
     }
 
+    /// A line's end and the blanks behind it, most of what a document is that is laid out.
+    void SkipIndent()
+    {
+        constexpr std::string_view kBlanks = "        ";
+        if (Current() == '\n') ++m_at;
+        while (Rest().starts_with(kBlanks))
+            m_at += kBlanks.size();
+    }
+
     /// One character that XML can hold.
     void TakeChar()
     {
@@ -163,6 +172,20 @@ private:
 
     void Markup()
     {
+        switch (m_text.data()[m_at + 1]) {
+        case '/':
+            return EndTag();
+        case '!':
+            return CommentOrCData();
+        case '?':
+            return Instruction();
+        default:
+            return StartTag();
+        }
+    }
+
+    void CommentOrCData()
+    {
         const std::string_view rest = Rest();
         if (rest.starts_with("<!--")) {
             m_at += 4;
@@ -171,14 +194,8 @@ private:
             if (m_depth == 0) Fail("text stands outside of the root element");
             m_at += 9;
             Skip("]]>", "the CDATA section does not end");
-        } else if (rest.starts_with("<!")) {
-            Fail("document types are not supported");
-        } else if (rest.starts_with("<?")) {
-            Instruction();
-        } else if (rest.starts_with("</")) {
-            EndTag();
         } else {
-            StartTag();
+            Fail("document types are not supported");
         }
     }
 
@@ -204,6 +221,7 @@ private:
 
     void Text()
     {
+        if (m_depth > 0) SkipIndent();
         while (true) {
             if (m_depth > 0) SkipAll(kPlainText);
             const char c = Current();
@@ -288,6 +306,7 @@ private:
 
     void CheckAttributes()
     {
+        if (m_attributes.size() < 2) return;
         constexpr std::size_t kFew = 16;
         const auto begin = m_attributes.begin();
         // Those that stand in the order of their names, as in most documents, are all different.
@@ -308,10 +327,13 @@ private:
     void EndTag()
     {
         m_at += 2;
-        const std::string_view name = TakeName();
-        SkipBlanks();
-        if (m_depth == 0 || Current() != '>' || m_open[static_cast<std::size_t>(m_depth - 1)] != name) {
-            Fail("the end tag does not match the start tag");
+        const std::string_view open = m_depth > 0 ? m_open[static_cast<std::size_t>(m_depth - 1)] : std::string_view();
+        if (m_depth > 0 && Rest().starts_with(open) && m_text.data()[m_at + open.size()] == '>') {
+            m_at += open.size();
+        } else {
+            const std::string_view name = TakeName();
+            SkipBlanks();
+            if (m_depth == 0 || Current() != '>' || open != name) Fail("the end tag does not match the start tag");
         }
         ++m_at;
         --m_depth;
