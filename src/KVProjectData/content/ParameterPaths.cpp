@@ -6,6 +6,7 @@ namespace kv {
 namespace {
 
 constexpr std::string_view kPicture = "alphaFile";
+constexpr std::string_view kParameter = "Parameter";
 constexpr std::string_view kParameterSet = "ParameterSet";
 
 XmlView ChildOf(const XmlView& element, std::string_view name)
@@ -20,7 +21,7 @@ XmlView ChildOf(const XmlView& element, std::string_view name)
 XmlView PathOf(const XmlView& element)
 {
     if (element.Name() == kPicture) return element.Parent().Name() == "effect" ? element : XmlView();
-    if (element.Name() != "Parameter" || element.Parent().Name() != kParameterSet) return {};
+    if (element.Name() != kParameter || element.Parent().Name() != kParameterSet) return {};
     static const std::string kMaskFile = std::to_string(ZXP_PARAM_MASK_FILE);
     const XmlView id = ChildOf(element, "ParamID").FirstChild();
     return id.Text() == kMaskFile ? ChildOf(element, "Value") : XmlView();
@@ -33,7 +34,7 @@ ParameterTexts Translations(const XmlElement& element, IZXEContentPaths& paths, 
 {
     ParameterTexts translations;
     const XmlView top = element.View();
-    for (XmlView place = top; place; place = place.Following(top)) {
+    for (XmlView place = top; place; place = place.Following(top, {kPicture, kParameter})) {
         const XmlView text = PathOf(place).FirstChild();
         if (!text.IsText() || text.Next()) continue;
         Bstr translated;

@@ -9,7 +9,7 @@ XmlFragment::XmlFragment(IXMLDOMNode* element)
     if (!element) return;
     const XmlElement own(element);
     if (!own || !own.FitsBelow(kLevelsAbove)) throw Error(E_INVALIDARG);
-    m_markup = std::make_unique<const std::string>(own.Markup());
+    m_markup = std::make_unique<const std::string>(own.View().CompactMarkup());
 }
 
 } // namespace kv

@@ -2,6 +2,7 @@
 
 #include "platform/xml/DomEdit.h"
 #include "platform/xml/DomObject.h"
+#include "platform/xml/NodeHandle.h"
 #include "platform/xml/XmlChecker.h"
 
 #include <algorithm>
@@ -291,8 +292,8 @@ bool IsText(pugi::xml_node node)
 std::string_view TextOf(pugi::xml_node node, std::string& buffer)
 {
     const pugi::xml_node first = node.first_child();
-    if (IsText(first) && !first.next_sibling()) return first.value();
-    if (!first) return node.value();
+    if (!PointerOf(first)) return node.value();
+    if (IsText(first) && !PointerOf(first.next_sibling())) return first.value();
     AppendText(node, buffer);
     return buffer;
 }
@@ -314,7 +315,7 @@ int HeightOf(pugi::xml_node node)
 {
     if (node.type() != pugi::node_element) return 0;
     int below = 0;
-    for (auto child = node.first_child(); child; child = child.next_sibling())
+    for (auto child = node.first_child(); PointerOf(child); child = child.next_sibling())
         below = std::max(below, HeightOf(child));
     return below + 1;
 }

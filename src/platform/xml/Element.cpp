@@ -4,14 +4,13 @@
 #include "platform/xml/DataTypes.h"
 #include "platform/xml/DomDocumentObject.h"
 #include "platform/xml/DomEdit.h"
+#include "platform/xml/NodeHandle.h"
 #include "platform/xml/XmlText.h"
 #include "platform/xml/XmlWriter.h"
 
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <iterator>
-#include <type_traits>
 
 namespace kv {
 namespace {
@@ -21,20 +20,6 @@ constexpr const char* kLabel = "Name";
 void CheckText(std::string_view text)
 {
     if (!IsXmlUtf8(text)) throw Error(E_INVALIDARG);
-}
-
-// A handle of a node is nothing but its pointer. The library makes one of the other by a call, which costs more than
-// most of what is then asked.
-static_assert(sizeof(pugi::xml_node) == sizeof(void*) && std::is_trivially_copyable_v<pugi::xml_node>);
-
-pugi::xml_node NodeOf(pugi::xml_node_struct* pointer)
-{
-    return std::bit_cast<pugi::xml_node>(pointer);
-}
-
-pugi::xml_node_struct* PointerOf(pugi::xml_node node)
-{
-    return std::bit_cast<pugi::xml_node_struct*>(node);
 }
 
 /// Most have another name, which tells at once.
@@ -54,6 +39,18 @@ pugi::xml_node FindChild(pugi::xml_node parent, const XmlKey& key)
     while (PointerOf(child) && !Matches(child, key))
         child = child.next_sibling();
     return child;
+}
+
+/// What follows a node in document order below another one.
+pugi::xml_node NodeBehind(pugi::xml_node node, pugi::xml_node top)
+{
+    const pugi::xml_node child = node.first_child();
+    if (PointerOf(child)) return child;
+    for (; PointerOf(node) && PointerOf(node) != PointerOf(top); node = node.parent()) {
+        const pugi::xml_node next = node.next_sibling();
+        if (PointerOf(next)) return next;
+    }
+    return {};
 }
 
 /// Adds a last child, with what is not empty of a data type and a text.
@@ -252,12 +249,16 @@ XmlView XmlView::Next(std::string_view name) const
 
 XmlView XmlView::Following(const XmlView& top) const
 {
-    pugi::xml_node place(m_node);
-    if (const pugi::xml_node child = place.first_child()) return XmlView(PointerOf(child));
-    for (; PointerOf(place) && PointerOf(place) != top.m_node; place = place.parent()) {
-        if (const pugi::xml_node next = place.next_sibling()) return XmlView(PointerOf(next));
-    }
-    return {};
+    return XmlView(PointerOf(NodeBehind(NodeOf(m_node), NodeOf(top.m_node))));
+}
+
+XmlView XmlView::Following(const XmlView& top, const std::array<std::string_view, 2>& names) const
+{
+    pugi::xml_node place = NodeOf(m_node);
+    do {
+        place = NodeBehind(place, NodeOf(top.m_node));
+    } while (PointerOf(place) && !IsNamed(place, names[0]) && !IsNamed(place, names[1]));
+    return XmlView(PointerOf(place));
 }
 
 bool XmlView::ReadInto(bool& value) const

@@ -107,6 +107,8 @@ public:
     XmlView Next(std::string_view name) const;
     /// What follows in document order below `top`; empty at its end.
     XmlView Following(const XmlView& top) const;
+    /// The next element of one of two names, of what follows below `top`.
+    XmlView Following(const XmlView& top, const std::array<std::string_view, 2>& names) const;
 
     /// What an element holds, whatever its data type, as VariantChangeType reads its text; a Variant has the element's
     /// own type. Nothing when the text is no such value. T is bool, LONG, ULONG, float, double, std::string or Variant.

@@ -14,17 +14,18 @@ namespace kv {
 /// Receives UTF-8 in pieces that end between characters.
 using XmlOutput = std::function<void(std::string_view)>;
 
-/// The characters that do not stand in markup as they are.
+/// The characters that do not stand in markup as they are, and the zero that ends a text.
 using XmlSpecials = std::array<bool, 256>;
 
 constexpr XmlSpecials SpecialsOf(std::string_view characters)
 {
-    XmlSpecials set{};
+    XmlSpecials set{true};
     for (char c : characters)
         set[static_cast<unsigned char>(c)] = true;
     return set;
 }
 
+inline constexpr XmlSpecials kSpecialInName = SpecialsOf("");
 inline constexpr XmlSpecials kSpecialInText = SpecialsOf("&<>\r");
 inline constexpr XmlSpecials kSpecialInAttribute = SpecialsOf("&<>\"\t\n\r");
 
@@ -47,6 +48,13 @@ public:
         m_out += text.size();
     }
 
+    template <std::size_t kSize>
+    void Put(const char (&literal)[kSize])
+    {
+        std::memcpy(Room(kSize - 1), literal, kSize - 1);
+        m_out += kSize - 1;
+    }
+
     void PutLine(int level)
     {
         const std::size_t indent = static_cast<std::size_t>(level) * 2;
@@ -64,6 +72,14 @@ public:
         Put('"');
     }
 
+    void PutAttribute(const char* name, const char* value)
+    {
+        PutPlain(name, kSpecialInName);
+        Put("=\"");
+        PutEscaped(value, kSpecialInAttribute);
+        Put('"');
+    }
+
     void PutEscaped(std::string_view text, const XmlSpecials& special)
     {
         const char* at = text.data();
@@ -75,6 +91,27 @@ public:
             Put({plain, static_cast<std::size_t>(at - plain)});
             if (at == end) return;
             PutReference(*at++);
+        }
+    }
+
+    /// The same of a text that ends with a zero, whose length costs more to find than the text to put.
+    void PutEscaped(const char* text, const XmlSpecials& special)
+    {
+        while (*(text = PutPlain(text, special)))
+            PutReference(*text++);
+    }
+
+    /// Puts what stands before the first special character of a text, and tells where that is.
+    const char* PutPlain(const char* text, const XmlSpecials& special)
+    {
+        while (true) {
+            char* out = m_out;
+            char* const end = m_end;
+            while (out != end && !special[static_cast<unsigned char>(*text)])
+                *out++ = *text++;
+            m_out = out;
+            if (out != end) return text;
+            Grow(1);
         }
     }
 

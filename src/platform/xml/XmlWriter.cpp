@@ -1,6 +1,9 @@
 #include "platform/xml/XmlWriter.h"
 
 #include "platform/xml/DataTypes.h"
+#include "platform/xml/DomEdit.h"
+#include "platform/xml/NodeHandle.h"
+#include "platform/xml/XmlChars.h"
 #include "platform/xml/XmlMarkup.h"
 
 namespace kv {
@@ -67,7 +70,7 @@ private:
         m_lacksPrefix = m_lacksPrefix || (typed && !m_prefixDeclared);
         const pugi::xml_node first = element.first_child();
         const bool takesMarkup = level == 0 && m_front && !m_front->Empty();
-        if (first || takesMarkup) {
+        if (PointerOf(first) || takesMarkup) {
             m_out.Put('>');
             if (takesMarkup) m_front->PassTo(m_out);
             Content(first, level, layout && !HoldsText(first));
@@ -82,7 +85,7 @@ private:
 
     void Content(pugi::xml_node child, int level, bool lines)
     {
-        for (; child; child = child.next_sibling()) {
+        for (; PointerOf(child); child = child.next_sibling()) {
             if (lines) m_out.PutLine(level + 1);
             Node(child, level + 1, lines);
         }
@@ -93,12 +96,13 @@ private:
     bool Attributes(pugi::xml_node node)
     {
         bool typed = false;
-        for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
-            const std::string_view name = attribute.name();
+        pugi::xml_attribute attribute = node.first_attribute();
+        for (const char* name = attribute.name(); *name; name = attribute.name()) {
             m_out.Put(' ');
             m_out.PutAttribute(name, attribute.value());
-            typed = typed || name == kDataTypeAttribute;
-            m_prefixDeclared = m_prefixDeclared || name == kDataTypePrefix;
+            typed = typed || IsText(name, kDataTypeAttribute);
+            m_prefixDeclared = m_prefixDeclared || IsText(name, kDataTypePrefix);
+            attribute = attribute.next_attribute();
         }
         return typed;
     }
@@ -113,7 +117,7 @@ private:
     /// Whether there is a text among a node and those behind it.
     static bool HoldsText(pugi::xml_node child)
     {
-        for (; child; child = child.next_sibling()) {
+        for (; PointerOf(child); child = child.next_sibling()) {
             const pugi::xml_node_type type = child.type();
             if (type == pugi::node_pcdata || type == pugi::node_cdata) return true;
         }
@@ -123,7 +127,7 @@ private:
     void Text(const char* text)
     {
         // White space alone would be taken for layout when it is read.
-        const bool isLayout = *text && !text[std::strspn(text, " \t\n\r")];
+        const bool isLayout = IsBlank(*text) && !text[std::strspn(text, " \t\n\r")];
         if (isLayout) m_out.PutReference(*text++);
         m_out.PutEscaped(text, kSpecialInText);
     }
