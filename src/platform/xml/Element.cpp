@@ -41,16 +41,21 @@ pugi::xml_node FindChild(pugi::xml_node parent, const XmlKey& key)
     return child;
 }
 
-/// What follows a node in document order below another one.
+/// What follows a node in document order below another one, beside what stands in it.
 pugi::xml_node NodeBehind(pugi::xml_node node, pugi::xml_node top)
 {
-    const pugi::xml_node child = node.first_child();
-    if (PointerOf(child)) return child;
     for (; PointerOf(node) && PointerOf(node) != PointerOf(top); node = node.parent()) {
         const pugi::xml_node next = node.next_sibling();
         if (PointerOf(next)) return next;
     }
     return {};
+}
+
+/// The same with what stands in it.
+pugi::xml_node NodeFollowing(pugi::xml_node node, pugi::xml_node top)
+{
+    const pugi::xml_node child = node.first_child();
+    return PointerOf(child) ? child : NodeBehind(node, top);
 }
 
 /// Adds a last child, with what is not empty of a data type and a text.
@@ -249,15 +254,20 @@ XmlView XmlView::Next(std::string_view name) const
 
 XmlView XmlView::Following(const XmlView& top) const
 {
-    return XmlView(PointerOf(NodeBehind(NodeOf(m_node), NodeOf(top.m_node))));
+    return XmlView(PointerOf(NodeFollowing(NodeOf(m_node), NodeOf(top.m_node))));
 }
 
 XmlView XmlView::Following(const XmlView& top, const std::array<std::string_view, 2>& names) const
 {
-    pugi::xml_node place = NodeOf(m_node);
-    do {
-        place = NodeBehind(place, NodeOf(top.m_node));
-    } while (PointerOf(place) && !IsNamed(place, names[0]) && !IsNamed(place, names[1]));
+    const pugi::xml_node end = NodeOf(top.m_node);
+    pugi::xml_node place = NodeFollowing(NodeOf(m_node), end);
+    while (PointerOf(place)) {
+        const char* const name = place.name();
+        const bool isNamed = kv::IsText(name, names[0]) || kv::IsText(name, names[1]);
+        if (isNamed && place.type() == pugi::node_element) break;
+        // Nothing stands in a text.
+        place = *name ? NodeFollowing(place, end) : NodeBehind(place, end);
+    }
     return XmlView(PointerOf(place));
 }
 
