@@ -2,13 +2,12 @@
 
 #include "KVProjectData/IKVMenuButton.h"
 #include "KVProjectData/IKVMenuText.h"
-#include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/ProjectDataEvents.h"
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/persistence/ValueTexts.h"
 #include "KVProjectData/persistence/XMLDataLoader.h"
 #include "KVProjectData/persistence/XMLPersistor.h"
-#include "KVProjectData/tree/NodeReference.h"
+#include "KVProjectData/tree/ItemProject.h"
 #include "KVProjectData/tree/ObjectID.h"
 #include "SbdUtils/EngineCalls.h"
 
@@ -130,16 +129,7 @@ HRESULT CKVMenu::ReNewID()
 
 HRESULT CKVMenu::GetProject(IKVProjectData** ppProject)
 {
-    ComPtr<IUnknown> held;
-    return Read([&] {
-        if (!ppProject) return E_POINTER;
-        *ppProject = nullptr;
-        // Inside the section the project stays in memory; it may be ending all the same.
-        CProjectNode* list = Parent();
-        CProjectNode* project = list ? list->Parent() : nullptr;
-        held = project ? NodeReference(*project).Hold() : nullptr;
-        return held ? held->QueryInterface(IKVProjectData::IID, reinterpret_cast<void**>(ppProject)) : S_FALSE;
-    });
+    return GiveProject(*this, ppProject);
 }
 
 template <class Interface>

@@ -4,7 +4,7 @@
 #include "KVProjectData/ProjectDataEvents.h"
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/persistence/ValueTexts.h"
-#include "KVProjectData/tree/NodeReference.h"
+#include "KVProjectData/tree/ItemProject.h"
 #include "SbdUtils/EngineCalls.h"
 #include "platform/automation/SafeArray.h"
 #include "platform/com/Activation.h"
@@ -120,16 +120,7 @@ HRESULT CKVTitle::put_VOBSize(double newVal)
 
 HRESULT CKVTitle::GetProject(IKVProjectData** ppProject)
 {
-    ComPtr<IUnknown> held;
-    return Read([&] {
-        if (!ppProject) return E_POINTER;
-        *ppProject = nullptr;
-        // Inside the section the project stays in memory; it may be ending all the same.
-        CProjectNode* list = Parent();
-        CProjectNode* project = list ? list->Parent() : nullptr;
-        held = project ? NodeReference(*project).Hold() : nullptr;
-        return held ? held->QueryInterface(IKVProjectData::IID, reinterpret_cast<void**>(ppProject)) : S_FALSE;
-    });
+    return GiveProject(*this, ppProject);
 }
 
 // Production
