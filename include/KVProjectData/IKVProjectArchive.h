@@ -16,10 +16,11 @@ struct IKVArchiveEvents : IUnknown {
     /// Before the first file: how many files the project names, each once, and how many bytes are to be copied.
     virtual HRESULT OnStart(LONG lFiles, LONGLONG llBytes) = 0;
 
-    /// While a file is copied: how many bytes of all have been copied.
+    /// While a file is copied, and while the disk writes it: how many bytes of all have been copied.
     virtual HRESULT OnProgress(BSTR bstrSource, LONGLONG llBytes) = 0;
 
-    /// Once for each file, in the order in which they are copied. The source is a full path where the file exists; the
+    /// Once for each file, in the order in which they are copied; of files that are synced together, when all of them
+    /// are whole. The source is a full path where the file exists; the
     /// copy is where it stands or would have stood, and the bytes are its size. Copied, or InPlace where the project
     /// names a file of the archive folder already: the project names the copy. Else it names what it did: nothing
     /// exists by that name (Missing), what exists is no regular file (NoFile), another file of that name stands in the

@@ -3,10 +3,10 @@
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/content/ContentPaths.h"
 #include "KVProjectData/files/ProjectProductions.h"
+#include "KVProjectData/menus/MenuPaths.h"
 #include "KVProjectData/persistence/ProjectDocument.h"
 #include "KVProjectData/project/ProjectStoryboards.h"
 #include "platform/system/AtomicFile.h"
-#include "platform/system/FileCopy.h"
 #include "platform/system/Paths.h"
 
 #include <algorithm>
@@ -89,7 +89,11 @@ void ProjectArchive::Gather()
         }
     }
     // What productions show, and the audio of menus.
-    const std::function<void(std::u16string_view)> hear = [this](std::u16string_view path) { AddSource(path); };
+    const std::function<void(std::u16string_view)> hear = [this](std::u16string_view path) {
+        // The picture that effects begin with is named by nobody, and a part of every installation.
+        const auto content = SharedContentPaths();
+        if (content->Resolve(path) != content->Resolve(kPlaceHolder)) AddSource(path);
+    };
     const Listener listener(m_fileName, hear);
     XmlMarkup markup(1);
     XmlStandIns productions;
@@ -157,33 +161,81 @@ void ProjectArchive::MakeFolder()
     if ((FAILED(made) && made != kExists) || !PathIsDirectory(m_folderName)) throw Error(KV_E_NO_ARCHIVE_FOLDER);
 }
 
+HRESULT ProjectArchive::CopyBeside(Source& source)
+{
+    Pending& pending = m_pending.emplace_back();
+    pending.source = &source;
+    FileCopy& file = pending.copy;
+    const HRESULT opened = file.Open(ToHostPath(source.full));
+    HRESULT cancelled = S_OK;
+    HRESULT result = opened;
+    if (SUCCEEDED(opened)) {
+        const Bstr name(source.full);
+        result = file.CopyTo(HostCopy(source), [&](LONGLONG bytes) {
+            return cancelled = m_events ? m_events->OnProgress(name.Get(), m_done + bytes) : S_OK;
+        });
+    }
+    if (SUCCEEDED(result)) {
+        m_done += file.Size();
+        m_names.insert(source.copy);
+        return S_OK;
+    }
+    const bool isSources = FAILED(opened) || file.SourceFailed() || result == ResultFromErrno(ENAMETOOLONG);
+    m_pending.pop_back();
+    ThrowIfFailed(cancelled);
+    if (result == ResultFromErrno(EMFILE)) return result;
+    if (result == ResultFromErrno(EEXIST)) {
+        source.outcome = ArchivedFile_NameTaken;
+        return S_OK;
+    }
+    if (!isSources) return result;
+    source.outcome = ArchivedFile_NotRead;
+    source.result = result;
+    return S_OK;
+}
+
 void ProjectArchive::Copy(Source& source)
 {
     Classify(source);
+    if (source.outcome == ArchivedFile_Copied && m_names.contains(source.copy)) source.outcome = ArchivedFile_NameTaken;
     if (source.outcome != ArchivedFile_Copied) return;
-    FileCopy file;
-    source.result = file.Open(ToHostPath(source.full));
-    if (FAILED(source.result)) {
-        source.outcome = ArchivedFile_NotRead;
-        return;
+    HRESULT result = CopyBeside(source);
+    // Of what a process may open, or of names beside one that is very long, the copies before it hold their share.
+    if ((result == ResultFromErrno(EMFILE) || result == ResultFromErrno(EBUSY)) && !m_pending.empty()) {
+        Settle();
+        result = CopyBeside(source);
     }
-    HRESULT cancelled = S_OK;
-    const Bstr name(source.full);
-    const HRESULT copied = file.CopyTo(HostCopy(source), [&](LONGLONG bytes) {
-        return cancelled = m_events ? m_events->OnProgress(name.Get(), m_done + bytes) : S_OK;
-    });
-    ThrowIfFailed(cancelled);
-    if (SUCCEEDED(copied)) {
-        m_copies.push_back(HostCopy(source));
-        m_done += file.Size();
-    } else if (copied == ResultFromErrno(EEXIST)) {
-        source.outcome = ArchivedFile_NameTaken;
-    } else if (file.SourceFailed() || copied == ResultFromErrno(ENAMETOOLONG)) {
-        source.outcome = ArchivedFile_NotRead;
-        source.result = copied;
-    } else {
-        throw Error(copied);
+    ThrowIfFailed(result);
+    constexpr std::size_t kMostPending = 200;
+    if (m_pending.size() >= kMostPending) Settle();
+}
+
+void ProjectArchive::Settle()
+{
+    for (Pending& pending : m_pending) {
+        ThrowIfFailed(pending.copy.WaitForDisk());
+        if (m_events) ThrowIfFailed(m_events->OnProgress(Bstr(pending.source->full).Get(), m_done));
     }
+    for (Pending& pending : m_pending)
+        ThrowIfFailed(pending.copy.Sync());
+    for (Pending& pending : m_pending) {
+        const HRESULT named = pending.copy.TakeName();
+        if (SUCCEEDED(named)) {
+            m_copies.push_back(HostCopy(*pending.source));
+        } else if (named == ResultFromErrno(EEXIST)) {
+            pending.source->outcome = ArchivedFile_NameTaken;
+        } else {
+            throw Error(named);
+        }
+    }
+    if (!m_pending.empty()) SyncFolder(ToHostPath(m_folder));
+    m_pending.clear();
+}
+
+void ProjectArchive::TellUpTo(const Source& last)
+{
+    while (m_told <= static_cast<std::size_t>(&last - m_sources.data()))
+        Tell(m_sources[m_told++]);
 }
 
 bool ProjectArchive::IsArchived(std::u16string_view full) const
@@ -213,6 +265,7 @@ void ProjectArchive::PointAtCopies()
 
 void ProjectArchive::TakeBack() noexcept
 {
+    m_pending.clear();
     for (const auto& [property, path] : m_replaced)
         property->Replace(path, property->path);
     m_project.put_ProjectDirectory(m_directory.Get());
@@ -233,7 +286,11 @@ void ProjectArchive::Run(const std::function<HRESULT()>& write)
         Start();
         for (Source& source : m_sources) {
             Copy(source);
-            Tell(source);
+            if (m_pending.empty()) TellUpTo(source);
+        }
+        Settle();
+        if (!m_sources.empty()) TellUpTo(m_sources.back());
+        for (const Source& source : m_sources) {
             if (IsArchived(source.full)) names[source.full] = source.copy;
         }
         m_place.SetNames(names);

@@ -5,9 +5,11 @@
 #include "KVProjectData/IKVProjectData.h"
 #include "KVProjectData/content/FilePlace.h"
 #include "KVProjectData/files/ArchiveHelper.h"
+#include "platform/system/FileCopy.h"
 #include "platform/system/Paths.h"
 
 #include <functional>
+#include <list>
 #include <set>
 
 namespace kv {
@@ -43,6 +45,11 @@ private:
     void Start();
     void MakeFolder();
     void Copy(Source& source);
+    /// Without a name yet. Fails for the place of the copies; what is wrong with the source stands there.
+    HRESULT CopyBeside(Source& source);
+    /// Gives the copies their names.
+    void Settle();
+    void TellUpTo(const Source& last);
     /// Lets the objects name the copies, by paths that lead from the place of the file.
     void PointAtCopies();
     void TakeBack() noexcept;
@@ -61,9 +68,16 @@ private:
     std::vector<MediaProperty> m_properties;
     std::vector<Source> m_sources;
     std::map<std::u16string, std::size_t, std::less<>> m_positions;
-    /// The names of the copies.
+    /// The names that the copies have or are to get.
     std::set<std::u16string, std::less<>> m_names;
     LONGLONG m_done = 0;
+    /// Copies without a name, and how many of the sources have been told.
+    struct Pending {
+        Source* source;
+        FileCopy copy;
+    };
+    std::list<Pending> m_pending;
+    std::size_t m_told = 0;
     // What is taken back after a failure.
     std::vector<std::string> m_folders;
     std::vector<std::string> m_copies;

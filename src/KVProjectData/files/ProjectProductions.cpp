@@ -366,14 +366,36 @@ private:
 
 /// What is not loaded names its files as documents do, but for those that relative paths lead to: they are named by
 /// full paths between reading and writing.
-void TranslateKept(const XmlElement& productions,
-                   std::optional<std::u16string> (FilePlace::*translate)(std::u16string_view))
+class KeptPaths final : public Object<IZXEContentPaths> {
+public:
+    using Translate = std::optional<std::u16string> (FilePlace::*)(std::u16string_view);
+
+    KeptPaths(FilePlace& file, Translate translate) : m_file(file), m_translate(translate) {}
+
+    HRESULT ToDocument(BSTR bstrPath, BSTR* pbstrText) override
+    {
+        if (!pbstrText) return E_POINTER;
+        return Guarded([&] {
+            *pbstrText = Bstr((m_file.*m_translate)(View(bstrPath)).value_or(std::u16string(View(bstrPath)))).Detach();
+            return S_OK;
+        });
+    }
+    HRESULT FromDocument(BSTR bstrText, BSTR* pbstrPath) override { return ToDocument(bstrText, pbstrPath); }
+
+private:
+    FilePlace& m_file;
+    const Translate m_translate;
+};
+
+void TranslateKept(const XmlElement& productions, KeptPaths::Translate translate)
 {
     FilePlace* const file = FilePlace::Current();
     if (!file) return;
+    const auto paths = Make<KeptPaths>(*file, translate);
     for (XmlView entry = productions.View().Child(kProduction); entry; entry = entry.Next(kProduction)) {
         const XmlView storyboard = StoryboardOf(entry);
         if (!storyboard) continue;
+        ParameterPathsToDocument(XmlElement(productions.At(storyboard)), *paths);
         for (XmlView place = storyboard; place; place = place.Following(storyboard)) {
             if (!place.IsElement()) continue;
             for (const char* name : {"source", "mask"}) {

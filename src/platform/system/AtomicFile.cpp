@@ -135,6 +135,15 @@ HRESULT ResultFromErrno(int error)
     }
 }
 
+void SyncFolder(const std::string& folder)
+{
+    const int file = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (file < 0) return;
+    // What got a name has it whether or not the folder can be synced.
+    fsync(file);
+    close(file);
+}
+
 AtomicFile::~AtomicFile()
 {
     Discard();
@@ -198,8 +207,21 @@ HRESULT AtomicFile::Write(const void* data, std::size_t size)
 
 HRESULT AtomicFile::Commit()
 {
+    HRESULT result = Sync();
+    if (SUCCEEDED(result)) result = TakeName();
+    if (SUCCEEDED(result)) SyncFolder(std::filesystem::path(m_target).parent_path().string());
+    return result;
+}
+
+HRESULT AtomicFile::Sync()
+{
     if (m_file < 0) return E_UNEXPECTED;
-    if (fsync(m_file) != 0) return ResultFromErrno(errno);
+    return fsync(m_file) == 0 ? S_OK : ResultFromErrno(errno);
+}
+
+HRESULT AtomicFile::TakeName()
+{
+    if (m_file < 0) return E_UNEXPECTED;
     const FileState state = FileState::OfOpen(m_file);
     const int renamed = m_isNew ? RenameToNew(m_temporary, m_target) : rename(m_temporary.c_str(), m_target.c_str());
     if (renamed != 0) return ResultFromErrno(errno);
@@ -207,13 +229,6 @@ HRESULT AtomicFile::Commit()
     lastCommitted = state;
     // The lock goes with the temporary name, not before it.
     close(std::exchange(m_file, -1));
-    const std::string folder = std::filesystem::path(m_target).parent_path().string();
-    const int folderFile = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folderFile >= 0) {
-        // The file is in place whether or not the folder can be synced.
-        fsync(folderFile);
-        close(folderFile);
-    }
     return S_OK;
 }
 

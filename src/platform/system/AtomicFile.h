@@ -13,6 +13,9 @@ namespace kv {
 /// The platform's code for a system error.
 KV_EXPORT HRESULT ResultFromErrno(int error);
 
+/// Has the names that stand in a folder on the disk, as far as its file system can.
+KV_EXPORT void SyncFolder(const std::string& folder);
+
 class KV_EXPORT AtomicFile {
 public:
     AtomicFile() = default;
@@ -35,6 +38,10 @@ public:
     /// replaces; so are owner and group, as far as the process may give them. A new file replaces none: 0x800700B7 when
     /// something bears its name by now.
     HRESULT Commit();
+    /// The same by steps, for several files that are to share the cost: all are synced, then all get their names, and
+    /// then their folders are synced.
+    HRESULT Sync();
+    HRESULT TakeName();
 
     /// The file that this thread committed last, as it was when it got its name: whatever bears the name by now.
     static FileState LastCommitted();

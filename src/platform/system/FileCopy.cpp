@@ -1,7 +1,5 @@
 #include "platform/system/FileCopy.h"
 
-#include "platform/system/AtomicFile.h"
-
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -28,18 +26,23 @@ bool IsUnsupported(int error)
 
 FileCopy::~FileCopy()
 {
-    if (m_source >= 0) close(m_source);
+    CloseSource();
+}
+
+void FileCopy::CloseSource()
+{
+    if (m_source >= 0) close(std::exchange(m_source, -1));
 }
 
 HRESULT FileCopy::Open(const std::string& source)
 {
-    if (m_source >= 0) close(std::exchange(m_source, -1));
+    CloseSource();
     m_source = open(source.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (m_source < 0) return ResultFromErrno(errno);
     struct stat status {};
     if (fstat(m_source, &status) != 0) return ResultFromErrno(errno);
     if (!S_ISREG(status.st_mode)) {
-        close(std::exchange(m_source, -1));
+        CloseSource();
         return E_ACCESSDENIED;
     }
     m_size = status.st_size;
@@ -51,10 +54,19 @@ HRESULT FileCopy::CopyTo(const std::string& target, const Progress& progress)
 {
     m_sourceFailed = false;
     if (m_source < 0) return E_UNEXPECTED;
-    AtomicFile file;
-    HRESULT result = file.CreateNew(target);
-    if (SUCCEEDED(result)) result = CopyContent(file.Handle(), progress);
-    return SUCCEEDED(result) ? file.Commit() : result;
+    HRESULT result = m_copy.CreateNew(target);
+    if (SUCCEEDED(result)) result = CopyContent(m_copy.Handle(), progress);
+    if (SUCCEEDED(result)) CloseSource();
+    m_buffer = {};
+    return result;
+}
+
+HRESULT FileCopy::WaitForDisk()
+{
+    constexpr unsigned kAll = SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
+    const bool isWritten = sync_file_range(m_copy.Handle(), 0, 0, kAll) == 0;
+    // Its failure is told once, and not again by a sync.
+    return isWritten || errno == ENOSYS || errno == EINVAL ? S_OK : ResultFromErrno(errno);
 }
 
 HRESULT FileCopy::CopyContent(int target, const Progress& progress)

@@ -19,7 +19,7 @@ std::string Clip()
     return "YUV4MPEG2 W64 H36 F25:1 Ip A1:1 C420jpeg\nFRAME\n" + std::string(64 * 36 * 3 / 2, '\x80');
 }
 
-/// Keeps what arrives, without the folder of the test.
+/// Keeps what arrives, without the folder of the test. The callback with a number fails.
 class Report final : public Object<IKVArchiveEvents> {
 public:
     explicit Report(std::filesystem::path folder) : m_folder(folder.string() + "/") {}
@@ -27,27 +27,26 @@ public:
     HRESULT OnStart(LONG count, LONGLONG bytes) override
     {
         lines.push_back(std::to_string(count) + " files, " + std::to_string(bytes));
-        return starts;
+        return Answer();
     }
     HRESULT OnProgress(BSTR, LONGLONG bytes) override
     {
         progress.push_back(bytes);
-        return progresses;
+        return Answer();
     }
     HRESULT OnFile(BSTR source, BSTR copy, ArchivedFile outcome, HRESULT result, LONGLONG) override
     {
         EXPECT_EQ(outcome == ArchivedFile_NotRead, FAILED(result));
         lines.push_back(Short(source) + " " + Short(copy) + " " + std::to_string(outcome));
-        return files;
+        return Answer();
     }
 
     std::vector<std::string> lines;
     std::vector<LONGLONG> progress;
-    HRESULT starts = S_OK;
-    HRESULT progresses = S_OK;
-    HRESULT files = S_OK;
+    int failsAt = -1;
 
 private:
+    HRESULT Answer() { return failsAt-- == 0 ? E_ABORT : S_OK; }
     std::string Short(BSTR path) const
     {
         const std::string text = ToUtf8(View(path));
@@ -120,6 +119,10 @@ TEST_F(ArchiveTest, CanBeCarriedAway)
     ASSERT_EQ(S_OK, overlay->put_AlphaMask(folder.File("clips/mask.png").Get()));
     AddFile(folder.PathOf("clips/b.txt"));
     AddFile(folder.PathOf("others/b.txt"));
+    ComPtr<IKVMenu> shown;
+    ASSERT_EQ(S_OK, project->AddMenu(0, shown.Put()));
+    ASSERT_EQ(S_OK, Query<IKVMenuElementList>(shown)->AddElement(&IKVMenuOverlay::IID, element.Put()));
+    ASSERT_EQ(S_OK, Query<IKVMenuOverlay>(element)->put_Source(folder.File("clips/p\u00edcture.png").Get()));
 
     ASSERT_EQ(S_OK, Archive());
     EXPECT_EQ(In("Trip_Files"), Directory());
@@ -128,6 +131,8 @@ TEST_F(ArchiveTest, CanBeCarriedAway)
     EXPECT_EQ(u"Trip_Files\\mask.png", Text(*overlay.Get(), &IKVMenuOverlay::get_AlphaMask));
     EXPECT_THAT(Sources(*project), ElementsAre(u"Trip_Files\\b.txt", In("others/b.txt")));
     EXPECT_EQ("b", folder.Read("Trip_Files/b.txt"));
+    // Its effects begin with a picture that every installation has.
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "Trip_Files" / "PlaceHolder.jpg"));
     const std::string archived = folder.Read("Trip.xml");
 
     // A save in the same place keeps the archive, one in another place leads to the copies.
@@ -164,8 +169,10 @@ TEST_F(ArchiveTest, TakesWhatRelativePathsAndProductionsThatAreNotLoadedName)
 {
     folder.Write("Kept.xml", "<Root><Project Version='900'><DataFiles><File sourcePath='others/b.txt'/></DataFiles>"
                              "</Project><Productions><Production ownerID='9' name='Storyboard'><Storyboard>"
-                             "<Panel source='clips\\a.y4m'/><Effect mask='clips/b.txt'/><Audio source='title:3'/>"
+                             "<Panel source='clips\\a.y4m'/><Effect mask='clips/b.txt'><effect><alphaFile>clips/c.png"
+                             "</alphaFile></effect></Effect><Audio source='title:3'/>"
                              "</Storyboard></Production></Productions></Root>");
+    folder.Write("clips/c.png", "no picture");
     ASSERT_EQ(S_OK, files->LoadProject(folder.File("Kept.xml").Get(), project.Get()));
     EXPECT_THAT(Sources(*project), ElementsAre(In("others/b.txt")));
     ASSERT_EQ(S_OK, files->SaveProject(folder.File("Kept.xml").Get(), project.Get()));
@@ -173,17 +180,19 @@ TEST_F(ArchiveTest, TakesWhatRelativePathsAndProductionsThatAreNotLoadedName)
     ASSERT_EQ(S_OK, Archive("others/Trip.xml"));
     const std::string clips = folder.PathOf("clips/");
     const std::string data = folder.PathOf("others/b.txt");
-    for (const auto& [file, panel, mask, source] :
-         {std::tuple("Kept.xml", std::string("clips\\a.y4m"), std::string("clips/b.txt"), std::string("others/b.txt")),
-          {"clips/Kept.xml", clips + "a.y4m", clips + "b.txt", data},
-          {"others/Trip.xml", "Trip_Files\\a.y4m", clips + "b.txt", "Trip_Files\\b.txt"}}) {
+    using Texts = std::array<std::string, 4>;
+    for (const auto& [file, texts] :
+         {std::pair("Kept.xml", Texts{"clips\\a.y4m", "clips/b.txt", "clips/c.png", "others/b.txt"}),
+          {"clips/Kept.xml", Texts{clips + "a.y4m", clips + "b.txt", clips + "c.png", data}},
+          {"others/Trip.xml", Texts{"Trip_Files\\a.y4m", clips + "b.txt", "Trip_Files\\c.png", "Trip_Files\\b.txt"}}}) {
         const auto document = Create<IXMLDOMDocument>(CLSID_DOMDocument);
         VARIANT_BOOL parsed = VARIANT_FALSE;
         ASSERT_EQ(S_OK, document->load(Variant(folder.File(file).View()), &parsed));
         const std::string text = ToUtf8(XmlOf(*document));
-        for (const std::string& part : {"<Panel source=\"" + panel, "<Effect mask=\"" + mask, "sourcePath=\"" + source,
-                                        std::string("<Audio source=\"title:3")})
-            EXPECT_NE(text.npos, text.find(part + '"')) << part << " in " << text;
+        for (const std::string& part :
+             {"<Panel source=\"" + texts[0] + '"', "<Effect mask=\"" + texts[1] + '"', "<alphaFile>" + texts[2] + '<',
+              "sourcePath=\"" + texts[3] + '"', std::string("<Audio source=\"title:3\"")})
+            EXPECT_NE(text.npos, text.find(part)) << part << " in " << text;
     }
 }
 
@@ -276,15 +285,36 @@ TEST_F(ArchiveTest, LeavesEverythingAsItWasWhenItFails)
     expectFailure(MakeResult(0x800700DF), "Trip.xml", 1000);
     std::filesystem::resize_file(folder.Path() / "clips" / "a.y4m", 1);
     expectFailure(MakeResult(0x800700DF), "new/below/Trip.xml", 1000);
-    for (HRESULT Report::*cancels : {&Report::starts, &Report::progresses, &Report::files}) {
-        (*report).*cancels = E_ABORT;
+    // In front of the first file, while it is copied, while the disk writes both, and behind each.
+    for (const int call : {0, 1, 2, 3, 4, 5, 6}) {
+        report->failsAt = call;
         expectFailure(E_ABORT, "Trip.xml");
-        (*report).*cancels = S_OK;
     }
     EXPECT_EQ(E_INVALIDARG, files->Archive(nullptr, project.Get()));
     EXPECT_EQ(E_POINTER, files->Archive(folder.File("Trip.xml").Get(), report.Get()));
     EXPECT_EQ(E_POINTER, archive->PlanArchive(folder.File("Trip.xml").Get(), nullptr, nullptr));
     EXPECT_EQ(S_OK, Archive());
+}
+
+TEST_F(ArchiveTest, CopiesManyFilesTogether)
+{
+    // More than are synced at once, with names that leave no room for many beside each other.
+    constexpr int kFiles = 210;
+    const std::string name = "others/" + std::string(245, 'n');
+    for (int i = 0; i < kFiles; ++i) {
+        const std::string file = i % 20 == 0 ? name + std::to_string(i) : "clips/" + std::to_string(i);
+        folder.Write(file, std::to_string(i));
+        AddFile(folder.PathOf(file));
+    }
+    const auto report = Make<Report>(folder.Path());
+    ASSERT_EQ(S_OK, Query<IKVProjectArchive>(files)->ArchiveProject(folder.File("Trip.xml").Get(), project.Get(),
+                                                                    report.Get()));
+    ASSERT_EQ(1U + kFiles, report->lines.size());
+    for (int i = 0; i < kFiles; ++i) {
+        const std::string file = i % 20 == 0 ? name.substr(7) + std::to_string(i) : std::to_string(i);
+        EXPECT_EQ(std::to_string(i), folder.Read("Trip_Files/" + file));
+        EXPECT_TRUE(report->lines[1 + i].ends_with("/" + file + " Trip_Files/" + file + " 0")) << report->lines[1 + i];
+    }
 }
 
 TEST_F(ArchiveTest, ArchivesAgain)

@@ -151,8 +151,11 @@ TEST(PathsTest, CopyingOverwritesNothing)
     mkfifo(folder.PathOf("pipe").c_str(), 0600);
     const auto copy = [&](std::string_view from, std::string_view to, const kv::FileCopy::Progress& progress = {}) {
         kv::FileCopy file;
-        const HRESULT opened = file.Open(folder.PathOf(from));
-        return FAILED(opened) ? opened : file.CopyTo(folder.PathOf(to), progress);
+        HRESULT result = file.Open(folder.PathOf(from));
+        if (SUCCEEDED(result)) result = file.CopyTo(folder.PathOf(to), progress);
+        if (SUCCEEDED(result)) result = file.WaitForDisk();
+        if (SUCCEEDED(result)) result = file.Sync();
+        return SUCCEEDED(result) ? file.TakeName() : result;
     };
     for (const char* taken : {"target", "dangling", "pipe"})
         EXPECT_EQ(copy("source", taken), MakeResult(0x800700B7)) << taken;
