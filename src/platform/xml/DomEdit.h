@@ -34,4 +34,10 @@ inline bool IsText(const char* terminated, std::string_view text)
     return !*terminated;
 }
 
+/// Whether a node is an element of a name. Most have another one, which tells at once.
+inline bool IsNamed(pugi::xml_node node, std::string_view name)
+{
+    return IsText(node.name(), name) && node.type() == pugi::node_element;
+}
+
 } // namespace kv
