@@ -402,8 +402,10 @@ void RequireFile(const std::string& file)
 void AddDataFile(IKVProjectData& project, const std::string& text, LONG position)
 {
     const std::size_t equals = FindSourceEnd(text);
-    const std::string source = HostPath(text.substr(0, equals));
-    RequireFile(source);
+    const std::string name = HostPath(text.substr(0, equals));
+    RequireFile(name);
+    // The program may be started elsewhere than where the file of the project is.
+    const std::string source = std::filesystem::absolute(name).string();
     const std::string destination =
         equals == text.npos ? std::filesystem::path(source).filename().string() : text.substr(equals + 1);
     RequireStorableName(source);
@@ -412,7 +414,7 @@ void AddDataFile(IKVProjectData& project, const std::string& text, LONG position
     Require(project.AddDataFile(position, file.Put()), "cannot add a data file");
     Require(file->put_SourcePath(kv::Bstr(kv::ToUtf16(source)).Get()), source);
     Require(file->put_DestPath(kv::Bstr(kv::ToUtf16(destination)).Get()), destination);
-    TellDestination(destination, source);
+    TellDestination(destination, name);
 }
 
 } // namespace kvproject

@@ -3,16 +3,16 @@
 #include "Failure.h"
 #include "KVProjectData/Engine.h"
 #include "KVProjectData/KVProjectData.h"
-#include "Markup.h"
 #include "MediaFiles.h"
 #include "MenuView.h"
 #include "Storyboard.h"
 #include "Text.h"
-#include "platform/com/Activation.h"
+#include "platform/system/Paths.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -37,42 +37,17 @@ bool SameLetter(char a, char b)
     return a == b || (IsSeparator(a) && IsSeparator(b));
 }
 
+/// Neither from a root nor with a drive, a scheme or a macro in front.
+bool IsRelative(std::string_view path)
+{
+    const std::string_view first = path.substr(0, path.find_first_of(kSeparators));
+    return !first.empty() && first.front() != '%' && first.find(':') == first.npos;
+}
+
 /// Without the separators at its end.
 std::string_view WithoutEnd(std::string_view path)
 {
     return path.substr(0, path.find_last_not_of(kSeparators) + 1);
-}
-
-/// What an effect is found by in its production.
-struct EffectPlace {
-    LONG layer = 0;
-    double start = 0.0;
-};
-
-double NumberIn(const std::map<std::string, std::string>& attributes, const char* name)
-{
-    const auto found = attributes.find(name);
-    return found == attributes.end() ? 0.0 : std::strtod(found->second.c_str(), nullptr);
-}
-
-/// As the engine writes them.
-std::vector<EffectPlace> EffectsOf(IUnknown* production)
-{
-    ComPtr<IXMLDOMDocument> document;
-    ComPtr<IXMLDOMElement> root;
-    Require(kv::CreateInstance(CLSID_DOMDocument, document), "cannot create a document");
-    Require(document->createElement(kv::Bstr(u"Root").Get(), root.Put()), "cannot create a document");
-    Require(document->putref_documentElement(root.Get()), "cannot create a document");
-    AddStoryboard(production, *root);
-    std::vector<EffectPlace> places;
-    for (const Element& storyboard : Element(root).Children()) {
-        for (const Element& part : storyboard.Children()) {
-            if (part.Name() != "Effect") continue;
-            const auto attributes = part.Attributes();
-            places.push_back({static_cast<LONG>(NumberIn(attributes, "layer")), NumberIn(attributes, "start")});
-        }
-    }
-    return places;
 }
 
 /// The files of a production: of its panels, its background audio, its effects and their masks.
@@ -95,9 +70,7 @@ std::vector<ComPtr<ISourceFile>> SourcesOf(IUnknown* production)
     const auto objects = Query<IProductionObjects>(holder);
     for (LONG i = 0; objects && objects->GetObject(ZXE_KIND_BACKGROUND_AUDIO, i, object.Put()) == S_OK; ++i)
         add(object);
-    if (!objects) return sources;
-    for (const EffectPlace& place : EffectsOf(production)) {
-        if (objects->GetEffect(place.layer, place.start, object.Put()) != S_OK) continue;
+    for (LONG i = 0; objects && objects->GetObject(ZXE_KIND_EFFECT, i, object.Put()) == S_OK; ++i) {
         add(object);
         ComPtr<IUnknown> mask;
         if (const auto effect = Query<IEffectInfo>(object); effect && effect->GetSourceObject(mask.Put()) == S_OK)
@@ -191,25 +164,40 @@ private:
     std::array<std::optional<double>, kSettings.size()> m_values;
 };
 
+/// Where a file is named.
+struct Place {
+    std::string path;
+    std::function<HRESULT(BSTR*)> get;
+    std::function<HRESULT(BSTR)> put;
+    bool orFolder = false;
+    /// What is named before anything is relinked.
+    kv::Bstr file;
+};
+
 class Relinker {
 public:
     Relinker(IKVProjectData& project, const std::vector<Relocation>& relocations, InStep inStep, std::ostream& out)
         : m_project(project), m_relocations(relocations), m_inStep(inStep), m_out(out), m_used(relocations.size())
     {
+        kv::Bstr directory;
+        std::error_code error;
+        if (SUCCEEDED(project.get_ProjectDirectory(directory.Put())))
+            m_folder = std::filesystem::current_path(error) / kv::ToHostPath(directory.View());
     }
 
     Relinked Run()
     {
         ComPtr<IKVTitle> title;
         for (LONG i = 1; SUCCEEDED(m_project.GetTitle(i, title.Put())); ++i)
-            RelinkTitle(*title, "titles[" + std::to_string(i) + "]");
+            RelinkTitle(title, "titles[" + std::to_string(i) + "]");
         ComPtr<IKVMenu> menu;
         for (LONG i = 1; SUCCEEDED(m_project.GetMenu(i, menu.Put())); ++i)
-            RelinkMenu(*menu, "menus[" + std::to_string(i) + "]");
+            RelinkMenu(menu, "menus[" + std::to_string(i) + "]");
         ComPtr<IKVDataFile> file;
         for (LONG i = 1; SUCCEEDED(m_project.GetDataFile(i, file.Put())); ++i) {
-            RelinkValue("dataFiles[" + std::to_string(i) + "]", *file, &IKVDataFile::get_SourcePath,
-                        &IKVDataFile::put_SourcePath, true);
+            Add("dataFiles[" + std::to_string(i) + "]", file, &IKVDataFile::get_SourcePath,
+                &IKVDataFile::put_SourcePath, true);
+            RelinkPlaces();
         }
         for (std::size_t i = 0; i < m_relocations.size(); ++i) {
             if (!m_used[i]) Refuse("no source begins with " + m_relocations[i].from);
@@ -218,50 +206,62 @@ public:
     }
 
 private:
-    void RelinkTitle(IKVTitle& title, const std::string& path)
+    void RelinkTitle(const ComPtr<IKVTitle>& title, const std::string& path)
     {
-        RelinkValue(path, title, &IKVTitle::get_Source, &IKVTitle::put_Source);
+        Add(path, title, &IKVTitle::get_Source, &IKVTitle::put_Source);
         ComPtr<IUnknown> production;
-        if (FAILED(title.GetProduction(production.Put()))) return;
         bool joined = m_inStep == InStep::No;
-        RelinkProduction(production.Get(), path, [&] {
-            if (!std::exchange(joined, true)) JoinStep(m_project, title);
-        });
+        if (SUCCEEDED(title->GetProduction(production.Put()))) {
+            AddProduction(production.Get(), path, [&] {
+                if (!std::exchange(joined, true)) JoinStep(m_project, *title);
+            });
+        }
+        RelinkPlaces();
     }
 
-    void RelinkMenu(IKVMenu& menu, const std::string& path)
+    void RelinkMenu(const ComPtr<IKVMenu>& menu, const std::string& path)
     {
-        RelinkElements(&menu, path + ".");
+        VARIANT_BOOL isNative = VARIANT_FALSE;
+        menu->get_IsNative(&isNative);
+        AddElements(menu.Get(), path + ".");
         ComPtr<IUnknown> shown;
         ComPtr<IUnknown> background;
-        menu.GetProduction(shown.Put());
-        menu.GetBackgroundProduction(background.Put());
-        VARIANT_BOOL isNative = VARIANT_FALSE;
-        menu.get_IsNative(&isNative);
-        if (isNative) RelinkNative(menu, background.Get(), path);
+        menu->GetProduction(shown.Put());
+        menu->GetBackgroundProduction(background.Put());
+        if (isNative) AddNative(menu, background, path);
         // The storyboards of menus take part in every step.
-        RelinkProduction(shown.Get(), path, [] {});
-        RelinkProduction(background.Get(), path, [] {});
+        AddProduction(shown.Get(), path, [] {});
+        if (!isNative) AddProduction(background.Get(), path, [] {});
+        RelinkPlaces();
+        if (!isNative) return;
+        // What it plays has taken the place of what it played.
+        AddProduction(background.Get(), path, [] {});
+        std::erase_if(m_places,
+                      [&](const Place& place) { return m_played.contains(std::u16string(place.file.View())); });
+        m_played.clear();
+        RelinkPlaces();
     }
 
     /// What a native menu plays stands in itself, too, which puts a new clip and sound into its production.
-    void RelinkNative(IKVMenu& menu, IUnknown* production, const std::string& path)
+    void AddNative(const ComPtr<IKVMenu>& menu, const ComPtr<IUnknown>& production, const std::string& path)
     {
-        RelinkValue(path, menu, &IKVMenu::get_Background, [&](BSTR name) {
-            const ClipSettings clip(production);
-            const HRESULT put = menu.PutBackgroundWithTrim(name, clip.In(), clip.Out());
-            clip.GiveTo(production);
+        Add(path, menu, &IKVMenu::get_Background, [this, menu, production](BSTR name) {
+            const ClipSettings clip(production.Get());
+            const HRESULT put = menu->PutBackgroundWithTrim(name, clip.In(), clip.Out());
+            clip.GiveTo(production.Get());
+            m_played.emplace(kv::View(name));
             return put;
         });
-        RelinkValue(path, menu, &IKVMenu::GetSmartAudio, [&](BSTR name) {
-            const SoundSettings sound(production);
-            const HRESULT put = menu.put_Audio(name);
-            sound.GiveTo(production);
+        Add(path, menu, &IKVMenu::GetSmartAudio, [this, menu, production](BSTR name) {
+            const SoundSettings sound(production.Get());
+            const HRESULT put = menu->put_Audio(name);
+            sound.GiveTo(production.Get());
+            m_played.emplace(kv::View(name));
             return put;
         });
     }
 
-    void RelinkElements(IUnknown* owner, const std::string& prefix)
+    void AddElements(IUnknown* owner, const std::string& prefix)
     {
         std::map<const ElementKind*, int> counts;
         for (const auto& element : ElementsOf(owner)) {
@@ -269,21 +269,19 @@ private:
             if (!kind) continue;
             const std::string path = prefix + std::string(kind->list) + "[" + std::to_string(++counts[kind]) + "]";
             if (const auto overlay = Query<IKVMenuOverlay>(element)) {
-                RelinkValue(path, *overlay, &IKVMenuOverlay::get_Source, &IKVMenuOverlay::put_Source);
-                RelinkValue(path, *overlay, &IKVMenuOverlay::get_AlphaMask, &IKVMenuOverlay::put_AlphaMask);
+                Add(path, overlay, &IKVMenuOverlay::get_Source, &IKVMenuOverlay::put_Source);
+                Add(path, overlay, &IKVMenuOverlay::get_AlphaMask, &IKVMenuOverlay::put_AlphaMask);
             }
-            RelinkElements(element.Get(), path + ".");
+            AddElements(element.Get(), path + ".");
         }
     }
 
     template <class Join>
-    void RelinkProduction(IUnknown* production, const std::string& path, Join&& join)
+    void AddProduction(IUnknown* production, const std::string& path, Join join)
     {
         if (!production) return;
         for (const auto& source : SourcesOf(production)) {
-            kv::Bstr file;
-            if (source->get_FileName(file.Put()) != S_OK) continue;
-            Replace(path, file, false, [&](BSTR name) {
+            Add(path, source, &ISourceFile::get_FileName, [source, join](BSTR name) {
                 join();
                 return source->put_FileName(name);
             });
@@ -291,34 +289,56 @@ private:
     }
 
     template <class Object, class Put>
-    void RelinkValue(const std::string& path, Object& object, HRESULT (Object::*get)(BSTR*), Put put,
-                     bool orFolder = false)
+    void Add(const std::string& path, const ComPtr<Object>& object, HRESULT (Object::*get)(BSTR*), Put put,
+             bool orFolder = false)
     {
-        kv::Bstr file;
-        if ((object.*get)(file.Put()) != S_OK) return;
+        Place place{path, [object, get](BSTR* file) { return (object.Get()->*get)(file); }, {}, orFolder, {}};
         if constexpr (std::is_member_pointer_v<Put>) {
-            Replace(path, file, orFolder, [&](BSTR name) { return (object.*put)(name); });
+            place.put = [object, put](BSTR name) { return (object.Get()->*put)(name); };
         } else {
-            Replace(path, file, orFolder, put);
+            place.put = std::move(put);
+        }
+        if (place.get(place.file.Put()) == S_OK && !place.file.Empty()) m_places.push_back(std::move(place));
+    }
+
+    /// Each once, whatever it begins with then.
+    void RelinkPlaces()
+    {
+        for (const Place& place : std::exchange(m_places, {})) {
+            kv::Bstr now;
+            // An object that a production shows has changed that, too.
+            if (place.get(now.Put()) == S_OK && now.View() == place.file.View()) RelinkPlace(place);
         }
     }
 
-    template <class Put>
-    void Replace(const std::string& path, const kv::Bstr& file, bool orFolder, Put&& put)
+    void RelinkPlace(const Place& place)
     {
-        const std::string old = kv::ToUtf8(file.View());
+        const std::string old = kv::ToUtf8(place.file.View());
+        const std::string full = IsRelative(old) ? FullPath(old) : old;
         for (std::size_t i = 0; i < m_relocations.size(); ++i) {
-            const std::string now = Relocated(old, m_relocations[i]);
+            std::string now = Relocated(old, m_relocations[i]);
+            if (now.empty()) now = Relocated(full, m_relocations[i]);
             if (now.empty()) continue;
             m_used[i] = true;
+            if (now == old) return;
             const kv::Bstr name(kv::ToUtf16(now));
-            const std::string fault = m_files.Fault(name.View(), orFolder);
-            if (!fault.empty()) return Refuse(path + ": " + now + ' ' + fault + "; " + old + " stays");
-            Require(put(name.Get()), path + ": " + now);
+            const std::string fault = m_files.Fault(name.View(), place.orFolder);
+            if (!fault.empty()) return Refuse(place.path + ": " + now + ' ' + fault + "; " + old + " stays");
+            Require(place.put(name.Get()), place.path + ": " + now);
+            const std::string line = place.path + ": " + Shown(old) + " is now " + Shown(now) + '\n';
+            // A title may show the file several times.
+            if (!m_told.insert(line).second) return;
             ++m_result.count;
-            m_out << path << ": " << Shown(old) << " is now " << Shown(now) << '\n';
+            m_out << line;
             return;
         }
+    }
+
+    /// Where a relative path leads from the folder of the project.
+    std::string FullPath(std::string path) const
+    {
+        std::ranges::replace_if(path, &IsSeparator, '/');
+        return (m_folder / path).lexically_normal().string();
     }
 
     void Refuse(const std::string& why)
@@ -332,6 +352,10 @@ private:
     const std::vector<Relocation>& m_relocations;
     const InStep m_inStep;
     std::ostream& m_out;
+    std::filesystem::path m_folder;
+    std::vector<Place> m_places;
+    /// What a native menu was given to play.
+    std::set<std::u16string> m_played;
     MediaFiles m_files;
     std::vector<bool> m_used;
     std::set<std::string> m_told;
@@ -353,7 +377,8 @@ Relocation ParseRelocation(std::string_view text)
 std::string Relocated(std::string_view path, const Relocation& relocation)
 {
     const std::string_view from = WithoutEnd(relocation.from);
-    if (path.size() < from.size() || !std::equal(from.begin(), from.end(), path.begin(), SameLetter)) return {};
+    if (path.empty() || path.size() < from.size() || !std::equal(from.begin(), from.end(), path.begin(), SameLetter))
+        return {};
     std::string rest(path.substr(from.size()));
     if (!rest.empty() && !IsSeparator(rest.front())) return {};
     if (rest.empty()) return relocation.to;

@@ -35,7 +35,7 @@ struct Relinked {
 /// Replaces the sources of titles, menus, overlays and data files, in their properties and in what titles and menus
 /// show, and prints each: "titles[1]: OLD is now NEW". Of several relocations the first one that fits a path counts. A
 /// source that is not at its new place stays what it is; that and a relocation that fits nothing are told on standard
-/// error. Throws Failure.
+/// error. A relative path fits also by where it leads from the folder of the project. Throws Failure.
 Relinked Relink(IKVProjectData& project, const std::vector<Relocation>& relocations, InStep inStep, std::ostream& out);
 
 } // namespace kvproject

@@ -19,6 +19,9 @@ inline constexpr LONG ZXE_EFFECT_OVERLAY = 2;
 /// IEffectInfo::get_Kind of an effect that shows media.
 inline constexpr LONG ZXE_KIND_MEDIA = 1;
 
+/// Kind of IProductionObjects::GetObject: the effects, from the back to the front.
+inline constexpr LONG ZXE_KIND_EFFECT = 2;
+
 /// IEffectInfo::SetMaskFile: the file gives the alpha of the effect.
 inline constexpr LONG ZXE_MASK_ALPHA = 4;
 

@@ -210,8 +210,11 @@ HRESULT CProduction::GetObject(LONG lKind, LONG lIndex, IUnknown** ppObject)
 {
     if (!ppObject) return E_POINTER;
     *ppObject = nullptr;
-    if (lKind != ZXE_KIND_BACKGROUND_AUDIO) return S_FALSE;
-    return Guarded([&] { return HandOut(m_board->Audio(), lIndex, S_FALSE, ppObject); });
+    return Guarded([&]() -> HRESULT {
+        if (lKind == ZXE_KIND_BACKGROUND_AUDIO) return HandOut(m_board->Audio(), lIndex, S_FALSE, ppObject);
+        const ComPtr<CEffect> effect = lKind == ZXE_KIND_EFFECT ? m_board->Effect(lIndex) : nullptr;
+        return effect ? Query<IUnknown>(effect).CopyTo(ppObject) : S_FALSE;
+    });
 }
 
 // Settings

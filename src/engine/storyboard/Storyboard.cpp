@@ -108,6 +108,14 @@ double Storyboard::FrameRate()
     return 0.0;
 }
 
+ComPtr<CEffect> Storyboard::Effect(LONG index)
+{
+    const SectionLock lock(m_section);
+    const EffectLayers& effects = m_contents.effects;
+    if (index < 0 || static_cast<std::size_t>(index) >= effects.Count()) return nullptr;
+    return std::next(effects.begin(), index)->second;
+}
+
 ComPtr<CEffect> Storyboard::EffectAt(LONG layer, double time)
 {
     const double given = FrameRate();

@@ -99,6 +99,8 @@ public:
     double Duration();
     /// Frames per second of the first panel that shows video; 0 when none does.
     double FrameRate();
+    /// From the back to the front, from 0; null when there is none.
+    ComPtr<CEffect> Effect(LONG index);
     /// The effect that a layer shows in the frame at a time; null for none.
     ComPtr<CEffect> EffectAt(LONG layer, double time);
 

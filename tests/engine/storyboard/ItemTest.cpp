@@ -38,6 +38,14 @@ TEST_F(ItemTest, AnEffectStandsOnItsLayerForTheFramesOfItsSpan)
     EXPECT_TRUE(IsSameObject(second.Get(), EffectAt(7, 45.0).Get()));
     EXPECT_FALSE(EffectAt(-7, 55.0));
 
+    LONG index = 0;
+    for (const auto& drawn : {first, second, other}) {
+        EXPECT_EQ(S_OK, objects->GetObject(ZXE_KIND_EFFECT, index++, effect.Put()));
+        EXPECT_TRUE(IsSameObject(drawn.Get(), effect.Get())) << index;
+    }
+    for (const LONG none : {-1, index})
+        EXPECT_EQ(S_FALSE, objects->GetObject(ZXE_KIND_EFFECT, none, effect.Put()));
+
     const LONG id = Get(second, &IEffectInfo::get_EffectID);
     EXPECT_NE(id, Get(first, &IEffectInfo::get_EffectID));
     EXPECT_EQ(7, Get(second, &IEffectInfo::get_Layer));
@@ -271,7 +279,7 @@ TEST_F(ItemTest, SoundsHaveAPlaceALevelAndFades)
     EXPECT_EQ(S_OK, objects->GetObject(ZXE_KIND_BACKGROUND_AUDIO, 0, found.Put()));
     EXPECT_TRUE(IsSameObject(second.Get(), found.Get()));
     EXPECT_EQ(S_FALSE, objects->GetObject(ZXE_KIND_BACKGROUND_AUDIO, 1, found.Put()));
-    EXPECT_EQ(S_FALSE, objects->GetObject(2, 0, found.Put()));
+    EXPECT_EQ(S_FALSE, objects->GetObject(3, 0, found.Put()));
     EXPECT_FALSE(found);
 }
 
