@@ -1,5 +1,6 @@
 #pragma once
-// The elements of a menu, or of a button, from the back to the front.
+// The elements of a menu, or of a button, in an order that is the host's to use. A picture shows them in the order of
+// their IDs, which are the layers of their effects: what was made last is in front.
 //
 // A menu and a button answer for it. Positions count from 1. Objects that are handed out carry a reference. Getters
 // return E_POINTER for a null out-pointer. Edits are recorded for undo and told by the events that are named; they do

@@ -30,7 +30,7 @@ inline constexpr std::string_view kElementList = "elements";
 /// Null for an element of no known kind.
 const ElementKind* KindOf(IKVMenuElement& element);
 
-/// Those of a menu or of a button, from the back to the front. Empty for any other object.
+/// Those of a menu or of a button, in the order of the list. Empty for any other object.
 std::vector<kv::ComPtr<IKVMenuElement>> ElementsOf(IUnknown* owner);
 
 /// The interface of an element's own kind.

@@ -2,6 +2,7 @@
 
 #include "KVProjectData/ResultCodes.h"
 #include "KVProjectData/content/FilePlace.h"
+#include "KVProjectData/menus/DocumentText.h"
 #include "KVProjectData/menus/MenuPaths.h"
 #include "KVProjectData/menus/SourceMedia.h"
 #include "KVProjectData/persistence/ValueTexts.h"
@@ -75,9 +76,19 @@ HRESULT CKVMenuOverlay::get_Source(BSTR* pVal)
     });
 }
 
+HRESULT CKVMenuOverlay::put_Label(BSTR newVal)
+{
+    const HRESULT checked = Guarded([&] {
+        RequireDocumentText(newVal);
+        return S_OK;
+    });
+    return FAILED(checked) ? checked : Put(m_label, newVal, Undo, Fires(4));
+}
+
 HRESULT CKVMenuOverlay::put_Source(BSTR newVal)
 {
     return Change([&] {
+        RequireDocumentText(newVal);
         m_thumbnailStale = true;
         const std::u16string_view value = newVal ? View(newVal) : kPlaceHolder;
         return setSource(IsMonikerSource(value) ? Bstr(value) : ExistingFile(value, KV_E_NO_OVERLAY_SOURCE));
@@ -106,6 +117,7 @@ HRESULT CKVMenuOverlay::get_AlphaMask(BSTR* pVal)
 HRESULT CKVMenuOverlay::put_AlphaMask(BSTR newVal)
 {
     return Change([&] {
+        RequireDocumentText(newVal);
         const std::u16string_view value = View(newVal);
         return setAlphaMask(value.empty() ? Bstr() : ExistingFile(value, KV_E_NO_ALPHA_MASK));
     });

@@ -26,7 +26,7 @@ public:
     HRESULT get_OutPoint(double* pVal) override;
     HRESULT put_OutPoint(double newVal) override;
     HRESULT get_Label(BSTR* pVal) override { return Tell(pVal, "pbstrLabel", m_label); }
-    HRESULT put_Label(BSTR newVal) override { return Put(m_label, newVal, Undo, Fires(4)); }
+    HRESULT put_Label(BSTR newVal) override;
     HRESULT get_StillImage(VARIANT_BOOL* pVal) override { return Tell(pVal, "pbStillImage", m_stillImage); }
     HRESULT put_StillImage(VARIANT_BOOL newVal) override;
     HRESULT SetSourceType(SourceTypes type, LONG ID) override;

@@ -2,6 +2,7 @@
 // What text XML can hold.
 
 #include "platform/com/BaseTypes.h"
+#include "platform/com/Export.h"
 
 #include <string>
 #include <string_view>
@@ -23,7 +24,7 @@ struct XmlError {
 
 /// Converts to UTF-8. False for text that XML cannot hold: control characters other than tab, line feed and carriage
 /// return, lone surrogates, U+FFFE and U+FFFF.
-bool ToXmlUtf8(std::u16string_view text, std::string& utf8);
+KV_EXPORT bool ToXmlUtf8(std::u16string_view text, std::string& utf8);
 /// The same check for UTF-8, which must be well-formed.
 bool IsXmlUtf8(std::string_view text);
 
