@@ -216,8 +216,13 @@ void ProjectArchive::Settle()
         ThrowIfFailed(pending.copy.WaitForDisk());
         if (m_events) ThrowIfFailed(m_events->OnProgress(Bstr(pending.source->full).Get(), m_done));
     }
-    for (Pending& pending : m_pending)
-        ThrowIfFailed(pending.copy.Sync());
+    // A sync of everything may have to wait for what others write, and each of many has its price.
+    constexpr std::size_t kFew = 8;
+    const HRESULT synced = m_pending.size() > kFew ? m_pending.front().copy.SyncFileSystem() : S_FALSE;
+    ThrowIfFailed(synced);
+    for (Pending& pending : m_pending) {
+        if (synced == S_FALSE) ThrowIfFailed(pending.copy.Sync());
+    }
     for (Pending& pending : m_pending) {
         const HRESULT named = pending.copy.TakeName();
         if (SUCCEEDED(named)) {

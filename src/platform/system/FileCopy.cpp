@@ -1,10 +1,14 @@
 #include "platform/system/FileCopy.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <linux/magic.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <unistd.h>
 #include <utility>
 
@@ -67,6 +71,20 @@ HRESULT FileCopy::WaitForDisk()
     const bool isWritten = sync_file_range(m_copy.Handle(), 0, 0, kAll) == 0;
     // Its failure is told once, and not again by a sync.
     return isWritten || errno == ENOSYS || errno == EINVAL ? S_OK : ResultFromErrno(errno);
+}
+
+HRESULT FileCopy::SyncFileSystem()
+{
+    // Of others, such as those of a network or of a process, it is not known that this reaches the disk.
+    constexpr unsigned kXfs = 0x58465342;
+    constexpr unsigned kF2fs = 0xF2F52010;
+    constexpr unsigned kExFat = 0x2011BAB0;
+    constexpr std::array<unsigned, 7> kLocal{EXT4_SUPER_MAGIC, kXfs,  BTRFS_SUPER_MAGIC, kF2fs, MSDOS_SUPER_MAGIC,
+                                             TMPFS_MAGIC,      kExFat};
+    struct statfs status {};
+    if (fstatfs(m_copy.Handle(), &status) != 0) return S_FALSE;
+    if (std::ranges::find(kLocal, static_cast<unsigned>(status.f_type)) == kLocal.end()) return S_FALSE;
+    return syncfs(m_copy.Handle()) == 0 ? S_OK : ResultFromErrno(errno);
 }
 
 HRESULT FileCopy::CopyContent(int target, const Progress& progress)

@@ -38,6 +38,8 @@ public:
     /// Until the disk has what was written. Syncing the copy then costs little, and nearly nothing behind the first.
     HRESULT WaitForDisk();
     HRESULT Sync() { return m_copy.Sync(); }
+    /// Syncs all that was written to where the copy is. S_FALSE where each copy is to be synced alone.
+    HRESULT SyncFileSystem();
     /// 0x800700B7 when something bears the name by now. The folder is for the caller to sync.
     HRESULT TakeName() { return m_copy.TakeName(); }
 
