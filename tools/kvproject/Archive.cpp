@@ -65,14 +65,14 @@ private:
 /// A line for a file that is not in the archive; empty for one that is.
 std::string FaultOf(const File& file)
 {
-    const std::string name = Shown(file.source);
+    const std::string& name = file.source;
     switch (file.outcome) {
     case ArchivedFile_Missing:
         return "missing: " + name;
     case ArchivedFile_NoFile:
         return "kept: " + name + ": no regular file";
     case ArchivedFile_NameTaken:
-        return "kept: " + name + ": another file has the name " + Shown(file.copy);
+        return "kept: " + name + ": another file has the name " + file.copy;
     case ArchivedFile_NotRead:
         return "kept: " + name + ": " + Describe(file.result);
     default:
@@ -125,7 +125,7 @@ int Archive(const Session& session, const std::string& target, bool planned, std
         summary.Add(file);
         const std::string fault = FaultOf(file);
         if (!fault.empty()) {
-            out << fault << '\n';
+            TellFailure(fault);
             complete = false;
         } else if (planned && file.outcome == ArchivedFile_Copied) {
             out << "to copy: " << Shown(file.source) << " to " << Shown(file.copy) << '\n';

@@ -11,6 +11,7 @@
 #include "platform/com/Object.h"
 #include "platform/system/Registry.h"
 
+#include <filesystem>
 #include <mutex>
 
 namespace kvproject {
@@ -107,6 +108,15 @@ std::string NameOf(const CLSID& clsid)
     return kv::ToUtf8(name.empty() ? identity : name);
 }
 
+/// Why no importer takes a file or a folder.
+std::string FaultOf(const std::string& source, bool anyImporter)
+{
+    std::error_code error;
+    if (!anyImporter) return "there is no importer";
+    if (!std::filesystem::is_empty(source, error)) return "no importer takes it";
+    return std::filesystem::is_directory(source, error) ? "the folder is empty" : "the file is empty";
+}
+
 Importer FindImporter(const std::string& source)
 {
     const auto classes = kv::ClassesOfCategory(CATID_KVProjectImport);
@@ -118,8 +128,7 @@ Importer FindImporter(const std::string& source)
                            loadable != 0;
         if (takes) return {std::move(importer), NameOf(clsid)};
     }
-    throw Failure("cannot import " + source + ": " +
-                  (classes.empty() ? "there is no importer" : "no importer takes it"));
+    throw Failure("cannot import " + source + ": " + FaultOf(source, !classes.empty()));
 }
 
 } // namespace
@@ -138,7 +147,10 @@ int Import(IKVProjectData& project, const std::string& source, std::ostream& out
         return Interruption::ExitCode();
     }
     Require(result, "cannot import " + source);
-    if (result == S_FALSE) throw Failure("cannot import " + source + ": nothing in it can be imported");
+    if (result == S_FALSE) {
+        throw Failure("cannot import " + source + ": " +
+                      (errors == 0 ? "there is nothing in it" : "nothing in it can be imported"));
+    }
     return errors == 0 ? 0 : kFault;
 }
 

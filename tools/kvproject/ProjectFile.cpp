@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <iostream>
 #include <sys/file.h>
 #include <unistd.h>
@@ -132,6 +133,14 @@ void ProjectFile::RequireNoLoss(const std::string& target) const
 void RequireNew(const std::string& file)
 {
     if (kv::FileState::Of(file).Exists()) ThrowNotNew(file);
+}
+
+void RequireFolderOf(const std::string& file)
+{
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error))
+        throw Failure("cannot save " + file + ": there is no folder " + folder.string());
 }
 
 void SaveNew(Session& session, const std::string& file)

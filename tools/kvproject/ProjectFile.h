@@ -51,6 +51,9 @@ private:
 /// Throws Failure for a name that a file bears already.
 void RequireNew(const std::string& file);
 
+/// Throws Failure where there is no folder that a file could stand in.
+void RequireFolderOf(const std::string& file);
+
 /// Saves a file that is not there yet. Of several that do so at once one succeeds; for the others RequireNew fails.
 void SaveNew(Session& session, const std::string& file);
 

@@ -8,9 +8,9 @@
 /// It takes a folder, whose clips become titles in the order of their names, and an M3U playlist, whose entries do in
 /// their own order: each title has its clip as source and as the only panel of its production, and a label: what the
 /// playlist calls it, or else the title that the file tells of itself, or else the name of the file. A folder is
-/// loadable that holds a clip, a playlist that has an entry.
+/// loadable that holds a clip, and every playlist.
 ///
-/// What is no clip is left out and told by ReportError, with its name: ZXE_E_NOT_MEDIA, ZXE_E_NO_STREAM for media
+/// What is no clip, but for what is hidden in a folder, is left out and told by ReportError, with its name: ZXE_E_NOT_MEDIA, ZXE_E_NO_STREAM for media
 /// without moving pictures, 0x80070002 for what does not exist. Import returns S_FALSE when nothing was left to import,
 /// ZXE_E_NOT_MEDIA for what is neither a folder nor a playlist, and the result of a callback that failed; S_FALSE
 /// cancels nothing. After a failure the titles that were added are gone. The titles stand behind those

@@ -87,7 +87,7 @@ HRESULT CClipImporter::IsLoadable(BSTR bstrFileName, LONG* pbIsLoadable)
         const auto clips = ClipsOf(View(bstrFileName));
         if (!clips) return S_OK;
         const bool isFolder = PathIsDirectory(View(bstrFileName));
-        *pbIsLoadable = isFolder ? std::ranges::any_of(*clips, IsClip) : !clips->empty();
+        *pbIsLoadable = !isFolder || std::ranges::any_of(*clips, IsClip);
         return S_OK;
     });
 }

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace kv {
 namespace {
@@ -97,6 +98,23 @@ std::u16string PathOf(std::string_view entry, const std::filesystem::path& folde
     return ToUtf16(ToHostPath(ToUtf16(folder.string()) + u'/' + path));
 }
 
+/// What a file holds, without a mark of its encoding; in UTF-8 where that mark stands for UTF-16.
+std::string TextOf(const std::string& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(stream), {});
+    if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
+    const bool isLittle = text.starts_with("\xFF\xFE");
+    if (!isLittle && !text.starts_with("\xFE\xFF")) return text;
+    std::u16string units;
+    for (std::size_t i = 2; i + 1 < text.size(); i += 2) {
+        const auto first = static_cast<unsigned char>(text[i]);
+        const auto second = static_cast<unsigned char>(text[i + 1]);
+        units += static_cast<char16_t>(isLittle ? second << 8 | first : first << 8 | second);
+    }
+    return ToUtf8(units);
+}
+
 } // namespace
 
 std::optional<std::vector<ListedClip>> ClipsInFolder(const std::string& folder)
@@ -106,7 +124,7 @@ std::optional<std::vector<ListedClip>> ClipsInFolder(const std::string& folder)
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
         const std::string name = entry.path().filename().string();
-        if (name.front() != '.' && entry.is_regular_file(error)) names.push_back(name);
+        if (name.front() != '.') names.push_back(name);
     }
     std::ranges::sort(names, ComesBefore);
     // Who opens the project stands in another folder.
@@ -120,14 +138,13 @@ std::optional<std::vector<ListedClip>> ClipsInFolder(const std::string& folder)
 
 std::optional<std::vector<ListedClip>> ClipsInPlaylist(const std::string& file)
 {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     constexpr std::string_view kHeader = "#EXTM3U";
     constexpr std::string_view kInformation = "#EXTINF:";
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error) || std::filesystem::file_size(file, error) > kLongestPlaylist)
         return std::nullopt;
     const std::filesystem::path path = std::filesystem::absolute(file, error);
-    std::ifstream stream(file, std::ios::binary);
+    std::istringstream stream(TextOf(file));
     const std::string extension = path.extension().string();
     const bool isNamedSo =
         SameText(extension, std::string_view(".m3u")) || SameText(extension, std::string_view(".m3u8"));
@@ -136,7 +153,6 @@ std::optional<std::vector<ListedClip>> ClipsInPlaylist(const std::string& file)
     bool isFirst = true;
     for (std::string text; std::getline(stream, text); isFirst = false) {
         std::string_view line = text;
-        if (isFirst && line.starts_with(kByteOrderMark)) line.remove_prefix(kByteOrderMark.size());
         line = Trimmed(line);
         if (isFirst && !isNamedSo && !line.starts_with(kHeader)) return std::nullopt;
         if (line.starts_with(kInformation)) {

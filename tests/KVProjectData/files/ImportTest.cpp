@@ -6,6 +6,7 @@
 #include "support/Contents.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 namespace kv::test {
 namespace {
@@ -88,14 +89,19 @@ TEST_F(ImportTest, MakesTitlesOfAFolderInOrder)
     folder.Write("notes.txt", "no clip");
     folder.Write(".hidden.y4m", "no clip");
     std::filesystem::create_directory(folder.Path() / "below.y4m");
+    std::filesystem::create_symlink("gone", folder.Path() / "dangling");
+    mkfifo(folder.PathOf("pipe").c_str(), 0600);
     AddTitle(*project)->put_Label(Str(u"before").Get());
     const Bstr name(folder.Path().u16string());
     EXPECT_EQ(1, Loadable(name));
     EXPECT_EQ(S_OK, Import(name));
     EXPECT_THAT(Labels(), ElementsAre(u"before", u"caf\u00e9 & more", u"Clip1", u"clip2", u"clip10"));
-    EXPECT_THAT(listener->errors, ElementsAre(std::pair("notes.txt", ZXE_E_NOT_MEDIA)));
-    EXPECT_EQ((std::vector<LONG>{1, 5, 0, 0}), listener->progress.front());
-    EXPECT_EQ((std::vector<LONG>{5, 5, 100, 100}), listener->progress.back());
+    constexpr HRESULT kNotFound = MakeResult(0x80070002);
+    EXPECT_THAT(listener->errors,
+                ElementsAre(std::pair("below.y4m", ZXE_E_NOT_MEDIA), std::pair("dangling", kNotFound),
+                            std::pair("notes.txt", ZXE_E_NOT_MEDIA), std::pair("pipe", ZXE_E_NOT_MEDIA)));
+    EXPECT_EQ((std::vector<LONG>{1, 8, 0, 0}), listener->progress.front());
+    EXPECT_EQ((std::vector<LONG>{8, 8, 100, 100}), listener->progress.back());
     const auto title = TitleAt(*project, 3);
     Bstr shown;
     ComPtr<IUnknown> production;
@@ -125,6 +131,14 @@ TEST_F(ImportTest, MakesTitlesOfAPlaylistAsItSays)
     EXPECT_EQ(S_OK, Import(folder.File("plain")));
     EXPECT_EQ(u"clip2", Labels().back());
     EXPECT_EQ("caf\u00e9", listener->errors.back().first);
+    for (const auto& [mark, shift] : {std::pair("\xFF\xFE", 0), {"\xFE\xFF", 1}}) {
+        std::string text = mark;
+        for (const char c : std::string_view("#EXTM3U\r\n#EXTINF:1,Caf\xE9\r\nclip2.y4m\r\n"))
+            text += {shift ? '\0' : c, shift ? c : '\0'};
+        folder.Write("wide", text);
+        EXPECT_EQ(S_OK, Import(folder.File("wide")));
+        EXPECT_EQ(u"Caf\u00e9", Labels().back());
+    }
 }
 
 TEST_F(ImportTest, TakesNothingElse)
@@ -140,7 +154,7 @@ TEST_F(ImportTest, TakesNothingElse)
                                        {Bstr(), ZXE_E_NOT_MEDIA},
                                        {folder.File("empty.m3u"), S_FALSE},
                                        {folder.File("empty"), S_FALSE}}) {
-        EXPECT_EQ(0, Loadable(file)) << ToUtf8(file.View());
+        EXPECT_EQ(file.View() == folder.File("empty.m3u").View(), Loadable(file)) << ToUtf8(file.View());
         EXPECT_EQ(result, Import(file)) << ToUtf8(file.View());
     }
     EXPECT_EQ(E_POINTER, importer->IsLoadable(nullptr, nullptr));
