@@ -12,13 +12,6 @@ thread_local FilePlace* t_current = nullptr;
 
 constexpr std::u16string_view kSeparators = u"\\/";
 
-/// Neither from a root nor with a drive, a scheme or a macro in front.
-bool IsRelative(std::u16string_view path)
-{
-    const std::u16string_view first = path.substr(0, path.find_first_of(kSeparators));
-    return !first.empty() && first.front() != u'%' && first.find(u':') == first.npos;
-}
-
 /// What exists by a relative path below a folder.
 std::optional<std::u16string> Below(std::u16string_view folder, std::u16string_view path)
 {
@@ -36,6 +29,12 @@ bool IsSameFile(std::u16string_view left, std::u16string_view right)
 }
 
 } // namespace
+
+bool IsRelative(std::u16string_view path)
+{
+    const std::u16string_view first = path.substr(0, path.find_first_of(kSeparators));
+    return !first.empty() && first.front() != u'%' && first.find(u':') == first.npos;
+}
 
 std::u16string FullPath(std::u16string_view path)
 {
@@ -108,7 +107,10 @@ std::optional<std::u16string> FilePlace::ToFile(std::u16string_view path)
     const auto known = m_names.find(path);
     if (known != m_names.end() && FromFile(known->second) == path) return known->second;
     if (auto archived = InArchive(path)) return archived;
-    return known != m_names.end() && PathFileExists(known->second) ? InArchive(known->second) : std::nullopt;
+    if (known == m_names.end() || !PathFileExists(known->second)) return std::nullopt;
+    if (auto archived = InArchive(known->second)) return archived;
+    // Where only the copy is left, it stands for the file everywhere.
+    return IsRelative(known->second) || PathFileExists(path) ? std::nullopt : std::optional(known->second);
 }
 
 std::optional<std::u16string> FilePlace::InArchive(std::u16string_view path) const
@@ -122,9 +124,10 @@ std::optional<std::u16string> FilePlace::InArchive(std::u16string_view path) con
     return FromFile(text) == path ? std::optional(std::move(text)) : std::nullopt;
 }
 
-bool LeadsAnywhere(std::u16string_view path)
+bool LeadsAnywhere(CProjectNode& node, std::u16string_view path)
 {
-    return PathFileExists(path) || (FilePlace::Current() && FilePlace::Current()->FromProject(path));
+    return PathFileExists(path) || PathFileExists(node.FullPathOf(path)) ||
+           (FilePlace::Current() && FilePlace::Current()->FromProject(path));
 }
 
 bool PathAttribute(AttributeArchive& archive, std::string_view name, Bstr& path)

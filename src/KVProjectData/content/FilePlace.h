@@ -2,6 +2,7 @@
 // The place of a project file, which relative paths in it lead from.
 
 #include "KVProjectData/tree/AttributeArchive.h"
+#include "KVProjectData/tree/ProjectNode.h"
 
 #include <map>
 #include <optional>
@@ -10,6 +11,9 @@
 #include <vector>
 
 namespace kv {
+
+/// Neither from a root nor with a drive, a scheme or a macro in front.
+bool IsRelative(std::u16string_view path);
 
 /// Where a path leads whatever the working folder is; the path itself where it has a drive, a scheme or a macro, or is
 /// empty.
@@ -73,8 +77,8 @@ private:
     FilePlace* const m_outer;
 };
 
-/// Whether a path of the project leads to anything, as it stands or from where its file is.
-bool LeadsAnywhere(std::u16string_view path);
+/// Whether a path of a node leads to anything, as it stands, by what the project knows or from where its file is.
+bool LeadsAnywhere(CProjectNode& node, std::u16string_view path);
 
 /// A path in a document.
 bool PathAttribute(AttributeArchive& archive, std::string_view name, Bstr& path);

@@ -16,10 +16,17 @@ void MediaProperty::Replace(const Bstr& from, const Bstr& by) const
 template <class Interface, auto Getter, auto Setter>
 void CArchiveHelper::Add(CProjectNode& node, bool isShown)
 {
+    const auto put = [](IUnknown& object, BSTR path) { return (Query<Interface>(&object).Get()->*Setter)(path); };
+    Add<Interface, Getter>(node, put, isShown);
+}
+
+template <class Interface, auto Getter>
+void CArchiveHelper::Add(CProjectNode& node, std::function<HRESULT(IUnknown&, BSTR)> put, bool isShown)
+{
     MediaProperty property;
     property.object = node.Identity();
     property.get = [](IUnknown& object, BSTR* path) { return (Query<Interface>(&object).Get()->*Getter)(path); };
-    property.put = [](IUnknown& object, BSTR path) { return (Query<Interface>(&object).Get()->*Setter)(path); };
+    property.put = std::move(put);
     property.isShown = isShown;
     if (FAILED(property.get(*property.object.Get(), property.path.Put())) || property.path.Empty()) return;
     properties.push_back(std::move(property));
@@ -32,8 +39,9 @@ HRESULT CArchiveHelper::VisitNode(CProjectNode& node, ULONG)
         Add<IKVTitle, &IKVTitle::get_Source, &IKVTitle::put_Source>(node);
         break;
     case typeMenu: {
-        const auto& menu = static_cast<CKVMenu&>(node);
-        Add<IKVMenu, &IKVMenu::get_Background, &IKVMenu::put_Background>(node, menu.BackgroundIsShown());
+        auto& menu = static_cast<CKVMenu&>(node);
+        const auto put = [&menu](IUnknown&, BSTR path) { return menu.NameBackground(path); };
+        Add<IKVMenu, &IKVMenu::get_Background>(node, put, !menu.IsNativeMenu());
         break;
     }
     case typeFile:

@@ -5,6 +5,7 @@
 #include "platform/automation/Bstr.h"
 #include "platform/com/ComPtr.h"
 
+#include <functional>
 #include <vector>
 
 namespace kv {
@@ -13,7 +14,7 @@ namespace kv {
 struct MediaProperty {
     ComPtr<IUnknown> object;
     HRESULT (*get)(IUnknown& object, BSTR* path) = nullptr;
-    HRESULT (*put)(IUnknown& object, BSTR path) = nullptr;
+    std::function<HRESULT(IUnknown& object, BSTR path)> put;
     /// As it stood.
     Bstr path;
     /// A production shows the file, and not the object: the path stays.
@@ -36,6 +37,8 @@ public:
 private:
     template <class Interface, auto Getter, auto Setter>
     void Add(CProjectNode& node, bool isShown = false);
+    template <class Interface, auto Getter>
+    void Add(CProjectNode& node, std::function<HRESULT(IUnknown&, BSTR)> put, bool isShown);
 };
 
 } // namespace kv

@@ -264,6 +264,8 @@ void ProjectArchive::PointAtCopies()
         m_replaced.emplace_back(&property, path);
     }
     m_place.SetProjectDirectory(m_folder);
+    // Whoever is told of the paths finds the copies.
+    if (const auto storyboards = Query<IProjectStoryboards>(&m_project)) storyboards->KeepNames(m_place.Names());
     for (const auto& [property, path] : m_replaced)
         property->Replace(property->path, path);
 }
@@ -285,6 +287,7 @@ void ProjectArchive::Run(const std::function<HRESULT()>& write)
     Gather();
     const auto storyboards = Query<IProjectStoryboards>(&m_project);
     KnownNames names = storyboards ? storyboards->Names() : KnownNames();
+    KnownNames before = names;
     try {
         ThrowIfFailed(m_project.put_ProjectDirectory(Bstr(m_folderName).Get()));
         MakeFolder();
@@ -303,6 +306,7 @@ void ProjectArchive::Run(const std::function<HRESULT()>& write)
         ThrowIfFailed(write());
     } catch (...) {
         m_place.SetProjectDirectory(m_directory.View());
+        if (storyboards) storyboards->KeepNames(std::move(before));
         TakeBack();
         throw;
     }

@@ -121,8 +121,9 @@ public:
 
     ComPtr<IUnknown> MenuProduction() override { return m_productions.Menu(); }
     ComPtr<IUnknown> BackgroundProduction() { return m_productions.Background(); }
-    /// Whether a production shows the background, where the menu would else keep its path alone.
-    bool BackgroundIsShown() const { return BackgroundSourceProduction() != nullptr; }
+    /// Has a native menu name its background by another path of the file that it shows. S_FALSE for any other menu,
+    /// which names what its production shows.
+    HRESULT NameBackground(BSTR path);
     bool IsNativeMenu() override { return m_native; }
     bool IsWide() override;
     HRESULT MarkButtonsMoved() override;

@@ -16,10 +16,10 @@ namespace kv {
 namespace {
 
 /// The path of a file that exists. Throws Error where it does not.
-Bstr ExistingFile(std::u16string_view path, HRESULT missing)
+Bstr ExistingFile(CProjectNode& node, std::u16string_view path, HRESULT missing)
 {
     Bstr file(ExpandPath(path));
-    if (!LeadsAnywhere(file.View())) throw Error(missing);
+    if (!LeadsAnywhere(node, file.View())) throw Error(missing);
     return file;
 }
 
@@ -91,7 +91,7 @@ HRESULT CKVMenuOverlay::put_Source(BSTR newVal)
         RequireDocumentText(newVal);
         m_thumbnailStale = true;
         const std::u16string_view value = newVal ? View(newVal) : kPlaceHolder;
-        return setSource(IsMonikerSource(value) ? Bstr(value) : ExistingFile(value, KV_E_NO_OVERLAY_SOURCE));
+        return setSource(IsMonikerSource(value) ? Bstr(value) : ExistingFile(*this, value, KV_E_NO_OVERLAY_SOURCE));
     });
 }
 
@@ -119,7 +119,7 @@ HRESULT CKVMenuOverlay::put_AlphaMask(BSTR newVal)
     return Change([&] {
         RequireDocumentText(newVal);
         const std::u16string_view value = View(newVal);
-        return setAlphaMask(value.empty() ? Bstr() : ExistingFile(value, KV_E_NO_ALPHA_MASK));
+        return setAlphaMask(value.empty() ? Bstr() : ExistingFile(*this, value, KV_E_NO_ALPHA_MASK));
     });
 }
 
@@ -288,7 +288,7 @@ HRESULT CKVMenuOverlay::GetSourceMediaSize(LONG* pW, LONG* pH)
         const HRESULT asked = Ask([&] { return getSource(source); });
         if (FAILED(asked)) return asked;
         // A file may be far away: it is looked into outside of the sections.
-        const PictureExtent size = PictureSize(source.View());
+        const PictureExtent size = PictureSize(FullPathOf(source.View()));
         *pW = size.width;
         *pH = size.height;
         return S_OK;
@@ -310,7 +310,7 @@ IZXMediaInformation& CKVMenuOverlay::OpenSource()
     if (!m_media) m_media = NewMediaInformation();
     if (m_thumbnailStale || !m_openSource || m_openSource.View() != source.View()) {
         m_openSource = {};
-        OpenMedia(*m_media, source.View());
+        OpenMedia(*m_media, FullPathOf(source.View()));
         m_openSource = std::move(source);
     }
     return *m_media;

@@ -94,7 +94,7 @@ HRESULT CMenuOverlayImpl::SourceAspect(double& aspect)
         if (aspect <= 0) aspect = kUsualAspect;
         return result;
     }
-    if (!m_sourceAspect) m_sourceAspect = PictureAspect(m_media.source.View(), kUsualAspect);
+    if (!m_sourceAspect) m_sourceAspect = PictureAspect(Node().FullPathOf(m_media.source.View()), kUsualAspect);
     aspect = *m_sourceAspect;
     return S_OK;
 }
@@ -115,9 +115,10 @@ HRESULT CMenuOverlayImpl::setSource(const Bstr& source)
             return S_OK;
         }
         Bstr current;
+        const Bstr shown = source ? Bstr(Node().FullPathOf(source.View())) : Bstr();
         const HRESULT result = getSource(current);
-        if (FAILED(result) || current.View() == source.View()) return result;
-        return m_effect.setSourceFile(source.Get());
+        if (FAILED(result) || current.View() == shown.View()) return result;
+        return m_effect.setSourceFile(shown.Get());
     });
 }
 
@@ -145,7 +146,7 @@ HRESULT CMenuOverlayImpl::getAlphaMask(Bstr& mask) const
 HRESULT CMenuOverlayImpl::setAlphaMask(const Bstr& mask)
 {
     return Apply(800, [&]() -> HRESULT {
-        if (m_effect) return m_effect.setMaskFile(mask.Get());
+        if (m_effect) return m_effect.setMaskFile(mask ? Bstr(Node().FullPathOf(mask.View())).Get() : nullptr);
         m_media.alphaMask = mask.Empty() ? Bstr() : mask;
         return S_OK;
     });

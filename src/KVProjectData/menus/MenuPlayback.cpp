@@ -22,11 +22,9 @@ constexpr std::string_view kStoryboard = "Storyboard";
 constexpr std::string_view kBackground = "Background";
 
 /// The path that a text with macros stands for; nothing where no file is.
-std::optional<Bstr> ExistingFile(std::u16string_view text)
+std::optional<Bstr> ExistingFile(CProjectNode& node, std::u16string_view text)
 {
-    std::u16string path = SharedContentPaths()->Resolve(text);
-    const FilePlace* const place = PathFileExists(path) ? nullptr : FilePlace::Current();
-    if (auto full = place ? place->FromProject(path) : std::nullopt) path = std::move(*full);
+    const std::u16string path = node.FullPathOf(SharedContentPaths()->Resolve(text));
     if (!PathFileExists(path) || PathIsDirectory(path)) return std::nullopt;
     return Bstr(path);
 }
@@ -76,7 +74,7 @@ HRESULT CKVMenu::put_Audio(BSTR newVal)
 {
     return Edit([&](EditScope& edit) {
         EngineCalls::Begin();
-        const auto file = View(newVal).empty() ? Bstr() : ExistingFile(View(newVal));
+        const auto file = View(newVal).empty() ? Bstr() : ExistingFile(*this, View(newVal));
         if (!file) return KV_E_NO_AUDIO_FILE;
         Bstr copy = Bstr::CopyOf(newVal);
         const auto production = AudioProduction();
@@ -113,7 +111,7 @@ HRESULT CKVMenu::PutBackground(BSTR source, double inPoint, double outPoint)
 {
     return Edit([&](EditScope& edit) {
         EngineCalls::Begin();
-        const auto shown = IsMonikerText(View(source)) ? Bstr::CopyOf(source) : ExistingFile(View(source));
+        const auto shown = IsMonikerText(View(source)) ? Bstr::CopyOf(source) : ExistingFile(*this, View(source));
         if (!shown) return KV_E_NO_BACKGROUND_FILE;
         Bstr copy = Bstr::CopyOf(source);
         RecordState(true);
@@ -127,6 +125,18 @@ HRESULT CKVMenu::PutBackground(BSTR source, double inPoint, double outPoint)
         m_bkgndID = 0;
         edit.Changed(301);
         return production ? S_OK : S_FALSE;
+    });
+}
+
+HRESULT CKVMenu::NameBackground(BSTR path)
+{
+    return Edit([&](EditScope& edit) {
+        if (!m_native) return S_FALSE;
+        Bstr copy = Bstr::CopyOf(path);
+        edit.Record();
+        m_background = std::move(copy);
+        edit.Changed(301);
+        return S_OK;
     });
 }
 
@@ -197,8 +207,12 @@ CKVMenu::Playing CKVMenu::PlayingOf(IUnknown* production) const
 void CKVMenu::Play(IUnknown* production, const Playing& playing)
 {
     MenuBackground background(production);
-    const Bstr source = Translated(playing.background, &DocumentPaths::FromDocument);
-    const Bstr audio = Translated(playing.audio, &DocumentPaths::FromDocument);
+    const auto full = [this](const Bstr& text) {
+        const Bstr path = Translated(text, &DocumentPaths::FromDocument);
+        return path ? Bstr(FullPathOf(path.View())) : path;
+    };
+    const Bstr source = full(playing.background);
+    const Bstr audio = full(playing.audio);
     if (source.View().empty()) {
         background.Clear();
     } else {
@@ -226,7 +240,12 @@ void CKVMenu::ListPlaying(AttributeArchive& archive)
     Playing playing = archive.Reads() ? Playing{} : Played();
     const auto path = [&](std::string_view name, Bstr& text) {
         return archive.Value<Bstr>(
-            name, [&] { return Translated(text, &DocumentPaths::ToDocument); },
+            name,
+            [&] {
+                // Whoever reads what is no file may stand in no project that knows the path.
+                const Bstr full(FilePlace::Current() ? text.View() : FullPathOf(text.View()));
+                return Translated(text ? full : text, &DocumentPaths::ToDocument);
+            },
             [&](const Bstr& read) { text = Translated(read, &DocumentPaths::FromDocument); });
     };
     const bool tellsAudio = path("audio", playing.audio);

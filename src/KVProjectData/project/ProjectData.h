@@ -115,6 +115,7 @@ public:
 
     HRESULT FireEvent(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c) override;
     void SetModified(bool major) override;
+    std::u16string FullPathOf(std::u16string_view path) override;
     HRESULT Dispatch(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c) override;
     IUnknown* Identity() override { return Controlling(); }
 
@@ -177,6 +178,7 @@ private:
     ObjectIndex m_objects{{&m_titles, &m_menus, &m_dataFiles}, m_menus};
 
     XmlElement m_keptProductions;
+    /// With the links held: nodes ask for them inside their sections.
     KnownNames m_names;
 
     ProjectEvents m_events{*this};

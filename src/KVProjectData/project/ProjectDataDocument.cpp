@@ -19,7 +19,10 @@ HRESULT CKVProjectData::Clear()
         DropLists();
         m_settings = Settings{};
         m_keptProductions = {};
-        m_names.clear();
+        {
+            const SectionLock links(ParentLinks());
+            m_names.clear();
+        }
         m_dirty = false;
         m_events.EnableHeartbeat(true);
         return S_OK;
@@ -108,15 +111,23 @@ XmlElement CKVProjectData::KeptProductions()
 
 KnownNames CKVProjectData::Names()
 {
-    const SectionLock lock(Section());
+    const SectionLock links(ParentLinks());
     return m_names;
 }
 
 void CKVProjectData::KeepNames(KnownNames names)
 {
-    const SectionLock lock(Section());
+    const SectionLock links(ParentLinks());
     names.merge(m_names);
     m_names.swap(names);
+}
+
+std::u16string CKVProjectData::FullPathOf(std::u16string_view path)
+{
+    if (!IsRelative(path)) return std::u16string(path);
+    const SectionLock links(ParentLinks());
+    const auto known = m_names.find(path);
+    return known == m_names.end() ? std::u16string(path) : known->second;
 }
 
 void CKVProjectData::KeepProductions(XmlElement kept)

@@ -17,7 +17,7 @@ void CKVDataFile::Attributes(AttributeArchive& archive)
 HRESULT CKVDataFile::put_SourcePath(BSTR newVal)
 {
     return Edit([&](EditScope& edit) {
-        if (!newVal || !LeadsAnywhere(View(newVal))) return KV_E_NO_SOURCE_FILE;
+        if (!newVal || !LeadsAnywhere(*this, View(newVal))) return KV_E_NO_SOURCE_FILE;
         Bstr path = Bstr::CopyOf(newVal);
         edit.Record();
         m_sourcePath = std::move(path);

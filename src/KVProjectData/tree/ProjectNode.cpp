@@ -90,6 +90,13 @@ void CProjectNode::SetModified(bool major)
     if (&root != this) root.SetModified(major);
 }
 
+std::u16string CProjectNode::FullPathOf(std::u16string_view path)
+{
+    const SectionLock links(ParentLinks());
+    CProjectNode& root = Root();
+    return &root == this ? std::u16string(path) : root.FullPathOf(path);
+}
+
 std::string_view CProjectNode::GetName(ULONG) const
 {
     return {};

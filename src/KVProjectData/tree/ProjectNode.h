@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -53,6 +54,8 @@ public:
     virtual HRESULT FireEvent(DISPID event, LONGLONG a, LONGLONG b, LONGLONG c);
     /// Tells the project that it was changed.
     virtual void SetModified(bool major);
+    /// What the project knows that a relative path of its own leads to; any other path as it is.
+    virtual std::u16string FullPathOf(std::u16string_view path);
     /// The element name of this very node; empty where the name follows from the type.
     virtual std::string_view GetName(ULONG flags) const;
     /// Binds the node to its effect, or takes it off; only menu elements have one.

@@ -127,6 +127,7 @@ TEST_F(ArchiveTest, CanBeCarriedAway)
     ASSERT_EQ(S_OK, Archive());
     EXPECT_EQ(In("Trip_Files"), Directory());
     EXPECT_EQ(u"Trip_Files\\a.y4m", Text(*title.Get(), &IKVTitle::get_Source));
+    EXPECT_EQ(u"Trip_Files\\back.y4m", Text(*menu.Get(), &IKVMenu::get_Background));
     EXPECT_EQ(u"Trip_Files\\p\u00edcture.png", Text(*overlay.Get(), &IKVMenuOverlay::get_Source));
     EXPECT_EQ(u"Trip_Files\\mask.png", Text(*overlay.Get(), &IKVMenuOverlay::get_AlphaMask));
     EXPECT_THAT(Sources(*project), ElementsAre(u"Trip_Files\\b.txt", In("others/b.txt")));
@@ -330,6 +331,49 @@ TEST_F(ArchiveTest, ArchivesAgain)
         const auto copy = folder.Path() / std::filesystem::path(name).parent_path() / "Trip_Files" / "b.txt";
         EXPECT_EQ(copy.u16string(), Sources(*again).front());
     }
+}
+
+TEST_F(ArchiveTest, NativeMenusFindTheCopies)
+{
+    ComPtr<IKVMenu> menu;
+    ComPtr<IKVMenuElement> element;
+    ASSERT_EQ(S_OK, project->AddMenu(0, menu.Put()));
+    ASSERT_EQ(S_OK, menu->SetNative(VARIANT_TRUE));
+    ASSERT_EQ(S_OK, menu->put_Background(folder.File("clips/a.y4m").Get()));
+    ASSERT_EQ(S_OK, Query<IKVMenuElementList>(menu)->AddElement(&IKVMenuOverlay::IID, element.Put()));
+    const auto overlay = Query<IKVMenuOverlay>(element);
+    ASSERT_EQ(S_OK, overlay->put_Source(folder.File("clips/a.y4m").Get()));
+    ASSERT_EQ(S_OK, overlay->put_AlphaMask(folder.File("clips/a.y4m").Get()));
+    ASSERT_EQ(S_OK, Archive());
+    EXPECT_EQ(In("clips/a.y4m"), Text(*menu, &IKVMenu::GetMenuBackgroundPanelSource)) << "what is shown stays";
+    std::filesystem::remove(folder.Path() / "clips" / "a.y4m");
+    ASSERT_EQ(S_OK, files->SaveProject(folder.File("others/E.xml").Get(), project.Get()));
+
+    // Setters take what getters tell, and what reads the file finds it.
+    const Bstr relative(u"Trip_Files\\a.y4m");
+    const std::u16string copy = In("Trip_Files/a.y4m");
+    EXPECT_EQ(relative.View(), Text(*menu, &IKVMenu::get_Background));
+    LONG width = 0;
+    LONG height = 0;
+    EXPECT_EQ(S_OK, overlay->GetSourceMediaSize(&width, &height));
+    EXPECT_EQ(64, width);
+    EXPECT_EQ(S_OK, menu->put_Background(relative.Get()));
+    EXPECT_EQ(S_OK, overlay->put_Source(relative.Get()));
+    EXPECT_EQ(S_OK, AddDataFile(*project)->put_SourcePath(relative.Get()));
+    EXPECT_EQ(copy, Text(*menu, &IKVMenu::GetMenuBackgroundPanelSource));
+    // A document that is no file can be read anywhere.
+    const auto root = ParseElement(u"<Root/>");
+    ASSERT_EQ(S_OK, menu->SaveXML(root.Get(), VARIANT_FALSE));
+    EXPECT_NE(std::u16string::npos, XmlOf(*root).find(u"/Trip_Files/a.y4m\""));
+    EXPECT_EQ(S_OK, menu->SetNative(VARIANT_FALSE));
+    EXPECT_EQ(copy, Text(*menu, &IKVMenu::get_Background));
+    EXPECT_EQ(copy, Text(*overlay, &IKVMenuOverlay::get_Source));
+    EXPECT_EQ(copy, Text(*overlay, &IKVMenuOverlay::get_AlphaMask));
+
+    const auto again = NewProject();
+    ASSERT_EQ(S_OK, files->LoadProject(folder.File("others/E.xml").Get(), again.Get()));
+    ASSERT_EQ(S_OK, again->GetMenu(1, menu.Put()));
+    EXPECT_EQ(copy, Text(*menu, &IKVMenu::GetMenuBackgroundPanelSource));
 }
 
 TEST_F(ArchiveTest, NamesFilesOfRelativePathsWhereverTheProjectWent)
