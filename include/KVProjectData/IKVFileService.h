@@ -25,7 +25,8 @@ struct IKVFileService : IDispatch {
     /// file that cannot be read, and one of a name that is taken in the folder, is not copied, and goes by the path
     /// that it had. A copy is whole or not there. E_INVALIDARG for an empty name, KV_E_NO_ARCHIVE_FOLDER; when a copy
     /// or the project file cannot be written, the project and its old file are as they were, and what was made of the
-    /// archive is gone. IKVProjectArchive reports each file.
+    /// archive is gone. Of a host's own IKVProjectData, behind which no project of the library stands, nothing is
+    /// copied and only the project file is written. IKVProjectArchive reports each file.
     virtual HRESULT Archive(BSTR bstrFileName, IUnknown* pUnkProject) = 0;
 
     /// Replaces the project by a project file, sets ProjectDirectory, and names a project without Label or DisplayName
