@@ -14,12 +14,12 @@ struct ListedClip {
     std::u16string label;
 };
 
-/// What stands in a folder, whatever it is, but for what is hidden, by their names: numbers in them count as numbers. Nothing for what is no
-/// folder.
+/// What stands in a folder, whatever it is, but for what is hidden, by their names: numbers in them count as numbers.
+/// Nothing for what is no folder.
 std::optional<std::vector<ListedClip>> ClipsInFolder(const std::string& folder);
 
-/// The entries of an M3U playlist, in UTF-8, UTF-16 with a mark, or else in Latin-1. Paths lead from its folder. Nothing for a file that is
-/// no playlist: by its name ("….m3u", "….m3u8") or its first line ("#EXTM3U").
+/// The entries of an M3U playlist, in UTF-8, UTF-16 with a mark, or else in Latin-1. Paths lead from its folder.
+/// Nothing for a file that is no playlist: by its name ("….m3u", "….m3u8") or its first line ("#EXTM3U").
 std::optional<std::vector<ListedClip>> ClipsInPlaylist(const std::string& file);
 
 } // namespace kv
