@@ -125,6 +125,15 @@ ULONG ChannelsOf(const std::vector<CNXEffect::ChannelValue>& values)
     return channels;
 }
 
+/// What a layer shows at the start; null for nothing.
+ComPtr<IUnknown> EffectOn(IUnknown* pUnkSbd, LONG layer)
+{
+    const ProductionObject production = ProductionOf(ComPtr(pUnkSbd));
+    ComPtr<IUnknown> effect;
+    kEngine.Need(production.Objects()->GetEffect(layer, production.Clock().FrameMid(0.0), effect.Put()));
+    return effect;
+}
+
 } // namespace
 
 HRESULT CNXEffect::Create(IUnknown* pUnkSbd, LONG eType, LONG layer, IXMLDOMNode* spXMLParams)
@@ -156,12 +165,17 @@ HRESULT CNXEffect::Attach(IUnknown* pUnkSbd, LONG layer)
     return EngineCalls::Operation([&] {
         if (m_pUnkEffect) return S_FALSE;
         kEngine.NeedPointer(pUnkSbd, "(IUnknown*)pUnkSbd");
-        const ProductionObject production = ProductionOf(ComPtr(pUnkSbd));
-        const double start = production.Clock().FrameMid(0.0);
-        ComPtr<IUnknown> effect;
-        kEngine.Need(production.Objects()->GetEffect(layer, start, effect.Put()));
-        m_pUnkEffect = effect;
+        m_pUnkEffect = EffectOn(pUnkSbd, layer);
         return m_pUnkEffect ? S_OK : S_FALSE;
+    });
+}
+
+void CNXEffect::LeaveGone(IUnknown* pUnkSbd, LONG layer)
+{
+    if (!m_pUnkEffect) return;
+    EngineCalls::Operation([&] {
+        if (!IsSameObject(EffectOn(pUnkSbd, layer).Get(), m_pUnkEffect.Get())) Detach();
+        return S_OK;
     });
 }
 

@@ -36,6 +36,8 @@ public:
     /// Finds the effect that a layer shows at the start, as after loading. S_FALSE while one is held, and when the
     /// layer shows none. E_POINTER without a storyboard.
     HRESULT Attach(IUnknown* pUnkSbd, LONG layer);
+    /// Lets go of an effect that the layer does not show any more, since the storyboard's history has taken it away.
+    void LeaveGone(IUnknown* pUnkSbd, LONG layer);
 
     /// Deletes the effect and lets go of it; it is still held when deleting fails. S_FALSE without one.
     HRESULT Remove();

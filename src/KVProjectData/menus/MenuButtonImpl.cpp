@@ -76,6 +76,22 @@ HRESULT CMenuButtonImpl::DetachEffect()
     return ForEach("pChildElem->DetachEffect()", [](CMenuElementImpl& child) { return child.DetachEffect(); });
 }
 
+void CMenuButtonImpl::ForgetEffect()
+{
+    Any([](CMenuElementImpl& child) {
+        child.ForgetEffect();
+        return false;
+    });
+}
+
+void CMenuButtonImpl::LeaveGoneEffect(IUnknown* pUnkSbd)
+{
+    Any([pUnkSbd](CMenuElementImpl& child) {
+        child.LeaveGoneEffect(pUnkSbd);
+        return false;
+    });
+}
+
 bool CMenuButtonImpl::IsBound() const
 {
     return !Any([](const CMenuElementImpl& child) { return !child.IsBound(); });

@@ -17,6 +17,8 @@ public:
     /// Finds the effects of all elements that have one; the first failure is returned.
     HRESULT AttachEffect(IUnknown* pUnkSbd, ULONG tagFilter) override;
     HRESULT DetachEffect() override;
+    void ForgetEffect() override;
+    void LeaveGoneEffect(IUnknown* pUnkSbd) override;
     bool HasEffect() const override { return Anchor() != nullptr; }
     bool IsBound() const override;
     HRESULT RenameEffect(LONG id) override;

@@ -43,6 +43,10 @@ public:
     virtual HRESULT AttachEffect(IUnknown* pUnkSbd, ULONG tagFilter);
     /// Stores what the effect holds, and lets go of it. Never fails.
     virtual HRESULT DetachEffect();
+    /// Lets go of the effect and of what it told.
+    virtual void ForgetEffect() { m_effect.Detach(); }
+    /// Lets go of an effect that the storyboard's history has taken away, and of what it told.
+    virtual void LeaveGoneEffect(IUnknown* pUnkSbd) { m_effect.LeaveGone(pUnkSbd, m_node.ID()); }
     /// Whether there is an effect that holds the element's place.
     virtual bool HasEffect() const { return static_cast<bool>(m_effect); }
     /// The element has an effect, or is not to have one.

@@ -152,13 +152,14 @@ public:
             CMenuNode* menu = MenuOf(*this);
             const ComPtr<IUnknown> production = menu ? menu->MenuProduction() : nullptr;
             if (!production) return kCalls.NullArgument("spUnkMenuSbd.p");
+            // What the production has not brought back yet, or is still to take away, is looked at when it has.
+            SharedUndoContext().attachNodes.Add(*this);
+            this->LeaveGoneEffect(production.Get());
             if (this->IsBound()) return S_OK;
-            // What the production has not brought back yet is found when it has.
             CMenuElementImpl* const button = kType == typeButton ? this : this->Holder();
             const LONG anchor = button ? button->AnchorID() : 0;
             this->AttachEffect(production.Get(), kHighlightTag);
             if (button) button->ReturnAnchor(anchor);
-            SharedUndoContext().attachNodes.Add(*this);
             return S_OK;
         });
     }

@@ -4,6 +4,8 @@
 #include "KVProjectData/menus/Menu.h"
 #include "SbdUtils/EngineCalls.h"
 
+#include <map>
+
 namespace kv {
 namespace {
 
@@ -23,6 +25,38 @@ void ForEachElement(CProjectNode& list, Visit&& visit)
     }
 }
 
+/// What the elements of a menu keep themselves while they have no effects.
+class ElementsImage {
+public:
+    void Take(CProjectNode& elements)
+    {
+        m_kept.clear();
+        ForEachElement(elements, [&](CProjectNode& element) {
+            m_kept.insert_or_assign(&element, Kept{element.Identity(), element.GetRecord(), element.KeptXml()});
+        });
+    }
+
+    /// Of those that still stand there; once.
+    void Restore(CProjectNode& elements)
+    {
+        ForEachElement(elements, [&](CProjectNode& element) {
+            const auto kept = m_kept.find(&element);
+            if (kept == m_kept.end()) return;
+            element.ExchangeRecord(kept->second.values);
+            element.KeepXml(kept->second.xml);
+        });
+        m_kept.clear();
+    }
+
+private:
+    struct Kept {
+        ComPtr<IUnknown> object;
+        RecordedValues values;
+        XmlElement xml;
+    };
+    std::map<CProjectNode*, Kept> m_kept;
+};
+
 } // namespace
 
 /// The mode that a menu is not in: what is let go with it, or comes back by undo.
@@ -37,6 +71,8 @@ public:
     bool native = false;
     /// That of the mode.
     ProductionUse production;
+    /// Of the native mode.
+    ElementsImage elements;
 
 private:
     CKVMenu& m_menu;
@@ -123,6 +159,7 @@ HRESULT CKVMenu::TurnToProduction(OtherMode& left)
     ThrowIfFailed(m_productions.MakeMenu());
     const auto menu = m_productions.Menu();
     const HRESULT turned = Guarded([&] {
+        left.elements.Take(Elements());
         // Buttons get their anchors.
         ForEachElement(Elements(), [](CProjectNode& element) {
             if (element.Type() == typeButton) element.RecordState(false);
@@ -156,28 +193,23 @@ HRESULT CKVMenu::ExchangeMode(OtherMode& other)
         const RecordingOff off;
         ProductionUse left;
         if (other.native) {
-            // The effects stay in the production, which undo and redo change by its own blocks; what the elements keep
-            // besides is exchanged by their own records.
-            std::vector<std::pair<CProjectNode*, RecordedValues>> kept;
-            ForEachElement(Elements(),
-                           [&](CProjectNode& element) { kept.emplace_back(&element, element.GetRecord()); });
+            // The effects stay in the production, which undo and redo change by its own blocks: at this time they tell
+            // neither what the elements were nor what they are to be.
             Elements().DetachEffects();
-            for (auto& [element, values] : kept) {
-                const SectionLock lock(element->Section());
-                element->ExchangeRecord(values);
-            }
             const HRESULT exchanged = m_productions.ExchangeMenu(left);
             if (FAILED(exchanged)) {
                 Elements().AttachEffects(m_productions.Menu().Get());
                 return exchanged;
             }
             m_productions.ExchangeBackground(other.production);
+            other.elements.Restore(Elements());
         } else {
             left = other.production;
             const HRESULT exchanged = m_productions.ExchangeMenu(left);
             if (FAILED(exchanged)) return exchanged;
             other.production.reset();
             m_productions.ExchangeBackground(left);
+            other.elements.Take(Elements());
             // Those whose effects the storyboard has not brought back yet are bound when it has.
             ForEachElement(Elements(), [](CProjectNode& element) { element.AttachEffect(); });
         }

@@ -29,6 +29,7 @@ CKVListState::CKVListState(CNodeList& list, ListChange change, CProjectNode& chi
     switch (change) {
     case ListChange::Add:
         m_turn = Turn::Remove;
+        if (list.Type() == typeElementList) m_outside.emplace(child);
         break;
     case ListChange::Remove:
         m_turn = Turn::Reinsert;
@@ -75,7 +76,7 @@ void CKVListState::ReportTo(CNodeList& list, DrivingUndo& driving)
 
 HRESULT CKVListState::Reinsert(CNodeList& list, CProjectNode& child)
 {
-    if (m_removes && list.Type() == typeElementList) m_outside.emplace(child);
+    if (list.Type() == typeElementList) m_outside.emplace(child);
     // The list may have become shorter.
     list.Adopt(child, std::min(m_index, list.ChildCount()), false);
     AttachNowOrLater(child);
@@ -87,13 +88,14 @@ HRESULT CKVListState::Reinsert(CNodeList& list, CProjectNode& child)
 HRESULT CKVListState::Remove(CNodeList& list, CProjectNode& child)
 {
     m_index = list.IndexOf(child, m_index);
-    child.DetachEffect();
+    CMenuElementImpl* const element = m_outside && !m_removes ? ElementOf(child) : nullptr;
+    element ? element->ForgetEffect() : static_cast<void>(child.DetachEffect());
     m_held = list.TakeOut(m_index);
     m_turn = Turn::Reinsert;
     if (!m_outside) return S_OK;
     // The child is out all the same.
     Guarded([this] {
-        m_outside->Restore();
+        m_removes ? m_outside->Restore() : m_outside->RestoreXml();
         return S_OK;
     });
     m_outside.reset();

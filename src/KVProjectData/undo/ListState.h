@@ -29,14 +29,15 @@ private:
     HRESULT Move(CNodeList& list, CProjectNode& child);
 
     const RecordedNode<> m_child;
-    /// The edit took the child out.
     const bool m_removes;
+    /// The edit took the child out.
     Turn m_turn;
     LONG m_index;
     /// The child to insert again; empty while it is in the list.
     ComPtr<IUnknown> m_held;
-    /// Of an element that is in the list again: what it was outside of it. When it is taken out anew, its effect is
-    /// still to become what it was then.
+    /// Of an element that is in the list: what it was outside of it. When it is taken out by undo or redo, its effect
+    /// tells neither that nor what it is to become: a removed one is made again what it was; one that came in keeps
+    /// what it holds itself, and gets back what it handed to its effect.
     std::optional<NodeImage> m_outside;
     /// Of the button whose elements the list holds.
     std::optional<CMenuButtonImpl::Stand> m_stand;

@@ -11,6 +11,14 @@ bool IsFixed(const CProjectNode& node)
     return node.Type() == typeCommand;
 }
 
+const CProjectNode& TopOf(const CProjectNode& node)
+{
+    const CProjectNode* top = &node;
+    while (top->Parent())
+        top = top->Parent();
+    return *top;
+}
+
 } // namespace
 
 NodeImage::NodeImage(CProjectNode& node, ComPtr<IUnknown> object) : m_object(std::move(object)), m_node(&node)
@@ -79,6 +87,15 @@ void NodeImage::Restore()
         if (!node.m_node->Parent()) node.Restore();
 }
 
+void NodeImage::RestoreXml()
+{
+    if (IsFixed(*m_node)) return;
+    const SectionLock lock(m_node->Section());
+    m_node->KeepXml(m_xml);
+    for (NodeImage& child : m_children)
+        child.RestoreXml();
+}
+
 void NodeImage::RestoreItems(CNodeList& list)
 {
     LONG place = 0;
@@ -86,8 +103,14 @@ void NodeImage::RestoreItems(CNodeList& list)
     LONG behind = 0;
     for (NodeImage& item : m_children) {
         CProjectNode& node = *item.m_node;
-        const CProjectNode* parent = node.Parent();
-        if (parent && parent != &list) continue;
+        CProjectNode* parent = node.Parent();
+        if (parent && parent != &list) {
+            if (&TopOf(*parent) != &TopOf(list) || !parent->List()) continue;
+            const SectionLock lock(parent->Section());
+            node.DetachEffect();
+            parent->List()->TakeOut(parent->List()->IndexOf(node, 0));
+            parent = nullptr;
+        }
         if (parent) {
             const LONG index = list.IndexOf(node, place + behind);
             behind = index - place;
@@ -97,7 +120,8 @@ void NodeImage::RestoreItems(CNodeList& list)
         }
         ++place;
         item.Restore();
-        if (!parent) AttachNowOrLater(node);
+        // Elements may be bound to effects that were taken away.
+        if (!parent || list.Type() == typeElementList) AttachNowOrLater(node);
     }
     while (list.ChildCount() > place) {
         list.GetChild(list.ChildCount() - 1)->DetachEffect();

@@ -22,9 +22,11 @@ public:
     /// A copy to restore from, which takes no more memory unless the node is changed meanwhile.
     NodeImage Copy() const;
 
-    /// Makes the node, and what is below it, what it was; once. An object that stands in another list meanwhile stays
-    /// there. Throws Error where a value is refused; then the node may be anything between.
+    /// Makes the node, and what is below it, what it was; once. An object that stands in another list of the project
+    /// meanwhile comes back from there. Throws Error where a value is refused; then the node may be anything between.
     void Restore();
+    /// Gives the XML back, and leaves everything else.
+    void RestoreXml();
 
 private:
     NodeImage() = default;

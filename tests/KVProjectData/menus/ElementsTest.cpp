@@ -552,6 +552,94 @@ TEST_F(ElementTest, ARemovedElementIsWhatItWasAlsoByRedo)
     }
 }
 
+TEST_F(ElementTest, AnElementThatChangesItsListInAStepIsUndoneAndRedone)
+{
+    enum class Way { Same, Button, FromNative };
+    const auto idOf = [](IKVMenuElement& element) { return ValueOf(element, &IKVMenuElement::get_ID); };
+    for (const Way way : {Way::Same, Way::Button, Way::FromNative}) {
+        for (const bool snapshot : {false, true}) {
+            SCOPED_TRACE(testing::Message() << static_cast<int>(way) << snapshot);
+            ComPtr<IKVMenu> from;
+            ComPtr<IKVMenu> to;
+            ComPtr<IKVMenuElement> button;
+            ComPtr<IKVMenuElement> element;
+            ASSERT_EQ(S_OK, project->AddMenu(0, from.Put()));
+            to = from;
+            if (way == Way::FromNative) {
+                ASSERT_EQ(S_OK, from->SetNative(VARIANT_TRUE));
+                ASSERT_EQ(S_OK, project->AddMenu(0, to.Put()));
+            }
+            const auto left = Query<IKVMenuElementList>(from);
+            ASSERT_EQ(S_OK, Query<IKVMenuElementList>(to)->AddElement(&IKVMenuButton::IID, button.Put()));
+            ComPtr<IKVMenuElement> anchor;
+            ASSERT_EQ(S_OK, Query<IKVMenuElementList>(button)->AddElement(&IKVMenuOverlay::IID, anchor.Put()));
+            ASSERT_EQ(S_OK, button->SetPosition(0.25, 0));
+            ASSERT_EQ(S_OK, left->AddElement(&IKVMenuText::IID, element.Put()));
+            const auto text = Query<IKVMenuText>(element);
+            ASSERT_EQ(S_OK, text->put_String(Bstr(u"old").Get()));
+            ASSERT_EQ(S_OK, element->SetPosition(0.5, 0.25));
+            ASSERT_EQ(S_OK, element->put_Rotation(30));
+            const auto entered = way == Way::Same     ? left
+                                 : way == Way::Button ? Query<IKVMenuElementList>(button)
+                                                      : Query<IKVMenuElementList>(to);
+            const auto expect = [&](std::u16string_view words, FloatPoint place, float angle) {
+                EXPECT_EQ(words, Text(*text.Get(), &IKVMenuText::get_String));
+                EXPECT_EQ(place, Position(*element.Get()));
+                EXPECT_EQ(angle, Rotation(*element.Get()));
+            };
+            const auto stands = [&](const ComPtr<IKVMenuElementList>& list) {
+                ComPtr<IKVMenuElement> found;
+                return list->FindElement(idOf(*element.Get()), found.Put()) == S_OK;
+            };
+            EXPECT_EQ(S_OK, snapshot ? project->TakeUndoSnapshot(nullptr) : project->BeginUndo(nullptr));
+            EXPECT_EQ(S_OK, left->RemoveElement(idOf(*element.Get()), nullptr));
+            EXPECT_EQ(S_OK, entered->InsertElement(0, element.Get()));
+            EXPECT_EQ(S_OK, element->SetPosition(0.125, 0));
+            EXPECT_EQ(S_OK, element->put_Rotation(20));
+            EXPECT_EQ(S_OK, text->put_String(Bstr(u"new").Get()));
+            EXPECT_EQ(S_OK, project->EndUndo(VARIANT_TRUE));
+            for (int round = 0; round < 2; ++round) {
+                UndoStep();
+                EXPECT_TRUE(stands(left));
+                expect(u"old", {0.5, 0.25}, 30);
+                RedoStep();
+                EXPECT_TRUE(stands(entered));
+                expect(u"new", {0.125, 0}, 20);
+            }
+            EXPECT_EQ(S_OK, element->put_Rotation(11)) << "its effect is the one that is shown";
+            expect(u"new", {0.125, 0}, 11);
+        }
+    }
+}
+
+TEST_F(ElementTest, EditsOfTextsAreUndoneAndRedoneWithTheMode)
+{
+    for (const VARIANT_BOOL native : {VARIANT_TRUE, VARIANT_FALSE}) {
+        for (const bool before : {false, true}) {
+            SCOPED_TRACE(testing::Message() << native << before);
+            ComPtr<IKVMenu> shown;
+            ComPtr<IKVMenuElement> element;
+            ASSERT_EQ(S_OK, project->AddMenu(0, shown.Put()));
+            ASSERT_EQ(S_OK, Query<IKVMenuElementList>(shown)->AddElement(&IKVMenuText::IID, element.Put()));
+            const auto text = Query<IKVMenuText>(element);
+            ASSERT_EQ(S_OK, text->put_String(Bstr(u"old").Get()));
+            const auto edit = [&](bool now) { return now ? text->put_String(Bstr(u"new").Get()) : S_OK; };
+            ASSERT_EQ(S_OK, native == VARIANT_FALSE ? shown->SetNative(VARIANT_TRUE) : S_OK);
+            Begin();
+            EXPECT_EQ(S_OK, edit(before));
+            EXPECT_EQ(S_OK, shown->SetNative(native));
+            EXPECT_EQ(S_OK, edit(!before));
+            End();
+            for (int round = 0; round < 2; ++round) {
+                UndoStep();
+                EXPECT_EQ(u"old", Text(*text.Get(), &IKVMenuText::get_String));
+                RedoStep();
+                EXPECT_EQ(u"new", Text(*text.Get(), &IKVMenuText::get_String));
+            }
+        }
+    }
+}
+
 TEST_F(ElementTest, AnElementWithAnotherIDKeepsItsEffectAndItsPlace)
 {
     ComPtr<IKVMenu> shown;

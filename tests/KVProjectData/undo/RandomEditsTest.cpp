@@ -336,7 +336,13 @@ private:
             what, add, add, add, [&] { list->MoveElement(at(what / 7), at(what / 11)); },
             [&] { menu.MoveElementOrder(at(what / 7) - 1, at(what / 13) - 1); },
             [&] { element ? list->RemoveElement(ValueOf(*element.Get(), &IKVMenuElement::get_ID), nullptr) : S_FALSE; },
-            [&] { return what % 5 ? S_FALSE : list->Clear(); });
+            [&] { return what % 5 ? S_FALSE : list->Clear(); },
+            [&] {
+                ComPtr<IKVMenuElement> moved;
+                if (element) list->RemoveElement(ValueOf(*element.Get(), &IKVMenuElement::get_ID), moved.Put());
+                if (moved && FAILED(ListIn(menu, what / 5)->InsertElement(at(what / 3), moved.Get())))
+                    list->InsertElement(0, moved.Get());
+            });
     }
 
     static void EditButton(IKVMenu& menu, unsigned what)
