@@ -153,9 +153,10 @@ struct IKVProjectData : IDispatch {
     virtual HRESULT SaveXML(IXMLDOMNode* pRootNode) = 0;
 
     /// Opens a step: recorded edits from here to EndUndo are undone and redone together. Edits of other projects join
-    /// the step, whichever thread makes them. The storyboards of the menus take part: when one refuses, its failure is
-    /// returned, and the step is open all the same. The description, a copy of which is kept, is for a person. One step
-    /// may be open in the process: KV_E_UNDO_STEP_OPEN. KV_E_NO_UNDO_MANAGER, or why the manager does not open it.
+    /// the step, whichever thread makes them, but for what they do to effects. The storyboards of this project's menus
+    /// take part, and of those that are inserted: when one refuses, its failure is returned, and the step is open all
+    /// the same. The description, a copy of which is kept, is for a person. One step may be open in the process:
+    /// KV_E_UNDO_STEP_OPEN. KV_E_NO_UNDO_MANAGER, or why the manager does not open it.
     virtual HRESULT BeginUndo(BSTR bsDesc) = 0;
 
     /// The same with a copy of the whole project in the place of records of single edits; edits of other projects do
