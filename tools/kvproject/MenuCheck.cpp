@@ -45,6 +45,11 @@ bool LeavesPicture(const FloatRect& rect)
     return rect.fLeft < -kEdge || rect.fBottom < -kEdge || rect.fRight > kEdge || rect.fTop > kEdge;
 }
 
+bool IsOutside(const FloatRect& rect)
+{
+    return rect.fRight <= -1 || rect.fTop <= -1 || rect.fLeft >= 1 || rect.fBottom >= 1;
+}
+
 bool IsEmpty(const FloatRect& rect)
 {
     return !(rect.fLeft < rect.fRight) || !(rect.fBottom < rect.fTop);
@@ -114,8 +119,13 @@ private:
     {
         kv::Bstr background;
         kv::Bstr audio;
+        ComPtr<IUnknown> production;
+        VARIANT_BOOL isNative = VARIANT_FALSE;
         m_buttons.clear();
         m_places.clear();
+        menu->get_IsNative(&isNative);
+        menu->GetProduction(production.Put());
+        m_isShown = isNative == VARIANT_FALSE && production;
         if (menu->get_Background(background.Put()) == S_OK) CheckFile(background, path, "background");
         if (menu->get_Audio(audio.Put()) == S_OK) CheckFile(audio, path, "audio");
         CheckCommands(menu.Get(), path + ".");
@@ -142,7 +152,8 @@ private:
             const ElementKind* kind = KindOf(*element);
             if (!kind) continue;
             const std::string name = prefix + std::string(kind->list) + "[" + std::to_string(++counts[kind]) + "]";
-            if (const auto button = Query<IKVMenuButton>(element)) CheckButton(*button, name);
+            const auto button = Query<IKVMenuButton>(element);
+            button ? CheckButton(*button, name) : CheckPlace(*element, name);
             if (const auto overlay = Query<IKVMenuOverlay>(element)) CheckOverlay(*overlay, name);
             if (const auto text = Query<IKVMenuText>(element)) CheckText(*text, name);
         }
@@ -162,8 +173,26 @@ private:
         CheckElements(&button, name + ".");
     }
 
+    void CheckPlace(IKVMenuElement& element, const std::string& name)
+    {
+        constexpr ULONG kUnshown = 8;
+        LONG effect = 0;
+        ULONG tag = 0;
+        FloatRect extent{};
+        element.get_Tag(&tag);
+        if (m_isShown && tag != kUnshown && FAILED(element.get_EffectID(&effect)))
+            Tell(name, "the production of the menu does not show it");
+        if (element.GetExtent(&extent) == S_OK && !IsEmpty(extent) && IsOutside(extent))
+            Tell(name, "it stands outside of the picture");
+    }
+
     void CheckOverlay(IKVMenuOverlay& overlay, const std::string& name)
     {
+        double inPoint = 0;
+        double outPoint = 0;
+        if (overlay.get_InPoint(&inPoint) == S_OK && overlay.get_OutPoint(&outPoint) == S_OK && outPoint > 0 &&
+            inPoint >= outPoint)
+            Tell(name, "the in point is not in front of the out point");
         kv::Bstr source;
         kv::Bstr mask;
         if (overlay.get_Source(source.Put()) == S_OK) CheckFile(source, name, "source");
@@ -305,7 +334,9 @@ private:
     MediaFiles& m_files;
     const std::set<LONG> m_titles;
     const std::set<LONG> m_menus;
-    /// Of the menu that is being checked, in its order.
+    /// The menu that is being checked shows its elements by its production.
+    bool m_isShown = false;
+    /// Of that menu, in its order.
     std::vector<Button> m_buttons;
     /// Where each ID stands there first.
     std::map<LONG, std::size_t> m_places;
