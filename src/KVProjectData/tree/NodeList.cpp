@@ -1,5 +1,9 @@
 #include "KVProjectData/tree/NodeList.h"
 
+#include "KVProjectData/tree/SubtreeLock.h"
+
+#include <optional>
+
 namespace kv {
 
 LONG CNodeList::Adopt(CProjectNode& child, LONG index, bool assignID)
@@ -29,6 +33,9 @@ void CNodeList::DropAll()
 
 bool CNodeList::RecordChange(ListChange change, CProjectNode& child, LONG index, bool major)
 {
+    // The record takes in what an element is outside of the list; nobody enters a section while recording.
+    std::optional<SubtreeLock> lock;
+    if (change == ListChange::Add && Type() == typeElementList) lock.emplace(child);
     return KeepInStep(major, [&](StateRecorder& step) { return step.KeepListChange(*this, change, child, index); });
 }
 
