@@ -11,12 +11,10 @@ bool IsFixed(const CProjectNode& node)
     return node.Type() == typeCommand;
 }
 
-const CProjectNode& TopOf(const CProjectNode& node)
+bool StandInOneTree(CProjectNode& left, CProjectNode& right)
 {
-    const CProjectNode* top = &node;
-    while (top->Parent())
-        top = top->Parent();
-    return *top;
+    const SectionLock links(ParentLinks());
+    return &left.Root() == &right.Root();
 }
 
 } // namespace
@@ -105,7 +103,7 @@ void NodeImage::RestoreItems(CNodeList& list)
         CProjectNode& node = *item.m_node;
         CProjectNode* parent = node.Parent();
         if (parent && parent != &list) {
-            if (&TopOf(*parent) != &TopOf(list) || !parent->List()) continue;
+            if (!parent->List() || !StandInOneTree(*parent, list)) continue;
             const SectionLock lock(parent->Section());
             node.DetachEffect();
             parent->List()->TakeOut(parent->List()->IndexOf(node, 0));
